@@ -1,0 +1,45 @@
+# What every target is compiled with.
+
+option(SYNTHEX_TESTS "Build the tests" ON)
+option(SYNTHEX_BENCHMARKS "Build the benchmarks" ON)
+set(SYNTHEX_SANITIZE "" CACHE STRING "Sanitizers, comma separated: address,undefined or thread")
+
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS ON) # __int128
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+# Hidden: a unique symbol that is visible would keep the bundle loaded after dlclose.
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# The build tree has the layout of the installed tree, so that programs find the bundle in both the same way.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_BINDIR})
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/lib)
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/archive)
+set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
+set(CMAKE_BUILD_WITH_INSTALL_RPATH OFF)
+
+add_compile_options(
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+    -Werror
+    # __int128, and references to packed fields only where the compiler proves them harmless
+    -Wno-pedantic
+    # No fused multiply-add: the same bytes on every machine.
+    -ffp-contract=off)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-fno-gnu-unique)
+endif()
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    add_link_options(-Wl,--as-needed)
+endif()
+
+if(SYNTHEX_SANITIZE)
+    add_compile_options(-fsanitize=${SYNTHEX_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g)
+    add_link_options(-fsanitize=${SYNTHEX_SANITIZE})
+endif()

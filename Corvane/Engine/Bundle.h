@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "CvPluginAPI.h"
+
+namespace corvane {
+
+/// The answer to one call of the entry point, with what the plug-in told the person during it.
+struct Answer {
+    std::int32_t result = 0;
+    /// The alert's text as the plug-in built it; empty where there was none.
+    std::string alert;
+
+    /// The part of the alert that says why: the exception's own text, or the whole alert.
+    std::string Reason() const;
+};
+
+/// A loaded importer bundle. Loading sends selector 0; destruction sends selector 1 and unloads. Shared by the
+/// clips that come from it, which must not outlive it.
+class Bundle {
+  public:
+    /// Where the bundle is: `named` if not empty, else the environment's SYNTHEX_BUNDLE, else beside the program
+    /// (`../lib/ImporterSynthex.bundle` from the program's folder, in the build tree as in the installed tree).
+    static std::filesystem::path Find(const std::filesystem::path& named = {});
+
+    /// Loads the bundle and initialises it. Throws `Failure` where it is no bundle, does not load, has no entry point,
+    /// or does not answer `kResult_Initialized`.
+    explicit Bundle(const std::filesystem::path& path);
+    ~Bundle();
+    Bundle(const Bundle&) = delete;
+    Bundle& operator=(const Bundle&) = delete;
+
+    const std::filesystem::path& Path() const { return mPath; }
+
+    /// Sends a selector. Selectors other than 47 are for one thread at a time.
+    Answer Call(std::int32_t selector, void* param1, void* param2) const;
+    /// The same without collecting alerts, for frames.
+    std::int32_t CallEntry(std::int32_t selector, void* param1, void* param2) const;
+
+  private:
+    std::filesystem::path mPath;
+    void* mLibrary = nullptr;
+    CvImportEntry mEntry = nullptr;
+};
+
+} // namespace corvane

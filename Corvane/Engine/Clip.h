@@ -1,0 +1,86 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "Bundle.h"
+#include "Failure.h"
+#include "Frame.h"
+
+namespace corvane {
+
+/// What a clip is, as the plug-in told it.
+struct ClipInfo {
+    // From the info record.
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t parNumerator = 0;
+    std::uint32_t parDenominator = 0;
+    std::uint8_t fieldType = 0; ///< `lummediatypes::FieldType`; every non-zero value is interlaced
+    std::uint16_t depth = 0;    ///< bits a pixel
+    std::uint32_t scale = 0;    ///< the rate is scale / sampleSize frames per second
+    std::uint32_t sampleSize = 0;
+    std::uint32_t duration = 0; ///< frames times sample size, low 32 bits
+
+    // From the settings text that the plug-in gave.
+    CvPixelFormat pixelFormat = 0;   ///< the format asked for; it may be unknown to the host
+    std::int64_t ticksPerFrame = 0;  ///< exact; 0 or negative where the clip has no rate
+    std::int64_t durationTicks = 0;
+    std::int64_t frames = 0;         ///< whole frames; 0 where rate or duration are not positive
+
+    /// The format in which frames arrive; empty where the plug-in can't make any.
+    std::optional<CvPixelFormat> deliveredFormat;
+
+    bool Interlaced() const { return fieldType != 0; }
+};
+
+/// An open clip. Owns the plug-in's instance. `GetFrame` may be called from many threads at once; nothing else may.
+class Clip {
+  public:
+    /// Opens a settings file. Throws `Failure` with the file's name and the reason.
+    static std::unique_ptr<Clip> OpenFile(std::shared_ptr<Bundle> bundle, const std::filesystem::path& path);
+    /// Opens a clip that lives in a project: `prefs` is the settings text, `name` what to call it in messages.
+    static std::unique_ptr<Clip> OpenPrefs(std::shared_ptr<Bundle> bundle, std::string name, std::string prefs);
+
+    ~Clip();
+    Clip(const Clip&) = delete;
+    Clip& operator=(const Clip&) = delete;
+
+    /// What to call the clip in messages: its path as given, or its name.
+    const std::string& Name() const { return mName; }
+    const ClipInfo& Info() const { return mInfo; }
+    /// The settings text as the plug-in writes it.
+    const std::string& Settings() const { return mPrefs; }
+
+    /// Frame `index`, counted from 0: its time is index times ticks per frame, exactly. Throws `Failure` for an index
+    /// outside the clip, and with the reason where the plug-in can't make the frame.
+    Frame GetFrame(std::int64_t index) const;
+
+    /// Says why no frame can be rendered (no rate, no duration, an impossible size or format); empty where they can.
+    std::string WhyNotRenderable() const;
+
+  private:
+    Clip(std::shared_ptr<Bundle> bundle, std::string name);
+    void OpenInstance(const std::filesystem::path& path);
+    void ReadSettings();
+    void ReadInfo();
+    void ProbeDeliveredFormat();
+    Frame Request(std::int64_t ticks) const;
+
+    std::shared_ptr<Bundle> mBundle;
+    std::string mName;
+    std::u16string mPath; // empty for a clip of a project
+    std::string mPrefs;
+    void* mInstance = nullptr;
+    ClipInfo mInfo;
+    // The plug-in's first frame in a process fetches its suites, which is for one thread.
+    mutable std::mutex mFirstFrame;
+    mutable std::atomic<bool> mHadFrame{false};
+};
+
+} // namespace corvane

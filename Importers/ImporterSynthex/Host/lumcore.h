@@ -1,0 +1,129 @@
+/// The host's core services: JSON, text, resources, checked casts, contracts and localized errors.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <boost/any.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include "Mosk.h"
+#include "Platform.h"
+
+namespace lumcore::serialization {
+
+/// A JSON value, by the type it holds: `Object`, `Array`, `UTF8String`, `std::uint64_t` (a non-negative integer),
+/// `std::int64_t` (a negative one, or one written by the program), `double` (a number with a fraction or an
+/// exponent, or too large for 64 bits), `bool`, or `Null`.
+using Value = boost::any;
+using ValuePtr = boost::shared_ptr<Value>;
+
+/// UTF-8 text as unsigned bytes; compares by byte.
+using UTF8String = std::basic_string<unsigned char>;
+
+using Object = std::map<UTF8String, ValuePtr>;
+using Array = std::vector<ValuePtr>;
+struct Null {};
+
+/// The nesting of arrays and objects over which text is refused: neither parsing nor freeing a tree of this
+/// depth can exhaust a small stack.
+inline constexpr int kMaximumNesting = 256;
+
+/// Inserts or replaces a member. Throws `boost::bad_any_cast` where `object` holds no object.
+void AddToObject(Value& object, const char* key, const Value& member);
+
+/// The member of that name, or an empty pointer. Throws `boost::bad_any_cast` where `object` holds no object.
+ValuePtr GetVariantInObject(const Value& object, const char* key);
+
+/// The text of a tree: compact, members in ascending order of their keys, integers as integers, doubles in the
+/// shortest form that reads back exactly (1.0 stays a double). JSON has no infinity: an infinite double is written as the
+/// largest finite one of its sign, NaN as null. `pretty` indents. Throws `boost::bad_any_cast` for a held type not listed
+/// at `Value`.
+std::string GetJSONUTF8String(const Value& value, bool pretty);
+
+/// Parses zero-terminated text by RFC 8259, strictly: valid UTF-8, one value, no byte-order mark. Returns an empty
+/// pointer where the text is not well-formed, nests deeper than `kMaximumNesting`, or holds a number over the
+/// range of a double. Of duplicate members the last wins.
+ValuePtr JSONParse(const unsigned char* text);
+
+/// The same for text of `size` bytes; a zero byte in it makes it not well-formed.
+ValuePtr JSONParse(const unsigned char* data, std::size_t size);
+
+/// Conversion of a type to and from values; specialised by the owner of the type.
+template <class T>
+struct JSONConvert;
+
+/// Reading a type from text; specialised by the owner of the type.
+template <class T>
+struct Serializer;
+
+} // namespace lumcore::serialization
+
+namespace lumcore::utility {
+
+/// ASCII text to UTF-16, one code unit a byte.
+Mosk::String AsciiToUTF16(const char* text);
+
+/// Reads the resource `name` of the type `type` from a bundle (`Contents/Resources/NAME.TYPE`) into `bytes`. Returns
+/// false and leaves `bytes` empty where there is none.
+bool GetBinaryFromModule(CFBundleRef bundle, const Mosk::String& name, const Mosk::String& type,
+                         std::vector<std::byte>& bytes);
+
+} // namespace lumcore::utility
+
+namespace lumcore::config {
+
+/// A localized error: a key path and the English text, as in "$$$/path/Name=Text.".
+class Error : public std::runtime_error {
+  public:
+    Error(int level, const std::string& key, int module, int number)
+        : std::runtime_error(key), mLevel(level), mModule(module), mNumber(number) {}
+
+    int GetLevel() const { return mLevel; }
+    int GetModule() const { return mModule; }
+    int GetNumber() const { return mNumber; }
+    /// The text after the key's equals sign.
+    std::string GetText() const;
+
+  private:
+    int mLevel, mModule, mNumber;
+};
+
+/// Raises `Error`. `report` says whether the host may show it; the replacement values fill placeholders of
+/// the text and are empty for all errors of this project.
+[[noreturn]] void ThrowError(int level, const char* key, int module, int number, bool report,
+                             const Mosk::String& value0, const Mosk::String& value1, const Mosk::String& value2,
+                             const Mosk::String& value3);
+
+/// The host's texts in the person's language.
+class Localizer {
+  public:
+    static Localizer& Get();
+};
+
+} // namespace lumcore::config
+
+namespace lumcore::debug {
+
+/// Tells a developer that a contract failed. Returns whether to break into the debugger.
+bool BreakAfterContractDialog(const char* expression, const char* file, const char* function, int line);
+
+/// Whether a debugger watches this process.
+bool IsDebuggerAttached();
+
+} // namespace lumcore::debug
+
+namespace lumcore::utility {
+
+/// Down-casts `pointer`; a null pointer and one to another class raise the localized error `key` at level 1.
+template <class Target, class Source>
+Target* NonOptionalDynamicCast(Source* pointer, const char* key, int module, int number) {
+    if (auto* const target = dynamic_cast<Target*>(pointer)) return target;
+    config::ThrowError(1, key, module, number, true, {}, {}, {}, {});
+}
+
+} // namespace lumcore::utility
