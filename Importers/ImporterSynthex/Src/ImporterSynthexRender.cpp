@@ -100,16 +100,15 @@ void FillGradient(const PixelBuffer& buffer, const SynthexInfo& info, std::int32
 } // namespace
 
 std::int32_t ImporterSynthex::OnGetSourceVideo(void*, imSourceVideoRec* record) const {
-    // Fetched with the process's first frame and kept; the third is fetched only.
+    // Fetched with the process's first frame and kept; the third is fetched and not used.
     static const CvVexelCreator2Suite3* sVexelCreator2Suite = nullptr;
     static const CvVexelSuite1* sVexelSuite = nullptr;
-    static const CvPixelFormatSuite1* sPixelFormatSuite = nullptr;
+    static const void* sPixelFormatSuite = nullptr;
     if (sVexelCreator2Suite == nullptr) {
         const auto* const creator = AcquireSuite<CvVexelCreator2Suite3>(mStdParms, kCvVexelCreator2Suite,
                                                                         kCvVexelCreator2SuiteVersion);
         sVexelSuite = AcquireSuite<CvVexelSuite1>(mStdParms, kCvVexelSuite, kCvVexelSuiteVersion);
-        sPixelFormatSuite =
-            AcquireSuite<CvPixelFormatSuite1>(mStdParms, kCvPixelFormatSuite, kCvPixelFormatSuiteVersion);
+        mStdParms->mBasicSuite->AcquireSuite(kCvPixelFormatSuite, kCvPixelFormatSuiteVersion, &sPixelFormatSuite);
         sVexelCreator2Suite = creator; // last: it says that all are there
     }
 
