@@ -176,8 +176,12 @@ T& Held(Value& value) {
 } // namespace
 
 void AddToObject(Value& object, const char* key, const Value& member) {
+    AddToObject(object, key, Value(member));
+}
+
+void AddToObject(Value& object, const char* key, Value&& member) {
     Object& members = Held<Object>(object);
-    members.insert_or_assign(members.end(), ToBytes(key), boost::make_shared<Value>(member));
+    members.insert_or_assign(members.end(), ToBytes(key), boost::make_shared<Value>(std::move(member)));
 }
 
 ValuePtr GetVariantInObject(const Value& object, const char* key) {

@@ -47,6 +47,8 @@ inline constexpr int kMaximumNesting = 256;
 
 /// Inserts or replaces a member. Throws `boost::bad_any_cast` where `object` holds no object.
 void AddToObject(Value& object, const char* key, const Value& member);
+/// The same; takes the member over instead of copying it.
+void AddToObject(Value& object, const char* key, Value&& member);
 
 /// The member of that name, or an empty pointer. Throws `boost::bad_any_cast` where `object` holds no object.
 ValuePtr GetVariantInObject(const Value& object, const char* key);
