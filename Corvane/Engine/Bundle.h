@@ -1,11 +1,14 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
-#include <functional>
+#include <memory>
+#include <mutex>
 #include <string>
 
 #include "CvPluginAPI.h"
+#include "Services/Bundles.h"
 
 namespace corvane {
 
@@ -38,13 +41,18 @@ class Bundle {
 
     /// Sends a selector. Selectors other than 47 are for one thread at a time.
     Answer Call(std::int32_t selector, void* param1, void* param2) const;
-    /// The same without collecting alerts, for frames.
-    std::int32_t CallEntry(std::int32_t selector, void* param1, void* param2) const;
+
+    /// Asks for a frame (selector 47). Any number of threads.
+    Answer CallForFrame(imSourceVideoRec& record) const;
 
   private:
     std::filesystem::path mPath;
+    std::unique_ptr<BundleRegistration> mRegistration;
     void* mLibrary = nullptr;
     CvImportEntry mEntry = nullptr;
+    // The plug-in fetches its suites with the process's first frame, which is for one thread.
+    mutable std::mutex mFirstFrame;
+    mutable std::atomic<bool> mHadFrame{false};
 };
 
 } // namespace corvane

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -39,6 +37,9 @@ struct ClipInfo {
     bool Interlaced() const { return fieldType != 0; }
 };
 
+/// The format in which the plug-in delivers frames of `format`; empty where it can't make any.
+std::optional<CvPixelFormat> DeliveredFormat(const std::shared_ptr<Bundle>& bundle, CvPixelFormat format);
+
 /// An open clip. Owns the plug-in's instance. `GetFrame` may be called from many threads at once; nothing else may.
 class Clip {
   public:
@@ -69,8 +70,8 @@ class Clip {
     void OpenInstance(const std::filesystem::path& path);
     void ReadSettings();
     void ReadInfo();
-    void ProbeDeliveredFormat();
-    Frame Request(std::int64_t ticks) const;
+    void ReadTiming();
+    [[noreturn]] void Fail(const std::string& reason) const;
 
     std::shared_ptr<Bundle> mBundle;
     std::string mName;
@@ -78,9 +79,6 @@ class Clip {
     std::string mPrefs;
     void* mInstance = nullptr;
     ClipInfo mInfo;
-    // The plug-in's first frame in a process fetches its suites, which is for one thread.
-    mutable std::mutex mFirstFrame;
-    mutable std::atomic<bool> mHadFrame{false};
 };
 
 } // namespace corvane

@@ -1,0 +1,207 @@
+#include "Clip.h"
+
+#include <cerrno>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "Records.h"
+#include "Services/FrameBuffers.h"
+#include "lumcore.h"
+#include "lummediatypes.h"
+
+namespace corvane {
+
+namespace {
+
+using lumcore::serialization::JSONParse;
+using lumcore::serialization::ValuePtr;
+
+/// The path as the plug-in takes it.
+std::u16string PluginPath(const std::filesystem::path& path) {
+    try {
+        return Mosk::FromUTF8(path.string());
+    } catch (const std::invalid_argument&) {
+        throw Failure(fmt::format("{}: the name is not valid UTF-8; rename the file.", path.string()));
+    }
+}
+
+/// Why a settings file that the plug-in could not read can't be read.
+std::string WhyUnreadable(const std::filesystem::path& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0)
+        return errno == ENOENT ? "there is no such file" : std::string(std::strerror(errno));
+    if (S_ISDIR(status.st_mode)) return "this is a folder, not a settings file";
+    if (!S_ISREG(status.st_mode)) return "this is a pipe or a device, not a settings file";
+    if (static_cast<std::uint64_t>(status.st_size) > Mosk::File::kSizeLimit)
+        return fmt::format("the file has {} bytes, more than the {} that a settings file may have",
+                           status.st_size, Mosk::File::kSizeLimit);
+    if (::access(path.c_str(), R_OK) != 0) return "you are not allowed to read this file";
+    return "the plug-in can't read this file";
+}
+
+/// The member of that name; empty where there is none.
+ValuePtr MemberOf(const ValuePtr& value, const char* key) {
+    using namespace lumcore::serialization;
+    return value && boost::any_cast<Object>(value.get()) ? GetVariantInObject(*value, key) : ValuePtr();
+}
+
+/// An integer at `keys` in the settings text's tree; 0 where it is missing.
+std::int64_t IntegerAt(ValuePtr value, std::initializer_list<const char*> keys) {
+    for (const char* const key : keys) value = MemberOf(value, key);
+    if (!value) return 0;
+    if (const auto* const natural = boost::any_cast<std::uint64_t>(value.get()))
+        return static_cast<std::int64_t>(*natural);
+    if (const auto* const integer = boost::any_cast<std::int64_t>(value.get())) return *integer;
+    return 0;
+}
+
+} // namespace
+
+std::optional<CvPixelFormat> DeliveredFormat(const std::shared_ptr<Bundle>& bundle, CvPixelFormat format) {
+    const std::string prefs =
+        fmt::format(R"({{"mPixelFormat":{},"mFrameWidth":2,"mFrameHeight":2,"mVideoDuration":{{"ticks":1}},)"
+                    R"("mVideoFrameRate":{{"ticksperframe":1}}}})",
+                    format);
+    imFileAccessRec8 access = HostRecord<imFileAccessRec8>();
+    access.mFilePath = u"";
+    imFileInfoRec8 info = HostRecord<imFileInfoRec8>();
+    info.mPrivateData = nullptr;
+    info.mPrefs = prefs.c_str();
+    bundle->Call(kSelector_GetInfo8, &access, &info);
+    std::optional<CvPixelFormat> delivered;
+    if (info.mPrivateData == nullptr) return delivered;
+
+    CvVexelHandle handle = nullptr;
+    imSourceVideoRec request = HostRecord<imSourceVideoRec>();
+    request.mPrivateData = info.mPrivateData;
+    request.mFrameTime = 0;
+    request.mFrame = &handle;
+    const Answer answer = bundle->CallForFrame(request);
+    if (handle != nullptr) {
+        const Frame frame(handle);
+        if (answer.result == kResult_Success) delivered = frame.Format();
+    }
+    bundle->Call(kSelector_CloseFile, nullptr, info.mPrivateData);
+    return delivered;
+}
+
+Clip::Clip(std::shared_ptr<Bundle> bundle, std::string name) : mBundle(std::move(bundle)), mName(std::move(name)) {}
+
+std::unique_ptr<Clip> Clip::OpenFile(std::shared_ptr<Bundle> bundle, const std::filesystem::path& path) {
+    std::unique_ptr<Clip> clip(new Clip(std::move(bundle), path.string()));
+    clip->mPath = PluginPath(path);
+    clip->OpenInstance(path);
+    clip->ReadSettings();
+    clip->ReadInfo();
+    return clip;
+}
+
+std::unique_ptr<Clip> Clip::OpenPrefs(std::shared_ptr<Bundle> bundle, std::string name, std::string prefs) {
+    std::unique_ptr<Clip> clip(new Clip(std::move(bundle), std::move(name)));
+    clip->mPrefs = std::move(prefs);
+    clip->ReadInfo();
+    return clip;
+}
+
+Clip::~Clip() {
+    if (mInstance != nullptr) mBundle->Call(kSelector_CloseFile, nullptr, mInstance);
+}
+
+void Clip::Fail(const std::string& reason) const {
+    throw Failure(fmt::format("{}: {}.", mName, reason));
+}
+
+void Clip::OpenInstance(const std::filesystem::path& path) {
+    imFileOpenRec8 record = HostRecord<imFileOpenRec8>();
+    record.mFilePath = mPath.c_str();
+    record.mPrivateData = nullptr;
+    const Answer answer = mBundle->Call(kSelector_OpenFile8, nullptr, &record);
+    mInstance = record.mPrivateData;
+    if (answer.result == kResult_Success) return;
+    if (answer.result == kResult_FileUnreadable) Fail(WhyUnreadable(path));
+    Fail(fmt::format("these are no settings the plug-in can read ({})",
+                     answer.alert.empty() ? fmt::format("result {}", answer.result) : answer.Reason()));
+}
+
+void Clip::ReadSettings() {
+    // For a file that exists and a first-time flag the plug-in shows no dialog and writes the file's settings.
+    std::string buffer(kPrefsBufferSize, '\0');
+    imFileAccessRec8 access = HostRecord<imFileAccessRec8>();
+    access.mFilePath = mPath.c_str();
+    imGetPrefsRec prefs = HostRecord<imGetPrefsRec>();
+    prefs.mPrefs = buffer.data();
+    prefs.mFirstTime = 1;
+    const Answer answer = mBundle->Call(kSelector_GetPrefs, &access, &prefs);
+    mPrefs = buffer.c_str();
+    if (answer.result != kResult_Success) Fail("the file changed while it was being opened; try again");
+}
+
+void Clip::ReadInfo() {
+    imFileAccessRec8 access = HostRecord<imFileAccessRec8>();
+    access.mFilePath = mPath.c_str();
+    imFileInfoRec8 info = HostRecord<imFileInfoRec8>();
+    info.mPrivateData = mInstance;
+    info.mPrefs = mPrefs.c_str();
+    // What a request does not write stays 0 rather than the fill of a fresh record.
+    info.mScale = info.mSampleSize = info.mDuration = 0;
+    const Answer answer = mBundle->Call(kSelector_GetInfo8, &access, &info);
+    mInstance = info.mPrivateData;
+    if (answer.result != kResult_Success)
+        Fail(fmt::format("the plug-in does not say what this clip is ({})",
+                         answer.alert.empty() ? fmt::format("result {}", answer.result) : answer.Reason()));
+    mInfo.width = info.mWidth;
+    mInfo.height = info.mHeight;
+    mInfo.parNumerator = info.mParNumerator;
+    mInfo.parDenominator = info.mParDenominator;
+    mInfo.fieldType = info.mFieldType;
+    mInfo.depth = info.mDepth;
+    mInfo.scale = info.mScale;
+    mInfo.sampleSize = info.mSampleSize;
+    mInfo.duration = info.mDuration;
+    ReadTiming();
+    mInfo.deliveredFormat = DeliveredFormat(mBundle, mInfo.pixelFormat);
+}
+
+void Clip::ReadTiming() {
+    ValuePtr tree = JSONParse(reinterpret_cast<const unsigned char*>(mPrefs.c_str()));
+    if (const ValuePtr wrapped = MemberOf(tree, "SerializerWrappedObject")) tree = wrapped;
+    mInfo.pixelFormat = static_cast<CvPixelFormat>(IntegerAt(tree, {"mPixelFormat"}));
+    mInfo.ticksPerFrame = IntegerAt(tree, {"mVideoFrameRate", "ticksperframe"});
+    mInfo.durationTicks = IntegerAt(tree, {"mVideoDuration", "ticks"});
+    if (mInfo.ticksPerFrame > 0 && mInfo.durationTicks > 0)
+        mInfo.frames = mInfo.durationTicks / mInfo.ticksPerFrame;
+}
+
+std::string Clip::WhyNotRenderable() const {
+    if (mInfo.ticksPerFrame <= 0) return "the clip has no frame rate (its frame duration is not above 0)";
+    if (mInfo.durationTicks <= 0) return "the clip has no duration (it is not above 0)";
+    if (mInfo.frames == 0) return "the clip is shorter than one frame";
+    if (!mInfo.deliveredFormat)
+        return fmt::format("the host has no pixel format 0x{:08x}", mInfo.pixelFormat);
+    return WhyNoFrame(mInfo.width, mInfo.height, *mInfo.deliveredFormat);
+}
+
+Frame Clip::GetFrame(std::int64_t index) const {
+    if (index < 0 || index >= mInfo.frames)
+        Fail(fmt::format("there is no frame {}; the clip has {}", index,
+                         mInfo.frames == 0 ? "none" : fmt::format("frames 0 to {}", mInfo.frames - 1)));
+    CvVexelHandle handle = nullptr;
+    imSourceVideoRec record = HostRecord<imSourceVideoRec>();
+    record.mPrivateData = mInstance;
+    record.mFrameTime = index * mInfo.ticksPerFrame;
+    record.mFrame = &handle;
+    const Answer answer = mBundle->CallForFrame(record);
+    if (answer.result == kResult_Success && handle != nullptr) return Frame(handle);
+    if (handle != nullptr) VexelSuite()->Dispose(handle);
+    std::string reason = answer.alert.empty() ? WhyNotRenderable() : answer.Reason();
+    if (reason.empty()) reason = fmt::format("the plug-in could not make a frame (result {})", answer.result);
+    Fail(reason);
+}
+
+} // namespace corvane

@@ -1,0 +1,120 @@
+// Faults sought: text that changes on its way, shares that are given up twice or never, bundles that stay known.
+#include "Mosk.h"
+#include "Services/AlertSink.h"
+#include "Services/Bundles.h"
+#include "lumcore.h"
+
+#include <fstream>
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(MoskString, ValidTextIsLosslessAndInvalidTextIsRefused) {
+    for (const std::string& text : {std::string(), std::string("clip"), std::string("\xC3\xA9\xE2\x82\xAC"),
+                                    std::string("\xF0\x9F\x8E\xAC"), std::string("a\0b", 3)})
+        EXPECT_EQ(Mosk::ToUTF8(Mosk::FromUTF8(text)), text);
+    EXPECT_EQ(Mosk::FromUTF8("\xF0\x9F\x8E\xAC").size(), 2u);
+    EXPECT_THROW(Mosk::FromUTF8("\xFF"), std::invalid_argument);
+    EXPECT_THROW(Mosk::ToUTF8(u"\xD800"), std::invalid_argument);
+    EXPECT_EQ(lumcore::utility::AsciiToUTF16("fps"), u"fps");
+}
+
+class Counted : public Mosk::MoskUnknown {
+  public:
+    explicit Counted(int& deleted) : mDeleted(deleted) {}
+    ~Counted() override { ++mDeleted; }
+    std::int32_t AddRef() noexcept override { return OSAtomicAdd32Barrier(1, &mCount); }
+    std::int32_t Release() noexcept override {
+        const std::int32_t count = OSAtomicAdd32Barrier(-1, &mCount);
+        if (count == 0) delete this;
+        return count;
+    }
+    Mosk::Result QueryMap(const CFUUIDBytes&, void** out) override {
+        *out = nullptr;
+        return Mosk::kResult_NoInterface;
+    }
+    MoskUnknown* GetMoskUnknown() override { return this; }
+
+  private:
+    int& mDeleted;
+    std::int32_t mCount = 0;
+};
+
+TEST(InterfaceRef, EveryWayOfHoldingGivesItsOneCountBack) {
+    int deleted = 0;
+    {
+        Mosk::MoskUnknownRef first(new Counted(deleted));
+        Mosk::MoskUnknownRef second = first;
+        Mosk::MoskUnknownRef third = std::move(first);
+        second = third;
+        third = Mosk::MoskUnknownRef();
+        second = *&second;
+        EXPECT_EQ(deleted, 0);
+        EXPECT_THROW(first->GetMoskUnknown(), Mosk::NullInterfaceException);
+    }
+    EXPECT_EQ(deleted, 1);
+}
+
+struct Owned {
+    explicit Owned(int& count) : deleted(count) {}
+    ~Owned() { ++deleted; }
+    int& deleted;
+};
+
+TEST(ObjectPtr, OnlyTheLastHolderDestroys) {
+    int deleted = 0;
+    auto* const counter = static_cast<std::int32_t*>(Mosk::Allocator::Allocate(sizeof(std::int32_t)));
+    *counter = 2;
+    Mosk::ObjectPtr<Owned, Mosk::AtomicValue> first, second;
+    first.mCounter = second.mCounter = counter;
+    first.mObject = second.mObject = new Owned(deleted);
+    first.Reset();
+    first.Reset();
+    EXPECT_EQ(deleted, 0);
+    second.Reset();
+    EXPECT_EQ(deleted, 1);
+    EXPECT_EQ(second.mCounter, nullptr);
+    EXPECT_EQ(second.mObject, nullptr);
+}
+
+TEST(Alerts, ReachTheNewestSinkOfTheThread) {
+    corvane::AlertCollector outer;
+    bool disabled = false;
+    {
+        corvane::AlertCollector inner;
+        EXPECT_FALSE(Mosk::ThrowAfterUnhandledExceptionAlert(disabled, "one"));
+        EXPECT_EQ(inner.Text(), "one");
+    }
+    Mosk::ThrowAfterUnhandledExceptionAlert(disabled, "two");
+    EXPECT_EQ(outer.Text(), "two");
+    EXPECT_FALSE(disabled);
+}
+
+TEST(Bundles, AreFoundWhileRegisteredAndReadTheirResources) {
+    const auto folder = std::filesystem::path(testing::TempDir()) / "Named.bundle";
+    std::filesystem::create_directories(folder / "Contents/Resources");
+    EXPECT_THROW(corvane::BundleRegistration{folder}, std::runtime_error);
+    std::ofstream(folder / "Contents/Info.plist")
+        << "<plist><dict><key>CFBundleIdentifier</key><string>org.test.named</string>"
+           "<key>CFBundleExecutable</key><string>Named</string></dict></plist>";
+    std::ofstream(folder / "Contents/Resources/Text.loom") << "hello";
+    EXPECT_EQ(CFBundleGetBundleWithIdentifier("org.test.named"), nullptr);
+    {
+        const corvane::BundleRegistration registration(folder);
+        const CFBundleRef bundle = CFBundleGetBundleWithIdentifier("org.test.named");
+        ASSERT_NE(bundle, nullptr);
+        std::vector<std::byte> bytes;
+        EXPECT_TRUE(lumcore::utility::GetBinaryFromModule(bundle, u"Text", u"loom", bytes));
+        EXPECT_EQ(bytes.size(), 5u);
+        EXPECT_FALSE(lumcore::utility::GetBinaryFromModule(bundle, u"Other", u"loom", bytes));
+        EXPECT_TRUE(bytes.empty());
+    }
+    EXPECT_EQ(CFBundleGetBundleWithIdentifier("org.test.named"), nullptr);
+    std::filesystem::remove_all(folder);
+}
+
+} // namespace

@@ -1,0 +1,170 @@
+// Faults sought: an exception that reaches the host, a message that is off by a blank, a crash where the host refuses a
+// suite or memory.
+#include "PluginFixture.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+#include <stdexcept>
+
+#include <dlfcn.h>
+
+#include "Services/AlertSink.h"
+#include "Services/Suites.h"
+
+namespace {
+
+/// Allocations until one fails; negative: none fails. The plug-in's own go through the operator below too.
+thread_local long tAllocationsLeft = -1;
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    if (tAllocationsLeft == 0) throw std::bad_alloc();
+    if (tAllocationsLeft > 0) --tAllocationsLeft;
+    if (void* const block = std::malloc(size)) return block;
+    throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept {
+    std::free(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+    std::free(block);
+}
+
+namespace {
+
+using corvane::Answer;
+using corvane::HostRecord;
+
+class FailureTest : public PluginTest {
+  protected:
+    ~FailureTest() override { corvane::SetSuiteRefusal(nullptr); }
+};
+
+TEST_F(FailureTest, TheMessageToTheLetter) {
+    imFileInfoRec8 info;
+    const Answer answer = GetInfo(u"/none", "{", nullptr, info);
+    EXPECT_EQ(answer.result, 3);
+    EXPECT_EQ(answer.alert, "plugin.CvImportModule  importmod:0x0 Threw an EXCEPTION during  selector:37. "
+                            "what() returned JSON not well-formed\n");
+    EXPECT_EQ(void*(info.mPrivateData), nullptr) << "an instance whose first call throws is not stored";
+
+    void* instance = nullptr;
+    EXPECT_EQ(Open(Write("clip.synthex", "[]"), instance).alert,
+              "plugin.CvImportModule  importmod:0x0 Threw an EXCEPTION during  selector:39. what() returned "
+              "boost::bad_any_cast: failed conversion using boost::any_cast\n");
+    EXPECT_EQ(instance, nullptr);
+}
+
+TEST_F(FailureTest, AFrameNamesItsInstanceInTheMessage) {
+    imFileInfoRec8 info;
+    ASSERT_EQ(GetInfo(u"/none", R"({"mPixelFormat": 305419896, "mFrameWidth": 2, "mFrameHeight": 2})", nullptr, info).result,
+              0);
+    auto record = HostRecord<imSourceVideoRec>();
+    CvVexelHandle handle = nullptr;
+    record.mPrivateData = info.mPrivateData;
+    record.mFrameTime = 0;
+    record.mFrame = &handle;
+    const Answer answer = mBundle.CallForFrame(record);
+    EXPECT_EQ(answer.result, 3);
+    EXPECT_EQ(handle, nullptr);
+    char start[96];
+    std::snprintf(start, sizeof start, "plugin.CvImportModule  importmod:0x%x Threw an EXCEPTION during  selector:47. ",
+                  static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(void*(info.mPrivateData))));
+    EXPECT_EQ(answer.alert.substr(0, std::strlen(start)), start);
+    EXPECT_NE(answer.alert.find("0x12345678"), std::string::npos) << answer.alert;
+    Close(info.mPrivateData);
+}
+
+TEST_F(FailureTest, ARefusedSuiteIsReportedAndTheNextRequestWorks) {
+    corvane::SetSuiteRefusal([](const char*, std::int32_t) { return true; });
+    imFileInfoRec8 info;
+    EXPECT_EQ(GetInfo(u"/none", kDistinctSettings, nullptr, info).result, 3);
+    auto record = HostRecord<imSourceVideoRec>();
+    CvVexelHandle handle = nullptr;
+    corvane::SetSuiteRefusal(nullptr);
+    ASSERT_EQ(GetInfo(u"/none", kDistinctSettings, nullptr, info).result, 0);
+    record.mPrivateData = info.mPrivateData;
+    record.mFrameTime = 0;
+    record.mFrame = &handle;
+    for (const char* const refused : {kCvVexelCreator2Suite, kCvVexelSuite}) {
+        static const char* sRefused;
+        sRefused = refused;
+        corvane::SetSuiteRefusal([](const char* name, std::int32_t) { return std::strcmp(name, sRefused) == 0; });
+        const Answer answer = mBundle.CallForFrame(record);
+        EXPECT_EQ(answer.result, 3) << refused;
+        EXPECT_NE(answer.alert.find(refused), std::string::npos) << answer.alert;
+    }
+    Close(info.mPrivateData);
+}
+
+// Whatever allocation fails, the host gets a result, and the request works once there is memory again.
+TEST_F(FailureTest, EveryFailedAllocationIsAnswered) {
+    const std::u16string path = Write("clip.synthex", kDistinctSettings);
+    auto access = HostRecord<imFileAccessRec8>();
+    access.mFilePath = u"/none";
+    int failures = 0;
+    for (long after = 0;; ++after) {
+        auto info = HostRecord<imFileInfoRec8>();
+        info.mPrivateData = nullptr;
+        info.mPrefs = kDistinctSettings;
+        corvane::AlertCollector quiet;
+        Answer answer;
+        try {
+            tAllocationsLeft = after;
+            answer = mBundle.Call(kSelector_GetInfo8, &access, &info);
+            tAllocationsLeft = -1;
+        } catch (const std::bad_alloc&) {
+            tAllocationsLeft = -1; // building the message needs memory too, and a failure there is not caught
+            ++failures;
+            continue;
+        }
+        if (void* const instance = info.mPrivateData) Close(instance);
+        if (answer.result == 0) break;
+        ++failures;
+        EXPECT_TRUE(answer.result == 3 || answer.result == 99) << answer.result;
+    }
+    EXPECT_GT(failures, 20);
+}
+
+class Sink : public corvane::AlertSink {
+  public:
+    explicit Sink(Reply reply) : mReply(reply) {}
+    Reply OnAlert(const std::string&) override {
+        ++mCount;
+        return mReply;
+    }
+    int mCount = 0;
+
+  private:
+    Reply mReply;
+};
+
+// The last test: a reporter that was silenced stays silent as long as the plug-in is loaded.
+TEST_F(FailureTest, TheHostMayAskForTheExceptionOrForSilence) {
+    void* const library = ::dlopen((BundlePath() / "Contents/Linux/ImporterSynthex").c_str(), RTLD_NOW);
+    ASSERT_NE(library, nullptr) << ::dlerror();
+    const auto entry = reinterpret_cast<CvImportEntry>(::dlsym(library, kCvImportEntryName));
+    const std::u16string path = Write("clip.synthex", "{");
+    const auto open = [&] {
+        auto record = HostRecord<imFileOpenRec8>();
+        record.mFilePath = path.c_str();
+        record.mPrivateData = nullptr;
+        return entry(kSelector_OpenFile8, corvane::StandardParameters(), nullptr, &record);
+    };
+    {
+        const Sink rethrow(Sink::Reply::kRethrow);
+        EXPECT_THROW(open(), std::runtime_error);
+        EXPECT_EQ(rethrow.mCount, 1);
+    }
+    {
+        const Sink silence(Sink::Reply::kSilence);
+        EXPECT_EQ(open(), 3);
+        EXPECT_EQ(open(), 3);
+        EXPECT_EQ(silence.mCount, 1);
+    }
+    ::dlclose(library);
+}
+
+} // namespace

@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "CvPluginAPI.h"
+#include "Engine/Bundle.h"
+#include "Engine/Records.h"
+#include "Mosk.h"
+
+/// The loaded plug-in, and a folder for its files.
+class PluginTest : public testing::Test {
+  protected:
+    PluginTest() : mFolder(std::filesystem::path(testing::TempDir()) / ("plugin" + std::to_string(::getpid()))) {
+        std::filesystem::create_directories(mFolder);
+    }
+    ~PluginTest() override { std::filesystem::remove_all(mFolder); }
+
+    static std::filesystem::path BundlePath() {
+        return std::filesystem::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle";
+    }
+
+    std::u16string Write(const std::string& name, std::string_view text) const {
+        std::ofstream(mFolder / name, std::ios::binary) << text;
+        return Path(name);
+    }
+    std::u16string Path(const std::string& name) const { return Mosk::FromUTF8((mFolder / name).string()); }
+
+    /// Selector 39 on a fresh record; the instance is in `instance`.
+    corvane::Answer Open(const std::u16string& path, void*& instance) const {
+        auto record = corvane::HostRecord<imFileOpenRec8>();
+        record.mFilePath = path.c_str();
+        record.mPrivateData = instance;
+        const corvane::Answer answer = mBundle.Call(kSelector_OpenFile8, nullptr, &record);
+        instance = record.mPrivateData;
+        return answer;
+    }
+
+    /// Selector 37.
+    corvane::Answer GetInfo(const std::u16string& path, const char* prefs, void* instance, imFileInfoRec8& info) const {
+        auto access = corvane::HostRecord<imFileAccessRec8>();
+        access.mFilePath = path.c_str();
+        info = corvane::HostRecord<imFileInfoRec8>();
+        info.mPrefs = prefs;
+        info.mPrivateData = instance;
+        return mBundle.Call(kSelector_GetInfo8, &access, &info);
+    }
+
+    int Close(void* instance) const { return mBundle.Call(kSelector_CloseFile, nullptr, instance).result; }
+
+    corvane::Bundle mBundle{BundlePath()};
+    std::filesystem::path mFolder;
+};
+
+/// The bytes of a record.
+template <class Record>
+std::vector<unsigned char> Bytes(const Record& record) {
+    std::vector<unsigned char> bytes(sizeof record);
+    std::memcpy(bytes.data(), &record, sizeof record);
+    return bytes;
+}
+
+/// A record's expected bytes: untouched ones, with values put at offsets.
+class ExpectedBytes {
+  public:
+    explicit ExpectedBytes(std::size_t size) : mBytes(size, corvane::kUndefinedByte) {}
+
+    template <class T>
+    ExpectedBytes& Put(std::size_t offset, T value) {
+        std::memcpy(mBytes.data() + offset, &value, sizeof value);
+        return *this;
+    }
+    ExpectedBytes& PutText(std::size_t offset, std::string_view textWithZero) {
+        std::memcpy(mBytes.data() + offset, textWithZero.data(), textWithZero.size());
+        return *this;
+    }
+    operator const std::vector<unsigned char>&() const { return mBytes; }
+
+  private:
+    std::vector<unsigned char> mBytes;
+};
+
+/// Settings in which every field differs from its default and from every other.
+inline constexpr char kDistinctSettings[] = R"({
+    "mPixelFormat": 1650946657, "mFrameWidth": 47, "mFrameHeight": 33,
+    "mFramePAR": {"numerator": 128, "denominator": 117}, "mFieldType": 1, "mRenderFormat": 1,
+    "mUpperFieldColor": {"mAlphaPart": 0.9, "mRedPart": 0.11, "mGreenPart": 0.12, "mBluePart": 0.13},
+    "mLowerFieldColor": {"mAlphaPart": 0.8, "mRedPart": 0.21, "mGreenPart": 0.22, "mBluePart": 0.23},
+    "mTopGradiantColorStart": {"mAlphaPart": 0.7, "mRedPart": 0.31, "mGreenPart": 0.32, "mBluePart": 0.33},
+    "mTopGradiantColorEnd": {"mAlphaPart": 0.6, "mRedPart": 0.41, "mGreenPart": 0.42, "mBluePart": 0.43},
+    "mBottomGradiantColorStart": {"mAlphaPart": 0.5, "mRedPart": 0.51, "mGreenPart": 0.52, "mBluePart": 0.53},
+    "mBottomGradiantColorEnd": {"mAlphaPart": 0.4, "mRedPart": 0.61, "mGreenPart": 0.62, "mBluePart": 0.63},
+    "mVideoDuration": {"ticks": 847566720001}, "mVideoFrameRate": {"ticksperframe": 8475667200}})";
