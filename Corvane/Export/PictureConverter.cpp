@@ -210,7 +210,7 @@ zimg_image_format PictureConverter::FormatOf(bool result, std::uint32_t width, s
     format.color_family = yCbCr ? ZIMG_COLOR_YUV : ZIMG_COLOR_RGB;
     format.matrix_coefficients =
         yCbCr ? static_cast<zimg_matrix_coefficients_e>(mFacts.tags.matrix) : ZIMG_MATRIX_RGB;
-    format.pixel_range = yCbCr ? ZIMG_RANGE_LIMITED : ZIMG_RANGE_FULL;
+    format.pixel_range = !yCbCr || (result && mFormat.fullRange) ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
     format.alpha = mFormat.alpha ? ZIMG_ALPHA_STRAIGHT : ZIMG_ALPHA_NONE;
     if (result) {
         format.pixel_type = mFormat.bits > 8 ? ZIMG_PIXEL_WORD : ZIMG_PIXEL_BYTE;

@@ -12,13 +12,13 @@
 
 namespace corvane {
 
-/// A picture in planes. Y'CbCr is limited range, R'G'B' full range; chroma is sited left (as in MPEG-2), for
-/// interlaced 4:2:0 in each field.
+/// A picture in planes. R'G'B' is full range; chroma is sited left (as in MPEG-2), for interlaced 4:2:0 in each field.
 struct PlanarFormat {
     bool yCbCr = true;
     int bits = 8;      ///< 8 in bytes, 9 to 16 in words of the machine's byte order
     int subsampleW = 0; ///< logarithm to the base of 2
     int subsampleH = 0;
+    bool fullRange = false; ///< of Y'CbCr
     bool alpha = false; ///< a fourth plane, full range
 
     int Planes() const { return alpha ? 4 : 3; }

@@ -4,8 +4,6 @@
 #include <limits>
 #include <numeric>
 
-#include <fmt/format.h>
-
 #include "CvPixelFormats.h"
 #include "lummediatypes.h"
 
@@ -55,11 +53,10 @@ ColourTags TagsFor(std::uint32_t height, Ratio rate, RK_PixelFormat format) {
 
 StreamFacts FactsOf(const Clip& clip, std::int64_t frames) {
     const ClipInfo& info = clip.Info();
-    if (!info.deliveredFormat) throw Failure(fmt::format("{}: {}", clip.Name(), clip.WhyNotRenderable()));
     StreamFacts facts;
     facts.width = info.width;
     facts.height = info.height;
-    facts.format = BEPixelFormatToRKPixelFormat(SDKToBEPixelFormat(*info.deliveredFormat));
+    facts.format = BEPixelFormatToRKPixelFormat(SDKToBEPixelFormat(info.deliveredFormat.value()));
     facts.order = OrderOf(info.fieldType);
     facts.rate = info.ticksPerFrame > 0 ? Reduced(lummediatypes::kTicksPerSecond,
                                                   static_cast<std::uint64_t>(info.ticksPerFrame))

@@ -45,7 +45,7 @@ struct StreamFacts {
     std::uint64_t BytesPerFrame() const;
 };
 
-/// Gathers the facts of `frames` frames of a clip. Throws `Failure` where the delivered format is unknown.
+/// Gathers the facts of `frames` frames of a clip that can be rendered.
 StreamFacts FactsOf(const Clip& clip, std::int64_t frames);
 
 /// How Y'CbCr made from a picture of this size is to be described. Pictures of more than 576 rows are HD: BT.709.
