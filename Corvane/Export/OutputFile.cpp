@@ -145,6 +145,8 @@ void OutputFile::Close() {
 }
 
 void OutputFile::Commit() {
+    struct stat status {};
+    if (IsRegular() && fstat(mFd.Get(), &status) == 0) mWritten = static_cast<std::uint64_t>(status.st_size);
     Close();
     if (!IsRegular()) return;
     if (rename(mTemporary.c_str(), mPath.c_str()) != 0) FailToMake(mName, FolderOf(mPath), errno);

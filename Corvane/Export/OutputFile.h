@@ -60,6 +60,7 @@ class OutputFile {
     const std::filesystem::path& WorkingPath() const { return IsRegular() ? mTemporary : mPath; }
     /// What to call it in messages.
     const std::string& Name() const { return mName; }
+    /// Bytes given to `Write` and `WriteAt`; after `Commit`, the size of the file.
     std::uint64_t BytesWritten() const { return mWritten; }
 
     /// Throws the `Failure` for `error` (an errno) met while writing.

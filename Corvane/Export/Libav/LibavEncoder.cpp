@@ -60,8 +60,8 @@ void SetDefaults(CodecChoice& choice, FieldOrder order) {
 } // namespace
 
 LibavEncoder::LibavEncoder(const LibavRequest& request, CodecChoice choice, bool globalHeader, const LibavLog& log)
-    : mFacts(request.facts), mName(request.output.string()), mLog(log), mPacket(av_packet_alloc()) {
-    mContext.reset(avcodec_alloc_context3(choice.codec));
+    : mFacts(request.facts), mName(request.output.string()), mCodec(*choice.codec), mLog(log), mPacket(av_packet_alloc()) {
+    mContext.reset(avcodec_alloc_context3(&mCodec));
     if (!mContext || !mPacket) throw std::bad_alloc();
     mContext->pix_fmt = PixelsFor(choice, mFacts);
     mLayout = *LayoutOf(mContext->pix_fmt, mFacts);
@@ -96,18 +96,18 @@ void LibavEncoder::Describe(const StreamFacts& facts) {
 void LibavEncoder::Open(CodecChoice& choice) {
     AVDictionary* options = nullptr;
     for (const auto& [name, value] : choice.options) av_dict_set(&options, name.c_str(), value.c_str(), 0);
-    const int error = avcodec_open2(mContext.get(), choice.codec, &options);
+    const int error = avcodec_open2(mContext.get(), &mCodec, &options);
     const AVDictionaryEntry* const unknown = av_dict_get(options, "", nullptr, AV_DICT_IGNORE_SUFFIX);
     const std::string unknownName = unknown != nullptr && error >= 0 ? unknown->key : "";
     av_dict_free(&options);
     if (error < 0) FailToOpen(error);
     if (!unknownName.empty())
-        throw UsageFailure(fmt::format("codec {} has no option {}; see `ffmpeg -h encoder={}`", choice.codec->name,
-                                       unknownName, choice.codec->name));
+        throw UsageFailure(fmt::format("codec {} has no option {}; see `ffmpeg -h encoder={}`", mCodec.name, unknownName,
+                                       mCodec.name));
 }
 
 void LibavEncoder::FailToOpen(int error) const {
-    const char* const codec = mContext->codec->name;
+    const char* const codec = mCodec.name;
     const auto* const planar = std::get_if<PlanarFormat>(&mLayout);
     const std::uint32_t columns = planar != nullptr ? 1u << planar->subsampleW : 1;
     const std::uint32_t rows = planar != nullptr ? (1u << planar->subsampleH) * (mFacts.Interlaced() ? 2 : 1) : 1;
@@ -148,7 +148,7 @@ void LibavEncoder::Encode(const AVFrame* picture, const Sink& sink) {
         if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return;
         if (error >= 0) sink(*mPacket);
     }
-    throw Failure(fmt::format("{}: {} failed: {}; choose another codec or other options", mName, mContext->codec->name,
+    throw Failure(fmt::format("{}: {} failed: {}; choose another codec or other options", mName, mCodec.name,
                               mLog.Reason(error)));
 }
 

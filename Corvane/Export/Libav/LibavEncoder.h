@@ -38,6 +38,7 @@ class LibavEncoder {
 
     const StreamFacts mFacts;
     const std::string mName; // of the output, for messages
+    const AVCodec& mCodec;
     const LibavLog& mLog;
     std::unique_ptr<AVCodecContext, LibavFree> mContext;
     PixelLayout mLayout;
