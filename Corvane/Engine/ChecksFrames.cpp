@@ -156,7 +156,7 @@ void CheckGradient(CheckRun& run) {
 
 void CheckRepeatedFrame(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const std::int64_t inUse = FramesInUse();
+    const std::int64_t inUse = LiveFrames();
     for (const std::uint32_t renderFormat : {0u, 1u}) {
         const CheckSettings settings{.fieldType = 1, .renderFormat = renderFormat};
         const CheckedInstance instance(bundle, settings.Text());
@@ -171,8 +171,8 @@ void CheckRepeatedFrame(CheckRun& run) {
                 run.Fail("the second frame differs from the first");
             Spoil(frame);
         }
-        if (FramesInUse() != inUse)
-            run.Fail(fmt::format("{} frames are still in use afterwards", FramesInUse() - inUse));
+        if (LiveFrames() != inUse)
+            run.Fail(fmt::format("{} frames are still in use afterwards", LiveFrames() - inUse));
     }
 }
 
@@ -192,7 +192,7 @@ void CheckImpossibleFrames(CheckRun& run) {
         {"46341 x 46341 pixels", {.width = 46341, .height = 46341}, kResult_NoInstance},
     };
     const Bundle bundle(run.BundlePath());
-    const std::int64_t inUse = FramesInUse();
+    const std::int64_t inUse = LiveFrames();
     for (const Row& row : kRows) {
         const CheckedInstance instance(bundle, row.settings.Text());
         CvVexelHandle handle = nullptr;
@@ -209,8 +209,8 @@ void CheckImpossibleFrames(CheckRun& run) {
             VexelSuite()->Dispose(handle);
         }
     }
-    if (FramesInUse() != inUse)
-        run.Fail(fmt::format("{} frames are still in use afterwards", FramesInUse() - inUse));
+    if (LiveFrames() != inUse)
+        run.Fail(fmt::format("{} frames are still in use afterwards", LiveFrames() - inUse));
 }
 
 } // namespace corvane
