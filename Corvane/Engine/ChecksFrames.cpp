@@ -16,6 +16,11 @@ namespace corvane {
 
 namespace {
 
+/// Frames that were made and not given back.
+std::int64_t LiveFrames() {
+    return GetFrameStatistics().liveFrames;
+}
+
 /// Asks for frame `index` of a clip. Empty where none came, which is noted.
 Frame AskForFrame(CheckRun& run, const Bundle& bundle, void* instance, const CheckSettings& settings,
                   std::int64_t index) {

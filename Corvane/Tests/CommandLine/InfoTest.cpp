@@ -1,5 +1,5 @@
-// Faults sought: facts that differ from the file's, JSON that a reader can't take, bad files that hang, crash, eat memory,
-// pass for good ones or are refused without a name and a reason.
+// Faults sought: facts that differ from the file's, JSON that a reader can't take, bad files that hang,
+// crash, eat memory, pass for good ones or are refused without a name and a reason.
 #include <algorithm>
 #include <functional>
 
@@ -47,9 +47,9 @@ TEST(Info, SaysWhatTheSamplesAre) {
     };
     std::vector<std::string> arguments = {"info", "--json"};
     for (const Row& row : kRows) arguments.push_back(Sample(row.name));
-    const auto samples = std::ranges::count_if(fs::directory_iterator(SYNTHEX_SOURCE_DIR "/Samples"), [](const auto& entry) {
-        return entry.path().extension() == ".synthex";
-    });
+    const auto samples =
+        std::ranges::count_if(fs::directory_iterator(SYNTHEX_SOURCE_DIR "/Samples"),
+                              [](const auto& entry) { return entry.path().extension() == ".synthex"; });
     EXPECT_EQ(static_cast<std::size_t>(samples), std::size(kRows)) << "a sample is not tested";
 
     const ProcessResult result = RunSynthex(arguments);
@@ -78,8 +78,7 @@ TEST(Info, SaysWhatTheSamplesAre) {
 }
 
 TEST(Info, TellsPeopleTheSame) {
-    EXPECT_EQ(RunSynthex({"info", Sample("defaults"), Sample("ten-bit-1080i")}).out,
-              Sample("defaults") + R"(
+    EXPECT_EQ(RunSynthex({"info", Sample("defaults"), Sample("ten-bit-1080i")}).out, Sample("defaults") + R"(
   Size           720 x 480 pixels
   Pixel aspect   40:33, shown at 873 x 480
   Field order    lower field first
@@ -89,7 +88,7 @@ TEST(Info, TellsPeopleTheSame) {
   Delivered as   CvPixelFormat_BGRA_4444_8u (bgra, 0x61726762)
 
 )" + Sample("ten-bit-1080i") +
-                  R"(
+                                                                                         R"(
   Size           1920 x 1080 pixels
   Pixel aspect   1:1 (square)
   Field order    upper field first
@@ -157,7 +156,8 @@ std::string Nested(std::size_t levels) {
 
 TEST(Info, BadFilesAreRefusedWithNameAndReason) {
     const BadFile kRows[] = {
-        {"missing", [](const TemporaryFolder& folder) { return folder.Path() / "bad.synthex"; }, "no such file"},
+        {"missing", [](const TemporaryFolder& folder) { return folder.Path() / "bad.synthex"; },
+         "no such file"},
         {"unreadable", Unreadable, "not allowed to read", true},
         {"folder", [](const TemporaryFolder& folder) { return folder.Path(); }, "this is a folder"},
         {"FIFO", Fifo, "a pipe or a device"},
@@ -177,13 +177,15 @@ TEST(Info, BadFilesAreRefusedWithNameAndReason) {
         SCOPED_TRACE(row.name);
         const TemporaryFolder folder;
         const std::string path = row.make(folder);
-        const ProcessOptions options{.addressSpace = IsSanitized() ? 0 : 256u << 20, .unprivileged = row.unprivileged};
+        const ProcessOptions options{.addressSpace = IsSanitized() ? 0 : 256u << 20,
+                                     .unprivileged = row.unprivileged};
         for (const std::vector<std::string>& arguments :
              {std::vector<std::string>{"info", path}, {"render", path, folder.Path() / "out.raw"}}) {
             const ProcessResult result = RunSynthex(arguments, options);
             EXPECT_EQ(result.status, 1);
             EXPECT_EQ(result.out, "");
-            EXPECT_THAT(result.err, AllOf(StartsWith("synthex: " + path + ": "), HasSubstr(row.reason), EndsWith(".\n")));
+            EXPECT_THAT(result.err,
+                        AllOf(StartsWith("synthex: " + path + ": "), HasSubstr(row.reason), EndsWith(".\n")));
             EXPECT_EQ(std::ranges::count(result.err, '\n'), 1) << result.err;
             if (!IsSanitized()) EXPECT_LT(result.peakMiB, kFlatMiB);
         }
@@ -225,7 +227,8 @@ TEST(Info, WhatCanNotBeRenderedIsDescribedAndRefused) {
         const ProcessResult facts = RunSynthex({"info", "--json", clip});
         EXPECT_EQ(facts.status, 0) << facts.err;
         EXPECT_EQ(ordered_json::parse(facts.out).at(row.key), row.value);
-        EXPECT_THAT(RunSynthex({"info", clip}).out, AllOf(HasSubstr("Not renderable"), HasSubstr(row.reason)));
+        EXPECT_THAT(RunSynthex({"info", clip}).out,
+                    AllOf(HasSubstr("Not renderable"), HasSubstr(row.reason)));
 
         const ProcessResult render = RunSynthex({"render", clip, folder.Path() / "out.png"});
         EXPECT_EQ(render.status, 1);

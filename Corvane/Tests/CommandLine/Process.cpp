@@ -26,7 +26,8 @@ void Limit(int resource, std::uint64_t bytes) {
     if (bytes != 0) ::setrlimit(static_cast<__rlimit_resource>(resource), &limit);
 }
 
-[[noreturn]] void Become(const std::vector<std::string>& arguments, const ProcessOptions& options, int out, int err) {
+[[noreturn]] void Become(const std::vector<std::string>& arguments, const ProcessOptions& options, int out,
+                         int err) {
     if (!options.output.empty()) out = ::open(options.output.c_str(), O_WRONLY | O_CLOEXEC);
     ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
     ::dup2(out, STDOUT_FILENO);
@@ -47,7 +48,8 @@ void Limit(int resource, std::uint64_t bytes) {
 /// Opens the two ends of a terminal.
 void OpenTerminal(int (&ends)[2]) {
     ends[0] = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (ends[0] < 0 || ::grantpt(ends[0]) != 0 || ::unlockpt(ends[0]) != 0) throw std::runtime_error("no terminal");
+    if (ends[0] < 0 || ::grantpt(ends[0]) != 0 || ::unlockpt(ends[0]) != 0)
+        throw std::runtime_error("no terminal");
     ends[1] = ::open(::ptsname(ends[0]), O_RDWR | O_NOCTTY | O_CLOEXEC);
 }
 
@@ -56,8 +58,10 @@ void OpenTerminal(int (&ends)[2]) {
 Process::Process(const std::vector<std::string>& arguments, const ProcessOptions& options) {
     int out[2], err[2];
     if (::pipe2(out, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    if (options.terminal) OpenTerminal(err);
-    else if (::pipe2(err, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+    if (options.terminal)
+        OpenTerminal(err);
+    else if (::pipe2(err, O_CLOEXEC) != 0)
+        throw std::runtime_error("no pipe");
     mChild = ::fork();
     if (mChild == 0) Become(arguments, options, out[1], err[1]);
     ::close(out[1]);
@@ -91,8 +95,10 @@ ProcessResult Process::Wait() {
             if (wait.revents == 0) return;
             // A terminal without a writer is an error rather than an end.
             const ssize_t count = ::read(descriptor, bytes.data(), bytes.size());
-            if (count > 0) text.append(bytes.data(), static_cast<std::size_t>(count));
-            else ::close(std::exchange(descriptor, -1));
+            if (count > 0)
+                text.append(bytes.data(), static_cast<std::size_t>(count));
+            else
+                ::close(std::exchange(descriptor, -1));
         };
         take(waits[0], mOut, result.out);
         take(waits[1], mErr, result.err);

@@ -18,11 +18,11 @@ struct ProcessResult {
 
 struct ProcessOptions {
     std::vector<std::pair<std::string, std::string>> environment; ///< added to that of the test
-    std::uint64_t addressSpace = 0;  ///< limit in bytes; 0 for none
-    std::uint64_t fileSize = 0;      ///< limit in bytes; 0 for none
-    bool unprivileged = false;       ///< as a user who is not root
-    bool terminal = false;           ///< standard error is a terminal
-    std::filesystem::path output;    ///< where standard output goes; empty: into the result
+    std::uint64_t addressSpace = 0;                               ///< limit in bytes; 0 for none
+    std::uint64_t fileSize = 0;                                   ///< limit in bytes; 0 for none
+    bool unprivileged = false;                                    ///< as a user who is not root
+    bool terminal = false;                                        ///< standard error is a terminal
+    std::filesystem::path output; ///< where standard output goes; empty: into the result
 };
 
 /// A process that is running. Ended by an alarm where it takes longer than a minute.
@@ -72,7 +72,8 @@ std::string Sample(const std::string& name);
 
 std::string ReadText(const std::filesystem::path& path);
 
-/// Settings of a small clip, with more members (", ..." or nothing); of two members with one name the later counts.
+/// Settings of a small clip, with more members (", ..." or nothing); of two members with one name the later
+/// counts.
 std::string Settings(const std::string& members);
 
 /// Whether the program was built with the address or thread sanitizer, which need the whole address space.

@@ -1,5 +1,5 @@
-// Faults sought: samples that don't render, bytes that are not the plug-in's, files half written by a full disk, a signal or
-// a reader that went away, and older files lost by them.
+// Faults sought: samples that don't render, bytes that are not the plug-in's, files half written by a full
+// disk, a signal or a reader that went away, and older files lost by them.
 #include <csignal>
 #include <cstring>
 
@@ -39,15 +39,17 @@ TEST(Render, EverySampleGivesAPicture) {
         EXPECT_THAT(result.out, StartsWith(picture.string() + ": 1 frame, "));
         const std::string bytes = ReadText(picture);
         ASSERT_THAT(bytes, StartsWith("\x89PNG\r\n\x1a\n")) << picture;
-        EXPECT_THAT(facts, HasSubstr(fmt::format("{} x {} pixels", BigEndian(bytes, 16), BigEndian(bytes, 20))));
+        EXPECT_THAT(facts,
+                    HasSubstr(fmt::format("{} x {} pixels", BigEndian(bytes, 16), BigEndian(bytes, 20))));
     }
 }
 
 TEST(Render, NativeBytesAreThePluginsOwn) {
     // Two progressive frames of one colour: blue 64, green 128, red 255, alpha 51.
     const TemporaryFolder folder;
-    const fs::path clip = folder.Write("clip.synthex", Settings(R"(,"mFieldType":0,"mUpperFieldColor":{"mAlphaPart":0.2,)"
-                                                                R"("mRedPart":1,"mGreenPart":0.5,"mBluePart":0.25})"));
+    const fs::path clip =
+        folder.Write("clip.synthex", Settings(R"(,"mFieldType":0,"mUpperFieldColor":{"mAlphaPart":0.2,)"
+                                              R"("mRedPart":1,"mGreenPart":0.5,"mBluePart":0.25})"));
     const ProcessResult result =
         RunSynthex({"render", clip, "-", "--format", "raw", "--native", "--frames", "3:4"});
     EXPECT_EQ(result.status, 0) << result.err;
@@ -61,10 +63,11 @@ TEST(Render, ColoursBeyondAllBoundsRender) {
     const TemporaryFolder folder;
     for (const char* const format : {"1634887522", "1281443650", "825307766"}) {
         const fs::path clip = folder.Write(
-            "clip.synthex", Settings(fmt::format(R"(,"mPixelFormat":{},"mRenderFormat":1,)"
-                                                 R"("mTopGradiantColorStart":{{"mRedPart":1e300,"mAlphaPart":-1e300}},)"
-                                                 R"("mTopGradiantColorEnd":{{"mRedPart":-1e300,"mGreenPart":1e-320}})",
-                                                 format)));
+            "clip.synthex",
+            Settings(fmt::format(R"(,"mPixelFormat":{},"mRenderFormat":1,)"
+                                 R"("mTopGradiantColorStart":{{"mRedPart":1e300,"mAlphaPart":-1e300}},)"
+                                 R"("mTopGradiantColorEnd":{{"mRedPart":-1e300,"mGreenPart":1e-320}})",
+                                 format)));
         for (const char* const suffix : {"png", "y4m"}) {
             const fs::path out = folder.Path() / fmt::format("out.{}", suffix);
             const ProcessResult result = RunSynthex({"render", clip, out, "--frames", "5"});
@@ -80,8 +83,9 @@ TEST(Render, WhatCanNotBeWrittenIsNamedAndLeavesNothing) {
     ::chmod((folder.Path() / "closed").c_str(), 0555);
     for (const char* const name : {"none/out.raw", "folder.raw", "closed/out.raw", "/dev/full"}) {
         const fs::path out = folder.Path() / name;
-        const ProcessResult result = RunSynthex({"render", Sample("defaults"), out, "--format", "raw", "--frames", "0:9"},
-                                                {.unprivileged = true});
+        const ProcessResult result =
+            RunSynthex({"render", Sample("defaults"), out, "--format", "raw", "--frames", "0:9"},
+                       {.unprivileged = true});
         EXPECT_EQ(result.status, 1) << name;
         EXPECT_THAT(result.err, StartsWith("synthex: " + out.string() + ": ")) << name;
     }
@@ -105,7 +109,8 @@ TEST(Render, AFullDiskLeavesTheOlderFile) {
 }
 
 TEST(Render, ASignalLeavesTheOlderFile) {
-    for (const auto& [name, number] : {std::pair("out.raw", SIGINT), {"out.mp4", SIGTERM}, {"out.%05d.png", SIGINT}}) {
+    for (const auto& [name, number] :
+         {std::pair("out.raw", SIGINT), {"out.mp4", SIGTERM}, {"out.%05d.png", SIGINT}}) {
         SCOPED_TRACE(name);
         const TemporaryFolder folder;
         const fs::path out = folder.Write(name, "older");
@@ -148,7 +153,8 @@ TEST(Render, AReaderThatGoesAwayIsAFailure) {
 
 TEST(Render, ProgressIsShownOnATerminalAndNowhereElse) {
     const TemporaryFolder folder;
-    std::vector<std::string> arguments = {"render", Sample("defaults"), folder.Path() / "out.raw", "--frames", "0:9"};
+    std::vector<std::string> arguments = {"render", Sample("defaults"), folder.Path() / "out.raw", "--frames",
+                                          "0:9"};
     EXPECT_EQ(RunSynthex(arguments).err, "");
     EXPECT_THAT(RunSynthex(arguments, {.terminal = true}).err,
                 AllOf(HasSubstr("10/10 frames"), HasSubstr(" left"), testing::EndsWith("\r\x1b[K")));

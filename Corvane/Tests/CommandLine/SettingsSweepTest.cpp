@@ -1,4 +1,5 @@
-// Fault sought: a damaged settings file that crashes the plug-in, is read in part, or is refused without its name.
+// Fault sought: a damaged settings file that crashes the plug-in, is read in part, or is refused without its
+// name.
 #include <memory>
 
 #include <fmt/format.h>
@@ -12,9 +13,10 @@ namespace {
 
 using corvane::Clip;
 
-/// Opens a text as a file, and renders its first frame where it has one that is not too large to wait for. Returns
-/// whether it opened.
-bool Opens(const std::shared_ptr<corvane::Bundle>& bundle, const TemporaryFolder& folder, const std::string& text) {
+/// Opens a text as a file, and renders its first frame where it has one that is not too large to wait for.
+/// Returns whether it opened.
+bool Opens(const std::shared_ptr<corvane::Bundle>& bundle, const TemporaryFolder& folder,
+           const std::string& text) {
     const std::filesystem::path path = folder.Write("clip.synthex", text);
     try {
         const auto clip = Clip::OpenFile(bundle, path);

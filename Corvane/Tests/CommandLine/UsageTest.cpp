@@ -1,4 +1,5 @@
-// Faults sought: wrong usage that counts as a failure or as success, help that does not teach, output lost in silence.
+// Faults sought: wrong usage that counts as a failure or as success, help that does not teach, output lost in
+// silence.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -12,12 +13,15 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 TEST(Usage, HelpTeachesByExample) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"--help"}, {"info", "--help"}, {"render", "--help"}, {"formats", "--help"},
-          {"validate", "--help"}}) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
+                                                      {"info", "--help"},
+                                                      {"render", "--help"},
+                                                      {"formats", "--help"},
+                                                      {"validate", "--help"}}) {
         const ProcessResult result = RunSynthex(arguments);
         EXPECT_EQ(result.status, 0) << arguments.front();
-        EXPECT_THAT(result.out, AllOf(HasSubstr("Examples:\n  synthex "), HasSubstr("Exit status"), HasSubstr("--bundle")));
+        EXPECT_THAT(result.out, AllOf(HasSubstr("Examples:\n  synthex "), HasSubstr("Exit status"),
+                                      HasSubstr("--bundle")));
     }
     EXPECT_THAT(RunSynthex({"--version"}).out, testing::MatchesRegex("synthex [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
@@ -60,7 +64,10 @@ TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
 TEST(Usage, TheBundleIsNamedBeforeOrAfterTheSubcommand) {
     const std::string bundle = SYNTHEX_BUILD_DIR "/lib/ImporterSynthex.bundle";
     EXPECT_EQ(RunSynthex({"--bundle", bundle, "info", Sample("defaults")}).status, 0);
-    EXPECT_EQ(RunSynthex({"info", Sample("defaults"), "--bundle", bundle}, {.environment = {{"SYNTHEX_BUNDLE", "/x"}}}).status, 0);
+    EXPECT_EQ(RunSynthex({"info", Sample("defaults"), "--bundle", bundle},
+                         {.environment = {{"SYNTHEX_BUNDLE", "/x"}}})
+                  .status,
+              0);
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{"--bundle", "/none", "formats"}, {"formats", "--bundle", "/none"}}) {
         const ProcessResult result = RunSynthex(arguments);
@@ -89,8 +96,9 @@ TEST(Formats, AreListedAlikeForPeopleAndPrograms) {
         for (std::uint32_t i = 0; i < 4; ++i)
             EXPECT_EQ(static_cast<unsigned char>(characters.at(i)), code >> (8 * i) & 0xFF) << line;
         EXPECT_TRUE(codes.insert(code).second) << line;
-        EXPECT_THAT(text, testing::ContainsRegex(characters + " +" + format.at("name").get<std::string>() + " +" +
-                                                 format.at("deliveredFormat").get<std::string>() + "\n"));
+        EXPECT_THAT(text,
+                    testing::ContainsRegex(characters + " +" + format.at("name").get<std::string>() + " +" +
+                                           format.at("deliveredFormat").get<std::string>() + "\n"));
     }
     EXPECT_EQ(codes.size(), 48u);
 }
