@@ -300,6 +300,10 @@ void SetFrameLimits(std::uint32_t maxSide, std::uint64_t maxBytes) {
     gMaxBytes = maxBytes;
 }
 
+FrameLimits GetFrameLimits() {
+    return {gMaxSide, gMaxBytes};
+}
+
 void PurgeIdleFrames() {
     Pool().PurgeIdle();
 }

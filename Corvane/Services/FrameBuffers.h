@@ -23,6 +23,13 @@ inline constexpr std::uint64_t kDefaultMaxFrameBytes = std::uint64_t{2} << 30;
 /// that exist already are not affected.
 void SetFrameLimits(std::uint32_t maxSide, std::uint64_t maxBytes);
 
+/// The limits in force.
+struct FrameLimits {
+    std::uint32_t maxSide;
+    std::uint64_t maxBytes;
+};
+FrameLimits GetFrameLimits();
+
 /// What the pool keeps of buffers that nobody uses: enough for nine float frames of 3840 x 2160. Beyond
 /// either, the buffers that were returned first are freed; the one returned last is kept whatever its size.
 inline constexpr std::size_t kMaxIdleFrames = 64;

@@ -1,5 +1,6 @@
 #include "Suites.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 

@@ -1,6 +1,6 @@
 // Faults sought: an exception that reaches the host, a message that is off by a blank, a crash where the host refuses a
 // suite or memory.
-#include "PluginFixture.h"
+#include "PrefsFixture.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +10,6 @@
 #include <dlfcn.h>
 
 #include "Services/AlertSink.h"
-#include "Services/Suites.h"
 
 namespace {
 
@@ -48,7 +47,7 @@ TEST_F(FailureTest, TheMessageToTheLetter) {
     EXPECT_EQ(answer.result, 3);
     EXPECT_EQ(answer.alert, "plugin.CvImportModule  importmod:0x0 Threw an EXCEPTION during  selector:37. "
                             "what() returned JSON not well-formed\n");
-    EXPECT_EQ(void*(info.mPrivateData), nullptr) << "an instance whose first call throws is not stored";
+    EXPECT_EQ(static_cast<void*>(info.mPrivateData), nullptr) << "an instance whose first call throws is not stored";
 
     void* instance = nullptr;
     EXPECT_EQ(Open(Write("clip.synthex", "[]"), instance).alert,
@@ -71,7 +70,7 @@ TEST_F(FailureTest, AFrameNamesItsInstanceInTheMessage) {
     EXPECT_EQ(handle, nullptr);
     char start[96];
     std::snprintf(start, sizeof start, "plugin.CvImportModule  importmod:0x%x Threw an EXCEPTION during  selector:47. ",
-                  static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(void*(info.mPrivateData))));
+                  static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(static_cast<void*>(info.mPrivateData))));
     EXPECT_EQ(answer.alert.substr(0, std::strlen(start)), start);
     EXPECT_NE(answer.alert.find("0x12345678"), std::string::npos) << answer.alert;
     Close(info.mPrivateData);
@@ -126,6 +125,36 @@ TEST_F(FailureTest, EveryFailedAllocationIsAnswered) {
         EXPECT_TRUE(answer.result == 3 || answer.result == 99) << answer.result;
     }
     EXPECT_GT(failures, 20);
+}
+
+// The same for the dialog: it is never left half open, and the clip keeps its settings.
+TEST_F(PrefsTest, EveryFailedAllocationInTheDialogIsAnswered) {
+    int failures = 0;
+    for (long after = 0;; ++after) {
+        NotingPlatform platform(Script({"frameWidthID=100", "colorRenderingTypePopupID=0", "drawFrameNumberCBID=false"}));
+        const corvane::ScopedPlatform scope(platform);
+        const corvane::AlertCollector quiet;
+        std::string buffer(kPrefsBufferSize, 0);
+        buffer.replace(0, 2, "{}");
+        auto access = HostRecord<imFileAccessRec8>();
+        access.mFilePath = u"/none";
+        auto record = HostRecord<imGetPrefsRec>();
+        record.mPrefs = buffer.data();
+        record.mFirstTime = 0;
+        Answer answer;
+        try {
+            tAllocationsLeft = after;
+            answer = mBundle.Call(kSelector_GetPrefs, &access, &record);
+            tAllocationsLeft = -1;
+        } catch (const std::bad_alloc&) {
+            tAllocationsLeft = -1; // as above
+        }
+        ASSERT_EQ(corvane::CountLiveNodes(), 0) << after;
+        if (answer.result == 0 && buffer[2] != 0) break;
+        ++failures;
+        ASSERT_STREQ(buffer.c_str(), "{}") << after;
+    }
+    EXPECT_GT(failures, 100);
 }
 
 class Sink : public corvane::AlertSink {
