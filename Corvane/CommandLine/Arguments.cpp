@@ -208,7 +208,7 @@ int RunArguments(int argc, const char* const* argv) {
     InfoRequest info;
     RenderRequest render;
     FormatsRequest formats;
-    ValidateRequest validate{.timeLimit = std::chrono::seconds(20)};
+    ValidateRequest validate;
     ChecksRequest checks;
     const CLI::App* const infoCommand = AddInfo(app, info);
     const CLI::App* const renderCommand = AddRender(app, render);
