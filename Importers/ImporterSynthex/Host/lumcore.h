@@ -6,6 +6,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <boost/any.hpp>
@@ -68,12 +69,38 @@ namespace lumcore::utility {
 /// ASCII text to UTF-16, one code unit a byte.
 Mosk::String AsciiToUTF16(const char* text);
 
+/// A set of flags in one number.
+template <class Number>
+class Flags {
+  public:
+    constexpr explicit Flags(Number bits) : mBits(bits) {}
+    constexpr Number GetBits() const { return mBits; }
+
+  private:
+    Number mBits;
+};
+
 /// Reads the resource `name` of the type `type` from a bundle (`Contents/Resources/NAME.TYPE`) into `bytes`. Returns
 /// false and leaves `bytes` empty where there is none.
 bool GetBinaryFromModule(CFBundleRef bundle, const Mosk::String& name, const Mosk::String& type,
                          std::vector<std::byte>& bytes);
 
 } // namespace lumcore::utility
+
+namespace lumcore::filesupport {
+
+/// The name of a file that a person chose; the file need not exist.
+class File {
+  public:
+    explicit File(Mosk::String path) : mPath(std::move(path)) {}
+    /// The whole path; empty where no file was chosen.
+    const Mosk::String& FullPath() const { return mPath; }
+
+  private:
+    Mosk::String mPath;
+};
+
+} // namespace lumcore::filesupport
 
 namespace lumcore::config {
 
