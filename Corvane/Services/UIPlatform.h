@@ -1,0 +1,86 @@
+/// The side of the UI toolkit that people see: who shows the toolkit's models and runs its modal loops.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "Mosk.h"
+#include "Services/UIModel.h"
+#include "lumui.h"
+#include "lumworkspace.h"
+
+namespace corvane {
+
+/// The system's save-file dialog, as asked for.
+struct SaveFileRequest {
+    lumui::ui::UI_Node* parent; ///< may be null
+    std::vector<lumui::dialogs::FileDialogFilterInfo> filters;
+    std::size_t filterIndex; ///< the filter to begin with
+    Mosk::String defaultName;
+    bool confirmReplace; ///< ask before an existing file is chosen
+};
+
+/// A question with buttons, as asked for. `buttons` has the bits of `lumui::dialogs::UI_MessageBox::Button`.
+struct MessageBoxRequest {
+    lumui::ui::UI_Node* parent; ///< may be null
+    Mosk::String title, message;
+    int buttons;
+    lumui::dialogs::UI_MessageBox::Button defaultButton;
+    lumui::dialogs::UI_MessageBox::Icon icon;
+};
+
+/// The color picker, as asked for.
+struct ColorPickerRequest {
+    lumui::ui::UI_Node* parent; ///< may be null
+    lumui::controls::ColorRGBA color;
+};
+
+/// Shows the toolkit's models to a person, or to a script.
+///
+/// All calls come on the UI thread. The modal runs nest: a save-file dialog is asked for while `RunDialog`
+/// runs, from within one of the dialog's operations. A platform may throw from any of them; inside a dialog
+/// that ends the dialog.
+class UI_Platform {
+  public:
+    virtual ~UI_Platform() = default;
+
+    /// Shows a dialog, with the values its controls hold now, and returns when it has been closed
+    /// (`DialogModel::IsClosed`). The dialog's `parent` may be null.
+    virtual void RunDialog(DialogModel& dialog, lumui::ui::UI_Node* parent) = 0;
+    /// Asks where to save; nothing where the person cancelled. The path given is whole.
+    virtual std::optional<Mosk::String> RunSaveFileDialog(const SaveFileRequest& request) = 0;
+    /// Asks a question; returns the button that was pressed, one of `request.buttons`.
+    virtual std::int32_t RunMessageBox(const MessageBoxRequest& request) = 0;
+    /// Asks for a color; nothing where the person cancelled.
+    virtual std::optional<lumui::controls::ColorRGBA> RunColorPicker(const ColorPickerRequest& request) = 0;
+    /// The host's main window; null where it shows none.
+    virtual lumworkspace::workspace::TopLevelWindow* GetMainTopLevelWindow() { return nullptr; }
+};
+
+/// The process's platform. Null until it is set; without one, whatever needs it throws `std::runtime_error`.
+UI_Platform* GetPlatform();
+
+/// Makes `platform` (not owned; null for none) the process's platform.
+void SetPlatform(UI_Platform* platform);
+
+/// Makes a platform the process's for the length of a scope.
+class ScopedPlatform {
+  public:
+    explicit ScopedPlatform(UI_Platform& platform) : mPrevious(GetPlatform()) { SetPlatform(&platform); }
+    ~ScopedPlatform() { SetPlatform(mPrevious); }
+    ScopedPlatform(const ScopedPlatform&) = delete;
+    ScopedPlatform& operator=(const ScopedPlatform&) = delete;
+
+  private:
+    UI_Platform* mPrevious;
+};
+
+/// `path` with the filter's default extension where its last part has none, for platforms whose system dialog
+/// does not add it.
+Mosk::String WithDefaultExtension(Mosk::String path, const SaveFileRequest& request);
+
+/// How many of the toolkit's controls and dialogs exist at this moment, for tests that watch for leaks.
+std::int64_t CountLiveNodes();
+
+} // namespace corvane
