@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "Services/UILayout.h"
+#include "UILayout.h"
 #include "lumui.h"
 
 namespace corvane {
@@ -42,7 +42,7 @@ class ControlModel {
   public:
     ControlModel(const ControlModel&) = delete;
     ControlModel& operator=(const ControlModel&) = delete;
-    virtual ~ControlModel() = default;
+    virtual ~ControlModel();
 
     const std::string& GetID() const { return mLayout.id; }
     const LayoutNode& GetLayout() const { return mLayout; }
@@ -51,7 +51,7 @@ class ControlModel {
     virtual lumui::controls::UI_ControlView& GetView() = 0;
 
   protected:
-    ControlModel(DialogModel& dialog, const LayoutNode& layout) : mDialog(&dialog), mLayout(layout) {}
+    ControlModel(DialogModel& dialog, const LayoutNode& layout);
 
     void AddReceiver(const lumui::ui::MessageFunctionPtr& receiver) { mReceivers.push_back(receiver); }
     void SetEnabled(bool enabled);

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Mosk.h"
-#include "Services/UIModel.h"
+#include "UIModel.h"
 #include "lumui.h"
 #include "lumworkspace.h"
 
@@ -58,8 +58,11 @@ class UI_Platform {
     virtual lumworkspace::workspace::TopLevelWindow* GetMainTopLevelWindow() { return nullptr; }
 };
 
-/// The process's platform. Null until it is set; without one, whatever needs it throws `std::runtime_error`.
+/// The process's platform. Null until it is set.
 UI_Platform* GetPlatform();
+
+/// The process's platform; throws `std::runtime_error` where there is none.
+UI_Platform& NeedPlatform();
 
 /// Makes `platform` (not owned; null for none) the process's platform.
 void SetPlatform(UI_Platform* platform);

@@ -219,7 +219,6 @@ class ColorPickerDialog : public ui::UI_Node {
     ColorRGBA GetColor() const { return mColor; }
 
   private:
-    const drawbot::SupplierInterface* mSupplier;
     ui::UI_NodePtr<ui::UI_Node> mParent;
     ColorRGBA mColor;
     bool mAccepted = false;

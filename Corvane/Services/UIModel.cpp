@@ -1,0 +1,195 @@
+#include "UIModel.h"
+
+#include <atomic>
+#include <cmath>
+#include <utility>
+
+#include "UIPlatform.h"
+
+namespace corvane {
+
+namespace {
+
+std::atomic<std::int64_t> gLiveNodes = 0;
+
+} // namespace
+
+std::int64_t CountLiveNodes() {
+    return gLiveNodes;
+}
+
+// --- Controls
+// -------------------------------------------------------------------------------------------------
+
+ControlModel::ControlModel(DialogModel& dialog, const LayoutNode& layout)
+    : mDialog(&dialog), mLayout(layout) {
+    ++gLiveNodes;
+}
+
+ControlModel::~ControlModel() {
+    --gLiveNodes;
+}
+
+void ControlModel::SetEnabled(bool enabled) {
+    if (std::exchange(mEnabled, enabled) != enabled) Report(ControlAspect::kEnabled);
+}
+
+void ControlModel::Report(ControlAspect aspect, ChangeOrigin origin) {
+    if (mDialog && mDialog->mObserver) mDialog->mObserver->ControlChanged(*this, aspect, origin);
+}
+
+void PopupModel::AddItem(const Mosk::String& text) {
+    mItems.push_back({text});
+    Report(ControlAspect::kItems);
+}
+
+void PopupModel::SetValue(long index) {
+    mValue = HasItem(index) ? index : -1;
+    Report(ControlAspect::kValue);
+}
+
+void PopupModel::EnableAllItems() {
+    for (Item& item : mItems) item.enabled = true;
+    Report(ControlAspect::kItems);
+}
+
+void PopupModel::DisableItem(long index, bool disabled) {
+    if (!HasItem(index)) return;
+    mItems[static_cast<std::size_t>(index)].enabled = !disabled;
+    Report(ControlAspect::kItems);
+}
+
+void NumberModel::SetValue(double value) {
+    mValue = value;
+    Report(ControlAspect::kValue);
+}
+
+void CheckboxModel::SetChecked(bool checked) {
+    mChecked = checked;
+    Report(ControlAspect::kValue);
+}
+
+void TextButtonModel::SetText(const Mosk::String& title) {
+    mTitle = title;
+    Report(ControlAspect::kTitle);
+}
+
+void StaticTextModel::SetValue(const Mosk::String& text) {
+    mText = text;
+    Report(ControlAspect::kValue);
+}
+
+void StaticTextModel::SetTruncation(lumui::controls::TextTruncation truncation) {
+    mTruncation = truncation;
+    Report(ControlAspect::kValue);
+}
+
+const Mosk::String& GetButtonTitle(const ControlModel& button) {
+    const auto* const text = dynamic_cast<const TextButtonModel*>(&button);
+    return text ? text->GetTitle() : button.GetLayout().label.text;
+}
+
+// --- The dialog
+// -----------------------------------------------------------------------------------------------
+
+DialogModel::DialogModel(Layout layout, lumui::ui::UI_Node* window)
+    : mLayout(std::move(layout)), mWindow(window) {
+    ++gLiveNodes;
+    Build(mLayout.children);
+}
+
+DialogModel::~DialogModel() {
+    for (ControlModel* const control : mOrder) control->mDialog = nullptr;
+    --gLiveNodes;
+}
+
+void DialogModel::Build(const std::vector<LayoutNode>& nodes) {
+    for (const LayoutNode& node : nodes) {
+        Add(node);
+        Build(node.children);
+    }
+}
+
+void DialogModel::Add(const LayoutNode& node) {
+    const auto make = [&]<class Model>(std::type_identity<Model>) {
+        const auto control = lumui::ui::MakeNode<Model>(*this, node);
+        mNodes.emplace(node.id, control);
+        mOrder.push_back(control.get());
+    };
+    switch (node.kind) {
+    case WidgetKind::kPopup: make(std::type_identity<PopupModel>()); break;
+    case WidgetKind::kNumber: make(std::type_identity<NumberModel>()); break;
+    case WidgetKind::kCheckbox: make(std::type_identity<CheckboxModel>()); break;
+    case WidgetKind::kButton: make(std::type_identity<ButtonModel>()); break;
+    case WidgetKind::kTextButton: make(std::type_identity<TextButtonModel>()); break;
+    case WidgetKind::kStaticText: make(std::type_identity<StaticTextModel>()); break;
+    case WidgetKind::kGroup:
+    case WidgetKind::kRow:
+    case WidgetKind::kLabel: break;
+    }
+}
+
+ControlModel* DialogModel::Find(const std::string& id) const {
+    const auto found = mNodes.find(id);
+    return found == mNodes.end() ? nullptr : dynamic_cast<ControlModel*>(found->second.get());
+}
+
+void DialogModel::Close() {
+    if (std::exchange(mClosed, true)) return;
+    if (mObserver) mObserver->DialogClosed();
+}
+
+bool DialogModel::Press(ControlModel& button) {
+    if (mClosed || !button.IsEnabled()) return false;
+    Deliver(button);
+    return true;
+}
+
+bool DialogModel::Enter(NumberModel& number, double value) {
+    if (mClosed || !number.IsEnabled() || !std::isfinite(value)) return false;
+    const double held = number.GetLayout().limits.Hold(value);
+    if (std::exchange(number.mValue, held) == held && held == value) return true;
+    number.Report(ControlAspect::kValue, ChangeOrigin::kPerson);
+    Deliver(number);
+    return true;
+}
+
+bool DialogModel::Choose(PopupModel& popup, long index) {
+    if (mClosed || !popup.IsEnabled() || !popup.HasItem(index)) return false;
+    if (!popup.mItems[static_cast<std::size_t>(index)].enabled) return false;
+    if (std::exchange(popup.mValue, index) == index) return true;
+    popup.Report(ControlAspect::kValue, ChangeOrigin::kPerson);
+    Deliver(popup);
+    return true;
+}
+
+bool DialogModel::Check(CheckboxModel& box, bool checked) {
+    if (mClosed || !box.IsEnabled()) return false;
+    if (std::exchange(box.mChecked, checked) == checked) return true;
+    box.Report(ControlAspect::kValue, ChangeOrigin::kPerson);
+    Deliver(box);
+    return true;
+}
+
+void DialogModel::Dismiss() {
+    ControlModel* const cancel = Find(mLayout.cancelButton);
+    if (!cancel || !Press(*cancel)) Close();
+}
+
+void DialogModel::Deliver(ControlModel& control) {
+    const lumui::ui::UI_NodePtr<lumui::controls::UI_ControlView> alive(&control.GetView());
+    lumui::controls::UI_ControlChangedMessage message(alive.get());
+    const auto receivers = control.mReceivers; // a receiver may add another
+    try {
+        for (const auto& receiver : receivers) (*receiver)(&message);
+    } catch (...) {
+        if (!mFailure) mFailure = std::current_exception();
+        Close();
+    }
+}
+
+void DialogModel::RethrowFailure() {
+    if (mFailure) std::rethrow_exception(std::exchange(mFailure, nullptr));
+}
+
+} // namespace corvane
