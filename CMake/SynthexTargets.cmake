@@ -24,7 +24,16 @@ function(synthex_check_headers target)
         list(APPEND sources ${source})
     endforeach()
     add_library(${target}_headers OBJECT ${sources})
-    target_link_libraries(${target}_headers PRIVATE ${target})
+    # The target's own view of the others, whatever kind of target it is (a module can't be linked).
+    foreach(property INCLUDE_DIRECTORIES COMPILE_DEFINITIONS)
+        set_property(TARGET ${target}_headers PROPERTY ${property} $<TARGET_PROPERTY:${target},${property}>)
+    endforeach()
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "INTERFACE_LIBRARY")
+        target_link_libraries(${target}_headers PRIVATE ${target})
+    else()
+        target_link_libraries(${target}_headers PRIVATE $<TARGET_PROPERTY:${target},LINK_LIBRARIES>)
+    endif()
 endfunction()
 
 # synthex_add_tests(NAME SOURCES ... LINKS ...): a GoogleTest program whose cases are tests of CTest.

@@ -8,9 +8,10 @@
 #include <string>
 
 #include "CvPluginAPI.h"
-#include "Services/Bundles.h"
 
 namespace corvane {
+
+class PluginLibrary;
 
 /// The answer to one call of the entry point, with what the plug-in told the person during it.
 struct Answer {
@@ -22,16 +23,18 @@ struct Answer {
     std::string Reason() const;
 };
 
-/// A loaded importer bundle. Loading sends selector 0; destruction sends selector 1 and unloads. Shared by the
-/// clips that come from it, which must not outlive it.
+/// A loaded importer bundle. Loading sends selector 0; destruction sends selector 1 and unloads. Shared by
+/// the clips that come from it, which must not outlive it.
 class Bundle {
   public:
-    /// Where the bundle is: `named` if not empty, else the environment's SYNTHEX_BUNDLE, else beside the program
-    /// (`../lib/ImporterSynthex.bundle` from the program's folder, in the build tree as in the installed tree).
+    /// Where the bundle is: `named` if not empty, else the environment's SYNTHEX_BUNDLE, else beside the
+    /// program
+    /// (`../lib/ImporterSynthex.bundle` from the program's folder, in the build tree as in the installed
+    /// tree).
     static std::filesystem::path Find(const std::filesystem::path& named = {});
 
-    /// Loads the bundle and initialises it. Throws `Failure` where it is no bundle, does not load, has no entry point,
-    /// or does not answer `kResult_Initialized`.
+    /// Loads the bundle and initialises it. Throws `Failure` where it is no bundle, does not load, has no
+    /// entry point, or does not answer `kResult_Initialized`.
     explicit Bundle(const std::filesystem::path& path);
     ~Bundle();
     Bundle(const Bundle&) = delete;
@@ -47,9 +50,7 @@ class Bundle {
 
   private:
     std::filesystem::path mPath;
-    std::unique_ptr<BundleRegistration> mRegistration;
-    void* mLibrary = nullptr;
-    CvImportEntry mEntry = nullptr;
+    std::unique_ptr<PluginLibrary> mLibrary;
     // The plug-in fetches its suites with the process's first frame, which is for one thread.
     mutable std::mutex mFirstFrame;
     mutable std::atomic<bool> mHadFrame{false};

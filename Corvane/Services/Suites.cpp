@@ -1,5 +1,6 @@
 #include "Suites.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 
@@ -22,7 +23,7 @@ std::int32_t AcquireSuite(const char* name, std::int32_t version, const void** s
     static const SuiteRow kSuites[] = {
         {kCvLegacySuite, kCvLegacySuiteVersion1, LegacySuite1()},
         {kCvLegacySuite, kCvLegacySuiteVersion2, LegacySuite2()},
-        {kCvVexelCreator2Suite, kCvVexelCreator2SuiteVersion, VexelCreatorSuite()},
+        {kCvVexelCreator2Suite, kCvVexelCreator2SuiteVersion, VexelCreator2Suite()},
         {kCvVexelSuite, kCvVexelSuiteVersion, VexelSuite()},
         {kCvPixelFormatSuite, kCvPixelFormatSuiteVersion, PixelFormatSuite()},
     };

@@ -67,7 +67,8 @@ class TreeBuilder {
         if (mOpen.empty()) {
             mRoot = std::move(pointer);
         } else if (auto* const object = boost::any_cast<Object>(mOpen.back().container)) {
-            (*object)[std::move(mOpen.back().key)] = std::move(pointer);
+            // Our own text lists members in order: each then belongs at the end.
+            object->insert_or_assign(object->end(), std::move(mOpen.back().key), std::move(pointer));
         } else {
             boost::any_cast<Array>(mOpen.back().container)->push_back(std::move(pointer));
         }
@@ -86,12 +87,13 @@ class Writer {
     std::string Take() { return std::move(mText); }
 
     void Write(const Value& value) {
-        if (const auto* const object = boost::any_cast<Object>(&value)) WriteObject(*object);
+        // The most frequent kinds first.
+        if (const auto* const number = boost::any_cast<double>(&value)) WriteDouble(*number);
+        else if (const auto* const natural = boost::any_cast<std::uint64_t>(&value)) WriteNumber(*natural);
+        else if (const auto* const object = boost::any_cast<Object>(&value)) WriteObject(*object);
+        else if (const auto* const integer = boost::any_cast<std::int64_t>(&value)) WriteNumber(*integer);
         else if (const auto* const array = boost::any_cast<Array>(&value)) WriteArray(*array);
         else if (const auto* const text = boost::any_cast<UTF8String>(&value)) WriteText(*text);
-        else if (const auto* const natural = boost::any_cast<std::uint64_t>(&value)) WriteNumber(*natural);
-        else if (const auto* const integer = boost::any_cast<std::int64_t>(&value)) WriteNumber(*integer);
-        else if (const auto* const number = boost::any_cast<double>(&value)) WriteDouble(*number);
         else if (const auto* const truth = boost::any_cast<bool>(&value)) mText += *truth ? "true" : "false";
         else if (boost::any_cast<Null>(&value)) mText += "null";
         else throw boost::bad_any_cast();
@@ -131,7 +133,7 @@ class Writer {
     }
 
     void WriteText(const UTF8String& text) {
-        const std::string narrow(text.begin(), text.end());
+        const std::string_view narrow(reinterpret_cast<const char*>(text.data()), text.size());
         const auto isPlain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
         if (std::ranges::all_of(narrow, isPlain)) mText.append(1, '"').append(narrow).append(1, '"');
         else mText += nlohmann::json(narrow).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
@@ -174,13 +176,18 @@ T& Held(Value& value) {
 } // namespace
 
 void AddToObject(Value& object, const char* key, const Value& member) {
-    Held<Object>(object)[ToBytes(key)] = boost::make_shared<Value>(member);
+    AddToObject(object, key, Value(member));
+}
+
+void AddToObject(Value& object, const char* key, Value&& member) {
+    Object& members = Held<Object>(object);
+    members.insert_or_assign(members.end(), ToBytes(key), boost::make_shared<Value>(std::move(member)));
 }
 
 ValuePtr GetVariantInObject(const Value& object, const char* key) {
     const auto* const members = boost::any_cast<Object>(&object);
     if (members == nullptr) throw boost::bad_any_cast();
-    const auto found = members->find(ToBytes(key));
+    const auto found = members->find(std::string_view(key));
     return found == members->end() ? ValuePtr() : found->second;
 }
 

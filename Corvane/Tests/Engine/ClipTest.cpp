@@ -79,7 +79,7 @@ TEST(Clip, WhatCanNotBeRenderedSaysWhy) {
         const char* reason;
     };
     const auto bundle = TheBundle();
-    const std::int64_t live = corvane::FramePoolStatistics().liveFrames;
+    const std::int64_t live = corvane::GetFrameStatistics().liveFrames;
     for (const Row& row : {Row{R"(,"mVideoFrameRate":{"ticksperframe":0})", "no frame rate"},
                            Row{R"(,"mVideoFrameRate":{"ticksperframe":-5})", "no frame rate"},
                            Row{R"(,"mVideoDuration":{"ticks":0})", "no duration"},
@@ -98,7 +98,7 @@ TEST(Clip, WhatCanNotBeRenderedSaysWhy) {
             EXPECT_THAT(failure.what(), HasSubstr("the clip: ")) << row.members;
         }
     }
-    EXPECT_EQ(corvane::FramePoolStatistics().liveFrames, live);
+    EXPECT_EQ(corvane::GetFrameStatistics().liveFrames, live);
 }
 
 TEST(Clip, NotFiniteColoursRender) {

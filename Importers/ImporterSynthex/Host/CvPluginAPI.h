@@ -54,7 +54,7 @@ enum CvResult : std::int32_t {
     kResult_Initialized = 400,       ///< the answer to selector 0
 };
 
-// --- Host functions -------------------------------------------------------------------------------------------
+// Host functions.
 
 /// The basic suite: how a plug-in gets all others. Functions return 0, or a negative status. Any thread.
 struct CvBasicSuite {
@@ -147,7 +147,7 @@ struct CvPixelFormatSuite1 {
     std::int32_t (*CanCreate)(CvPixelFormat format, std::int32_t* answer);
 };
 
-// --- Records --------------------------------------------------------------------------------------------------
+// Records.
 
 /// Version of this API, in `imStdParms`.
 inline constexpr std::int32_t kCvImporterAPIVersion = 1;
@@ -277,7 +277,7 @@ extern "C" std::int32_t xImportEntry(std::int32_t selector, imStdParms* stdParms
 using CvImportEntry = std::int32_t (*)(std::int32_t, imStdParms*, void*, void*);
 inline constexpr char kCvImportEntryName[] = "xImportEntry";
 
-// --- The byte positions, asserted -----------------------------------------------------------------------------
+// The byte positions, asserted.
 
 // clang-format off
 #define CV_FIELD(record, field, offset, size) \

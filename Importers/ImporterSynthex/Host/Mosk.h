@@ -26,7 +26,7 @@ inline constexpr Result kResult_DiskFull = -6;     ///< no room, or a quota is u
 /// The interface asked for is not one that the object has.
 inline constexpr Result kResult_NoInterface = static_cast<Result>(0xA00A0001);
 
-// --- Strings --------------------------------------------------------------------------------------------------
+// Strings.
 
 /// Text for people and file paths: UTF-16, value semantics.
 using String = std::u16string;
@@ -37,7 +37,7 @@ String FromUTF8(std::string_view text);
 /// UTF-16 to UTF-8. Invalid text (lone surrogates) throws `std::invalid_argument`. Any thread.
 std::string ToUTF8(std::u16string_view text);
 
-// --- Memory and modules ---------------------------------------------------------------------------------------
+// Memory and modules.
 
 /// The foundation's small-block memory. Any thread.
 class Allocator {
@@ -96,7 +96,7 @@ class Module : public ResourceCollection {
     CFBundleRef mBundle;
 };
 
-// --- Files ----------------------------------------------------------------------------------------------------
+// Files.
 
 enum class FileAccessFlags : std::uint32_t { kRead = 1, kWrite = 2, kReadWrite = 3 };
 enum class FileShareModeFlags : std::uint32_t { kShareRead = 1, kShareWrite = 2, kShareReadWrite = 3 };
@@ -157,7 +157,7 @@ class PathUtils {
     static String GetFilePart(const String& path);
 };
 
-// --- Counted interfaces ---------------------------------------------------------------------------------------
+// Counted interfaces.
 
 /// The base of all interfaces: counted references and lookup of further interfaces. The order of the operations
 /// is the binary interface.
@@ -223,7 +223,7 @@ InterfaceRef<T> QueryInterface(const MoskUnknownRef& unknown) {
     return InterfaceRef<T>(static_cast<T*>(found));
 }
 
-// --- Alerts ---------------------------------------------------------------------------------------------------
+// Alerts.
 
 /// Tells the person that the exception being handled was not handled by the plug-in.
 ///

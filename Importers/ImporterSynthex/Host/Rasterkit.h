@@ -60,15 +60,16 @@ inline constexpr std::int32_t kRK_PrintBoxed = 1;
 /// from row to row. Bytes between the rows are not touched.
 ///
 /// `color` is four floats B, G, R, A: gamma-coded R'G'B' and straight alpha, nominally 0..1; any value is
-/// taken. What is stored:
-/// - 8-bit: the exact value rounded half up and clamped to 0..255; NaN counts as 0.
+/// taken. A NaN counts as 0, and a result that is not a number (infinity minus infinity) is stored as 0. What is
+/// stored:
+/// - 8-bit: the exact value rounded half up and clamped to 0..255.
 /// - float: neither rounded nor clamped.
 /// - Y'CbCr: ITU-R BT.601-7, 2.5.1 to 2.5.3, or BT.709-6, items 3.2 to 3.5. 8-bit is limited range (Y' 16..235, Cb
 ///   and Cr 16..240 about 128), float is Y' 0..1 and Cb, Cr -0.5..0.5.
 /// - premultiplied: the converted components times alpha (for Y'CbCr, the conversion of R'G'B' times alpha).
 /// - linear: the inverse of the transfer of BT.709-6, item 1.2.
 ///
-/// `format` must be concrete, otherwise `std::invalid_argument` is thrown. Any thread.
+/// `format` must be concrete and `mode` `kRK_FillReplace`, otherwise `std::invalid_argument` is thrown. Any thread.
 void RK_FillWithColor(void* start, std::int32_t rowStep, std::uint32_t width, std::uint32_t rows,
                       RK_PixelFormat format, const float* color, std::int32_t mode);
 
@@ -78,6 +79,6 @@ void RK_FillWithColor(void* start, std::int32_t rowStep, std::uint32_t width, st
 /// first digit as shares of the frame's width and height. The print is clipped to the frame. The digits are
 /// strokes of the service's own, so the bytes do not depend on fonts. Style 1 is light digits on a dark box.
 ///
-/// `format` must be concrete, otherwise `std::invalid_argument` is thrown. Any thread.
+/// `format` must be concrete and `style` `kRK_PrintBoxed`, otherwise `std::invalid_argument` is thrown. Any thread.
 void RK_PrintNum(void* base, std::int32_t rowBytes, RK_PixelFormat format, std::uint32_t width,
                  std::uint32_t height, std::int32_t number, float size, RK_Point position, std::int32_t style);

@@ -1,8 +1,10 @@
 /// The host's core services: JSON, text, resources, checked casts, contracts and localized errors.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -26,7 +28,17 @@ using ValuePtr = boost::shared_ptr<Value>;
 /// UTF-8 text as unsigned bytes; compares by byte.
 using UTF8String = std::basic_string<unsigned char>;
 
-using Object = std::map<UTF8String, ValuePtr>;
+/// Orders keys by their bytes; takes any contiguous text, so that looking a key up makes no string.
+struct ByteOrder {
+    using is_transparent = void;
+    template <class A, class B>
+    bool operator()(const A& a, const B& b) const {
+        const int order = std::memcmp(a.data(), b.data(), std::min(a.size(), b.size()));
+        return order != 0 ? order < 0 : a.size() < b.size();
+    }
+};
+
+using Object = std::map<UTF8String, ValuePtr, ByteOrder>;
 using Array = std::vector<ValuePtr>;
 struct Null {};
 
@@ -36,6 +48,8 @@ inline constexpr int kMaximumNesting = 256;
 
 /// Inserts or replaces a member. Throws `boost::bad_any_cast` where `object` holds no object.
 void AddToObject(Value& object, const char* key, const Value& member);
+/// The same; takes the member over instead of copying it.
+void AddToObject(Value& object, const char* key, Value&& member);
 
 /// The member of that name, or an empty pointer. Throws `boost::bad_any_cast` where `object` holds no object.
 ValuePtr GetVariantInObject(const Value& object, const char* key);

@@ -30,7 +30,7 @@ int UnsupportedOn(const void* record) {
     return FirstField(record) == nullptr ? kResult_NoInstance : kResult_Unsupported;
 }
 
-// --- Guarding -------------------------------------------------------------------------------------------------
+// Guarding.
 
 /// Which kinds of exceptions are reported no more.
 struct ReportDisabled {
@@ -80,7 +80,7 @@ class Guard {
     ReportDisabled& mDisabled;
 };
 
-// --- Selectors that are more than one call --------------------------------------------------------------------
+// Selectors that are more than one call.
 
 int CloseFile(void* instance) {
     if (instance == nullptr) return kResult_Unsupported;
@@ -133,7 +133,7 @@ int GetSourceVideo(void* unused, imSourceVideoRec* record) {
 
 } // namespace
 
-// --- Entry ----------------------------------------------------------------------------------------------------
+// Entry.
 
 Mosk::ObjectPtr<Mosk::Module, Mosk::AtomicValue>* GetDllModule() {
     return &gDllModule;
@@ -222,7 +222,7 @@ Importer* CvImportModule<Importer>::CreateImportModuleInstance(imStdParms* stdPa
 
 template class CvImportModule<ImporterSynthex>;
 
-// --- Importer -------------------------------------------------------------------------------------------------
+// Importer.
 
 std::int32_t ImporterSynthex::Init(imImportInfoRec* record) {
     record->mCapability28 = 1;

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <vector>
+
+#include "Export/Export.h"
+
+namespace corvane::commandline {
+
+/// Exit statuses of the program. A render that a signal ends has 128 plus the signal's number.
+inline constexpr int kExitDone = 0;
+inline constexpr int kExitFailed = 1;
+inline constexpr int kExitUsage = 2;
+
+// What each subcommand was asked for, and the function that does it. Functions return the exit status; what
+// they throw is told to the person by `Main.cpp`. `bundle` is empty where none was named.
+
+struct InfoRequest {
+    std::filesystem::path bundle;
+    std::vector<std::filesystem::path> clips;
+    bool json = false;
+};
+int RunInfo(const InfoRequest& request);
+
+struct RenderRequest {
+    std::filesystem::path bundle;
+    std::filesystem::path clip;
+    ExportOptions options;
+    bool quiet = false;
+};
+int RunRender(const RenderRequest& request);
+
+struct FormatsRequest {
+    std::filesystem::path bundle;
+    bool json = false;
+};
+int RunFormats(const FormatsRequest& request);
+
+struct ValidateRequest {
+    std::filesystem::path bundle;
+    std::chrono::milliseconds timeLimit{0}; ///< for all checks together
+};
+int RunValidate(const ValidateRequest& request);
+
+/// Makes checks in this process and reports on a pipe; what `RunValidate` starts.
+struct ChecksRequest {
+    std::filesystem::path bundle;
+    int pipe = -1;         ///< descriptor to report on
+    std::size_t first = 0; ///< number of the first check to make
+};
+int RunChecks(const ChecksRequest& request);
+
+} // namespace corvane::commandline

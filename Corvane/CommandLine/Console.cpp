@@ -1,0 +1,27 @@
+#include "Console.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace corvane::commandline {
+
+void Print(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+void PrintError(std::string_view message) {
+    // One write, so that lines of several processes don't mix.
+    const std::string line = "synthex: " + std::string(message) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+bool FlushOutput() {
+    errno = 0;
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
+    PrintError("standard output: it can't be written (" + std::string(std::strerror(errno)) +
+               "); send it elsewhere or make room.");
+    return false;
+}
+
+} // namespace corvane::commandline

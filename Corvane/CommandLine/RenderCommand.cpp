@@ -1,0 +1,79 @@
+#include <atomic>
+#include <csignal>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include "Commands.h"
+#include "Console.h"
+#include "Engine/Clip.h"
+#include "Export/Export.h"
+#include "ProgressBar.h"
+
+namespace corvane::commandline {
+
+namespace {
+
+std::atomic<bool> gCancel{false};
+std::atomic<int> gSignal{0};
+
+static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
+              "a signal handler may touch nothing else");
+
+void OnEndingSignal(int signal) {
+    gSignal = signal;
+    gCancel = true;
+}
+
+/// Lets the signals that end a program end the export instead, which then tidies up. A second one is taken in
+/// the same way: ending at once would leave a half-written file. A reader that goes away is an error of
+/// writing, not a signal.
+void TakeEndingSignals() {
+    struct sigaction action {};
+    action.sa_handler = OnEndingSignal;
+    ::sigemptyset(&action.sa_mask);
+    // Not restarted: a write that waits for a reader is to notice.
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before {};
+        ::sigaction(signal, nullptr, &before);
+        // Whoever started the program may have it ignore a signal, as nohup does.
+        if (before.sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
+    }
+    ::signal(SIGPIPE, SIG_IGN);
+}
+
+std::string BytesText(std::uint64_t bytes) {
+    if (bytes < 1000) return fmt::format("{} bytes", bytes);
+    const double thousands = static_cast<double>(bytes) / 1000;
+    if (bytes < 1000'000) return fmt::format("{:.1f} kB", thousands);
+    if (bytes < 1000'000'000) return fmt::format("{:.1f} MB", thousands / 1000);
+    return fmt::format("{:.2f} GB", thousands / 1000'000);
+}
+
+} // namespace
+
+int RunRender(const RenderRequest& request) {
+    const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
+    const auto clip = Clip::OpenFile(bundle, request.clip);
+    TakeEndingSignals();
+    ExportReport report;
+    {
+        ProgressBar bar(!request.quiet);
+        report = ExportClip(
+            *clip, request.options, [&](std::int64_t done, std::int64_t total) { bar.Update(done, total); },
+            gCancel);
+    }
+    const bool toOutput = request.options.output == "-";
+    const std::string output = toOutput ? "standard output" : request.options.output.string();
+    if (report.cancelled) {
+        PrintError(fmt::format("{}: the render was cancelled{}.", output,
+                               toOutput ? "" : "; nothing is left behind"));
+        return 128 + gSignal;
+    }
+    if (!request.quiet && !toOutput)
+        Print(fmt::format("{}: {} frame{}, {}\n", output, report.frames, report.frames == 1 ? "" : "s",
+                          BytesText(report.bytes)));
+    return kExitDone;
+}
+
+} // namespace corvane::commandline

@@ -1,0 +1,119 @@
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <exception>
+#include <span>
+#include <string>
+
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "CheckProcess.h"
+#include "Commands.h"
+#include "Console.h"
+#include "Engine/Bundle.h"
+#include "Engine/Checks.h"
+#include "Engine/Failure.h"
+
+namespace corvane::commandline {
+
+namespace {
+
+constexpr char kLastSentence[] = "The process that loaded the bundle ends by itself.";
+
+/// Counts and prints results as they come.
+class Results {
+  public:
+    void Add(std::string_view sentence, const std::string& why) {
+        ++mMade;
+        if (why.empty()) return Say(fmt::format("pass  {}\n", sentence));
+        ++mFailed;
+        Say(fmt::format("FAIL  {}: {}.\n", sentence.substr(0, sentence.size() - 1), why));
+    }
+
+    /// Prints the sum. Returns the exit status.
+    int Finish(std::size_t wanted) const {
+        if (mFailed == 0)
+            Say(fmt::format("All {} checks passed.\n", mMade));
+        else if (mMade == wanted)
+            Say(fmt::format("{} of {} checks failed.\n", mFailed, wanted));
+        else
+            Say(fmt::format("{} of {} checks failed; {} could not be made.\n", mFailed, wanted,
+                            wanted - mMade));
+        return mFailed == 0 ? kExitDone : kExitFailed;
+    }
+
+  private:
+    /// At once: a person watches, and the checks that follow may take long.
+    static void Say(const std::string& line) {
+        Print(line);
+        FlushOutput();
+    }
+
+    std::size_t mMade = 0;
+    std::size_t mFailed = 0;
+};
+
+/// Makes all checks. After one that ended the process, the rest are made in a new one.
+void MakeAll(const std::filesystem::path& bundle, std::chrono::steady_clock::time_point deadline,
+             Results& results) {
+    const std::span<const Check> checks = AllChecks();
+    std::size_t next = 0;
+    bool stop = false;
+    const auto take = [&](const std::string& why) {
+        stop = !why.empty() && checks[next].essential;
+        results.Add(checks[next++].sentence, why);
+    };
+    while (!stop && next < checks.size()) {
+        const CheckProcessEnd end = RunCheckProcess(bundle, next, deadline, take);
+        if (stop) return;
+        if (next == checks.size()) return results.Add(kLastSentence, end.inOrder ? "" : end.how);
+        take(end.how);
+        if (end.timedOut) return;
+    }
+}
+
+/// Reports to the process that started this one.
+void Report(int pipe, const char* word, std::string text) {
+    std::ranges::replace(text, '\n', ' ');
+    const std::string line = word + text + "\n";
+    // Where the starter is gone, the reports are of no use to anybody.
+    if (::write(pipe, line.data(), line.size()) < 0) ::_exit(kExitFailed);
+}
+
+/// Makes one check. Returns why it failed, or an empty text.
+std::string Make(const Check& check, CheckRun& run) {
+    try {
+        check.make(run);
+    } catch (const std::exception& exception) {
+        std::string_view why = exception.what();
+        if (why.ends_with('.')) why.remove_suffix(1);
+        run.Fail(std::string(why));
+    }
+    return run.WhyFailed();
+}
+
+} // namespace
+
+int RunValidate(const ValidateRequest& request) {
+    const std::filesystem::path bundle = Bundle::Find(request.bundle);
+    Results results;
+    MakeAll(bundle, std::chrono::steady_clock::now() + request.timeLimit, results);
+    return results.Finish(AllChecks().size() + 1);
+}
+
+int RunChecks(const ChecksRequest& request) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    for (const Check& check : AllChecks().subspan(std::min(request.first, AllChecks().size()))) {
+        CheckRun run(request.bundle,
+                     [&](const std::string& what) { Report(request.pipe, kReportDoing, what); });
+        const std::string why = Make(check, run);
+        Report(request.pipe, kReportMade, why);
+        if (check.essential && !why.empty()) break;
+    }
+    return kExitDone;
+}
+
+} // namespace corvane::commandline

@@ -1,0 +1,109 @@
+#include "Export.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <memory>
+#include <thread>
+
+#include <sched.h>
+
+#include <fmt/format.h>
+
+#include "LibavLoader.h"
+#include "NumberedName.h"
+#include "OutputFile.h"
+#include "Pipeline.h"
+#include "PngTarget.h"
+#include "RawTarget.h"
+#include "StreamFacts.h"
+#include "Y4mTarget.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::string_view kKnownKinds = "png, y4m, raw, mp4, mov, mkv or framemd5";
+
+std::string KindOf(const ExportOptions& options) {
+    std::string kind = options.format;
+    if (kind.empty() && options.output.has_extension()) kind = options.output.extension().string().substr(1);
+    std::transform(kind.begin(), kind.end(), kind.begin(),
+                   [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
+    if (kind.empty())
+        throw UsageFailure(fmt::format("{}: the name does not tell the kind of output; name it with --format: {}",
+                                       options.output == "-" ? "standard output" : options.output.string(),
+                                       kKnownKinds));
+    return kind;
+}
+
+struct Range {
+    std::int64_t first = 0;
+    std::int64_t last = 0;
+};
+
+Range RangeOf(const Clip& clip, const ExportOptions& options, bool single) {
+    const std::int64_t frames = clip.Info().frames;
+    // A picture of a clip shows its first frame, unless another was asked for.
+    if (!options.frames) return {0, single ? 0 : frames - 1};
+    const auto [first, last] = *options.frames;
+    if (first < 0 || last >= frames || first > last)
+        throw UsageFailure(fmt::format("{}: frames {}:{} are not in the clip; choose from 0:{}", clip.Name(), first,
+                                       last, frames - 1));
+    if (single && first != last)
+        throw UsageFailure(fmt::format("{} can hold one frame; put a number into the name, such as {}%05d.png",
+                                       options.output.string(), options.output.stem().string()));
+    return {first, last};
+}
+
+unsigned JobsOf(const ExportOptions& options) {
+    if (options.jobs != 0) return options.jobs;
+    cpu_set_t allowed;
+    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) return static_cast<unsigned>(CPU_COUNT(&allowed));
+    return std::max(1u, std::thread::hardware_concurrency());
+}
+
+void CheckOptions(const ExportOptions& options, const std::string& kind) {
+    if (options.native && kind != "raw")
+        throw UsageFailure(fmt::format("{}: frames as delivered can only go to raw, not to {}", options.output.string(),
+                                       kind));
+    if (!options.codec.empty() && (kind == "png" || kind == "raw"))
+        throw UsageFailure(fmt::format("{}: {} has no codecs to choose from; leave out the codec",
+                                       options.output.string(), kind));
+}
+
+std::unique_ptr<Target> MakeTarget(const ExportOptions& options, const std::string& kind, const StreamFacts& facts) {
+    if (kind == "png") return MakePngTarget(options.output, facts);
+    if (kind == "raw") return MakeRawTarget(options.output, options.native, facts);
+    if (kind == "y4m") return MakeY4mTarget(options.output, options.codec, facts);
+    return MakeLibavTarget({options.output, kind, options.codec, facts});
+}
+
+} // namespace
+
+ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const ExportProgress& progress,
+                        const std::atomic<bool>& cancel) {
+    const std::string kind = KindOf(options);
+    CheckOptions(options, kind);
+    if (const std::string reason = clip.WhyNotRenderable(); !reason.empty())
+        throw Failure(fmt::format("{}: {}", clip.Name(), reason));
+    const bool single = kind == "png" && !NumberedName::Parse(options.output);
+    const Range range = RangeOf(clip, options, single);
+    const std::int64_t total = range.last - range.first + 1;
+
+    const WriteSignalGuard guard;
+    const std::unique_ptr<Target> target = MakeTarget(options, kind, FactsOf(clip, total));
+    const RenderFrame render = [&clip](std::int64_t index) {
+        Frame frame = clip.GetFrame(index);
+        const FrameView view = frame.View();
+        return RenderedFrame{view, std::move(frame)};
+    };
+    ExportReport report;
+    report.frames = RunPipeline(render, *target, range.first, range.last, JobsOf(options), progress, cancel);
+    report.cancelled = report.frames < total;
+    if (report.cancelled) return report;
+    target->Finish();
+    report.bytes = target->BytesWritten();
+    return report;
+}
+
+} // namespace corvane

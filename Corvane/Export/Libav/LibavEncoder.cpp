@@ -1,0 +1,155 @@
+#include "LibavEncoder.h"
+
+#include <new>
+
+#include <fmt/format.h>
+
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include "Export/Export.h"
+
+namespace corvane {
+namespace {
+
+constexpr int kAlignment = 64;
+constexpr int kBitstreamSlack = 64; // encoders may read a little past the last row
+
+AVRational Rational(Ratio ratio) {
+    return {ratio.numerator, ratio.denominator};
+}
+
+// For interlaced frames: TB is "top coded first, bottom displayed second" of frames that hold both fields.
+AVFieldOrder FieldOrderOf(FieldOrder order) {
+    switch (order) {
+    case FieldOrder::kUpperFirst: return AV_FIELD_TB;
+    case FieldOrder::kLowerFirst: return AV_FIELD_BT;
+    default: return AV_FIELD_PROGRESSIVE;
+    }
+}
+
+AVPixelFormat PixelsFor(CodecChoice& choice, const StreamFacts& facts) {
+    const AVCodec& codec = *choice.codec;
+    const std::string wanted = choice.Take("pix_fmt");
+    AVPixelFormat format = av_get_pix_fmt(wanted.c_str());
+    if (wanted.empty()) {
+        const AVCodecDescriptor* const about = avcodec_descriptor_get(codec.id);
+        const int kinds = about != nullptr ? about->props & (AV_CODEC_PROP_LOSSY | AV_CODEC_PROP_LOSSLESS) : 0;
+        format = ChoosePixels(codec.pix_fmts, kinds == AV_CODEC_PROP_LOSSLESS, facts);
+    }
+    if (format == AV_PIX_FMT_NONE || !LayoutOf(format, facts))
+        throw UsageFailure(fmt::format("codec {}: frames of this clip can't be converted to {}; choose another pix_fmt",
+                                       codec.name, wanted.empty() ? "what it takes" : wanted));
+    return format;
+}
+
+void SetDefaults(CodecChoice& choice, FieldOrder order) {
+    if (std::string_view(choice.codec->name) != "libx264") return;
+    auto& options = choice.options;
+    options.try_emplace("preset", "medium");
+    if (!options.contains("b") && !options.contains("qp")) options.try_emplace("crf", "18");
+    if (order == FieldOrder::kProgressive) return;
+    // The flag for interlaced coding alone would mean top first.
+    std::string& parameters = options["x264-params"];
+    parameters += fmt::format("{}{}=1", parameters.empty() ? "" : ":", order == FieldOrder::kLowerFirst ? "bff" : "tff");
+}
+
+} // namespace
+
+LibavEncoder::LibavEncoder(const LibavRequest& request, CodecChoice choice, bool globalHeader, const LibavLog& log)
+    : mFacts(request.facts), mName(request.output.string()), mCodec(*choice.codec), mLog(log), mPacket(av_packet_alloc()) {
+    mContext.reset(avcodec_alloc_context3(&mCodec));
+    if (!mContext || !mPacket) throw std::bad_alloc();
+    mContext->pix_fmt = PixelsFor(choice, mFacts);
+    mLayout = *LayoutOf(mContext->pix_fmt, mFacts);
+    Describe(mFacts);
+    if (globalHeader) mContext->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    SetDefaults(choice, mFacts.order);
+    Open(choice);
+    const int size = av_image_get_buffer_size(mContext->pix_fmt, mContext->width, mContext->height, kAlignment);
+    mPool.reset(av_buffer_pool_init(static_cast<std::size_t>(size) + kBitstreamSlack, av_buffer_alloc));
+    if (size < 0 || !mPool) throw std::bad_alloc();
+}
+
+void LibavEncoder::Describe(const StreamFacts& facts) {
+    AVCodecContext& context = *mContext;
+    context.width = static_cast<int>(facts.width);
+    context.height = static_cast<int>(facts.height);
+    context.framerate = Rational(facts.rate);
+    context.time_base = av_inv_q(context.framerate);
+    context.sample_aspect_ratio = Rational(facts.aspect);
+    context.field_order = FieldOrderOf(facts.order);
+    if (facts.Interlaced()) context.flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
+    const auto* const planar = std::get_if<PlanarFormat>(&mLayout);
+    const bool yCbCr = planar != nullptr && planar->yCbCr;
+    context.color_range = yCbCr && !planar->fullRange ? AVCOL_RANGE_MPEG : AVCOL_RANGE_JPEG;
+    context.colorspace = yCbCr ? static_cast<AVColorSpace>(facts.tags.matrix) : AVCOL_SPC_RGB;
+    context.color_primaries = static_cast<AVColorPrimaries>(facts.tags.primaries);
+    context.color_trc = static_cast<AVColorTransferCharacteristic>(facts.tags.transfer);
+    if (yCbCr && planar->subsampleW != 0) context.chroma_sample_location = AVCHROMA_LOC_LEFT;
+    context.thread_count = 0; // as many as the machine has
+}
+
+void LibavEncoder::Open(CodecChoice& choice) {
+    AVDictionary* options = nullptr;
+    for (const auto& [name, value] : choice.options) av_dict_set(&options, name.c_str(), value.c_str(), 0);
+    const int error = avcodec_open2(mContext.get(), &mCodec, &options);
+    const AVDictionaryEntry* const unknown = av_dict_get(options, "", nullptr, AV_DICT_IGNORE_SUFFIX);
+    const std::string unknownName = unknown != nullptr && error >= 0 ? unknown->key : "";
+    av_dict_free(&options);
+    if (error < 0) FailToOpen(error);
+    if (!unknownName.empty())
+        throw UsageFailure(fmt::format("codec {} has no option {}; see `ffmpeg -h encoder={}`", mCodec.name, unknownName,
+                                       mCodec.name));
+}
+
+void LibavEncoder::FailToOpen(int error) const {
+    const char* const codec = mCodec.name;
+    const auto* const planar = std::get_if<PlanarFormat>(&mLayout);
+    const std::uint32_t columns = planar != nullptr ? 1u << planar->subsampleW : 1;
+    const std::uint32_t rows = planar != nullptr ? (1u << planar->subsampleH) * (mFacts.Interlaced() ? 2 : 1) : 1;
+    if (mFacts.width % columns != 0 || mFacts.height % rows != 0)
+        throw Failure(fmt::format("{}: {} can't encode frames of {}x{} as {}: their width must be a multiple of {} and "
+                                  "their height of {}; change the clip's size, or choose codec ffv1 in mkv",
+                                  mName, codec, mFacts.width, mFacts.height, av_get_pix_fmt_name(mContext->pix_fmt),
+                                  columns, rows));
+    throw Failure(fmt::format("{}: {} can't encode this clip: {}; choose another codec or other options", mName, codec,
+                              mLog.Reason(error)));
+}
+
+void LibavEncoder::NewPicture(AVFrame& picture) const {
+    const AVCodecContext& context = *mContext;
+    av_frame_unref(&picture);
+    picture.buf[0] = av_buffer_pool_get(mPool.get());
+    if (picture.buf[0] == nullptr) throw std::bad_alloc();
+    picture.format = context.pix_fmt;
+    picture.width = context.width;
+    picture.height = context.height;
+    av_image_fill_arrays(picture.data, picture.linesize, picture.buf[0]->data, context.pix_fmt, context.width,
+                         context.height, kAlignment);
+    picture.extended_data = picture.data;
+    picture.sample_aspect_ratio = context.sample_aspect_ratio;
+    picture.interlaced_frame = mFacts.Interlaced();
+    picture.top_field_first = mFacts.order == FieldOrder::kUpperFirst;
+    picture.color_range = context.color_range;
+    picture.colorspace = context.colorspace;
+    picture.color_primaries = context.color_primaries;
+    picture.color_trc = context.color_trc;
+    picture.chroma_location = context.chroma_sample_location;
+}
+
+void LibavEncoder::Encode(const AVFrame* picture, const Sink& sink) {
+    int error = avcodec_send_frame(mContext.get(), picture);
+    while (error >= 0) {
+        error = avcodec_receive_packet(mContext.get(), mPacket.get());
+        if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return;
+        if (error >= 0) sink(*mPacket);
+    }
+    throw Failure(fmt::format("{}: {} failed: {}; choose another codec or other options", mName, mCodec.name,
+                              mLog.Reason(error)));
+}
+
+} // namespace corvane

@@ -1,0 +1,50 @@
+#include "LibavError.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+
+extern "C" {
+#include <libavutil/error.h>
+#include <libavutil/log.h>
+}
+
+namespace corvane {
+namespace {
+
+std::mutex sMutex;
+std::string sLast;
+
+void KeepErrors(void*, int level, const char* format, va_list arguments) {
+    if (level > AV_LOG_ERROR) return;
+    char line[512];
+    std::vsnprintf(line, sizeof line, format, arguments);
+    std::string text = line;
+    while (!text.empty() && (text.back() == '\n' || text.back() == '.')) text.pop_back();
+    const std::lock_guard lock(sMutex);
+    if (!text.empty()) sLast = text;
+}
+
+} // namespace
+
+std::string LibavMessage(int error) {
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(error, text, sizeof text);
+    return text;
+}
+
+LibavLog::LibavLog() {
+    sLast.clear();
+    av_log_set_callback(KeepErrors);
+}
+
+LibavLog::~LibavLog() {
+    av_log_set_callback(av_log_default_callback);
+}
+
+std::string LibavLog::Reason(int error) const {
+    const std::lock_guard lock(sMutex);
+    return sLast.empty() ? LibavMessage(error) : sLast;
+}
+
+} // namespace corvane

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <exception>
+
+#include "LibavEncoder.h"
+#include "Export/OutputFile.h"
+
+namespace corvane {
+
+/// A container in the making, written through an `OutputFile`. One thread at a time. Throws `Failure`.
+class LibavMuxer {
+  public:
+    LibavMuxer(const LibavRequest& request, const AVOutputFormat& container, const LibavLog& log);
+    ~LibavMuxer();
+    LibavMuxer(const LibavMuxer&) = delete;
+    LibavMuxer& operator=(const LibavMuxer&) = delete;
+
+    /// Describes the stream and writes the header.
+    void Begin(const AVCodecContext& encoder, const StreamFacts& facts);
+    /// Takes over the packet's content.
+    void Write(AVPacket& packet);
+    /// Completes the container and puts the file in its place.
+    void Finish();
+    std::uint64_t BytesWritten() const { return mFile.BytesWritten(); }
+
+  private:
+    static int WriteBytes(void* self, std::uint8_t* bytes, int size);
+    static std::int64_t Seek(void* self, std::int64_t offset, int whence);
+    void WriteHeader();
+    void Check(int error);
+
+    OutputFile mFile;
+    const LibavLog& mLog;
+    AVFormatContext* mContext = nullptr;
+    AVStream* mStream = nullptr;
+    AVRational mTimeBase{1, 1};
+    std::exception_ptr mWriteError; // of the file, which libav can't carry
+};
+
+} // namespace corvane

@@ -1,0 +1,67 @@
+#include "LibavEncoder.h"
+#include "LibavMuxer.h"
+
+namespace corvane {
+namespace {
+
+struct PicturePacket final : Packet {
+    PicturePacket(const PixelLayout& layout, const StreamFacts& facts)
+        : painter(layout, facts), picture(av_frame_alloc()) {
+        if (!picture) throw std::bad_alloc();
+    }
+
+    LibavPainter painter;
+    std::unique_ptr<AVFrame, LibavFree> picture;
+};
+
+class LibavTarget final : public Target {
+  public:
+    explicit LibavTarget(const LibavRequest& request)
+        : mFacts(request.facts), mContainer(*ContainerFor(request)),
+          mEncoder(request, CodecFor(request, mContainer), (mContainer.flags & AVFMT_GLOBALHEADER) != 0, mLog),
+          mMuxer(request, mContainer, mLog) {
+        mMuxer.Begin(mEncoder.Context(), mFacts);
+    }
+
+    std::unique_ptr<Packet> NewPacket() override {
+        return std::make_unique<PicturePacket>(mEncoder.Layout(), mFacts);
+    }
+
+    void Prepare(const FrameView& frame, std::int64_t, Packet& packet) override {
+        auto& made = static_cast<PicturePacket&>(packet);
+        mEncoder.NewPicture(*made.picture);
+        made.painter.Paint(frame, *made.picture);
+    }
+
+    void Consume(Packet& packet) override {
+        AVFrame& picture = *static_cast<PicturePacket&>(packet).picture;
+        picture.pts = mNext++;
+        mEncoder.Encode(&picture, mToMuxer);
+        av_frame_unref(&picture);
+    }
+
+    void Finish() override {
+        mEncoder.Encode(nullptr, mToMuxer);
+        mMuxer.Finish();
+    }
+
+    std::uint64_t BytesWritten() const override { return mMuxer.BytesWritten(); }
+
+  private:
+    const LibavLog mLog;
+    const StreamFacts mFacts;
+    const AVOutputFormat& mContainer;
+    LibavEncoder mEncoder;
+    LibavMuxer mMuxer;
+    const LibavEncoder::Sink mToMuxer = [this](AVPacket& packet) { mMuxer.Write(packet); };
+    std::int64_t mNext = 0;
+};
+
+} // namespace
+} // namespace corvane
+
+/// The module's one function; see `LibavLoader.h`.
+extern "C" __attribute__((visibility("default"))) corvane::Target*
+CorvaneMakeLibavTarget(const corvane::LibavRequest& request) {
+    return new corvane::LibavTarget(request);
+}

@@ -1,0 +1,33 @@
+#include "LibavLoader.h"
+
+#include <dlfcn.h>
+
+#include <fmt/format.h>
+
+namespace corvane {
+namespace {
+
+// The module stays loaded: libav keeps tables that are not made to go.
+MakeLibavTargetFunction* LoadModule(const std::string& kind) {
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::filesystem::path module =
+        (program.parent_path() / "../lib/corvane/corvane-libav.so").lexically_normal();
+    void* const library = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        throw Failure(fmt::format(
+            "{} can't be loaded, which writing {} needs: {}; install it and its libraries, or choose png, y4m or raw",
+            module.string(), kind, dlerror()));
+    void* const function = dlsym(library, kMakeLibavTargetName);
+    if (function == nullptr)
+        throw Failure(fmt::format("{} is not the export module of this program; install both anew", module.string()));
+    return reinterpret_cast<MakeLibavTargetFunction*>(function);
+}
+
+} // namespace
+
+std::unique_ptr<Target> MakeLibavTarget(const LibavRequest& request) {
+    return std::unique_ptr<Target>(LoadModule(request.kind)(request));
+}
+
+} // namespace corvane

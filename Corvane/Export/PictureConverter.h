@@ -1,0 +1,70 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <tuple>
+
+#include "RowScan.h"
+#include "StreamFacts.h"
+#include "ZimgGraph.h"
+
+namespace corvane {
+
+/// A picture in planes. R'G'B' is full range; chroma is sited left (as in MPEG-2), for interlaced 4:2:0 in each field.
+struct PlanarFormat {
+    bool yCbCr = true;
+    int bits = 8;      ///< 8 in bytes, 9 to 16 in words of the machine's byte order
+    int subsampleW = 0; ///< logarithm to the base of 2
+    int subsampleH = 0;
+    bool fullRange = false; ///< of Y'CbCr
+    bool alpha = false; ///< a fourth plane, full range
+
+    int Planes() const { return alpha ? 4 : 3; }
+    std::size_t SampleBytes() const { return bits > 8 ? 2 : 1; }
+    /// Columns and rows of a plane of a picture of this size.
+    std::uint32_t PlaneWidth(int plane, std::uint32_t width) const;
+    std::uint32_t PlaneHeight(int plane, std::uint32_t height) const;
+};
+
+/// Planes to write to, in the order Y', Cb, Cr, A or R', G', B', A. Rows need no alignment.
+struct PlanarPicture {
+    std::array<std::byte*, 4> plane{};
+    std::array<std::ptrdiff_t, 4> stride{};
+};
+
+/// Converts delivered frames into planes: matrix, range, bit depth and subsampling by zimg, without dithering. What is
+/// outside the box that `FindBox` finds is converted once a row and spread; the bytes are those of a conversion of
+/// every pixel. One thread at a time.
+class PictureConverter {
+  public:
+    PictureConverter(const StreamFacts& facts, const PlanarFormat& format);
+
+    void Convert(const FrameView& frame, const PlanarPicture& out);
+    /// The same without the shortcut.
+    void ConvertWhole(const FrameView& frame, const PlanarPicture& out);
+
+  private:
+    struct Field;
+    void ConvertRows(const FrameView& frame, const PlanarPicture& out);
+    void ConvertBox(const FrameView& frame, const Box& region, const Box& keep, const PlanarPicture& out);
+    void RunField(const Field& field, std::uint32_t width);
+    void UnpackBox(const FrameView& frame, const Box& region, const Field& field);
+    void UnpackRowStarts(const FrameView& frame, const Field& field);
+    void KeepBox(const Box& region, const Box& keep, const Field& field, const PlanarPicture& out);
+    void Spread(const Field& field, const PlanarPicture& out);
+    void PadRows(const Field& field, std::uint32_t width, std::uint32_t paddedWidth);
+    ZimgGraph& GraphFor(std::uint32_t width, std::uint32_t rows, int parity);
+    zimg_image_format FormatOf(bool result, std::uint32_t width, std::uint32_t rows, int parity) const;
+    std::uint32_t FieldCount() const { return mPerField ? 2 : 1; }
+
+    const StreamFacts mFacts;
+    const PlanarFormat mFormat;
+    const bool mPerField; // interlaced, and chroma is halved vertically
+    PlaneBuffer mSource;
+    PlaneBuffer mResult;
+    std::map<std::tuple<std::uint32_t, std::uint32_t, int>, ZimgGraph> mGraphs;
+};
+
+} // namespace corvane

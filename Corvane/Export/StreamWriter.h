@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "OutputFile.h"
+
+namespace corvane {
+
+/// Writes much data in order as fast as its destination takes it: a file on a disk past the page cache with writes that
+/// overlap with what makes the data, a pipe through an enlarged buffer, all else plainly. One thread at a time.
+class StreamWriter {
+  public:
+    /// `total` is how many bytes will come; room for them is reserved, so that a full disk shows at once.
+    StreamWriter(const std::filesystem::path& path, std::uint64_t total);
+    ~StreamWriter();
+    StreamWriter(const StreamWriter&) = delete;
+    StreamWriter& operator=(const StreamWriter&) = delete;
+
+    void Write(std::span<const std::byte> bytes);
+    /// Writes what is left and puts the file in its place.
+    void Finish();
+    std::uint64_t BytesWritten() const { return mTotal; }
+
+  private:
+    class DirectQueue;
+
+    OutputFile mFile;
+    std::unique_ptr<DirectQueue> mDirect; // none where plain writes are best
+    std::uint64_t mTotal = 0;
+};
+
+} // namespace corvane

@@ -1,0 +1,17 @@
+/// Writes a pattern of pixels to rows of memory. Private to the raster service.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "RasterkitPixel.h"
+
+namespace corvane::raster {
+
+/// Fills `rows` rows of `rowBytes` bytes with the pattern, each row beginning with its first byte, and going
+/// on `step` bytes (any sign) from row to row. `rowBytes` is a whole number of pixels; nothing outside the
+/// rows is touched. Any alignment.
+void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+              const Pattern& pattern);
+
+} // namespace corvane::raster
