@@ -16,6 +16,11 @@ namespace corvane {
 
 namespace {
 
+/// Frames that were made and not given back.
+std::int64_t LiveFrames() {
+    return GetFrameStatistics().liveFrames;
+}
+
 /// Asks for frame `index` of a clip. Empty where none came, which is noted.
 Frame AskForFrame(CheckRun& run, const Bundle& bundle, void* instance, const CheckSettings& settings,
                   std::int64_t index) {
@@ -156,7 +161,7 @@ void CheckGradient(CheckRun& run) {
 
 void CheckRepeatedFrame(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const std::int64_t inUse = FramesInUse();
+    const std::int64_t inUse = LiveFrames();
     for (const std::uint32_t renderFormat : {0u, 1u}) {
         const CheckSettings settings{.fieldType = 1, .renderFormat = renderFormat};
         const CheckedInstance instance(bundle, settings.Text());
@@ -171,8 +176,8 @@ void CheckRepeatedFrame(CheckRun& run) {
                 run.Fail("the second frame differs from the first");
             Spoil(frame);
         }
-        if (FramesInUse() != inUse)
-            run.Fail(fmt::format("{} frames are still in use afterwards", FramesInUse() - inUse));
+        if (LiveFrames() != inUse)
+            run.Fail(fmt::format("{} frames are still in use afterwards", LiveFrames() - inUse));
     }
 }
 
@@ -192,7 +197,7 @@ void CheckImpossibleFrames(CheckRun& run) {
         {"46341 x 46341 pixels", {.width = 46341, .height = 46341}, kResult_NoInstance},
     };
     const Bundle bundle(run.BundlePath());
-    const std::int64_t inUse = FramesInUse();
+    const std::int64_t inUse = LiveFrames();
     for (const Row& row : kRows) {
         const CheckedInstance instance(bundle, row.settings.Text());
         CvVexelHandle handle = nullptr;
@@ -209,8 +214,8 @@ void CheckImpossibleFrames(CheckRun& run) {
             VexelSuite()->Dispose(handle);
         }
     }
-    if (FramesInUse() != inUse)
-        run.Fail(fmt::format("{} frames are still in use afterwards", FramesInUse() - inUse));
+    if (LiveFrames() != inUse)
+        run.Fail(fmt::format("{} frames are still in use afterwards", LiveFrames() - inUse));
 }
 
 } // namespace corvane

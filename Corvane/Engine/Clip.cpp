@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include <sys/stat.h>
@@ -114,7 +115,8 @@ Clip::~Clip() {
 }
 
 void Clip::Fail(const std::string& reason) const {
-    throw Failure(fmt::format("{}: {}.", mName, reason));
+    const std::string_view stop = reason.ends_with('.') ? "" : "."; // the plug-in's own texts may end with one
+    throw Failure(fmt::format("{}: {}{}", mName, reason, stop));
 }
 
 void Clip::OpenInstance(const std::filesystem::path& path) {

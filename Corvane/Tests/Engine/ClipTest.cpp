@@ -102,7 +102,8 @@ TEST(Clip, WhatCanNotBeRenderedSaysWhy) {
 }
 
 TEST(Clip, NotFiniteColoursRender) {
-    for (const char* const format : {"1634887522", "1098475862", "1281443650", "1630893654"}) {
+    for (const CvPixelFormat format : {CvPixelFormat_BGRA_4444_8u, CvPixelFormat_VUYP_4444_8u_709,
+                                       CvPixelFormat_PRGB_4444_32f_Linear, CvPixelFormat_V210_422_10u_601}) {
         const auto clip = Clip::OpenPrefs(
             TheBundle(), "clip",
             fmt::format(R"({{"mPixelFormat":{},"mFrameWidth":9,"mFrameHeight":7,"mRenderFormat":1,)"
@@ -121,7 +122,8 @@ TEST(Clip, FramesOutsideTheClipAreRefused) {
 }
 
 TEST(ThreadedRender, FramesAreTheSameFromManyThreads) {
-    for (const char* const members : {"", R"(,"mRenderFormat":1)", R"(,"mPixelFormat":1634289474)"}) {
+    const std::string linear = fmt::format(R"(,"mPixelFormat":{})", CvPixelFormat_BGRA_4444_32f_Linear);
+    for (const std::string& members : {std::string(), std::string(R"(,"mRenderFormat":1)"), linear}) {
         const auto clip = Clip::OpenPrefs(TheBundle(), "clip", Settings(members));
         constexpr std::int64_t kFrames = 60;
         std::vector<std::vector<std::byte>> serial, threaded(kFrames);

@@ -46,7 +46,7 @@ TEST_F(EntryTest, InitWritesSixFieldsAndNothingElse) {
     auto record = HostRecord<imImportInfoRec>();
     EXPECT_EQ(mBundle.Call(kSelector_Init, &record, nullptr).result, 400);
     ExpectedBytes expected(64);
-    for (const std::size_t offset : {28, 32, 36, 44, 52, 60}) expected.Put<std::int32_t>(offset, 1);
+    for (const std::size_t offset : {28u, 32u, 36u, 44u, 52u, 60u}) expected.Put<std::int32_t>(offset, 1);
     EXPECT_EQ(Bytes(record), expected);
 }
 

@@ -48,7 +48,7 @@ TEST_F(FailureTest, TheMessageToTheLetter) {
     EXPECT_EQ(answer.result, 3);
     EXPECT_EQ(answer.alert, "plugin.CvImportModule  importmod:0x0 Threw an EXCEPTION during  selector:37. "
                             "what() returned JSON not well-formed\n");
-    EXPECT_EQ(void*(info.mPrivateData), nullptr) << "an instance whose first call throws is not stored";
+    EXPECT_EQ(static_cast<void*>(info.mPrivateData), nullptr) << "an instance whose first call throws is not stored";
 
     void* instance = nullptr;
     EXPECT_EQ(Open(Write("clip.synthex", "[]"), instance).alert,
@@ -71,7 +71,7 @@ TEST_F(FailureTest, AFrameNamesItsInstanceInTheMessage) {
     EXPECT_EQ(handle, nullptr);
     char start[96];
     std::snprintf(start, sizeof start, "plugin.CvImportModule  importmod:0x%x Threw an EXCEPTION during  selector:47. ",
-                  static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(void*(info.mPrivateData))));
+                  static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(static_cast<void*>(info.mPrivateData))));
     EXPECT_EQ(answer.alert.substr(0, std::strlen(start)), start);
     EXPECT_NE(answer.alert.find("0x12345678"), std::string::npos) << answer.alert;
     Close(info.mPrivateData);

@@ -53,7 +53,7 @@ TEST_F(InfoTest, WithoutAFileTheSettingsComeFromThePreferences) {
     EXPECT_EQ(std::uint32_t(info.mWidth), 16u);
     EXPECT_EQ(std::uint32_t(info.mDuration), 250u);
     EXPECT_EQ(std::uint8_t(info.mFieldType), 2) << "the low byte of the field type";
-    EXPECT_EQ(void*(info.mPrivateData), instance);
+    EXPECT_EQ(static_cast<void*>(info.mPrivateData), instance);
     EXPECT_EQ(Close(instance), 0);
 }
 
@@ -68,7 +68,7 @@ TEST_F(InfoTest, RatesAndDurationsAtTheirLimits) {
                            Row{R"("mVideoDuration":{"ticks":-1},"mVideoFrameRate":{"ticksperframe":10160640000})", 25, 1,
                                4294967295u},
                            // 4,294,968 frames of 1001: the product leaves 32 bits
-                           Row{R"("mVideoDuration":{"ticks":18201359327059200},"mVideoFrameRate":{"ticksperframe":4237833600})",
+                           Row{R"("mVideoDuration":{"ticks":18201359701324800},"mVideoFrameRate":{"ticksperframe":4237833600})",
                                60000, 1001, 4294968u * 1001u}}) {
         imFileInfoRec8 info;
         const std::string prefs = "{" + std::string(row.times) + "}";

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -83,7 +84,12 @@ class ExpectedBytes {
         std::memcpy(mBytes.data() + offset, textWithZero.data(), textWithZero.size());
         return *this;
     }
-    operator const std::vector<unsigned char>&() const { return mBytes; }
+    friend bool operator==(const std::vector<unsigned char>& bytes, const ExpectedBytes& expected) {
+        return bytes == expected.mBytes;
+    }
+    friend void PrintTo(const ExpectedBytes& expected, std::ostream* stream) {
+        *stream << testing::PrintToString(expected.mBytes);
+    }
 
   private:
     std::vector<unsigned char> mBytes;

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <sys/types.h>
+
+/// What a process left behind.
+struct ProcessResult {
+    int status = -1; ///< exit status, or 1000 plus the signal that ended it
+    std::string out;
+    std::string err;
+    std::int64_t peakMiB = 0; ///< of memory in use
+};
+
+struct ProcessOptions {
+    std::vector<std::pair<std::string, std::string>> environment; ///< added to that of the test
+    std::uint64_t addressSpace = 0;                               ///< limit in bytes; 0 for none
+    std::uint64_t fileSize = 0;                                   ///< limit in bytes; 0 for none
+    bool unprivileged = false;                                    ///< as a user who is not root
+    bool terminal = false;                                        ///< standard error is a terminal
+    std::filesystem::path output; ///< where standard output goes; empty: into the result
+};
+
+/// A process that is running. Ended by an alarm where it takes longer than a minute.
+class Process {
+  public:
+    explicit Process(const std::vector<std::string>& arguments, const ProcessOptions& options = {});
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    void Signal(int number) const;
+    /// Closes the reading end of its standard output.
+    void CloseOutput();
+    /// Reads what it says until it ends.
+    ProcessResult Wait();
+
+  private:
+    pid_t mChild = -1;
+    int mOut = -1;
+    int mErr = -1;
+};
+
+/// The program with these arguments.
+std::vector<std::string> Synthex(std::vector<std::string> arguments);
+ProcessResult RunSynthex(std::vector<std::string> arguments, const ProcessOptions& options = {});
+
+/// A folder of a test's own, removed with all it holds.
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    const std::filesystem::path& Path() const { return mPath; }
+    /// Makes a file in it.
+    std::filesystem::path Write(const std::string& name, const std::string& text) const;
+    /// The names of what is in it, in order.
+    std::vector<std::string> Names() const;
+
+  private:
+    std::filesystem::path mPath;
+};
+
+/// The path of a sample clip.
+std::string Sample(const std::string& name);
+
+std::string ReadText(const std::filesystem::path& path);
+
+/// Settings of a small clip, with more members (", ..." or nothing); of two members with one name the later
+/// counts.
+std::string Settings(const std::string& members);
+
+/// Whether the program was built with the address or thread sanitizer, which need the whole address space.
+bool IsSanitized();

@@ -1,0 +1,166 @@
+// Faults sought: samples that don't render, bytes that are not the plug-in's, files half written by a full
+// disk, a signal or a reader that went away, and older files lost by them.
+#include <csignal>
+#include <cstring>
+
+#include <poll.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Process.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::uint32_t BigEndian(const std::string& bytes, std::size_t at) {
+    std::uint32_t value = 0;
+    for (std::size_t i = at; i < at + 4; ++i) value = value << 8 | static_cast<unsigned char>(bytes.at(i));
+    return value;
+}
+
+TEST(Render, EverySampleGivesAPicture) {
+    const TemporaryFolder folder;
+    for (const auto& entry : fs::directory_iterator(SYNTHEX_SOURCE_DIR "/Samples")) {
+        if (entry.path().extension() != ".synthex") continue;
+        const std::string facts = RunSynthex({"info", entry.path()}).out;
+        const fs::path picture = folder.Path() / (entry.path().stem().string() + ".png");
+        const ProcessResult result = RunSynthex({"render", entry.path(), picture, "--frames", "49"});
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_THAT(result.out, StartsWith(picture.string() + ": 1 frame, "));
+        const std::string bytes = ReadText(picture);
+        ASSERT_THAT(bytes, StartsWith("\x89PNG\r\n\x1a\n")) << picture;
+        EXPECT_THAT(facts,
+                    HasSubstr(fmt::format("{} x {} pixels", BigEndian(bytes, 16), BigEndian(bytes, 20))));
+    }
+}
+
+TEST(Render, NativeBytesAreThePluginsOwn) {
+    // Two progressive frames of one colour: blue 64, green 128, red 255, alpha 51.
+    const TemporaryFolder folder;
+    const fs::path clip =
+        folder.Write("clip.synthex", Settings(R"(,"mFieldType":0,"mUpperFieldColor":{"mAlphaPart":0.2,)"
+                                              R"("mRedPart":1,"mGreenPart":0.5,"mBluePart":0.25})"));
+    const ProcessResult result =
+        RunSynthex({"render", clip, "-", "--format", "raw", "--native", "--frames", "3:4"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    std::string wanted;
+    for (int pixel = 0; pixel < 2 * 64 * 48; ++pixel) wanted += "\x40\x80\xFF\x33";
+    EXPECT_TRUE(result.out == wanted);
+}
+
+TEST(Render, ColoursBeyondAllBoundsRender) {
+    const TemporaryFolder folder;
+    for (const char* const format : {"1634887522", "1281443650", "825307766"}) {
+        const fs::path clip = folder.Write(
+            "clip.synthex",
+            Settings(fmt::format(R"(,"mPixelFormat":{},"mRenderFormat":1,)"
+                                 R"("mTopGradiantColorStart":{{"mRedPart":1e300,"mAlphaPart":-1e300}},)"
+                                 R"("mTopGradiantColorEnd":{{"mRedPart":-1e300,"mGreenPart":1e-320}})",
+                                 format)));
+        for (const char* const suffix : {"png", "y4m"}) {
+            const fs::path out = folder.Path() / fmt::format("out.{}", suffix);
+            const ProcessResult result = RunSynthex({"render", clip, out, "--frames", "5"});
+            EXPECT_EQ(result.status, 0) << format << suffix << result.err;
+        }
+    }
+}
+
+TEST(Render, WhatCanNotBeWrittenIsNamedAndLeavesNothing) {
+    const TemporaryFolder folder;
+    fs::create_directory(folder.Path() / "folder.raw");
+    fs::create_directory(folder.Path() / "closed");
+    ::chmod((folder.Path() / "closed").c_str(), 0555);
+    for (const char* const name : {"none/out.raw", "folder.raw", "closed/out.raw", "/dev/full"}) {
+        const fs::path out = folder.Path() / name;
+        const ProcessResult result =
+            RunSynthex({"render", Sample("defaults"), out, "--format", "raw", "--frames", "0:9"},
+                       {.unprivileged = true});
+        EXPECT_EQ(result.status, 1) << name;
+        EXPECT_THAT(result.err, StartsWith("synthex: " + out.string() + ": ")) << name;
+    }
+    EXPECT_THAT(folder.Names(), ElementsAre("closed", "folder.raw"));
+    EXPECT_TRUE(fs::is_empty(folder.Path() / "closed"));
+}
+
+TEST(Render, AFullDiskLeavesTheOlderFile) {
+    for (const char* const name : {"out.raw", "out.y4m", "out.png", "out.mp4", "out.mkv"}) {
+        SCOPED_TRACE(name);
+        const TemporaryFolder folder;
+        const fs::path out = folder.Write(name, "older");
+        std::vector<std::string> arguments = {"render", Sample("gradient-23976"), out};
+        if (out.extension() == ".png") arguments.insert(arguments.end(), {"--frames", "0"});
+        const ProcessResult result = RunSynthex(arguments, {.fileSize = 2000});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, StartsWith("synthex: " + out.string() + ": "));
+        EXPECT_THAT(folder.Names(), ElementsAre(name));
+        EXPECT_EQ(ReadText(out), "older");
+    }
+}
+
+TEST(Render, ASignalLeavesTheOlderFile) {
+    for (const auto& [name, number] :
+         {std::pair("out.raw", SIGINT), {"out.mp4", SIGTERM}, {"out.%05d.png", SIGINT}}) {
+        SCOPED_TRACE(name);
+        const TemporaryFolder folder;
+        const fs::path out = folder.Write(name, "older");
+        const int watch = ::inotify_init1(IN_CLOEXEC);
+        ::inotify_add_watch(watch, folder.Path().c_str(), IN_CREATE);
+        Process process(Synthex({"render", Sample("uhd-5994"), out}));
+        pollfd created{watch, POLLIN, 0};
+        ASSERT_EQ(::poll(&created, 1, 30000), 1) << "no temporary file was made";
+        process.Signal(number);
+        const ProcessResult result = process.Wait();
+        ::close(watch);
+        EXPECT_EQ(result.status, 128 + number);
+        EXPECT_THAT(result.err, HasSubstr("cancelled"));
+        EXPECT_THAT(folder.Names(), ElementsAre(name));
+        EXPECT_EQ(ReadText(out), "older");
+    }
+}
+
+TEST(Render, AReaderThatDoesNotReadCanBeLeftBySignal) {
+    // Nobody reads: the pipe is full after a part of the first frame.
+    const TemporaryFolder folder;
+    const fs::path fifo = folder.Path() / "fifo";
+    ::mkfifo(fifo.c_str(), 0600);
+    const int reader = ::open(fifo.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    Process process(Synthex({"render", Sample("uhd-5994"), fifo, "--format", "raw"}));
+    pollfd written{reader, POLLIN, 0};
+    ASSERT_EQ(::poll(&written, 1, 30000), 1) << "nothing was written";
+    process.Signal(SIGINT);
+    EXPECT_EQ(process.Wait().status, 128 + SIGINT);
+    ::close(reader);
+}
+
+TEST(Render, AReaderThatGoesAwayIsAFailure) {
+    Process process(Synthex({"render", Sample("uhd-5994"), "-", "--format", "raw"}));
+    process.CloseOutput();
+    const ProcessResult result = process.Wait();
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, StartsWith("synthex: standard output: "));
+}
+
+TEST(Render, ProgressIsShownOnATerminalAndNowhereElse) {
+    const TemporaryFolder folder;
+    std::vector<std::string> arguments = {"render", Sample("defaults"), folder.Path() / "out.raw", "--frames",
+                                          "0:9"};
+    EXPECT_EQ(RunSynthex(arguments).err, "");
+    EXPECT_THAT(RunSynthex(arguments, {.terminal = true}).err,
+                AllOf(HasSubstr("10/10 frames"), HasSubstr(" left"), testing::EndsWith("\r\x1b[K")));
+    arguments.push_back("--quiet");
+    const ProcessResult quiet = RunSynthex(arguments, {.terminal = true});
+    EXPECT_EQ(quiet.err + quiet.out, "");
+}
+
+} // namespace

@@ -1,0 +1,120 @@
+// Faults sought: a right plug-in that fails, a faulty one that passes, a hang or crash that takes the program
+// along. Each row shows that a check can fail, and at which fault.
+#include <algorithm>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Process.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::HasSubstr;
+
+/// Makes a bundle of that executable under the real one's identifier.
+fs::path MakeBundle(const TemporaryFolder& folder, const fs::path& executable) {
+    const fs::path bundle = folder.Path() / "Faulty.bundle";
+    fs::create_directories(bundle / "Contents/Linux");
+    fs::copy_file(SYNTHEX_BUILD_DIR "/lib/ImporterSynthex.bundle/Contents/Info.plist",
+                  bundle / "Contents/Info.plist");
+    fs::create_symlink(executable, bundle / "Contents/Linux/ImporterSynthex");
+    return bundle;
+}
+
+TEST(Validate, TheImporterPasses) {
+    const ProcessResult result = RunSynthex({"validate"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_THAT(result.out, AllOf(testing::StartsWith("pass  The bundle loads.\n"),
+                                  testing::EndsWith(" checks passed.\n"), testing::Not(HasSubstr("FAIL"))));
+}
+
+TEST(Validate, AFaultlessWrapperPasses) {
+    const TemporaryFolder folder;
+    EXPECT_EQ(RunSynthex({"validate", MakeBundle(folder, FAULTY_IMPORTER)}).status, 0);
+}
+
+TEST(Validate, EachFaultIsFound) {
+    struct Row {
+        const char* fault;
+        const char* found; ///< said of a check that failed
+        bool needsHeapCounts = false;
+    };
+    constexpr Row kRows[] = {
+        {"initialisation fails", "while initialising, the result is 0 instead of 400"},
+        {"a capability is missing", "while initialising, a capability is"},
+        {"initialisation writes a reserved byte", "it touched byte 40."},
+        {"initialisation writes behind the record", "it touched byte 70 of a record of 64 bytes."},
+        {"initialisation writes before the record", "it touched byte -1 of a record of 64 bytes."},
+        {"selector -1 is supported",
+         "while sending selector -1 without an instance, the result is 0 instead of 3."},
+        {"selector 3 is supported",
+         "while sending selector 3 with an instance, the result is 0 instead of 3."},
+        {"selector 58 writes", "while sending selector 58 with an instance, it touched byte 100."},
+        {"format flags are wrong", "the flags is"},
+        {"pixel formats have no end",
+         "while asking for a second pixel format, the result is 0 instead of 301."},
+        {"a missing file is kept", "while opening a file that does not exist, it touched byte 20."},
+        {"malformed files are read", "while opening a file of an empty text, the result is 0 instead of 3."},
+        {"depth is wrong", "the depth is 65503 instead of 32."},
+        {"information writes a reserved byte", "it touched byte 60."},
+        {"information writes the path's record", "it touched byte 28."},
+        {"preferred width is wrong", "while asking for the first preferred size, the width is"},
+        {"preferences' size is wrong", "while asking for the size of the preferences, the size is"},
+        {"preferences are not terminated", "the text does not end with a zero byte."},
+        {"a frame is lost", "frames are still in use afterwards."},
+        {"frames differ", "the second frame differs from the first."},
+        {"memory is lost", "bytes more are in use after 200 rounds.", true},
+        {"files stay open", "the number of open files is"},
+        {"shutdown fails", "while shutting down what was never initialised, the result is 1 instead of 0."},
+        {"the preferred size crashes",
+         "while asking for the first preferred size, the plug-in ended the process: Aborted."},
+        {"information exits", "the plug-in ended the process with exit status 0."},
+    };
+    const TemporaryFolder folder;
+    const fs::path bundle = MakeBundle(folder, FAULTY_IMPORTER);
+    for (const Row& row : kRows) {
+        if (row.needsHeapCounts && IsSanitized()) continue;
+        const ProcessResult result = RunSynthex({"validate", bundle, "--time-limit", "60"},
+                                                {.environment = {{"SYNTHEX_FAULT", row.fault}}});
+        EXPECT_EQ(result.status, 1) << row.fault;
+        EXPECT_THAT(result.out, AllOf(HasSubstr("FAIL  "), HasSubstr(row.found))) << row.fault;
+    }
+}
+
+TEST(Validate, AHangIsEndedAndNamed) {
+    const TemporaryFolder folder;
+    const fs::path bundle = MakeBundle(folder, FAULTY_IMPORTER);
+    const ProcessResult result = RunSynthex({"validate", bundle, "--time-limit", "2"},
+                                            {.environment = {{"SYNTHEX_FAULT", "opening hangs"}}});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.out, AllOf(HasSubstr("while opening a settings file, the time limit passed."),
+                                  HasSubstr("could not be made.\n")));
+}
+
+TEST(Validate, ACrashDoesNotKeepTheOtherChecksFromBeingMade) {
+    const TemporaryFolder folder;
+    const ProcessResult result =
+        RunSynthex({"validate", MakeBundle(folder, FAULTY_IMPORTER)},
+                   {.environment = {{"SYNTHEX_FAULT", "the preferred size crashes"}}});
+    EXPECT_THAT(result.out,
+                testing::EndsWith("Loading 100 times grows neither memory nor the number of mappings.\n"
+                                  "pass  The process that loaded the bundle ends by itself.\n"
+                                  "2 of 25 checks failed.\n"));
+}
+
+TEST(Validate, WhatIsNoPluginFails) {
+    const TemporaryFolder folder;
+    const ProcessResult none = RunSynthex({"validate", folder.Path() / "none"});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_THAT(none.out, AllOf(HasSubstr("FAIL  The bundle loads: "), HasSubstr("there is no bundle here")));
+    const ProcessResult noEntry =
+        RunSynthex({"validate", MakeBundle(folder, SYNTHEX_BUILD_DIR "/lib/libcorvane.so")});
+    EXPECT_EQ(noEntry.status, 1);
+    EXPECT_THAT(noEntry.out,
+                HasSubstr("FAIL  It exports its entry point: the executable exports no xImportEntry."));
+}
+
+} // namespace
