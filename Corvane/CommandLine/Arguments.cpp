@@ -321,7 +321,7 @@ int RunArguments(int argc, const char* const* argv) {
     NewRequest make;
     EditRequest edit;
     FormatsRequest formats;
-    ValidateRequest validate{.timeLimit = std::chrono::seconds(20)};
+    ValidateRequest validate;
     ChecksRequest checks;
     const CLI::App* const infoCommand = AddInfo(app, info);
     const CLI::App* const renderCommand = AddRender(app, render);

@@ -68,7 +68,7 @@ int RunFormats(const FormatsRequest& request);
 
 struct ValidateRequest {
     std::filesystem::path bundle;
-    std::chrono::milliseconds timeLimit{0}; ///< for all checks together
+    std::chrono::milliseconds timeLimit = std::chrono::seconds(20); ///< for all checks together
 };
 int RunValidate(const ValidateRequest& request);
 

@@ -12,7 +12,8 @@
 
 namespace corvane {
 
-/// A wrong request rather than one that failed: an unknown name, a range outside the clip. Ends as exit status 2.
+/// A wrong request rather than one that failed: an unknown name, a range outside the clip. Ends as exit
+/// status 2.
 class UsageFailure : public Failure {
   public:
     using Failure::Failure;
@@ -20,11 +21,11 @@ class UsageFailure : public Failure {
 
 /// What to export, and where to.
 struct ExportOptions {
-    /// The file to make; "-" is standard output. A PNG name with a printf-style number (`name.%05d.png`) makes
-    /// one file a frame.
+    /// The file to make; "-" is standard output. A PNG name with a printf-style number (`name.%05d.png`)
+    /// makes one file a frame.
     std::filesystem::path output;
-    /// The kind of output as a suffix without its dot (`png`, `y4m`, `raw`, `mp4`, `mov`, `mkv`, `framemd5`, ...).
-    /// Empty: from the suffix of `output`.
+    /// The kind of output as a suffix without its dot (`png`, `y4m`, `raw`, `mp4`, `mov`, `mkv`, `framemd5`,
+    /// ...). Empty: from the suffix of `output`.
     std::string format;
     /// The codec's name. Empty: the kind's own default.
     std::string codec;
@@ -47,9 +48,10 @@ struct ExportReport {
     bool cancelled = false;
 };
 
-/// Renders frames of `clip` into a file, files or a stream. Worker threads render; frames arrive in order. A file
-/// is made under a temporary name beside its place and renamed when complete; a pipe or device is written as it is.
-/// Setting `cancel` (from any thread or a signal handler) ends the export at the next frame.
+/// Renders frames of `clip` into a file, files or a stream. Worker threads render; frames arrive in order. A
+/// file is made under a temporary name beside its place and renamed when complete; a pipe or device is
+/// written as it is. Setting `cancel` (from any thread or a signal handler) ends the export at the next
+/// frame.
 ///
 /// Throws `UsageFailure` and `Failure`; no partial file remains.
 ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const ExportProgress& progress,

@@ -107,7 +107,8 @@ OutputFile::~OutputFile() {
 
 void OutputFile::OpenAsIs() {
     mFd = Descriptor(open(mPath.c_str(), O_WRONLY | O_CLOEXEC));
-    if (!mFd) throw Failure(fmt::format("{} can't be written: {}; choose another place", mName, Reason(errno)));
+    if (!mFd)
+        throw Failure(fmt::format("{} can't be written: {}; choose another place", mName, Reason(errno)));
 }
 
 void OutputFile::OpenTemporary() {
@@ -159,10 +160,11 @@ void OutputFile::Fail(int error) const {
     case EDQUOT:
         throw Failure(fmt::format("{}: the disk is full; free some space or choose another place", mName));
     case EFBIG:
-        throw Failure(
-            fmt::format("{}: the file would grow over the size limit; raise it or export fewer frames", mName));
+        throw Failure(fmt::format(
+            "{}: the file would grow over the size limit; raise it or export fewer frames", mName));
     case EPIPE: throw Failure(fmt::format("{}: the reader closed the pipe before the export's end", mName));
-    default: throw Failure(fmt::format("{} can't be written: {}; choose another place", mName, Reason(error)));
+    default:
+        throw Failure(fmt::format("{} can't be written: {}; choose another place", mName, Reason(error)));
     }
 }
 

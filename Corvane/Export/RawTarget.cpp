@@ -79,7 +79,8 @@ class RawTarget final : public Target {
 
 } // namespace
 
-std::unique_ptr<Target> MakeRawTarget(const std::filesystem::path& path, bool native, const StreamFacts& facts) {
+std::unique_ptr<Target> MakeRawTarget(const std::filesystem::path& path, bool native,
+                                      const StreamFacts& facts) {
     return std::make_unique<RawTarget>(path, native, facts);
 }
 

@@ -41,11 +41,13 @@ bool AllAlike(const std::byte* row, std::uint32_t pixels, std::uint32_t pixelByt
     return start >= size || std::memcmp(row + start, row + start - pixelBytes, size - start) == 0;
 }
 
-// Moves the sides of the box out to the row's first and last pixel that differ from its first one. What is inside the
-// sides already needs no look.
+// Moves the sides of the box out to the row's first and last pixel that differ from its first one. What is
+// inside the sides already needs no look.
 template <std::size_t PixelBytes>
 void WidenBox(const std::byte* row, std::uint32_t width, Box& box) {
-    const auto differs = [row](std::uint32_t x) { return std::memcmp(row, row + x * PixelBytes, PixelBytes) != 0; };
+    const auto differs = [row](std::uint32_t x) {
+        return std::memcmp(row, row + x * PixelBytes, PixelBytes) != 0;
+    };
     std::uint32_t left = 1;
     while (left < box.left && !differs(left)) ++left;
     std::uint32_t right = width;

@@ -9,8 +9,9 @@
 
 namespace corvane {
 
-/// Writes much data in order as fast as its destination takes it: a file on a disk past the page cache with writes that
-/// overlap with what makes the data, a pipe through an enlarged buffer, all else plainly. One thread at a time.
+/// Writes much data in order as fast as its destination takes it: a file on a disk past the page cache with
+/// writes that overlap with what makes the data, a pipe through an enlarged buffer, all else plainly. One
+/// thread at a time.
 class StreamWriter {
   public:
     /// `total` is how many bytes will come; room for them is reserved, so that a full disk shows at once.

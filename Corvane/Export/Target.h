@@ -7,16 +7,16 @@
 
 namespace corvane {
 
-/// What a worker thread makes of one frame for the target. Recycled from frame to frame, so that a steady export
-/// allocates nothing. Used by one thread at a time.
+/// What a worker thread makes of one frame for the target. Recycled from frame to frame, so that a steady
+/// export allocates nothing. Used by one thread at a time.
 class Packet {
   public:
     virtual ~Packet() = default;
 };
 
 /// Where the frames of an export go: a file, files or a stream. The calls come in this order: `NewPacket` and
-/// `Prepare` from many threads, `Consume` for one frame at a time and in the frames' order, `Finish` once. A target
-/// that is destroyed without `Finish` leaves nothing behind. All of them throw `Failure`.
+/// `Prepare` from many threads, `Consume` for one frame at a time and in the frames' order, `Finish` once. A
+/// target that is destroyed without `Finish` leaves nothing behind. All of them throw `Failure`.
 class Target {
   public:
     virtual ~Target() = default;

@@ -18,8 +18,8 @@ constexpr std::size_t Aligned(std::size_t size) {
 [[noreturn]] void FailWithLastError() {
     char message[256] = {};
     zimg_get_last_error(message, sizeof message);
-    throw Failure(fmt::format("the frames can't be converted to this output's colours: {}; choose another codec",
-                              message));
+    throw Failure(fmt::format(
+        "the frames can't be converted to this output's colours: {}; choose another codec", message));
 }
 
 } // namespace

@@ -101,6 +101,11 @@ void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::
         return StreamRows(start, step, rowBytes, rows, pattern);
     if (gHasAVX2 && rowBytes >= sizeof(Vector32)) return FillAVX2(start, step, rowBytes, rows, pattern);
 #endif
+    FillRowsBaseline(start, step, rowBytes, rows, pattern);
+}
+
+void FillRowsBaseline(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+                      const Pattern& pattern) {
     FillBy<Vector16>(start, step, rowBytes, rows, pattern);
 }
 

@@ -14,4 +14,9 @@ namespace corvane::raster {
 void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
               const Pattern& pattern);
 
+/// The same with the vectors that every machine of this kind has; `FillRows` uses wider ones where it can.
+/// Rows have at least 16 bytes.
+void FillRowsBaseline(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+                      const Pattern& pattern);
+
 } // namespace corvane::raster

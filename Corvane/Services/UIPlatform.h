@@ -43,6 +43,9 @@ struct ColorPickerRequest {
 /// that ends the dialog.
 class UI_Platform {
   public:
+    UI_Platform() = default;
+    UI_Platform(const UI_Platform&) = delete;
+    UI_Platform& operator=(const UI_Platform&) = delete;
     virtual ~UI_Platform() = default;
 
     /// Shows a dialog, with the values its controls hold now, and returns when it has been closed

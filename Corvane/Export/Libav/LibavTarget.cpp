@@ -18,7 +18,8 @@ class LibavTarget final : public Target {
   public:
     explicit LibavTarget(const LibavRequest& request)
         : mFacts(request.facts), mContainer(*ContainerFor(request)),
-          mEncoder(request, CodecFor(request, mContainer), (mContainer.flags & AVFMT_GLOBALHEADER) != 0, mLog),
+          mEncoder(request, CodecFor(request, mContainer), (mContainer.flags & AVFMT_GLOBALHEADER) != 0,
+                   mLog),
           mMuxer(request, mContainer, mLog) {
         mMuxer.Begin(mEncoder.Context(), mFacts);
     }

@@ -1,6 +1,6 @@
 // Faults sought: an exception that reaches the host, a message that is off by a blank, a crash where the host refuses a
 // suite or memory.
-#include "PluginFixture.h"
+#include "PrefsFixture.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +10,6 @@
 #include <dlfcn.h>
 
 #include "Services/AlertSink.h"
-#include "Services/Suites.h"
 
 namespace {
 
@@ -126,6 +125,36 @@ TEST_F(FailureTest, EveryFailedAllocationIsAnswered) {
         EXPECT_TRUE(answer.result == 3 || answer.result == 99) << answer.result;
     }
     EXPECT_GT(failures, 20);
+}
+
+// The same for the dialog: it is never left half open, and the clip keeps its settings.
+TEST_F(PrefsTest, EveryFailedAllocationInTheDialogIsAnswered) {
+    int failures = 0;
+    for (long after = 0;; ++after) {
+        NotingPlatform platform(Script({"frameWidthID=100", "colorRenderingTypePopupID=0", "drawFrameNumberCBID=false"}));
+        const corvane::ScopedPlatform scope(platform);
+        const corvane::AlertCollector quiet;
+        std::string buffer(kPrefsBufferSize, 0);
+        buffer.replace(0, 2, "{}");
+        auto access = HostRecord<imFileAccessRec8>();
+        access.mFilePath = u"/none";
+        auto record = HostRecord<imGetPrefsRec>();
+        record.mPrefs = buffer.data();
+        record.mFirstTime = 0;
+        Answer answer;
+        try {
+            tAllocationsLeft = after;
+            answer = mBundle.Call(kSelector_GetPrefs, &access, &record);
+            tAllocationsLeft = -1;
+        } catch (const std::bad_alloc&) {
+            tAllocationsLeft = -1; // as above
+        }
+        ASSERT_EQ(corvane::CountLiveNodes(), 0) << after;
+        if (answer.result == 0 && buffer[2] != 0) break;
+        ++failures;
+        ASSERT_STREQ(buffer.c_str(), "{}") << after;
+    }
+    EXPECT_GT(failures, 100);
 }
 
 class Sink : public corvane::AlertSink {

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <stdlib.h>
+
+#include "Export/StreamFacts.h"
+
+namespace corvane::testing {
+
+/// A frame of the test's own: rows padded by 20 bytes, all bytes 0xCD until set.
+class TestFrame {
+  public:
+    TestFrame(std::uint32_t width, std::uint32_t height, RK_PixelFormat format)
+        : mRowBytes(std::size_t{width} * BytesPerPixel(format) + 20),
+          mBytes(mRowBytes * height, std::byte{0xCD}) {
+        mFacts.width = width;
+        mFacts.height = height;
+        mFacts.format = format;
+        mFacts.tags = TagsFor(height, mFacts.rate, format);
+        mFacts.frames = 1;
+    }
+
+    StreamFacts& Facts() { return mFacts; }
+    FrameView View() const {
+        return {mBytes.data(), static_cast<std::int32_t>(mRowBytes), mFacts.width, mFacts.height,
+                mFacts.format};
+    }
+    std::byte* Pixel(std::uint32_t x, std::uint32_t y) {
+        return mBytes.data() + mRowBytes * y + std::size_t{x} * BytesPerPixel(mFacts.format);
+    }
+    void SetBytes(std::uint32_t x, std::uint32_t y, std::uint32_t pixel) {
+        std::memcpy(Pixel(x, y), &pixel, 4);
+    }
+    void SetFloats(std::uint32_t x, std::uint32_t y, const float (&pixel)[4]) {
+        std::memcpy(Pixel(x, y), pixel, 16);
+    }
+    /// Sets a pixel of either kind from four values 0..255 in memory order.
+    void Set(std::uint32_t x, std::uint32_t y, std::uint32_t pixel) {
+        if (BytesPerPixel(mFacts.format) == 4) return SetBytes(x, y, pixel);
+        float values[4];
+        for (int i = 0; i < 4; ++i) values[i] = static_cast<float>(pixel >> (8 * i) & 255) / 255.0f;
+        SetFloats(x, y, values);
+    }
+
+    /// Rows of one colour each, all different; on them a box of noise with these sides.
+    void Draw(std::uint32_t left, std::uint32_t top, std::uint32_t right, std::uint32_t bottom) {
+        for (std::uint32_t y = 0; y < mFacts.height; ++y)
+            for (std::uint32_t x = 0; x < mFacts.width; ++x) {
+                const bool inside = x >= left && x < right && y >= top && y < bottom;
+                Set(x, y, Noise(inside ? y * 7919 + x + 1 : y * 7919));
+            }
+    }
+    static std::uint32_t Noise(std::uint32_t seed) {
+        seed *= 2654435761u;
+        seed ^= seed >> 15;
+        return seed * 2246822519u;
+    }
+
+  private:
+    std::size_t mRowBytes;
+    std::vector<std::byte> mBytes;
+    StreamFacts mFacts;
+};
+
+/// A folder of a test's own, empty at first and gone with it.
+class TestFolder {
+  public:
+    TestFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "synthex-export-XXXXXX").string();
+        mPath = ::mkdtemp(name.data());
+    }
+    ~TestFolder() { std::filesystem::remove_all(mPath); }
+    TestFolder(const TestFolder&) = delete;
+    TestFolder& operator=(const TestFolder&) = delete;
+
+    std::filesystem::path operator/(const std::string& name) const { return mPath / name; }
+    const std::filesystem::path& Path() const { return mPath; }
+    /// Names of everything in it, sorted.
+    std::vector<std::string> Names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(mPath))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+  private:
+    std::filesystem::path mPath;
+};
+
+inline std::string ReadFile(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace corvane::testing

@@ -1,0 +1,74 @@
+// Faults sought: a header that tells another rate, order or aspect than the clip's, planes of the wrong size,
+// and so all frames after the first in the wrong place.
+#include "Export/Y4mTarget.h"
+
+#include <gtest/gtest.h>
+
+#include "Export/Export.h"
+#include "TestFrames.h"
+
+namespace {
+
+using corvane::FieldOrder;
+using corvane::testing::TestFolder;
+using corvane::testing::TestFrame;
+
+std::string Write(TestFrame& frame, const std::string& sampling, int frames) {
+    TestFolder folder;
+    const auto target = corvane::MakeY4mTarget(folder / "a.y4m", sampling, frame.Facts());
+    const auto packet = target->NewPacket();
+    for (int i = 0; i < frames; ++i) {
+        target->Prepare(frame.View(), i, *packet);
+        target->Consume(*packet);
+    }
+    target->Finish();
+    return corvane::testing::ReadFile(folder / "a.y4m");
+}
+
+TEST(Y4m, HeaderAndPlanesHaveTheirPlaces) {
+    struct Row {
+        const char* sampling;
+        RK_PixelFormat format;
+        FieldOrder order;
+        const char* header;
+        std::size_t frameBytes;
+    };
+    const Row rows[] = {
+        {"", kRK_4444, FieldOrder::kProgressive,
+         "YUV4MPEG2 W47 H33 F30000:1001 Ip A40:33 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=LIMITED",
+         47 * 33 + 2 * 24 * 17},
+        {"422", kRK_4444, FieldOrder::kUpperFirst,
+         "YUV4MPEG2 W47 H33 F30000:1001 It A40:33 C422 XYSCSS=422 XCOLORRANGE=LIMITED",
+         47 * 33 + 2 * 24 * 33},
+        {"444p10", kRK_4444, FieldOrder::kLowerFirst,
+         "YUV4MPEG2 W47 H33 F30000:1001 Ib A40:33 C444p10 XYSCSS=444p10 XCOLORRANGE=LIMITED",
+         2 * 3 * 47 * 33},
+        {"", kRK_4444 | kRK_Float, FieldOrder::kUpperFirst,
+         "YUV4MPEG2 W47 H33 F30000:1001 It A40:33 C420p16 XYSCSS=420p16 XCOLORRANGE=LIMITED",
+         2 * (47 * 33 + 2 * 24 * 17)}};
+    for (const Row& row : rows) {
+        TestFrame frame(47, 33, row.format);
+        frame.Facts().rate = {30000, 1001};
+        frame.Facts().aspect = {40, 33};
+        frame.Facts().order = row.order;
+        frame.Draw(5, 5, 30, 20);
+        const std::string file = Write(frame, row.sampling, 3);
+        const std::size_t head = file.find('\n') + 1;
+        EXPECT_EQ(file.substr(0, head - 1), row.header);
+        const std::size_t step = 6 + row.frameBytes;
+        ASSERT_EQ(file.size(), head + 3 * step) << row.header;
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_EQ(file.substr(head + i * step, 6), "FRAME\n");
+            EXPECT_EQ(file.substr(head + i * step, step), file.substr(head, step));
+        }
+    }
+}
+
+TEST(Y4m, UnknownSamplingIsAWrongRequest) {
+    TestFrame frame(16, 16, kRK_4444);
+    for (const char* name : {"411", "420p9", "h264", "420p"})
+        EXPECT_THROW(corvane::MakeY4mTarget("/nowhere/a.y4m", name, frame.Facts()), corvane::UsageFailure)
+            << name;
+}
+
+} // namespace

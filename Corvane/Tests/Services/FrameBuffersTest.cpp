@@ -1,0 +1,210 @@
+#include "Services/FrameBuffers.h"
+
+#include <array>
+#include <cstring>
+#include <limits>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "ExpectedFormats.h"
+
+namespace {
+
+using namespace corvane;
+
+constexpr CvPixelFormat kBGRA = 0x61726762;
+constexpr CvPixelFormat kBGRAFloat = 0x61724742;
+
+CvVexelHandle TryCreate(CvPixelFormat format, std::uint32_t width, std::uint32_t height) {
+    CvVexelHandle handle = reinterpret_cast<CvVexelHandle>(std::uintptr_t{0xCDCDCDCDCDCDCDC0});
+    const std::int32_t status = VexelCreator2Suite()->Create(&handle, 2, format, width, height, 0, 0, 10, 11);
+    EXPECT_EQ(status < 0, handle == nullptr) << width << " x " << height;
+    return handle;
+}
+
+char* Pixels(CvVexelHandle handle) {
+    char* pixels = nullptr;
+    EXPECT_EQ(VexelSuite()->GetPixels(handle, 2, &pixels), 0);
+    return pixels;
+}
+
+std::int32_t Dispose(CvVexelHandle handle) {
+    return VexelSuite()->Dispose(handle);
+}
+
+class FrameBuffersTest : public testing::Test {
+  protected:
+    void SetUp() override { PurgeIdleFrames(); }
+    void TearDown() override {
+        SetFrameLimits(kDefaultMaxFrameSide, kDefaultMaxFrameBytes);
+        FailFrameCreation(0);
+        PurgeIdleFrames();
+        EXPECT_EQ(GetFrameStatistics().liveFrames, 0u);
+    }
+};
+
+// Catches swapped outputs, rows that are not aligned, and memory that is too small.
+TEST_F(FrameBuffersTest, AFrameIsWhatWasAsked) {
+    CvVexelHandle frame = nullptr;
+    ASSERT_EQ(VexelCreator2Suite()->Create(&frame, 2, kBGRA, 47, 33, 0, 0, 40, 33), 0);
+    CvRect bounds{};
+    std::int32_t rowBytes = 0;
+    CvPixelFormat format = 0;
+    std::uint32_t numerator = 0, denominator = 0;
+    EXPECT_EQ(VexelSuite()->GetBounds(frame, &bounds), 0);
+    EXPECT_EQ(VexelSuite()->GetRowBytes(frame, &rowBytes), 0);
+    EXPECT_EQ(VexelSuite()->GetPixelFormat(frame, &format), 0);
+    EXPECT_EQ(VexelSuite()->GetPixelAspectRatio(frame, &numerator, &denominator), 0);
+    EXPECT_EQ((std::array{bounds.left, bounds.top, bounds.right, bounds.bottom}), (std::array{0, 0, 47, 33}));
+    EXPECT_EQ(rowBytes, 192);
+    EXPECT_EQ(format, kBGRA);
+    EXPECT_EQ(numerator, 40u);
+    EXPECT_EQ(denominator, 33u);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(Pixels(frame)) % 64, 0u);
+    std::memset(Pixels(frame), 1, 192 * 33);
+    EXPECT_EQ(Dispose(frame), 0);
+}
+
+// Catches a pool that hands out cold or wrong memory, or takes fresh memory in a steady render.
+TEST_F(FrameBuffersTest, TheBufferReturnedLastIsHandedOutFirst) {
+    const CvVexelHandle first = TryCreate(kBGRA, 800, 600), second = TryCreate(kBGRA, 800, 600);
+    char* const firstPixels = Pixels(first);
+    char* const secondPixels = Pixels(second);
+    EXPECT_NE(firstPixels, secondPixels);
+    Dispose(second);
+    Dispose(first);
+    const CvVexelHandle other = TryCreate(kBGRAFloat, 800, 600);
+    const std::uint64_t allocations = GetFrameStatistics().allocations;
+    for (int frame = 0; frame < 3; ++frame) {
+        const CvVexelHandle last = TryCreate(kBGRA, 800, 600), before = TryCreate(kBGRA, 800, 600);
+        EXPECT_EQ(Pixels(last), firstPixels);
+        EXPECT_EQ(Pixels(before), secondPixels);
+        Dispose(before);
+        Dispose(last);
+    }
+    EXPECT_EQ(GetFrameStatistics().allocations, allocations);
+    Dispose(other);
+}
+
+// Catches a size that wraps in 32 or 64 bits to one that can be had: 46341 x 46341 x 4 is 18532 in 32 bits.
+TEST_F(FrameBuffersTest, SizesOverTheLimitFail) {
+    constexpr std::uint32_t kLargest = std::numeric_limits<std::uint32_t>::max();
+    struct Row {
+        std::uint32_t width, height;
+    };
+    const std::array rows{Row{46341, 46341},       Row{70000, 70000}, Row{kLargest, 1},
+                          Row{1, kLargest},        Row{0, 5},         Row{5, 0},
+                          Row{32769, 1},           Row{1, 32769},     Row{0, 0},
+                          Row{kLargest, kLargest}, Row{32768, 16385}, Row{1u << 30, 1u << 30}};
+    for (const Row& row : rows) EXPECT_EQ(TryCreate(kBGRA, row.width, row.height), nullptr);
+    EXPECT_EQ(TryCreate(kBGRAFloat, 32768, 4097), nullptr);
+    for (const Row& row : {Row{32768, 16384}, Row{32768, 1}, Row{1, 32768}}) {
+        const CvVexelHandle frame = TryCreate(kBGRA, row.width, row.height);
+        EXPECT_NE(frame, nullptr) << row.width << " x " << row.height;
+        Dispose(frame);
+    }
+    // With wider limits: a row that does not fit 32 bits, and more than the system has.
+    SetFrameLimits(kLargest, std::numeric_limits<std::uint64_t>::max());
+    EXPECT_EQ(TryCreate(kBGRA, 1u << 30, 4), nullptr);
+    EXPECT_EQ(TryCreate(kBGRA, 1u << 26, 1u << 22), nullptr);
+    SetFrameLimits(100, 4000);
+    EXPECT_EQ(TryCreate(kBGRA, 101, 1), nullptr);
+    EXPECT_EQ(TryCreate(kBGRA, 16, 63), nullptr);
+    const CvVexelHandle frame = TryCreate(kBGRA, 16, 62);
+    EXPECT_NE(frame, nullptr);
+    Dispose(frame);
+}
+
+// Catches a frame in a format that nothing can draw in.
+TEST_F(FrameBuffersTest, OnlyConcreteFormatsHaveFrames) {
+    for (const ExpectedFormat& expected : kExpectedFormats) {
+        std::int32_t answer = -1;
+        EXPECT_EQ(PixelFormatSuite()->CanCreate(expected.code, &answer), 0);
+        EXPECT_EQ(answer, expected.isExtended ? 0 : 1) << expected.name;
+        const CvVexelHandle frame = TryCreate(expected.code, 4, 4);
+        EXPECT_EQ(frame != nullptr, !expected.isExtended) << expected.name;
+        if (frame) Dispose(frame);
+    }
+    EXPECT_EQ(TryCreate(0, 4, 4), nullptr);
+    EXPECT_EQ(TryCreate(0x30425941, 4, 4), nullptr);
+}
+
+// Catches a call on a bad handle that crashes or writes, and a buffer that comes into the pool twice.
+TEST_F(FrameBuffersTest, NullAndDisposedHandlesFail) {
+    const CvVexelHandle disposed = TryCreate(kBGRA, 8, 8);
+    EXPECT_EQ(Dispose(disposed), 0);
+    for (const CvVexelHandle handle : {CvVexelHandle{nullptr}, disposed}) {
+        char* pixels = nullptr;
+        CvRect bounds{1, 2, 3, 4};
+        std::int32_t rowBytes = 77;
+        CvPixelFormat format = 78;
+        std::uint32_t numerator = 79, denominator = 80;
+        EXPECT_LT(VexelSuite()->GetPixels(handle, 2, &pixels), 0);
+        EXPECT_LT(VexelSuite()->GetBounds(handle, &bounds), 0);
+        EXPECT_LT(VexelSuite()->GetRowBytes(handle, &rowBytes), 0);
+        EXPECT_LT(VexelSuite()->GetPixelFormat(handle, &format), 0);
+        EXPECT_LT(VexelSuite()->GetPixelAspectRatio(handle, &numerator, &denominator), 0);
+        EXPECT_LT(Dispose(handle), 0);
+        EXPECT_EQ(pixels, nullptr);
+        EXPECT_EQ((std::array{bounds.left, bounds.top, bounds.right, bounds.bottom}),
+                  (std::array{1, 2, 3, 4}));
+        EXPECT_TRUE(rowBytes == 77 && format == 78 && numerator == 79 && denominator == 80);
+    }
+    EXPECT_EQ(GetFrameStatistics().idleFrames, 1u);
+    EXPECT_LT(VexelCreator2Suite()->Create(nullptr, 2, kBGRA, 8, 8, 0, 0, 1, 1), 0);
+}
+
+// Catches a test of failures that can't fail: exactly the n-th creation does.
+TEST_F(FrameBuffersTest, ACreationCanBeMadeToFail) {
+    FailFrameCreation(2);
+    std::array<CvVexelHandle, 3> frames{};
+    for (CvVexelHandle& frame : frames) frame = TryCreate(kBGRA, 8, 8);
+    EXPECT_TRUE(frames[0] && !frames[1] && frames[2]);
+    Dispose(frames[0]);
+    Dispose(frames[2]);
+}
+
+// Catches a pool that grows without end, by number or by bytes, and one that gives up what was used last.
+TEST_F(FrameBuffersTest, IdleMemoryIsBounded) {
+    std::vector<CvVexelHandle> frames;
+    for (std::size_t i = 0; i < kMaxIdleFrames + 6; ++i) frames.push_back(TryCreate(kBGRA, 16, 16));
+    char* const last = Pixels(frames.back());
+    for (const CvVexelHandle frame : frames) Dispose(frame);
+    EXPECT_EQ(GetFrameStatistics().idleFrames, kMaxIdleFrames);
+    const CvVexelHandle reused = TryCreate(kBGRA, 16, 16);
+    EXPECT_EQ(Pixels(reused), last);
+    Dispose(reused);
+
+    frames.clear();
+    for (int i = 0; i < 4; ++i)
+        frames.push_back(TryCreate(kBGRA, 16384, 8192)); // 512 MiB each, never touched
+    for (const CvVexelHandle frame : frames) Dispose(frame);
+    EXPECT_EQ(GetFrameStatistics().idleFrames, 2u);
+    EXPECT_EQ(GetFrameStatistics().idleBytes, std::uint64_t{1} << 30);
+    Dispose(TryCreate(kBGRA, 32768, 16384));
+    EXPECT_EQ(GetFrameStatistics().idleFrames, 1u);
+    PurgeIdleFrames();
+    EXPECT_EQ(GetFrameStatistics().idleBytes, 0u);
+}
+
+// Catches a buffer that two threads get at once.
+TEST_F(FrameBuffersTest, ThreadedFramesAreNotShared) {
+    const auto work = [](int seed) {
+        for (int i = 0; i < 400; ++i) {
+            const CvVexelHandle frame = TryCreate(i % 3 ? kBGRA : kBGRAFloat, 16, 16);
+            std::memset(Pixels(frame), seed, 16 * 64);
+            const CvVexelHandle second = TryCreate(kBGRA, 16, 16);
+            std::memset(Pixels(second), seed + 100, 16 * 64);
+            EXPECT_EQ(Pixels(frame)[16 * 64 - 1], seed);
+            Dispose(frame);
+            EXPECT_EQ(Pixels(second)[0], seed + 100);
+            Dispose(second);
+        }
+    };
+    std::vector<std::jthread> threads;
+    for (int seed = 1; seed <= 4; ++seed) threads.emplace_back(work, seed);
+}
+
+} // namespace

@@ -1,0 +1,318 @@
+// The preferences request around the dialog, and the dialog's entry. Faults sought: a dialog where none is
+// due or the other way round, settings from the wrong source, a buffer written on failure, a reference that
+// is never released.
+#include "PrefsFixture.h"
+
+#include <dlfcn.h>
+
+#include "ImporterSynthexPrefsDialog/DataExchange.h"
+
+namespace {
+
+TEST_F(PrefsTest, TheSizeRequestAsksNothing) {
+    for (const bool firstTime : {false, true}) {
+        auto access = corvane::HostRecord<imFileAccessRec8>();
+        access.mFilePath = u"/none";
+        auto prefs = corvane::HostRecord<imGetPrefsRec>();
+        prefs.mPrefs = nullptr;
+        prefs.mFirstTime = firstTime;
+        auto expected = prefs;
+        expected.mPrefsLength = 10240;
+        EXPECT_EQ(mBundle.Call(kSelector_GetPrefs, &access, &prefs).result, kResult_Success);
+        EXPECT_EQ(Bytes(prefs), Bytes(expected));
+    }
+}
+
+// A file's settings have width 111, the buffer's 47, the sequence's 1440.
+TEST_F(PrefsTest, SettingsComeFromTheFileTheSequenceOrTheBuffer) {
+    const std::u16string file = Write("clip.synthex", Changed({{"mFrameWidth", 111}}));
+    const struct {
+        bool file, firstTime, dialog;
+        int width;
+    } kRows[] = {{true, true, false, 111},
+                 {true, false, true, 111},
+                 {false, true, true, 1440},
+                 {false, false, true, 47}};
+    for (const auto& row : kRows) {
+        NotingPlatform platform;
+        const corvane::ScopedPlatform scope(platform);
+        const Outcome outcome = Request(row.file ? file : u"/none", row.firstTime, kDistinctSettings);
+        EXPECT_EQ(outcome.result, kResult_Success) << outcome.alert;
+        EXPECT_EQ(platform.WasShown(), row.dialog) << row.file << row.firstTime;
+        EXPECT_EQ(outcome.Settings()["mFrameWidth"], row.width);
+        EXPECT_EQ(outcome.record.mPrefsLength, 10240);
+    }
+}
+
+TEST_F(PrefsTest, ANewClipHasTheSequencesFormat) {
+    NotingPlatform platform(Script({"cancel"}));
+    const corvane::ScopedPlatform scope(platform);
+    const Outcome outcome = Request(u"/none", true, "not looked at");
+    EXPECT_EQ(outcome.result, kResult_Cancelled);
+    const Json settings = outcome.Settings();
+    EXPECT_EQ(settings["mFrameHeight"], 1080);
+    EXPECT_EQ(settings["mFramePAR"], Json({{"numerator", 4}, {"denominator", 3}}));
+    EXPECT_EQ(settings["mVideoFrameRate"]["ticksperframe"], 8475667200);
+    EXPECT_EQ(settings["mVideoDuration"]["ticks"], 15240960000000) << "a cancelled dialog aligns nothing";
+    EXPECT_EQ(settings["mFieldType"], 2) << "all else is at its default";
+}
+
+TEST_F(PrefsTest, FailuresLeaveTheBufferAlone) {
+    const std::u16string broken = Write("broken.synthex", "{"), large = Write("large.synthex", "");
+    std::filesystem::resize_file(mFolder / "large.synthex", Mosk::File::kSizeLimit + 1);
+    const struct {
+        std::u16string path;
+        std::string prefs;
+        std::vector<std::string> actions;
+        int result;
+        const char* reason;
+    } kRows[] = {
+        {broken, "x", {}, kResult_Unsupported, "JSON not well-formed"},
+        {large, "x", {}, kResult_FileUnreadable, ""},
+        {u"/none", "[1", {}, kResult_Unsupported, "JSON not well-formed"},
+        {u"/none", "[]", {}, kResult_Unsupported, "bad_any_cast"},
+        {u"/none", R"({"mFrameWidth": "wide"})", {}, kResult_Unsupported, "bad_any_cast"},
+        {u"/none",
+         "{}",
+         {"frameWidthID=100", "frameWidthID=none"},
+         kResult_Unsupported,
+         "\"frameWidthID\" accepts"},
+        {u"/none",
+         "{}",
+         {"frameWidthID=100", "saveToPathButtonID"},
+         kResult_Unsupported,
+         "no answer is left"},
+    };
+    for (const auto& row : kRows) {
+        NotingPlatform platform(Script(row.actions));
+        const corvane::ScopedPlatform scope(platform);
+        const Outcome outcome = Request(row.path, false, row.prefs);
+        EXPECT_EQ(outcome.result, row.result) << row.reason;
+        EXPECT_NE(outcome.alert.find(row.reason), std::string::npos) << outcome.alert;
+        EXPECT_STREQ(outcome.buffer.data(), row.prefs.c_str());
+    }
+    const Outcome outcome = Request(u"/none", false, "{}");
+    EXPECT_EQ(outcome.result, kResult_Unsupported);
+    EXPECT_NE(outcome.alert.find("without a user interface"), std::string::npos) << outcome.alert;
+}
+
+// A bundle whose layout is missing shows nothing and says nothing; one whose layout is broken says where.
+TEST(Layout, MissingAndBrokenLayouts) {
+    namespace fs = std::filesystem;
+    const fs::path folder = fs::path(testing::TempDir()) / ("layout" + std::to_string(::getpid()));
+    const fs::path copy = folder / "Copy.bundle",
+                   layout = copy / "Contents/Resources/ImporterSynthexPrefs.loom";
+    fs::create_directories(folder);
+    fs::copy(fs::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle", copy, fs::copy_options::recursive);
+    const struct {
+        const char* layout; ///< null: the file is removed
+        int result;
+        const char* reason;
+    } kRows[] = {
+        {"<dialog title='t' default='okButton' cancel='okButton'>\n<nonsense/></dialog>", kResult_Unsupported,
+         "layout ImporterSynthexPrefs, line 2: expected an element of the layout script, found <nonsense>"},
+        {"<dialog title='t' default='okButton' cancel='okButton'><button id='okButton' text='OK'/></dialog>",
+         kResult_Unsupported, "Invalid type conversion."},
+        {"", kResult_Success, ""},
+        {nullptr, kResult_Success, ""},
+    };
+    for (const auto& row : kRows) {
+        fs::remove(layout);
+        if (row.layout) std::ofstream(layout) << row.layout;
+        const corvane::Bundle bundle(copy);
+        NotingPlatform platform;
+        const corvane::ScopedPlatform scope(platform);
+        std::string buffer(kPrefsBufferSize, 0);
+        auto access = corvane::HostRecord<imFileAccessRec8>();
+        access.mFilePath = u"/none";
+        auto record = corvane::HostRecord<imGetPrefsRec>();
+        record.mPrefs = buffer.replace(0, 2, "{}").data();
+        record.mFirstTime = 0;
+        const corvane::Answer answer = bundle.Call(kSelector_GetPrefs, &access, &record);
+        EXPECT_EQ(answer.result, row.result) << answer.alert;
+        EXPECT_NE(answer.alert.find(row.reason), std::string::npos) << answer.alert;
+        EXPECT_FALSE(platform.WasShown());
+    }
+    fs::remove_all(folder);
+}
+
+/// An exchange that tells when it goes.
+class WatchedExchange : public ImporterSynthexPrefsDialogDataExchange {
+  public:
+    explicit WatchedExchange(int& alive) : mAlive(alive) { ++mAlive; }
+    ~WatchedExchange() override { --mAlive; }
+
+  private:
+    int& mAlive;
+};
+
+TEST(DataExchange, LivesAsLongAsItsReferences) {
+    int alive = 0;
+    auto* const exchange = new WatchedExchange(alive);
+    EXPECT_EQ(exchange->AddRef(), 1);
+    {
+        const Mosk::MoskUnknownRef unknown = *exchange;
+        const auto queried = Mosk::QueryInterface<IImporterSynthexPrefsDialogDataExchange>(unknown);
+        EXPECT_EQ(queried.Get(), exchange);
+        EXPECT_EQ(exchange->AddRef(), 4);
+        exchange->Release();
+        exchange->Release();
+        EXPECT_EQ(alive, 1);
+    }
+    EXPECT_EQ(alive, 0);
+}
+
+TEST(DataExchange, AnswersItsOwnIdentifierOnly) {
+    const auto exchange = ImporterSynthexPrefsDialogDataExchange::Create();
+    const CFUUIDBytes identifier{0x51, 0x3E, 0xBD, 0xA4, 0x56, 0x8E, 0x46, 0x3F,
+                                 0xAD, 0xC7, 0x94, 0x3C, 0xA3, 0xA6, 0x19, 0x23};
+    void* found = nullptr;
+    EXPECT_EQ(exchange->QueryMap(identifier, &found), 0);
+    EXPECT_EQ(found, static_cast<IImporterSynthexPrefsDialogDataExchange*>(exchange.Get()));
+    for (std::size_t byte = 0; byte < 16; ++byte) {
+        CFUUIDBytes other = identifier;
+        reinterpret_cast<unsigned char*>(&other)[byte] ^= 1;
+        found = &other;
+        EXPECT_EQ(static_cast<std::uint32_t>(exchange->QueryMap(other, &found)), 0xA00A0001u);
+        EXPECT_EQ(found, nullptr);
+    }
+}
+
+TEST(DataExchange, CarriesTheWholeRecordAndTheFlags) {
+    const auto exchange = ImporterSynthexPrefsDialogDataExchange::Create();
+    const std::string defaults = exchange->SerializeOutSynthexData();
+    SynthexInfo info, back;
+    info.mSavedFilePath = u"/a path";
+    info.mClipName = u"a name";
+    info.mDrawFrameNumber = false;
+    exchange->SetPrefs(info);
+    EXPECT_EQ(exchange->SerializeOutSynthexData(), defaults) << "three members have no place in the text";
+    exchange->GetPrefs(back);
+    EXPECT_EQ(back.mSavedFilePath, u"/a path");
+    EXPECT_EQ(back.mClipName, u"a name");
+    EXPECT_FALSE(back.mDrawFrameNumber);
+
+    exchange->UserCancelled();
+    exchange->SetUseSavedFrameFileAsSource(true);
+    EXPECT_TRUE(exchange->WasCancelled());
+    exchange->SetPrefs(info);
+    EXPECT_FALSE(exchange->WasCancelled());
+    EXPECT_TRUE(exchange->UsesSavedFrameFileAsSource()) << "only cancellation is forgotten";
+}
+
+/// The dialog's entry, from the loaded plug-in.
+class DialogEntryTest : public PrefsTest {
+  protected:
+    using Entry = void (*)(const Mosk::String&, Mosk::MoskUnknownRef,
+                           const lumui::drawbot::SupplierInterface*, lumui::ui::UI_Node*);
+
+    DialogEntryTest() : mExchange(new WatchedExchange(mAlive)) {
+        constexpr auto kName =
+            "_Z32HandleImporterSynthexPrefsDialogRKNSt7__cxx1112basic_stringIDsSt11char_traitsIDsESaIDs"
+            "EEEN4Mosk12InterfaceRefINS7_11MoskUnknownEEEPKN5lumui7drawbot17SupplierInterfaceEPNSB_2ui7UI_"
+            "NodeE";
+        mLibrary =
+            ::dlopen((BundlePath() / "Contents/Linux/ImporterSynthex").c_str(), RTLD_NOW | RTLD_NOLOAD);
+        mEntry = reinterpret_cast<Entry>(::dlsym(mLibrary, kName));
+    }
+    ~DialogEntryTest() override {
+        EXPECT_EQ(mExchange->AddRef(), 2) << "the dialog kept a reference";
+        mExchange->Release();
+        mExchange = {};
+        EXPECT_EQ(mAlive, 0);
+        ::dlclose(mLibrary);
+    }
+
+    Mosk::MoskUnknownRef Unknown() const { return *mExchange.Get(); }
+
+    /// Runs the dialog; returns what it wrote to standard error.
+    std::string Run(const Mosk::String& id, Mosk::MoskUnknownRef unknown, corvane::UI_Platform& platform) {
+        const corvane::ScopedPlatform scope(platform);
+        testing::internal::CaptureStderr();
+        try {
+            mEntry(id, std::move(unknown), nullptr, nullptr);
+        } catch (...) {
+            mFailure = std::current_exception();
+        }
+        return testing::internal::GetCapturedStderr();
+    }
+
+    int mAlive = 0;
+    Mosk::InterfaceRef<WatchedExchange> mExchange;
+    std::exception_ptr mFailure;
+    void* mLibrary = nullptr;
+    Entry mEntry = nullptr;
+    const Mosk::String mID = Mosk::FromUTF8(SYNTHEX_BUNDLE_IDENTIFIER ".prefs");
+};
+
+TEST_F(DialogEntryTest, ContractsAreReportedByExpressionAndLine) {
+    ASSERT_NE(mEntry, nullptr);
+    const struct {
+        Mosk::String id;
+        Mosk::MoskUnknownRef unknown;
+        const char *line, *expression;
+    } kRows[] = {
+        {mID.substr(0, mID.size() - 1), Unknown(), ":347:", "inDialogID == kImporterSynthexPrefsDialogID"},
+        {mID + u"x", Unknown(), ":347:", "inDialogID == kImporterSynthexPrefsDialogID"},
+        {mID, {}, ":350:", "dataExchange != NULL"},
+    };
+    for (const auto& row : kRows) {
+        NotingPlatform platform;
+        const std::string report = Run(row.id, row.unknown, platform);
+        for (const char* const part :
+             {"Importers/ImporterSynthex/Src/ImporterSynthexPrefsDialog:", row.line, row.expression,
+              "void HandleImporterSynthexPrefsDialog(const Mosk::String &, Mosk::MoskUnknownRef, const "
+              "lumui::drawbot::SupplierInterface *, lumui::ui::UI_Node *)"})
+            EXPECT_NE(report.find(part), std::string::npos) << report;
+        EXPECT_FALSE(platform.WasShown());
+        ASSERT_TRUE(mFailure);
+        try {
+            std::rethrow_exception(std::exchange(mFailure, nullptr));
+        } catch (const lumcore::config::Error& error) {
+            EXPECT_STREQ(
+                error.what(),
+                "$$$/lumcore/utility/Error/Contract/InputContractViolation=An input contract violation "
+                "has occurred!");
+            EXPECT_EQ(error.GetLevel(), 0);
+            EXPECT_EQ(error.GetModule(), 105);
+            EXPECT_EQ(error.GetNumber(), 25);
+        }
+    }
+}
+
+// Settings that have a file already: the clip stays bound to it, and OK saves there.
+TEST_F(DialogEntryTest, ARecordWithAFileOpensBoundToIt) {
+    SynthexInfo info;
+    info.mSavedFilePath = Path("clip.synthex");
+    info.mDrawFrameNumber = false;
+    mExchange->SetPrefs(info);
+    NotingPlatform platform;
+    Run(mID, Unknown(), platform);
+    const Json state = Json::parse(platform.GetDump());
+    EXPECT_EQ(state["saveToPathStaticTextID"]["value"], (mFolder / "clip.synthex").string());
+    EXPECT_EQ(Json({state["useAsCustomImporterID"]["value"], state["useAsCustomImporterID"]["enabled"]}),
+              Json({true, false}));
+    EXPECT_EQ(state["saveFileButtonID"]["enabled"], true);
+    EXPECT_EQ(state["drawFrameNumberCBID"]["value"], false);
+    EXPECT_TRUE(std::filesystem::exists(mFolder / "clip.synthex"));
+    mExchange->GetPrefs(info);
+    EXPECT_EQ(info.mClipName, u"clip.synthex") << "OK hands over the name of the file it saved";
+    EXPECT_FALSE(mExchange->UsesSavedFrameFileAsSource()) << "showing the box is not checking it";
+}
+
+TEST_F(DialogEntryTest, CancelAfterASaveLeavesThatSaveInTheExchange) {
+    SynthexInfo info;
+    NotingPlatform platform(Script(
+        {"frameWidthID=100", "saveToPathButtonID", "drawFrameNumberCBID=false", "frameWidthID=200", "cancel"},
+        {"save=" + (mFolder / "clip.synthex").string()}));
+    Run(mID, Unknown(), platform);
+    EXPECT_TRUE(mExchange->WasCancelled());
+    mExchange->GetPrefs(info);
+    EXPECT_EQ(info.mFrameWidth, 100u);
+    EXPECT_EQ(info.mClipName, u"Default Frame")
+        << "a save hands over the settings before it renames the clip";
+    EXPECT_EQ(info.mSavedFilePath, Path("clip.synthex"));
+    EXPECT_TRUE(info.mDrawFrameNumber);
+}
+
+} // namespace
