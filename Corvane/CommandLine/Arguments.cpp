@@ -3,6 +3,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -17,7 +18,8 @@ namespace corvane::commandline {
 namespace {
 
 constexpr char kAbout[] =
-    "Exact test clips from small settings files: what a clip is, its frames as pictures or video.";
+    "Exact test clips from small settings files: make and edit them, and get their frames as pictures or "
+    "video.";
 
 constexpr char kExamples[] =
     R"(Examples:
@@ -25,6 +27,7 @@ constexpr char kExamples[] =
   synthex render clip.synthex clip.mp4       a video
   synthex render clip.synthex frame.png --frames 0
                                              one picture
+  synthex edit clip.synthex                  its settings in a window
   synthex render --help                      more about a subcommand
 
 The plug-in is looked for where --bundle says, else where the environment's
@@ -62,6 +65,39 @@ A file gets its name when it is complete: a render that fails or is cancelled
 
 Exit status: 0 done, 1 failed, 2 wrong usage, 130 ended by Ctrl-C (128 plus the
 signal's number: 143 for SIGTERM).)";
+
+constexpr char kNewExamples[] =
+    R"(Examples:
+  synthex new clip.synthex                                    in a window
+  synthex new clip.synthex --size 720x576 --par 16:15 --rate 25
+  synthex new clip.synthex --rate 30000/1001 --do fieldTypePopupID=1 \
+      --do durationFramesTextID=300                           without one)"
+    "\n";
+
+constexpr char kEditExamples[] =
+    R"(Examples:
+  synthex edit clip.synthex                                   in a window
+  synthex edit clip.synthex --do frameWidthID=1280 --do frameHeightID=720
+  synthex edit clip.synthex --do chooseColorButtonID0 --answer color=1,0.5,0,1
+  synthex edit clip.synthex --cancel --dump | jq .            only look)"
+    "\n";
+
+/// What --do and its like mean, for the help of both subcommands that show the dialog.
+constexpr char kDialogHelp[] =
+    R"(
+With any of --do, --answer, --cancel and --dump the dialog is worked without a
+window: the actions of --do in their order, then OK (or Cancel). ID names a
+control, as --dump lists them; VALUE is a number, an item's text or index, or
+true or false; a button is pressed by its ID alone. What the dialog asks on the
+way takes the --answers in their order: save=PATH or save=cancel (where to save),
+again=yes or again=no (another path after a failed save), color=R,G,B,A (0 to 1)
+or color=cancel.
+
+--dump prints the dialog's state just before it closes: one JSON object of
+ID -> class, enabled, value, items, disabledItems, title, as the control has them.
+A script that can't be carried out changes nothing and says what it should be.
+
+Exit status: 0 done, 1 failed, 2 wrong usage, 3 cancelled.)";
 
 constexpr char kFormatsExamples[] =
     R"(Examples:
@@ -107,10 +143,10 @@ std::pair<std::int64_t, std::int64_t> ParseFrames(std::string_view text) {
                                    "' is no range; write FIRST:LAST (both included, from 0) or one number");
 }
 
-CLI::App* AddCommand(CLI::App& app, const char* name, const char* about, const char* examples,
+CLI::App* AddCommand(CLI::App& app, const char* name, const char* about, const std::string& examples,
                      std::filesystem::path& bundle) {
     CLI::App* const command = app.add_subcommand(name, about);
-    command->footer(std::string("\n") + examples);
+    command->footer("\n" + examples);
     command->add_option("--bundle", bundle, "The plug-in to use")->type_name("BUNDLE");
     return command;
 }
@@ -148,6 +184,81 @@ CLI::App* AddRender(CLI::App& app, RenderRequest& request) {
     command->add_flag("--native", options.native,
                       "The frame bytes exactly as the plug-in delivered them (for .raw)");
     command->add_flag("--quiet", request.quiet, "No progress bar, and no word about what was written");
+    return command;
+}
+
+/// Reads "A<separator>B", both from 1 to `limit`.
+bool ParsePair(std::string_view text, char separator, std::uint32_t limit, std::uint32_t& first,
+               std::uint32_t& second) {
+    std::int64_t numbers[2]{};
+    if (!TakeNumber(text, numbers[0]) || !text.starts_with(separator)) return false;
+    text.remove_prefix(1);
+    if (!TakeNumber(text, numbers[1]) || !text.empty()) return false;
+    for (const std::int64_t number : numbers)
+        if (number < 1 || number > limit) return false;
+    first = static_cast<std::uint32_t>(numbers[0]);
+    second = static_cast<std::uint32_t>(numbers[1]);
+    return true;
+}
+
+/// An option that takes two numbers; what it does not understand is answered with `expected`.
+template <class Parse>
+void AddPair(CLI::App& command, const char* name, const char* form, const char* about, const char* expected,
+             Parse parse) {
+    const auto read = [=](const std::string& text) {
+        if (!parse(text))
+            throw CLI::ValidationError(name, "'" + text + "' is not understood; write " + expected);
+    };
+    command.add_option_function<std::string>(name, read, about)->type_name(form);
+}
+
+void AddSequenceOptions(CLI::App& command, SequenceFormat& sequence) {
+    constexpr std::uint32_t kAny = std::numeric_limits<std::uint32_t>::max(), kLongestSide = 32768;
+    AddPair(command, "--size", "WxH", "Frame size to begin with (default: 1920x1080)",
+            "WIDTHxHEIGHT, both from 1 to 32768", [&](const std::string& text) {
+                return ParsePair(text, 'x', kLongestSide, sequence.width, sequence.height);
+            });
+    AddPair(command, "--par", "N:D", "Pixel aspect ratio to begin with (default: 1:1)", "N:D, both above 0",
+            [&](const std::string& text) {
+                return ParsePair(text, ':', kAny, sequence.parNumerator, sequence.parDenominator);
+            });
+    AddPair(command, "--rate", "N/D", "Frames per second to begin with (default: 30)",
+            "N/D or one whole number, above 0", [&](const std::string& text) {
+                const bool whole = text.find('/') == std::string::npos;
+                return ParsePair(whole ? text + "/1" : text, '/', kAny, sequence.scale, sequence.sampleSize);
+            });
+}
+
+void AddDialogOptions(CLI::App& command, DialogOptions& options) {
+    command.add_option("--do", options.actions, "Give a control a value, or press a button")
+        ->type_name("ID[=VALUE]")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    command.add_option("--answer", options.answers, "Answer what the dialog asks on the way")
+        ->type_name("WHAT=ANSWER")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    command.add_flag("--cancel", options.cancel, "Press Cancel in the end instead of OK");
+    command.add_flag("--dump", options.dump, "Print the dialog's state just before it closes, as JSON");
+}
+
+CLI::App* AddNew(CLI::App& app, NewRequest& request) {
+    auto* const command = AddCommand(app, "new", "Make a clip in the dialog",
+                                     std::string(kNewExamples) + kDialogHelp, request.bundle);
+    command->add_option("OUT", request.output, "The settings file to make (.synthex)")
+        ->required()
+        ->type_name("");
+    AddSequenceOptions(*command, request.sequence);
+    command->add_flag("--force", request.force, "Replace OUT where it exists");
+    AddDialogOptions(*command, request.dialog);
+    return command;
+}
+
+CLI::App* AddEdit(CLI::App& app, EditRequest& request) {
+    auto* const command = AddCommand(app, "edit", "Edit a clip in the dialog",
+                                     std::string(kEditExamples) + kDialogHelp, request.bundle);
+    command->add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
+    AddDialogOptions(*command, request.dialog);
     return command;
 }
 
@@ -207,11 +318,15 @@ int RunArguments(int argc, const char* const* argv) {
 
     InfoRequest info;
     RenderRequest render;
+    NewRequest make;
+    EditRequest edit;
     FormatsRequest formats;
     ValidateRequest validate;
     ChecksRequest checks;
     const CLI::App* const infoCommand = AddInfo(app, info);
     const CLI::App* const renderCommand = AddRender(app, render);
+    const CLI::App* const newCommand = AddNew(app, make);
+    const CLI::App* const editCommand = AddEdit(app, edit);
     const CLI::App* const formatsCommand = AddFormats(app, formats);
     const CLI::App* const validateCommand = AddValidate(app, validate);
     const CLI::App* const checksCommand = AddMakeChecks(app, checks);
@@ -221,11 +336,13 @@ int RunArguments(int argc, const char* const* argv) {
         return Answer(app, error);
     }
     for (std::filesystem::path* const named :
-         {&info.bundle, &render.bundle, &formats.bundle, &validate.bundle})
+         {&info.bundle, &render.bundle, &make.bundle, &edit.bundle, &formats.bundle, &validate.bundle})
         if (named->empty()) *named = bundle;
 
     if (infoCommand->parsed()) return RunInfo(info);
     if (renderCommand->parsed()) return RunRender(render);
+    if (newCommand->parsed()) return RunNew(make);
+    if (editCommand->parsed()) return RunEdit(edit);
     if (formatsCommand->parsed()) return RunFormats(formats);
     if (validateCommand->parsed()) return RunValidate(validate);
     if (checksCommand->parsed()) return RunChecks(checks);

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "FileJournal.h"
 #include "Mosk.h"
 
 namespace Mosk {
@@ -99,6 +100,7 @@ Result File::Create(const String& path, FileAccessFlags, FileShareModeFlags,
     Close();
     const std::string target = ResolveTarget(SystemPath(path));
     if (target.empty()) return kResult_NotFound;
+    corvane::FileJournal::Note(path, target);
 
     struct stat status {};
     const bool exists = ::stat(target.c_str(), &status) == 0;
