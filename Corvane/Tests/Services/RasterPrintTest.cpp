@@ -152,13 +152,17 @@ TEST(RasterPrintTest, AbsurdSizesAndPlacesAreHarmless) {
 // Catches a format whose box or blended edge pixels are converted in another way than a fill. 640 is a height
 // at which 8-bit digits are kept as pictures and float ones are drawn each time.
 TEST(RasterPrintTest, EveryFormatShowsTheSamePicture) {
-    for (const std::uint32_t height : {20u, 640u}) {
+    struct Row {
+        std::uint32_t height;
+        int x, y;
+    };
+    for (const Row& row : {Row{20, 9, -5}, Row{640, -260, -20}}) {
         GuardedFrame reference(kBGRAFloat, 64, 64);
-        PrintAt(reference, kBGRAFloat, -62, height, 9, -5);
+        PrintAt(reference, kBGRAFloat, 62, row.height, row.x, row.y);
         for (const ExpectedFormat& expected : kExpectedFormats) {
             if (expected.isExtended) continue;
             GuardedFrame frame(expected.delivered, 64, 64);
-            PrintAt(frame, expected.delivered, -62, height, 9, -5);
+            PrintAt(frame, expected.delivered, 62, row.height, row.x, row.y);
             for (std::uint32_t y = 0; y < 64; ++y)
                 for (std::uint32_t x = 0; x < 64; ++x) {
                     ASSERT_EQ(frame.IsTouched(x, y), reference.IsTouched(x, y)) << expected.name;
@@ -182,6 +186,8 @@ TEST(RasterPrintTest, ManySizesPrintTheSameAgain) {
         return frame.Bytes();
     };
     const auto before = print(1100);
+    for (const std::uint32_t height : {588u, 844u, 1036u})
+        EXPECT_EQ(print(height) == before, false) << height;
     for (std::uint32_t height = 1101; height < 1125; ++height)
         EXPECT_EQ(print(height) == before, false) << height;
     EXPECT_EQ(print(1100) == before, true);
