@@ -28,9 +28,7 @@ void FillItems(QComboBox& box, const PopupModel& popup) {
         items->appendRow(row);
     }
     const QSignalBlocker silent(&box);
-    QAbstractItemModel* const previous = box.model();
-    box.setModel(items);
-    if (previous->parent() == &box) delete previous;
+    box.setModel(items); // deletes the one before, which is the box's own
     // The list is as wide as its items even where the box is not.
     box.view()->setMinimumWidth(box.view()->sizeHintForColumn(0) +
                                 box.view()->verticalScrollBar()->sizeHint().width());

@@ -5,10 +5,10 @@
 
 #include <QAbstractSpinBox>
 #include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QEvent>
 #include <QPushButton>
 
-#include "NumberField.h"
 #include "Text.h"
 
 namespace corvane::desktop {
@@ -63,10 +63,9 @@ bool DialogWindow::eventFilter(QObject* object, QEvent* event) {
     return QDialog::eventFilter(object, event);
 }
 
-/// A number that is being typed counts even where the person goes on without leaving its field, as with a
-/// mnemonic.
+/// A number that is being typed counts even where the person goes on without leaving its field, as with a mnemonic.
 void DialogWindow::FinishEntry() {
-    if (auto* const field = dynamic_cast<NumberField*>(focusWidget())) field->interpretText();
+    for (QDoubleSpinBox* const field : findChildren<QDoubleSpinBox*>()) field->interpretText();
 }
 
 void DialogWindow::ControlChanged(const ControlModel& control, ControlAspect aspect, ChangeOrigin) {
