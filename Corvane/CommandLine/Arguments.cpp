@@ -63,8 +63,8 @@ constexpr char kRenderExamples[] =
 A file gets its name when it is complete: a render that fails or is cancelled
 (Ctrl-C) leaves nothing behind, and an older file of that name as it was.
 
-Exit status: 0 done, 1 failed, 2 wrong usage, 130 ended by Ctrl-C (128 plus the
-signal's number: 143 for SIGTERM).)";
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 cancelled by Ctrl-C (128 plus
+the signal's number: 143 for SIGTERM).)";
 
 constexpr char kNewExamples[] =
     R"(Examples:
@@ -106,7 +106,9 @@ constexpr char kFormatsExamples[] =
 
 "mPixelFormat" of a settings file is one of these codes, as a decimal number.
 Frames of formats that can't be drawn in arrive in the one named last.
---json prints one object a line: code, characters, name, deliveredFormat.)";
+--json prints one object a line: code, characters, name, deliveredFormat.
+
+Exit status: 0 done, 1 the plug-in could not be used.)";
 
 constexpr char kValidateExamples[] =
     R"(Examples:
@@ -299,9 +301,11 @@ int Answer(CLI::App& app, const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);
     std::string command = "synthex";
     for (const CLI::App* const chosen : app.get_subcommands()) command += " " + chosen->get_name();
-    std::string_view what = error.what();
-    while (what.ends_with('.') || what.ends_with('\n')) what.remove_suffix(1);
-    PrintError(std::string(what) + "; see '" + command + " --help'.");
+    std::string what = error.what();
+    while (what.ends_with('.') || what.ends_with('\n')) what.pop_back();
+    if (const auto rest = app.remaining(); command == "synthex" && !rest.empty())
+        what = "there is no subcommand or option '" + rest.front() + "'";
+    PrintError(what + "; see '" + command + " --help'");
     return kExitUsage;
 }
 
