@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 constexpr char kWithoutWindow[] = "use --do, --answer, --cancel or --dump to work the dialog without one";
 
 DialogScript ReadScript(const DialogOptions& options) {
-    DialogScript script{.actions = {}, .answers = {}, .cancel = options.cancel};
+    DialogScript script{.actions = {}, .answers = {}, .cancel = options.cancel, .dump = options.dump};
     try {
         for (const std::string& text : options.actions) script.actions.push_back(ScriptedAction::Parse(text));
         for (const std::string& text : options.answers) script.answers.push_back(ScriptedAnswer::Parse(text));
@@ -35,7 +35,7 @@ PreferencesAnswer RunScript(const Bundle& bundle, const PreferencesRequest& requ
         journal.Undo();
         throw UsageFailure(fmt::format("{}.", *platform.GetError()));
     }
-    if (options.dump && !platform.GetDump().empty()) Print(platform.GetDump() + "\n");
+    if (!platform.GetDump().empty()) Print(platform.GetDump() + "\n");
     return answer;
 }
 

@@ -56,12 +56,14 @@ Range RangeOf(const Clip& clip, const ExportOptions& options, bool single) {
     return {first, last};
 }
 
-unsigned JobsOf(const ExportOptions& options) {
-    if (options.jobs != 0) return options.jobs;
+unsigned Processors() {
     cpu_set_t allowed;
-    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0)
-        return static_cast<unsigned>(CPU_COUNT(&allowed));
+    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) return static_cast<unsigned>(CPU_COUNT(&allowed));
     return std::max(1u, std::thread::hardware_concurrency());
+}
+
+unsigned JobsOf(const ExportOptions& options, const Target& target) {
+    return options.jobs != 0 ? options.jobs : target.UsefulJobs(Processors());
 }
 
 void CheckOptions(const ExportOptions& options, const std::string& kind) {
@@ -101,7 +103,7 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
         return RenderedFrame{view, std::move(frame)};
     };
     ExportReport report;
-    report.frames = RunPipeline(render, *target, range.first, range.last, JobsOf(options), progress, cancel);
+    report.frames = RunPipeline(render, *target, range.first, range.last, JobsOf(options, *target), progress, cancel);
     report.cancelled = report.frames < total;
     if (report.cancelled) return report;
     target->Finish();

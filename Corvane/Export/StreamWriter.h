@@ -23,6 +23,8 @@ class StreamWriter {
     void Write(std::span<const std::byte> bytes);
     /// Writes what is left and puts the file in its place.
     void Finish();
+    /// Whether writes wait for a reader.
+    bool MayBlock() const { return mPipe; }
     std::uint64_t BytesWritten() const { return mTotal; }
 
   private:
@@ -30,6 +32,7 @@ class StreamWriter {
 
     OutputFile mFile;
     std::unique_ptr<DirectQueue> mDirect; // none where plain writes are best
+    bool mPipe = false;
     std::uint64_t mTotal = 0;
 };
 
