@@ -16,6 +16,8 @@
 namespace {
 
 constexpr int kGrowthRuns = 10000;
+/// In bytes: a few pages of stack. One lost object in each run would take hundreds of kilobytes.
+constexpr double kGrowthAllowed = 64 << 10;
 
 /// Sends the request for a clip without a file and works the dialog by `script`. Returns the result.
 int Request(const corvane::Bundle& bundle, const corvane::DialogScript& script) {
@@ -40,18 +42,19 @@ corvane::DialogScript Cancel() {
 corvane::DialogScript Edits() {
     corvane::DialogScript script;
     for (const char* const action :
-         {"frameWidthID=1920", "colorRenderingTypePopupID=1", "chooseColorPopupID=2", "chooseColorButtonID1",
+         {"frameWidthID=1920", "colorRenderingTypePopupID=1", "chooseColorPopupID=2", "chooseColorButtonID0",
           "frameRatePopupID=PAL - 25 fps"})
         script.actions.push_back(corvane::ScriptedAction::Parse(action));
     script.answers.push_back(corvane::ScriptedAnswer::Parse("color=0.5,0.25,0.125,1"));
     return script;
 }
 
+/// Memory of the process's own; pages of files, which come as code is first used, are not counted.
 std::int64_t ResidentBytes() {
     std::ifstream status("/proc/self/statm");
-    std::int64_t size = 0, resident = 0;
-    status >> size >> resident;
-    return resident * ::sysconf(_SC_PAGESIZE);
+    std::int64_t size = 0, resident = 0, shared = 0;
+    status >> size >> resident >> shared;
+    return (resident - shared) * ::sysconf(_SC_PAGESIZE);
 }
 
 void DialogOpen(benchmark::State& state) {
@@ -79,8 +82,10 @@ void DialogGrowth(benchmark::State& state) {
         state.counters["live_nodes"] = static_cast<double>(corvane::CountLiveNodes());
         state.counters["host_blocks"] = static_cast<double>(corvane::HostBlocksInUse());
     }
-    for (const auto& [name, counter] : state.counters)
-        if (counter.value != 0) state.SkipWithError((name + " is not 0").c_str());
+    for (const auto& [name, counter] : state.counters) {
+        const double allowed = name == "resident_growth" ? kGrowthAllowed : 0;
+        if (counter.value > allowed) state.SkipWithError((name + " is too large").c_str());
+    }
 }
 BENCHMARK(DialogGrowth)->Unit(benchmark::kMillisecond)->Iterations(1);
 
