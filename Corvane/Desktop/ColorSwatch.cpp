@@ -27,8 +27,9 @@ QColor ShownColor(const lumui::controls::ColorRGBA& color) {
 }
 
 QIcon MakeSwatch(const lumui::controls::ColorRGBA& color, QSize size, qreal ratio) {
-    QPixmap picture(size * ratio);
+    QPixmap picture((size + QSize(kSwatchGap, 0)) * ratio);
     picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
     QPainter painter(&picture);
     PaintCheckerboard(painter, size);
     painter.fillRect(QRect(QPoint(), size), ShownColor(color));

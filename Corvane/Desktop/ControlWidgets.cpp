@@ -148,7 +148,7 @@ void UpdateSwatch(const DialogModel& dialog, const ControlModel& button, QWidget
     for (std::size_t i = 0; i < std::size(components); ++i)
         if (const auto* const number = dynamic_cast<const NumberModel*>(dialog.Find(channels[i])))
             components[i] = static_cast<float>(number->GetValue());
-    painted->setIconSize(kSwatchSize);
+    painted->setIconSize(kSwatchSize + QSize(kSwatchGap, 0));
     painted->setIcon(MakeSwatch({components[0], components[1], components[2], components[3]}, kSwatchSize,
                                 widget->devicePixelRatioF()));
 }

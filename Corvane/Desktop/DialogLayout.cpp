@@ -37,18 +37,22 @@ DialogLayout::DialogLayout(const Layout& layout, QWidget& window) : mWindow(wind
     auto* const column = new QVBoxLayout(&window);
     for (const LayoutNode& node : layout.children) {
         if (node.kind == WidgetKind::kRow &&
-            std::all_of(node.children.begin(), node.children.end(), &IsButton))
+            std::all_of(node.children.begin(), node.children.end(), &IsButton)) {
+            column->addStretch();
             column->addLayout(MakeButtonRow(node.children));
-        else
+        } else
             column->addWidget(Place(node));
     }
     AlignColumns();
 }
 
 void DialogLayout::AlignColumns() {
-    int width = 0;
-    for (const QWidget* const cell : mFirstCells) width = std::max(width, cell->sizeHint().width());
-    for (QGridLayout* const grid : mGrids) grid->setColumnMinimumWidth(0, width);
+    for (const Cell& cell : mCells) {
+        int width = cell.grid->columnMinimumWidth(cell.column); // never less, or the window would fidget
+        for (const Cell& other : mCells)
+            if (cell.LinesUpWith(other)) width = std::max(width, other.widget->sizeHint().width());
+        cell.grid->setColumnMinimumWidth(cell.column, width);
+    }
 }
 
 /// The widget of a node, with all that lies in it.
@@ -67,7 +71,7 @@ QWidget* DialogLayout::MakeGroup(const LayoutNode& node) {
                                                          : new QWidget(&mWindow);
     auto* const grid = new QGridLayout(box);
     if (node.kind == WidgetKind::kGroup) {
-        mGrids.push_back(grid);
+        box->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
         Fill(*grid, node.children);
     } else {
         grid->setContentsMargins(0, 0, 0, 0);
@@ -116,8 +120,10 @@ void DialogLayout::FillRow(QGridLayout& grid, int row, const std::vector<const L
         QWidget* const cell = Place(*node);
         const int span = node == nodes.back() ? columns - column : 1;
         grid.addWidget(cell, row, column, 1, span);
-        if (column == 0 && span == 1) mFirstCells.push_back(cell);
-        if (Stretches(*node) && column > 0) grid.setColumnStretch(column, 1);
+        if (Stretches(*node) && column > 0)
+            grid.setColumnStretch(column + span - 1, 1);
+        else if (span == 1)
+            mCells.push_back({&grid, column, columns, cell});
         ++column;
     }
 }

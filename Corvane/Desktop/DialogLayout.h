@@ -29,8 +29,17 @@ class DialogLayout {
     void FillRow(QGridLayout& grid, int row, const std::vector<const LayoutNode*>& nodes, int columns);
 
     QWidget& mWindow;
-    std::vector<QGridLayout*> mGrids;
-    std::vector<QWidget*> mFirstCells; // those of the first columns that lie in no other
+    /// What a column is as wide as at least.
+    struct Cell {
+        QGridLayout* grid;
+        int column, columns;
+        const QWidget* widget;
+
+        bool LinesUpWith(const Cell& other) const {
+            return column == other.column && (column == 0 || columns == other.columns);
+        }
+    };
+    std::vector<Cell> mCells;
 };
 
 } // namespace corvane::desktop

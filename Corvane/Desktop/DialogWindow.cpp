@@ -18,6 +18,8 @@ DialogWindow::DialogWindow(DialogModel& dialog, QWidget* parent) : QDialog(paren
     BuildControls();
     mLayout = std::make_unique<DialogLayout>(mDialog.GetLayout(), *this);
     mDialog.SetObserver(this);
+    // What is typed at once replaces the first number.
+    if (auto* const first = dynamic_cast<QAbstractSpinBox*>(nextInFocusChain())) first->selectAll();
 }
 
 DialogWindow::~DialogWindow() {
@@ -36,7 +38,11 @@ void DialogWindow::BuildControls() {
         }
         if (auto* const button = dynamic_cast<QPushButton*>(widget))
             button->setDefault(control->GetID() == mDialog.GetLayout().defaultButton);
-        if (previous != nullptr) setTabOrder(previous, widget);
+        // As if by Tab, so that what is typed at once replaces the first number.
+        if (previous != nullptr)
+            setTabOrder(previous, widget);
+        else
+            widget->setFocus(Qt::TabFocusReason);
         previous = widget;
         mControls.emplace(control, std::move(made));
     }
@@ -63,7 +69,8 @@ bool DialogWindow::eventFilter(QObject* object, QEvent* event) {
     return QDialog::eventFilter(object, event);
 }
 
-/// A number that is being typed counts even where the person goes on without leaving its field, as with a mnemonic.
+/// A number that is being typed counts even where the person goes on without leaving its field, as with a
+/// mnemonic.
 void DialogWindow::FinishEntry() {
     for (QDoubleSpinBox* const field : findChildren<QDoubleSpinBox*>()) field->interpretText();
 }

@@ -3,6 +3,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 #include <QColorDialog>
 #include <QDir>
@@ -23,21 +24,27 @@ QWidget* ParentWindow() {
     return modal != nullptr ? modal : QApplication::activeWindow();
 }
 
+/// How the sentence ends that says why there is no window. Only while the application object is made.
+std::string gRemedy;
+
 /// While the application object is made: Qt aborts where it can't show windows, and this ends the process in
 /// its place, as a request that failed. What Qt says on the way is no sentence for people.
-void EndOnFatalMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+void EndOnFatalMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
     if (type != QtFatalMsg) return;
-    std::fprintf(stderr, "synthex: No window can be shown: %s\n",
-                 text.section(u'\n', 0, 0).toUtf8().constData());
+    std::fprintf(
+        stderr,
+        "synthex: No window can be shown: Qt has nothing here to show it with (QT_QPA_PLATFORM=%s); %s.\n",
+        qgetenv("QT_QPA_PLATFORM").constData(), gRemedy.c_str());
     std::_Exit(EXIT_FAILURE);
 }
 
-std::unique_ptr<QApplication> MakeApplication() {
+std::unique_ptr<QApplication> MakeApplication(const std::string& remedy) {
     if (QApplication::instance() != nullptr) return nullptr;
     // Both live as long as the process: Qt keeps referring to them.
     static char name[] = "synthex";
     static char* arguments[] = {name, nullptr};
     static int count = 1;
+    gRemedy = remedy;
     const QtMessageHandler usual = qInstallMessageHandler(&EndOnFatalMessage);
     auto application = std::make_unique<QApplication>(count, arguments);
     qInstallMessageHandler(usual);
@@ -57,7 +64,7 @@ float Picked(float exact, float before, float after) {
 } // namespace
 
 QtPlatform::QtPlatform(const DesktopOptions& options)
-    : mApplication(MakeApplication()),
+    : mApplication(MakeApplication(options.remedy)),
       mFolder(QDir(QString::fromStdString(options.folder.string())).absolutePath()) {}
 
 QtPlatform::~QtPlatform() = default;

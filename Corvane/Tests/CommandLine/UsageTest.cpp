@@ -20,6 +20,8 @@ TEST(Usage, HelpTeachesByExample) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
                                                       {"info", "--help"},
                                                       {"render", "--help"},
+                                                      {"new", "--help"},
+                                                      {"edit", "--help"},
                                                       {"formats", "--help"},
                                                       {"validate", "--help"}}) {
         const ProcessResult result = RunSynthex(arguments);

@@ -25,7 +25,7 @@ using testing::HasSubstr;
 
 /// Settings of which every number is one that a widget would round.
 constexpr char kSettings[] =
-    R"({"mPixelFormat":1634887522,"mFrameWidth":47,"mFrameHeight":33,"mFramePAR":{"den":99,"num":100},)"
+    R"({"mPixelFormat":1634887522,"mFrameWidth":47,"mFrameHeight":33,"mFramePAR":{"denominator":99,"numerator":100},)"
     R"("mFieldType":2,"mRenderFormat":0,"mVideoDuration":{"ticks":8475667200},"mVideoFrameRate":{"ticksperframe":8475667200},)"
     R"("mUpperFieldColor":{"mAlphaPart":0.123456789,"mRedPart":0.33333334,"mGreenPart":1e-9,"mBluePart":2.7182817}})";
 
