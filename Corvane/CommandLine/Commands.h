@@ -2,8 +2,10 @@
 
 #include <chrono>
 #include <filesystem>
+#include <string>
 #include <vector>
 
+#include "Engine/Preferences.h"
 #include "Export/Export.h"
 
 namespace corvane::commandline {
@@ -12,6 +14,7 @@ namespace corvane::commandline {
 inline constexpr int kExitDone = 0;
 inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
+inline constexpr int kExitCancelled = 3; ///< of `new` and `edit`
 
 // What each subcommand was asked for, and the function that does it. Functions return the exit status; what
 // they throw is told to the person by `Main.cpp`. `bundle` is empty where none was named.
@@ -31,6 +34,32 @@ struct RenderRequest {
 };
 int RunRender(const RenderRequest& request);
 
+/// How the preferences dialog is worked: with any of these by a script, else in a window by a person.
+struct DialogOptions {
+    std::vector<std::string> actions; ///< "ID=VALUE" or "ID", in order
+    std::vector<std::string> answers; ///< "save=PATH" and the like, in order
+    bool cancel = false;              ///< instead of OK
+    bool dump = false;                ///< print the dialog's state just before it closes
+
+    bool Scripted() const { return !actions.empty() || !answers.empty() || cancel || dump; }
+};
+
+struct NewRequest {
+    std::filesystem::path bundle;
+    std::filesystem::path output;
+    SequenceFormat sequence;
+    bool force = false;
+    DialogOptions dialog;
+};
+int RunNew(const NewRequest& request);
+
+struct EditRequest {
+    std::filesystem::path bundle;
+    std::filesystem::path clip;
+    DialogOptions dialog;
+};
+int RunEdit(const EditRequest& request);
+
 struct FormatsRequest {
     std::filesystem::path bundle;
     bool json = false;
@@ -39,7 +68,7 @@ int RunFormats(const FormatsRequest& request);
 
 struct ValidateRequest {
     std::filesystem::path bundle;
-    std::chrono::milliseconds timeLimit{0}; ///< for all checks together
+    std::chrono::milliseconds timeLimit = std::chrono::seconds(20); ///< for all checks together
 };
 int RunValidate(const ValidateRequest& request);
 

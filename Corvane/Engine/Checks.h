@@ -4,6 +4,7 @@
 #include <functional>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace corvane {
 

@@ -30,9 +30,9 @@ std::string KindOf(const ExportOptions& options) {
     std::transform(kind.begin(), kind.end(), kind.begin(),
                    [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
     if (kind.empty())
-        throw UsageFailure(fmt::format("{}: the name does not tell the kind of output; name it with --format: {}",
-                                       options.output == "-" ? "standard output" : options.output.string(),
-                                       kKnownKinds));
+        throw UsageFailure(
+            fmt::format("{}: the name does not tell the kind of output; name it with --format: {}",
+                        options.output == "-" ? "standard output" : options.output.string(), kKnownKinds));
     return kind;
 }
 
@@ -47,31 +47,37 @@ Range RangeOf(const Clip& clip, const ExportOptions& options, bool single) {
     if (!options.frames) return {0, single ? 0 : frames - 1};
     const auto [first, last] = *options.frames;
     if (first < 0 || last >= frames || first > last)
-        throw UsageFailure(fmt::format("{}: frames {}:{} are not in the clip; choose from 0:{}", clip.Name(), first,
-                                       last, frames - 1));
+        throw UsageFailure(fmt::format("{}: frames {}:{} are not in the clip; choose from 0:{}", clip.Name(),
+                                       first, last, frames - 1));
     if (single && first != last)
-        throw UsageFailure(fmt::format("{} can hold one frame; put a number into the name, such as {}%05d.png",
-                                       options.output.string(), options.output.stem().string()));
+        throw UsageFailure(
+            fmt::format("{} can hold one frame; put a number into the name, such as {}%05d.png",
+                        options.output.string(), options.output.stem().string()));
     return {first, last};
 }
 
-unsigned JobsOf(const ExportOptions& options) {
-    if (options.jobs != 0) return options.jobs;
+unsigned Processors() {
     cpu_set_t allowed;
-    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) return static_cast<unsigned>(CPU_COUNT(&allowed));
+    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0)
+        return static_cast<unsigned>(CPU_COUNT(&allowed));
     return std::max(1u, std::thread::hardware_concurrency());
+}
+
+unsigned JobsOf(const ExportOptions& options, const Target& target) {
+    return options.jobs != 0 ? options.jobs : target.UsefulJobs(Processors());
 }
 
 void CheckOptions(const ExportOptions& options, const std::string& kind) {
     if (options.native && kind != "raw")
-        throw UsageFailure(fmt::format("{}: frames as delivered can only go to raw, not to {}", options.output.string(),
-                                       kind));
+        throw UsageFailure(fmt::format("{}: frames as delivered can only go to raw, not to {}",
+                                       options.output.string(), kind));
     if (!options.codec.empty() && (kind == "png" || kind == "raw"))
         throw UsageFailure(fmt::format("{}: {} has no codecs to choose from; leave out the codec",
                                        options.output.string(), kind));
 }
 
-std::unique_ptr<Target> MakeTarget(const ExportOptions& options, const std::string& kind, const StreamFacts& facts) {
+std::unique_ptr<Target> MakeTarget(const ExportOptions& options, const std::string& kind,
+                                   const StreamFacts& facts) {
     if (kind == "png") return MakePngTarget(options.output, facts);
     if (kind == "raw") return MakeRawTarget(options.output, options.native, facts);
     if (kind == "y4m") return MakeY4mTarget(options.output, options.codec, facts);
@@ -98,7 +104,8 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
         return RenderedFrame{view, std::move(frame)};
     };
     ExportReport report;
-    report.frames = RunPipeline(render, *target, range.first, range.last, JobsOf(options), progress, cancel);
+    report.frames =
+        RunPipeline(render, *target, range.first, range.last, JobsOf(options, *target), progress, cancel);
     report.cancelled = report.frames < total;
     if (report.cancelled) return report;
     target->Finish();

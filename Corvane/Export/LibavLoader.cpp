@@ -15,12 +15,13 @@ MakeLibavTargetFunction* LoadModule(const std::string& kind) {
         (program.parent_path() / "../lib/corvane/corvane-libav.so").lexically_normal();
     void* const library = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
-        throw Failure(fmt::format(
-            "{} can't be loaded, which writing {} needs: {}; install it and its libraries, or choose png, y4m or raw",
-            module.string(), kind, dlerror()));
+        throw Failure(fmt::format("{} can't be loaded, which writing {} needs: {}; install it and its "
+                                  "libraries, or choose png, y4m or raw",
+                                  module.string(), kind, dlerror()));
     void* const function = dlsym(library, kMakeLibavTargetName);
     if (function == nullptr)
-        throw Failure(fmt::format("{} is not the export module of this program; install both anew", module.string()));
+        throw Failure(
+            fmt::format("{} is not the export module of this program; install both anew", module.string()));
     return reinterpret_cast<MakeLibavTargetFunction*>(function);
 }
 

@@ -23,9 +23,9 @@ struct LibavRequest {
 inline constexpr const char* kMakeLibavTargetName = "CorvaneMakeLibavTarget";
 using MakeLibavTargetFunction = Target*(const LibavRequest& request);
 
-/// Makes a target by the module that knows libav, loading it first: linking libav costs every start of the program
-/// 100 ms and more. The module is `../lib/corvane/corvane-libav.so` from the program's folder. Throws `Failure` where
-/// it is missing or does not load, and what making the target throws.
+/// Makes a target by the module that knows libav, loading it first: linking libav costs every start of the
+/// program 100 ms and more. The module is `../lib/corvane/corvane-libav.so` from the program's folder. Throws
+/// `Failure` where it is missing or does not load, and what making the target throws.
 std::unique_ptr<Target> MakeLibavTarget(const LibavRequest& request);
 
 } // namespace corvane

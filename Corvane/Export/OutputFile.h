@@ -31,10 +31,10 @@ class Descriptor {
     int mFd = -1;
 };
 
-/// A file in the making. A regular file is written under a temporary name in its own folder and takes its place in
-/// one step with `Commit`; until then an older file of that name stays as it was, and without `Commit` nothing is
-/// left. A symbolic link keeps pointing and its target is replaced; the mode of an existing file is kept. A pipe, a
-/// device and standard output ("-") are written as they are.
+/// A file in the making. A regular file is written under a temporary name in its own folder and takes its
+/// place in one step with `Commit`; until then an older file of that name stays as it was, and without
+/// `Commit` nothing is left. A symbolic link keeps pointing and its target is replaced; the mode of an
+/// existing file is kept. A pipe, a device and standard output ("-") are written as they are.
 ///
 /// Everything throws `Failure` with the file's name, the reason and the remedy.
 class OutputFile {
@@ -70,14 +70,15 @@ class OutputFile {
     void OpenAsIs();
     void OpenTemporary();
 
-    std::filesystem::path mPath;   // symbolic links followed
+    std::filesystem::path mPath; // symbolic links followed
     std::filesystem::path mTemporary;
     std::string mName;
     Descriptor mFd;
     std::uint64_t mWritten = 0;
 };
 
-/// While it lives, writing to a closed pipe or over a size limit is an error of the write and not a signal that kills.
+/// While it lives, writing to a closed pipe or over a size limit is an error of the write and not a signal
+/// that kills.
 class WriteSignalGuard {
   public:
     WriteSignalGuard();

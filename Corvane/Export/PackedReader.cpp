@@ -14,7 +14,8 @@ bool NeedsOnlyOrder(const StreamFacts& facts, const PackedFormat& format) {
 }
 
 template <class Sample>
-void Interleave(const Sample* const (&planes)[4], const PackedFormat& format, std::uint32_t count, std::byte* out) {
+void Interleave(const Sample* const (&planes)[4], const PackedFormat& format, std::uint32_t count,
+                std::byte* out) {
     static_assert(std::endian::native == std::endian::little);
     const auto components = static_cast<std::size_t>(format.components);
     for (std::size_t part = 0; part < components; ++part) {
@@ -29,7 +30,8 @@ void Interleave(const Sample* const (&planes)[4], const PackedFormat& format, st
 
 } // namespace
 
-PackedReader::PackedReader(const StreamFacts& facts, const PackedFormat& format) : mFacts(facts), mFormat(format) {
+PackedReader::PackedReader(const StreamFacts& facts, const PackedFormat& format)
+    : mFacts(facts), mFormat(format) {
     if (NeedsOnlyOrder(facts, format)) return;
     PlanarFormat planar;
     planar.yCbCr = false;

@@ -19,8 +19,8 @@ struct PackedFormat {
     std::size_t PixelBytes() const { return static_cast<std::size_t>(components * bits / 8); }
 };
 
-/// Reads delivered frames as packed R'G'B'(A) pixels with straight alpha; opaque where the clip has no alpha. 8-bit
-/// R'G'B' keeps its very bytes. One thread at a time.
+/// Reads delivered frames as packed R'G'B'(A) pixels with straight alpha; opaque where the clip has no alpha.
+/// 8-bit R'G'B' keeps its very bytes. One thread at a time.
 class PackedReader {
   public:
     PackedReader(const StreamFacts& facts, const PackedFormat& format);

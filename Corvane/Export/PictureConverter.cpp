@@ -24,7 +24,8 @@ constexpr std::uint32_t Up(std::uint32_t value, std::uint32_t step) {
 
 // The box with `margin` more on all sides and its sides at multiples of the steps, inside the frame.
 Box Grown(const Box& box, std::uint32_t margin, std::uint32_t stepX, std::uint32_t stepY, const Box& frame) {
-    return {Down(box.left - std::min(box.left, margin), stepX), Down(box.top - std::min(box.top, margin), stepY),
+    return {Down(box.left - std::min(box.left, margin), stepX),
+            Down(box.top - std::min(box.top, margin), stepY),
             std::min(Up(box.right + margin, stepX), frame.right),
             std::min(Up(box.bottom + margin, stepY), frame.bottom)};
 }
@@ -59,14 +60,16 @@ struct PictureConverter::Field {
 
     Field(std::uint32_t top, std::uint32_t bottom, std::uint32_t index, std::uint32_t fields, int subsampleH)
         : first(top + index), step(fields), rows((bottom - top - index + fields - 1) / fields),
-          paddedRows(Up(rows, 1u << subsampleH)),
-          parity(fields == 1 ? ZIMG_FIELD_PROGRESSIVE : index == 0 ? ZIMG_FIELD_TOP : ZIMG_FIELD_BOTTOM) {}
+          paddedRows(Up(rows, 1u << subsampleH)), parity(fields == 1  ? ZIMG_FIELD_PROGRESSIVE
+                                                         : index == 0 ? ZIMG_FIELD_TOP
+                                                                      : ZIMG_FIELD_BOTTOM) {}
 
     std::uint32_t RowOfFrame(std::uint32_t row) const { return first + row * step; }
 };
 
 PictureConverter::PictureConverter(const StreamFacts& facts, const PlanarFormat& format)
-    : mFacts(facts), mFormat(format), mPerField(facts.Interlaced() && format.subsampleH != 0 && facts.height > 1) {}
+    : mFacts(facts), mFormat(format),
+      mPerField(facts.Interlaced() && format.subsampleH != 0 && facts.height > 1) {}
 
 void PictureConverter::Convert(const FrameView& frame, const PlanarPicture& out) {
     const Box whole{0, 0, frame.width, frame.height};
@@ -115,7 +118,8 @@ void PictureConverter::RunField(const Field& field, std::uint32_t width) {
 void PictureConverter::UnpackBox(const FrameView& frame, const Box& region, const Field& field) {
     const std::uint32_t padded = Up(region.Width(), 1u << mFormat.subsampleW);
     const std::size_t sample = mFacts.IsFloat() ? 4 : 1;
-    for (int plane = 0; plane < mFormat.Planes(); ++plane) mSource.Shape(plane, padded * sample, field.paddedRows);
+    for (int plane = 0; plane < mFormat.Planes(); ++plane)
+        mSource.Shape(plane, padded * sample, field.paddedRows);
     for (std::uint32_t row = 0; row < field.rows; ++row) {
         const std::byte* pixels =
             RowOf(frame, field.RowOfFrame(row)) + std::size_t{region.left} * BytesPerPixel(mFacts.format);
@@ -156,7 +160,8 @@ void PictureConverter::PadRows(const Field& field, std::uint32_t width, std::uin
     }
 }
 
-void PictureConverter::KeepBox(const Box& region, const Box& keep, const Field& field, const PlanarPicture& out) {
+void PictureConverter::KeepBox(const Box& region, const Box& keep, const Field& field,
+                               const PlanarPicture& out) {
     const std::size_t sample = mFormat.SampleBytes();
     for (int plane = 0; plane < mFormat.Planes(); ++plane) {
         const std::uint32_t planeHeight = mFormat.PlaneHeight(plane, mFacts.height);

@@ -12,14 +12,15 @@
 
 namespace corvane {
 
-/// A picture in planes. R'G'B' is full range; chroma is sited left (as in MPEG-2), for interlaced 4:2:0 in each field.
+/// A picture in planes. R'G'B' is full range; chroma is sited left (as in MPEG-2), for interlaced 4:2:0 in
+/// each field.
 struct PlanarFormat {
     bool yCbCr = true;
-    int bits = 8;      ///< 8 in bytes, 9 to 16 in words of the machine's byte order
+    int bits = 8;       ///< 8 in bytes, 9 to 16 in words of the machine's byte order
     int subsampleW = 0; ///< logarithm to the base of 2
     int subsampleH = 0;
     bool fullRange = false; ///< of Y'CbCr
-    bool alpha = false; ///< a fourth plane, full range
+    bool alpha = false;     ///< a fourth plane, full range
 
     int Planes() const { return alpha ? 4 : 3; }
     std::size_t SampleBytes() const { return bits > 8 ? 2 : 1; }
@@ -34,9 +35,9 @@ struct PlanarPicture {
     std::array<std::ptrdiff_t, 4> stride{};
 };
 
-/// Converts delivered frames into planes: matrix, range, bit depth and subsampling by zimg, without dithering. What is
-/// outside the box that `FindBox` finds is converted once a row and spread; the bytes are those of a conversion of
-/// every pixel. One thread at a time.
+/// Converts delivered frames into planes: matrix, range, bit depth and subsampling by zimg, without
+/// dithering. What is outside the box that `FindBox` finds is converted once a row and spread; the bytes are
+/// those of a conversion of every pixel. One thread at a time.
 class PictureConverter {
   public:
     PictureConverter(const StreamFacts& facts, const PlanarFormat& format);

@@ -62,9 +62,7 @@ class Pipeline {
 
     bool Over() const { return mError || mClaimed == mTotal || mCancel.load(std::memory_order_relaxed); }
 
-    Slot& SlotOf(std::int64_t number) {
-        return mSlots[static_cast<std::size_t>(number) % mSlots.size()];
-    }
+    Slot& SlotOf(std::int64_t number) { return mSlots[static_cast<std::size_t>(number) % mSlots.size()]; }
 
     void Fill(Slot& slot, std::int64_t index) {
         if (!slot.packet) slot.packet = mTarget.NewPacket();
@@ -101,10 +99,10 @@ class Pipeline {
 
     std::mutex mMutex;
     std::condition_variable mSpace;
-    std::vector<Slot> mSlots;      // frame n uses slot n modulo their number
-    std::int64_t mClaimed = 0;     // frames that a thread has begun
-    std::int64_t mConsumed = 0;    // written under the lock, by the thread that drains
-    bool mDraining = false;        // stays set when `Consume` threw: nothing more is consumed
+    std::vector<Slot> mSlots;   // frame n uses slot n modulo their number
+    std::int64_t mClaimed = 0;  // frames that a thread has begun
+    std::int64_t mConsumed = 0; // written under the lock, by the thread that drains
+    bool mDraining = false;     // stays set when `Consume` threw: nothing more is consumed
     std::exception_ptr mError;
 };
 

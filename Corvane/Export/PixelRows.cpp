@@ -12,6 +12,13 @@ float GammaCoded(float linear) {
     return linear < 0.018f ? 4.5f * linear : 1.099f * std::pow(linear, 0.45f) - 0.099f;
 }
 
+// Values that stay in the range of integers in every step; what is so far outside is clipped by the target
+// anyhow.
+float Sane(float value) {
+    constexpr float kLimit = 1024.0f;
+    return value == value ? std::clamp(value, -kLimit, kLimit) : 0.0f;
+}
+
 void UnpackBytes(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format, const RowPlanes& out) {
     for (int component = 0; component < 4; ++component) {
         auto* const plane = static_cast<std::uint8_t*>(out.plane[component]);
@@ -33,7 +40,7 @@ void UnpackFloats(const std::byte* pixels, std::uint32_t count, RK_PixelFormat f
         for (std::uint32_t i = 0; i < count; ++i) {
             float value;
             std::memcpy(&value, source + std::size_t{i} * 16, 4);
-            plane[i] = value == value ? value : 0.0f;
+            plane[i] = Sane(value);
         }
     }
 }
@@ -44,7 +51,8 @@ int ZeroOf(RK_PixelFormat format, int component) {
     return component == 0 ? 16 : 128;
 }
 
-void UnmultiplyBytes(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format, const RowPlanes& out) {
+void UnmultiplyBytes(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format,
+                     const RowPlanes& out) {
     for (std::uint32_t i = 0; i < count; ++i) {
         const int alpha =
             std::to_integer<int>(pixels[std::size_t{i} * 4 + std::size_t(ComponentOffset(format, 3))]);
@@ -57,14 +65,14 @@ void UnmultiplyBytes(const std::byte* pixels, std::uint32_t count, RK_PixelForma
     }
 }
 
-void UnmultiplyFloats(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format, const RowPlanes& out) {
+void UnmultiplyFloats(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format,
+                      const RowPlanes& out) {
     for (std::uint32_t i = 0; i < count; ++i) {
         float alpha;
         std::memcpy(&alpha, pixels + std::size_t{i} * 16 + 4 * ComponentOffset(format, 3), 4);
         for (int component = 0; component < 3; ++component) {
             float& value = static_cast<float*>(out.plane[component])[i];
-            value /= alpha;
-            if (!std::isfinite(value)) value = 0.0f;
+            value = alpha == 0.0f ? 0.0f : Sane(value / alpha);
         }
     }
 }
@@ -90,13 +98,14 @@ void UnpackRow(const std::byte* pixels, std::uint32_t count, RK_PixelFormat form
     }
 }
 
-void SwizzleRow(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format, const int* order, int components,
-                std::byte* out) {
+void SwizzleRow(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format, const int* order,
+                int components, std::byte* out) {
     int from[4] = {};
     for (int i = 0; i < components; ++i) from[i] = ComponentOffset(format, order[i]);
     const auto stride = static_cast<std::size_t>(components);
     for (std::uint32_t x = 0; x < count; ++x)
-        for (int i = 0; i < components; ++i) out[x * stride + std::size_t(i)] = pixels[x * 4 + std::uint32_t(from[i])];
+        for (int i = 0; i < components; ++i)
+            out[x * stride + std::size_t(i)] = pixels[x * 4 + std::uint32_t(from[i])];
 }
 
 } // namespace corvane

@@ -18,7 +18,8 @@ Bytef* Bytes(const std::byte* bytes) {
 }
 
 void Initialise(z_stream& stream, int level) {
-    if (deflateInit2(&stream, level, Z_DEFLATED, kRawWindow, 9, Z_DEFAULT_STRATEGY) != Z_OK) throw std::bad_alloc();
+    if (deflateInit2(&stream, level, Z_DEFLATED, kRawWindow, 9, Z_DEFAULT_STRATEGY) != Z_OK)
+        throw std::bad_alloc();
 }
 
 // Adler-32 of zeros after an empty beginning: the sum stays 1, and the sum of the sums counts.
@@ -69,7 +70,8 @@ void PngDeflate::AddStartAndZeros(std::span<const std::byte> start, std::size_t 
     mOpen = false;
     // A stored block: three bits 0 and padding, then the length and its complement.
     const auto length = static_cast<std::uint8_t>(start.size());
-    const std::byte header[] = {std::byte{0}, std::byte{length}, std::byte{0}, ~std::byte{length}, std::byte{0xFF}};
+    const std::byte header[] = {std::byte{0}, std::byte{length}, std::byte{0}, ~std::byte{length},
+                                std::byte{0xFF}};
     Append(header);
     Append(start);
     mChecksum = adler32(mChecksum, Bytes(start.data()), length);

@@ -70,12 +70,14 @@ bool WritePng(std::vector<std::byte>& file, const StreamFacts& facts, const Pack
 // The difference of each byte to the one a pixel before it.
 void FilterSub(std::span<std::byte> row, std::size_t pixelBytes) {
     for (std::size_t i = row.size() - 1; i >= pixelBytes; --i)
-        row[i] = std::byte(std::to_integer<unsigned>(row[i]) - std::to_integer<unsigned>(row[i - pixelBytes]));
+        row[i] =
+            std::byte(std::to_integer<unsigned>(row[i]) - std::to_integer<unsigned>(row[i - pixelBytes]));
 }
 
 } // namespace
 
-PngImage::PngImage(const StreamFacts& facts) : mFacts(facts), mFormat(FormatFor(facts)), mReader(facts, mFormat) {
+PngImage::PngImage(const StreamFacts& facts)
+    : mFacts(facts), mFormat(FormatFor(facts)), mReader(facts, mFormat) {
     mRow.resize(1 + facts.width * mFormat.PixelBytes());
 }
 

@@ -50,9 +50,9 @@ class PngDeflate {
     bool mOpen = false; // bytes went through zlib since the last flush
 };
 
-/// Encodes frames as PNG images in memory: 8 bits for 8-bit formats and 16 for float ones, with alpha where the format
-/// has alpha that is meant. The pixel aspect is in pHYs. There is no gAMA, cHRM or sRGB chunk: the values are the clip's
-/// own, and such a chunk would have viewers change them. One thread at a time.
+/// Encodes frames as PNG images in memory: 8 bits for 8-bit formats and 16 for float ones, with alpha where
+/// the format has alpha that is meant. The pixel aspect is in pHYs. There is no gAMA, cHRM or sRGB chunk: the
+/// values are the clip's own, and such a chunk would have viewers change them. One thread at a time.
 class PngImage {
   public:
     explicit PngImage(const StreamFacts& facts);

@@ -1,5 +1,6 @@
 #include "RawTarget.h"
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -67,6 +68,11 @@ class RawTarget final : public Target {
 
     void Finish() override { mWriter.Finish(); }
     bool KeepsFrames() const override { return mAsDelivered; }
+    // A frame in the cache of the thread that made it is written sooner than a second thread makes another;
+    // only a pipe keeps the one thread waiting.
+    unsigned UsefulJobs(unsigned jobs) const override {
+        return !mAsDelivered ? jobs : mWriter.MayBlock() ? std::min(jobs, 2u) : 1;
+    }
     std::uint64_t BytesWritten() const override { return mWriter.BytesWritten(); }
 
   private:
@@ -79,7 +85,8 @@ class RawTarget final : public Target {
 
 } // namespace
 
-std::unique_ptr<Target> MakeRawTarget(const std::filesystem::path& path, bool native, const StreamFacts& facts) {
+std::unique_ptr<Target> MakeRawTarget(const std::filesystem::path& path, bool native,
+                                      const StreamFacts& facts) {
     return std::make_unique<RawTarget>(path, native, facts);
 }
 

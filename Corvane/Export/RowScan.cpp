@@ -9,6 +9,8 @@ namespace {
 // Vectors of the compilers; 16 bytes are what every x86-64 and ARM64 has.
 using Pattern [[gnu::vector_size(16)]] = std::uint64_t; // one float pixel or four of bytes
 constexpr std::size_t kBlockBytes = 512;
+constexpr std::size_t kCacheLine = 64;
+constexpr std::size_t kFetchAhead = 4096;
 
 Pattern PatternOf(const std::byte* pixel, std::uint32_t pixelBytes) {
     Pattern pattern;
@@ -17,9 +19,11 @@ Pattern PatternOf(const std::byte* pixel, std::uint32_t pixelBytes) {
     return pattern;
 }
 
-// Without a branch inside the block.
+// Without a branch inside the block. The processor's own look-ahead stops at each page, which costs a third
+// of the time where the frame is no longer in the nearest cache; fetching past the frame's end is harmless.
 bool BlockRepeats(const std::byte* block, Pattern pattern) {
     Pattern difference{};
+    for (std::size_t i = 0; i < kBlockBytes; i += kCacheLine) __builtin_prefetch(block + kFetchAhead + i);
     for (std::size_t i = 0; i < kBlockBytes; i += sizeof pattern) {
         Pattern words;
         std::memcpy(&words, block + i, sizeof words);
@@ -41,11 +45,13 @@ bool AllAlike(const std::byte* row, std::uint32_t pixels, std::uint32_t pixelByt
     return start >= size || std::memcmp(row + start, row + start - pixelBytes, size - start) == 0;
 }
 
-// Moves the sides of the box out to the row's first and last pixel that differ from its first one. What is inside the
-// sides already needs no look.
+// Moves the sides of the box out to the row's first and last pixel that differ from its first one. What is
+// inside the sides already needs no look.
 template <std::size_t PixelBytes>
 void WidenBox(const std::byte* row, std::uint32_t width, Box& box) {
-    const auto differs = [row](std::uint32_t x) { return std::memcmp(row, row + x * PixelBytes, PixelBytes) != 0; };
+    const auto differs = [row](std::uint32_t x) {
+        return std::memcmp(row, row + x * PixelBytes, PixelBytes) != 0;
+    };
     std::uint32_t left = 1;
     while (left < box.left && !differs(left)) ++left;
     std::uint32_t right = width;

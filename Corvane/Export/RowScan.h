@@ -26,8 +26,9 @@ inline const std::byte* RowOf(const FrameView& frame, std::uint32_t y) {
 /// Whether all pixels of row `y` are alike, byte for byte.
 bool RowIsUniform(const FrameView& frame, std::uint32_t y);
 
-/// The smallest rectangle that holds every pixel which differs from the first pixel of its row. Generated frames are
-/// rows of one colour with at most a number on them, so that converters work on little more than this box.
+/// The smallest rectangle that holds every pixel which differs from the first pixel of its row. Generated
+/// frames are rows of one colour with at most a number on them, so that converters work on little more than
+/// this box.
 Box FindBox(const FrameView& frame);
 
 } // namespace corvane

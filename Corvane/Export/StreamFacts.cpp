@@ -58,9 +58,9 @@ StreamFacts FactsOf(const Clip& clip, std::int64_t frames) {
     facts.height = info.height;
     facts.format = BEPixelFormatToRKPixelFormat(SDKToBEPixelFormat(info.deliveredFormat.value()));
     facts.order = OrderOf(info.fieldType);
-    facts.rate = info.ticksPerFrame > 0 ? Reduced(lummediatypes::kTicksPerSecond,
-                                                  static_cast<std::uint64_t>(info.ticksPerFrame))
-                                        : Ratio{};
+    facts.rate = info.ticksPerFrame > 0
+                     ? Reduced(lummediatypes::kTicksPerSecond, static_cast<std::uint64_t>(info.ticksPerFrame))
+                     : Ratio{};
     facts.aspect = Reduced(info.parNumerator, info.parDenominator);
     facts.tags = TagsFor(facts.height, facts.rate, facts.format);
     facts.frames = frames;

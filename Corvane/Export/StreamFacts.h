@@ -48,9 +48,10 @@ struct StreamFacts {
 /// Gathers the facts of `frames` frames of a clip that can be rendered.
 StreamFacts FactsOf(const Clip& clip, std::int64_t frames);
 
-/// How Y'CbCr made from a picture of this size is to be described. Pictures of more than 576 rows are HD: BT.709.
-/// Smaller ones are 625-line (BT.601 with the primaries of BT.470 B/G) or 525-line (SMPTE 170M), told apart by the
-/// number of rows and, for other sizes, by a rate of 25 times a power of two. A Y'CbCr `format` keeps its matrix.
+/// How Y'CbCr made from a picture of this size is to be described. Pictures of more than 576 rows are HD:
+/// BT.709. Smaller ones are 625-line (BT.601 with the primaries of BT.470 B/G) or 525-line (SMPTE 170M), told
+/// apart by the number of rows and, for other sizes, by a rate of 25 times a power of two. A Y'CbCr `format`
+/// keeps its matrix.
 ColourTags TagsFor(std::uint32_t height, Ratio rate, RK_PixelFormat format);
 
 } // namespace corvane

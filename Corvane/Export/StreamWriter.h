@@ -9,8 +9,9 @@
 
 namespace corvane {
 
-/// Writes much data in order as fast as its destination takes it: a file on a disk past the page cache with writes that
-/// overlap with what makes the data, a pipe through an enlarged buffer, all else plainly. One thread at a time.
+/// Writes much data in order as fast as its destination takes it: a file on a disk past the page cache with
+/// writes that overlap with what makes the data, all else plainly. One
+/// thread at a time.
 class StreamWriter {
   public:
     /// `total` is how many bytes will come; room for them is reserved, so that a full disk shows at once.
@@ -22,6 +23,8 @@ class StreamWriter {
     void Write(std::span<const std::byte> bytes);
     /// Writes what is left and puts the file in its place.
     void Finish();
+    /// Whether writes wait for a reader.
+    bool MayBlock() const { return mPipe; }
     std::uint64_t BytesWritten() const { return mTotal; }
 
   private:
@@ -29,6 +32,7 @@ class StreamWriter {
 
     OutputFile mFile;
     std::unique_ptr<DirectQueue> mDirect; // none where plain writes are best
+    bool mPipe = false;
     std::uint64_t mTotal = 0;
 };
 

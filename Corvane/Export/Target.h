@@ -7,16 +7,16 @@
 
 namespace corvane {
 
-/// What a worker thread makes of one frame for the target. Recycled from frame to frame, so that a steady export
-/// allocates nothing. Used by one thread at a time.
+/// What a worker thread makes of one frame for the target. Recycled from frame to frame, so that a steady
+/// export allocates nothing. Used by one thread at a time.
 class Packet {
   public:
     virtual ~Packet() = default;
 };
 
 /// Where the frames of an export go: a file, files or a stream. The calls come in this order: `NewPacket` and
-/// `Prepare` from many threads, `Consume` for one frame at a time and in the frames' order, `Finish` once. A target
-/// that is destroyed without `Finish` leaves nothing behind. All of them throw `Failure`.
+/// `Prepare` from many threads, `Consume` for one frame at a time and in the frames' order, `Finish` once. A
+/// target that is destroyed without `Finish` leaves nothing behind. All of them throw `Failure`.
 class Target {
   public:
     virtual ~Target() = default;
@@ -31,6 +31,8 @@ class Target {
 
     /// Whether a packet refers to the frame's own pixels, so that the frame must live until it is consumed.
     virtual bool KeepsFrames() const { return false; }
+    /// How many of `jobs` threads that render and prepare are of use here.
+    virtual unsigned UsefulJobs(unsigned jobs) const { return jobs; }
     virtual std::uint64_t BytesWritten() const = 0;
 };
 

@@ -29,7 +29,8 @@ Sampling ParseSampling(const std::string& name) {
         int subsampleH;
     };
     constexpr Row kSamplings[] = {{"420", 1, 1}, {"422", 1, 0}, {"444", 0, 0}};
-    constexpr std::pair<std::string_view, int> kDepths[] = {{"", 8}, {"p10", 10}, {"p12", 12}, {"p14", 14}, {"p16", 16}};
+    constexpr std::pair<std::string_view, int> kDepths[] = {
+        {"", 8}, {"p10", 10}, {"p12", 12}, {"p14", 14}, {"p16", 16}};
     for (const Row& row : kSamplings)
         for (const auto& [suffix, bits] : kDepths)
             if (name == fmt::format("{}{}", row.name, suffix)) {
@@ -40,16 +41,16 @@ Sampling ParseSampling(const std::string& name) {
                 // Of 8-bit 4:2:0 the plain tag means chroma in the centre.
                 return {planes, name == "420" ? "420mpeg2" : name};
             }
-    throw UsageFailure(fmt::format("y4m has no codec {}; choose 420, 422 or 444, or one with more bits such as 422p10",
-                                   name));
+    throw UsageFailure(fmt::format(
+        "y4m has no codec {}; choose 420, 422 or 444, or one with more bits such as 422p10", name));
 }
 
 std::string HeaderOf(const StreamFacts& facts, const std::string& tag) {
     constexpr char kOrder[] = {'p', 't', 'b'};
     return fmt::format("YUV4MPEG2 W{} H{} F{}:{} I{} A{}:{} C{} XYSCSS={} XCOLORRANGE=LIMITED\n", facts.width,
                        facts.height, facts.rate.numerator, facts.rate.denominator,
-                       kOrder[static_cast<int>(facts.order)], facts.aspect.numerator, facts.aspect.denominator, tag,
-                       tag == "420mpeg2" ? "420MPEG2" : tag);
+                       kOrder[static_cast<int>(facts.order)], facts.aspect.numerator,
+                       facts.aspect.denominator, tag, tag == "420mpeg2" ? "420MPEG2" : tag);
 }
 
 /// One frame as it stands in the file: the mark, then the planes without gaps.

@@ -200,7 +200,7 @@ ScriptedAnswer ScriptedAnswer::Parse(std::string_view text) {
 
 ScriptedPlatform::ScriptedPlatform(DialogScript script)
     : mActions(std::move(script.actions)), mAnswers(script.answers.begin(), script.answers.end()),
-      mCancel(script.cancel) {}
+      mCancel(script.cancel), mKeepDump(script.dump) {}
 
 void ScriptedPlatform::Fail(const std::string& sentence) {
     if (!mError) mError = sentence;
@@ -234,7 +234,7 @@ void ScriptedPlatform::Carry(DialogModel& dialog) {
                 throw ScriptError(
                     fmt::format("The answer \"{}\" has no question: the dialog did not ask for it",
                                 mAnswers.front().text));
-            mDump = DumpDialog(dialog);
+            if (mKeepDump) mDump = DumpDialog(dialog);
         }
         step.Do();
         if (dialog.IsClosed() && !step.ClosesDialog())

@@ -55,6 +55,7 @@ struct DialogScript {
     std::vector<ScriptedAction> actions;
     std::vector<ScriptedAnswer> answers;
     bool cancel = false;
+    bool dump = false; ///< note the dialog's state down just before it closes
 };
 
 /// Carries out a script in the one dialog that is shown while this is the platform.
@@ -79,7 +80,8 @@ class ScriptedPlatform : public UI_Platform {
     /// Whether a dialog was shown.
     bool WasShown() const { return mShown; }
     /// The dialog's state just before it was closed, as one JSON object: control id -> its class, whether it
-    /// is enabled, and value, items and title as far as it has them. Empty before.
+    /// is enabled, and value, items and title as far as it has them. Empty where it was not asked for, or the
+    /// script failed.
     const std::string& GetDump() const { return mDump; }
 
   private:
@@ -90,7 +92,7 @@ class ScriptedPlatform : public UI_Platform {
 
     std::vector<ScriptedAction> mActions;
     std::deque<ScriptedAnswer> mAnswers;
-    bool mCancel;
+    bool mCancel, mKeepDump;
     bool mShown = false;
     std::string mDump;
     std::optional<std::string> mError;

@@ -25,8 +25,7 @@ struct ElementRule {
     bool container = false;
 };
 
-constexpr std::array<std::string_view, 1> kText{"text"}, kID{"id"}, kTip{"tip"}, kFor{"for"},
-    kTextOnly{"text"};
+constexpr std::array<std::string_view, 1> kText{"text"}, kID{"id"}, kTip{"tip"}, kFor{"for"};
 constexpr std::array<std::string_view, 2> kIDAndText{"id", "text"}, kCheckboxOptions{"checked", "tip"},
     kButtonOptions{"swatch", "tip"};
 constexpr std::array<std::string_view, 3> kTextButtonOptions{"text", "swatch", "tip"};

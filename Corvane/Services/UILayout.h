@@ -6,8 +6,7 @@
 ///
 ///     <dialog title="..." default="ID" cancel="ID">       which button Return, and Esc, presses
 ///       <group text="Frame">                              a titled frame around its children
-///         <row>                                           children side by side; rows of a group share their
-///         columns
+///         <row>                                           children side by side, in columns that rows share
 ///           <label text="_Width" for="widthID"/>          names a control; its letter goes to the control
 ///           <number id="widthID" unit="px" min="1" max="32768" step="1" decimals="0" tip="..."/>
 ///         </row>

@@ -18,17 +18,18 @@ std::int64_t CountLiveNodes() {
     return gLiveNodes;
 }
 
-// --- Controls
-// -------------------------------------------------------------------------------------------------
-
-ControlModel::ControlModel(DialogModel& dialog, const LayoutNode& layout)
-    : mDialog(&dialog), mLayout(layout) {
+LiveNode::LiveNode() {
     ++gLiveNodes;
 }
 
-ControlModel::~ControlModel() {
+LiveNode::~LiveNode() {
     --gLiveNodes;
 }
+
+// --- Controls ---
+
+ControlModel::ControlModel(DialogModel& dialog, const LayoutNode& layout)
+    : mDialog(&dialog), mLayout(layout) {}
 
 void ControlModel::SetEnabled(bool enabled) {
     if (std::exchange(mEnabled, enabled) != enabled) Report(ControlAspect::kEnabled);
@@ -89,18 +90,15 @@ const Mosk::String& GetButtonTitle(const ControlModel& button) {
     return text ? text->GetTitle() : button.GetLayout().label.text;
 }
 
-// --- The dialog
-// -----------------------------------------------------------------------------------------------
+// --- The dialog ---
 
 DialogModel::DialogModel(Layout layout, lumui::ui::UI_Node* window)
     : mLayout(std::move(layout)), mWindow(window) {
-    ++gLiveNodes;
     Build(mLayout.children);
 }
 
 DialogModel::~DialogModel() {
     for (ControlModel* const control : mOrder) control->mDialog = nullptr;
-    --gLiveNodes;
 }
 
 void DialogModel::Build(const std::vector<LayoutNode>& nodes) {

@@ -37,12 +37,21 @@ class DialogObserver {
     virtual void DialogClosed() = 0;
 };
 
+/// Counts itself while it lives; see `CountLiveNodes`.
+class LiveNode {
+  public:
+    LiveNode();
+    ~LiveNode();
+    LiveNode(const LiveNode&) = delete;
+    LiveNode& operator=(const LiveNode&) = delete;
+};
+
 /// What all controls have in common.
 class ControlModel {
   public:
     ControlModel(const ControlModel&) = delete;
     ControlModel& operator=(const ControlModel&) = delete;
-    virtual ~ControlModel();
+    virtual ~ControlModel() = default;
 
     const std::string& GetID() const { return mLayout.id; }
     const LayoutNode& GetLayout() const { return mLayout; }
@@ -64,6 +73,7 @@ class ControlModel {
     const LayoutNode mLayout; // a copy: a control may outlive the dialog
     std::vector<lumui::ui::MessageFunctionPtr> mReceivers;
     bool mEnabled = true;
+    LiveNode mLive;
 };
 
 /// A control of the contract's class `Interface`.
@@ -219,6 +229,7 @@ class DialogModel final : public lumui::ui::UI_DialogView {
     DialogObserver* mObserver = nullptr;
     std::exception_ptr mFailure;
     bool mClosed = false;
+    LiveNode mLive;
 };
 
 } // namespace corvane

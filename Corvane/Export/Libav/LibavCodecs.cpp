@@ -12,8 +12,11 @@ namespace corvane {
 namespace {
 
 // Short names for encoders that libav has several of.
-constexpr std::pair<std::string_view, const char*> kPreferred[] = {
-    {"h264", "libx264"}, {"hevc", "libx265"}, {"h265", "libx265"}, {"prores", "prores_ks"}, {"av1", "libsvtav1"}};
+constexpr std::pair<std::string_view, const char*> kPreferred[] = {{"h264", "libx264"},
+                                                                   {"hevc", "libx265"},
+                                                                   {"h265", "libx265"},
+                                                                   {"prores", "prores_ks"},
+                                                                   {"av1", "libsvtav1"}};
 
 std::string DefaultCodec(const AVOutputFormat& container) {
     const std::string_view name = container.name;
@@ -37,7 +40,8 @@ std::map<std::string, std::string> ParseOptions(const std::string& codec, std::s
         text.remove_prefix(std::min(text.size(), option.size() + 1));
         const std::size_t equals = option.find('=');
         if (equals == std::string_view::npos || equals == 0)
-            throw UsageFailure(fmt::format("codec {}: {} is no option; write NAME:option=value", codec, option));
+            throw UsageFailure(
+                fmt::format("codec {}: {} is no option; write NAME:option=value", codec, option));
         options[std::string(option.substr(0, equals))] = option.substr(equals + 1);
     }
     return options;
@@ -54,12 +58,14 @@ const AVOutputFormat* ContainerFor(const LibavRequest& request) {
     const AVOutputFormat* const container =
         av_guess_format(request.kind.c_str(), ("x." + request.kind).c_str(), nullptr);
     if (container == nullptr)
-        throw UsageFailure(fmt::format("{}: there is no kind of output called {}; choose png, y4m, raw, mp4, mov, mkv "
-                                       "or another container of libav",
-                                       request.output.string(), request.kind));
+        throw UsageFailure(
+            fmt::format("{}: there is no kind of output called {}; choose png, y4m, raw, mp4, mov, mkv "
+                        "or another container of libav",
+                        request.output.string(), request.kind));
     if ((container->flags & (AVFMT_NOFILE | AVFMT_NEEDNUMBER)) != 0 || DefaultCodec(*container).empty())
-        throw UsageFailure(fmt::format("{}: {} does not hold video in one file; choose png, y4m, raw, mp4, mov or mkv",
-                                       request.output.string(), request.kind));
+        throw UsageFailure(
+            fmt::format("{}: {} does not hold video in one file; choose png, y4m, raw, mp4, mov or mkv",
+                        request.output.string(), request.kind));
     return container;
 }
 
@@ -67,15 +73,17 @@ CodecChoice CodecFor(const LibavRequest& request, const AVOutputFormat& containe
     const std::string text = request.codec.empty() ? DefaultCodec(container) : request.codec;
     const std::string name = text.substr(0, text.find(':'));
     CodecChoice choice;
-    choice.options = ParseOptions(name, std::string_view(text).substr(std::min(text.size(), name.size() + 1)));
+    choice.options =
+        ParseOptions(name, std::string_view(text).substr(std::min(text.size(), name.size() + 1)));
     choice.codec = FindEncoder(name);
     if (choice.codec == nullptr || choice.codec->type != AVMEDIA_TYPE_VIDEO)
-        throw UsageFailure(fmt::format("there is no video codec called {}; choose h264, ffv1, prores, v210 or another "
-                                       "encoder of libav",
-                                       name));
+        throw UsageFailure(
+            fmt::format("there is no video codec called {}; choose h264, ffv1, prores, v210 or another "
+                        "encoder of libav",
+                        name));
     if (avformat_query_codec(&container, choice.codec->id, FF_COMPLIANCE_NORMAL) == 0)
-        throw UsageFailure(fmt::format("{}: {} can't carry {}; choose another codec, or mkv", request.output.string(),
-                                       request.kind, name));
+        throw UsageFailure(fmt::format("{}: {} can't carry {}; choose another codec, or mkv",
+                                       request.output.string(), request.kind, name));
     return choice;
 }
 

@@ -22,12 +22,13 @@ struct CodecChoice {
     std::string Take(const std::string& option);
 };
 
-/// The container for a suffix or a name of libav. Throws `UsageFailure` for an unknown one and for one that is not one
-/// file.
+/// The container for a suffix or a name of libav. Throws `UsageFailure` for an unknown one and for one that
+/// is not one file.
 const AVOutputFormat* ContainerFor(const LibavRequest& request);
 
-/// The encoder: the one asked for, or the container's default here (H.264 in MP4, MOV and MKV). `h264` is libx264 and
-/// `prores` prores_ks. Throws `UsageFailure` for an unknown one and for one that the container can't carry.
+/// The encoder: the one asked for, or the container's default here (H.264 in MP4, MOV and MKV). `h264` is
+/// libx264 and `prores` prores_ks. Throws `UsageFailure` for an unknown one and for one that the container
+/// can't carry.
 CodecChoice CodecFor(const LibavRequest& request, const AVOutputFormat& container);
 
 } // namespace corvane

@@ -15,7 +15,7 @@ extern "C" {
 namespace corvane {
 namespace {
 
-constexpr int kAlignment = 64;
+constexpr int kRowAlignment = 64;
 constexpr int kBitstreamSlack = 64; // encoders may read a little past the last row
 
 AVRational Rational(Ratio ratio) {
@@ -37,12 +37,14 @@ AVPixelFormat PixelsFor(CodecChoice& choice, const StreamFacts& facts) {
     AVPixelFormat format = av_get_pix_fmt(wanted.c_str());
     if (wanted.empty()) {
         const AVCodecDescriptor* const about = avcodec_descriptor_get(codec.id);
-        const int kinds = about != nullptr ? about->props & (AV_CODEC_PROP_LOSSY | AV_CODEC_PROP_LOSSLESS) : 0;
+        const int kinds =
+            about != nullptr ? about->props & (AV_CODEC_PROP_LOSSY | AV_CODEC_PROP_LOSSLESS) : 0;
         format = ChoosePixels(codec.pix_fmts, kinds == AV_CODEC_PROP_LOSSLESS, facts);
     }
     if (format == AV_PIX_FMT_NONE || !LayoutOf(format, facts))
-        throw UsageFailure(fmt::format("codec {}: frames of this clip can't be converted to {}; choose another pix_fmt",
-                                       codec.name, wanted.empty() ? "what it takes" : wanted));
+        throw UsageFailure(
+            fmt::format("codec {}: frames of this clip can't be converted to {}; choose another pix_fmt",
+                        codec.name, wanted.empty() ? "what it takes" : wanted));
     return format;
 }
 
@@ -54,13 +56,16 @@ void SetDefaults(CodecChoice& choice, FieldOrder order) {
     if (order == FieldOrder::kProgressive) return;
     // The flag for interlaced coding alone would mean top first.
     std::string& parameters = options["x264-params"];
-    parameters += fmt::format("{}{}=1", parameters.empty() ? "" : ":", order == FieldOrder::kLowerFirst ? "bff" : "tff");
+    parameters += fmt::format("{}{}=1", parameters.empty() ? "" : ":",
+                              order == FieldOrder::kLowerFirst ? "bff" : "tff");
 }
 
 } // namespace
 
-LibavEncoder::LibavEncoder(const LibavRequest& request, CodecChoice choice, bool globalHeader, const LibavLog& log)
-    : mFacts(request.facts), mName(request.output.string()), mCodec(*choice.codec), mLog(log), mPacket(av_packet_alloc()) {
+LibavEncoder::LibavEncoder(const LibavRequest& request, CodecChoice choice, bool globalHeader,
+                           const LibavLog& log)
+    : mFacts(request.facts), mName(request.output.string()), mCodec(*choice.codec), mLog(log),
+      mPacket(av_packet_alloc()) {
     mContext.reset(avcodec_alloc_context3(&mCodec));
     if (!mContext || !mPacket) throw std::bad_alloc();
     mContext->pix_fmt = PixelsFor(choice, mFacts);
@@ -69,7 +74,8 @@ LibavEncoder::LibavEncoder(const LibavRequest& request, CodecChoice choice, bool
     if (globalHeader) mContext->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     SetDefaults(choice, mFacts.order);
     Open(choice);
-    const int size = av_image_get_buffer_size(mContext->pix_fmt, mContext->width, mContext->height, kAlignment);
+    const int size =
+        av_image_get_buffer_size(mContext->pix_fmt, mContext->width, mContext->height, kRowAlignment);
     mPool.reset(av_buffer_pool_init(static_cast<std::size_t>(size) + kBitstreamSlack, av_buffer_alloc));
     if (size < 0 || !mPool) throw std::bad_alloc();
 }
@@ -102,22 +108,24 @@ void LibavEncoder::Open(CodecChoice& choice) {
     av_dict_free(&options);
     if (error < 0) FailToOpen(error);
     if (!unknownName.empty())
-        throw UsageFailure(fmt::format("codec {} has no option {}; see `ffmpeg -h encoder={}`", mCodec.name, unknownName,
-                                       mCodec.name));
+        throw UsageFailure(fmt::format("codec {} has no option {}; see `ffmpeg -h encoder={}`", mCodec.name,
+                                       unknownName, mCodec.name));
 }
 
 void LibavEncoder::FailToOpen(int error) const {
     const char* const codec = mCodec.name;
     const auto* const planar = std::get_if<PlanarFormat>(&mLayout);
     const std::uint32_t columns = planar != nullptr ? 1u << planar->subsampleW : 1;
-    const std::uint32_t rows = planar != nullptr ? (1u << planar->subsampleH) * (mFacts.Interlaced() ? 2 : 1) : 1;
+    const std::uint32_t rows =
+        planar != nullptr ? (1u << planar->subsampleH) * (mFacts.Interlaced() ? 2 : 1) : 1;
     if (mFacts.width % columns != 0 || mFacts.height % rows != 0)
-        throw Failure(fmt::format("{}: {} can't encode frames of {}x{} as {}: their width must be a multiple of {} and "
-                                  "their height of {}; change the clip's size, or choose codec ffv1 in mkv",
-                                  mName, codec, mFacts.width, mFacts.height, av_get_pix_fmt_name(mContext->pix_fmt),
-                                  columns, rows));
-    throw Failure(fmt::format("{}: {} can't encode this clip: {}; choose another codec or other options", mName, codec,
-                              mLog.Reason(error)));
+        throw Failure(
+            fmt::format("{}: {} can't encode frames of {}x{} as {}: their width must be a multiple of {} and "
+                        "their height of {}; change the clip's size, or choose codec ffv1 in mkv",
+                        mName, codec, mFacts.width, mFacts.height, av_get_pix_fmt_name(mContext->pix_fmt),
+                        columns, rows));
+    throw Failure(fmt::format("{}: {} can't encode this clip: {}; choose another codec or other options",
+                              mName, codec, mLog.Reason(error)));
 }
 
 void LibavEncoder::NewPicture(AVFrame& picture) const {
@@ -129,7 +137,7 @@ void LibavEncoder::NewPicture(AVFrame& picture) const {
     picture.width = context.width;
     picture.height = context.height;
     av_image_fill_arrays(picture.data, picture.linesize, picture.buf[0]->data, context.pix_fmt, context.width,
-                         context.height, kAlignment);
+                         context.height, kRowAlignment);
     picture.extended_data = picture.data;
     picture.sample_aspect_ratio = context.sample_aspect_ratio;
     picture.interlaced_frame = mFacts.Interlaced();

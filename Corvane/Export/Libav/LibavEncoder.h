@@ -16,8 +16,8 @@ struct LibavFree {
     void operator()(AVBufferPool* pool) const { av_buffer_pool_uninit(&pool); }
 };
 
-/// An open encoder. `NewPicture` is for many threads, the rest for one at a time. Throws `Failure` and, for options that
-/// the encoder does not have, `UsageFailure`.
+/// An open encoder. `NewPicture` is for many threads, the rest for one at a time. Throws `Failure` and, for
+/// options that the encoder does not have, `UsageFailure`.
 class LibavEncoder {
   public:
     LibavEncoder(const LibavRequest& request, CodecChoice choice, bool globalHeader, const LibavLog& log);
@@ -28,7 +28,8 @@ class LibavEncoder {
     /// Gives `picture` planes of its own and everything but the pixels and the time.
     void NewPicture(AVFrame& picture) const;
     using Sink = std::function<void(AVPacket&)>;
-    /// Encodes a picture, or with null what the encoder still holds; hands the packets that are ready to `sink`.
+    /// Encodes a picture, or with null what the encoder still holds; hands the packets that are ready to
+    /// `sink`.
     void Encode(const AVFrame* picture, const Sink& sink);
 
   private:

@@ -7,8 +7,8 @@ namespace corvane {
 /// libav's own words for an error code.
 std::string LibavMessage(int error);
 
-/// While it lives, keeps what libav and its encoders log as errors and lets nothing through to standard error.
-/// One at a time in a process.
+/// While it lives, keeps what libav and its encoders log as errors and lets nothing through to standard
+/// error. One at a time in a process.
 class LibavLog {
   public:
     LibavLog();

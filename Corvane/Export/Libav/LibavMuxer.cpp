@@ -12,9 +12,11 @@ namespace {
 
 constexpr int kBufferSize = 1 << 20;
 
-// Matroska tells the aspect by whole display pixels. Where that is not exact the codec's own ratio is to be read.
+// Matroska tells the aspect by whole display pixels. Where that is not exact the codec's own ratio is to be
+// read.
 bool CanTellAspect(const AVOutputFormat& container, const AVCodecContext& encoder) {
-    const bool matroska = std::string_view(container.name) == "matroska" || std::string_view(container.name) == "webm";
+    const bool matroska =
+        std::string_view(container.name) == "matroska" || std::string_view(container.name) == "webm";
     const bool codecTells = encoder.codec_id == AV_CODEC_ID_H264 || encoder.codec_id == AV_CODEC_ID_HEVC ||
                             encoder.codec_id == AV_CODEC_ID_FFV1;
     const AVRational aspect = encoder.sample_aspect_ratio;
@@ -31,11 +33,12 @@ bool IsQuickTimeFamily(const AVOutputFormat& container) {
 LibavMuxer::LibavMuxer(const LibavRequest& request, const AVOutputFormat& container, const LibavLog& log)
     : mFile(request.output), mLog(log) {
     auto* const buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
-    AVIOContext* const io =
-        buffer ? avio_alloc_context(buffer, kBufferSize, 1, this, nullptr, WriteBytes, mFile.IsRegular() ? Seek : nullptr)
-               : nullptr;
+    AVIOContext* const io = buffer ? avio_alloc_context(buffer, kBufferSize, 1, this, nullptr, WriteBytes,
+                                                        mFile.IsRegular() ? Seek : nullptr)
+                                   : nullptr;
     // The name is for the pass that moves MP4's index to the front and reads the file for that.
-    const int error = avformat_alloc_output_context2(&mContext, &container, nullptr, mFile.WorkingPath().c_str());
+    const int error =
+        avformat_alloc_output_context2(&mContext, &container, nullptr, mFile.WorkingPath().c_str());
     if (io == nullptr || error < 0) throw std::bad_alloc();
     mContext->pb = io;
     mContext->flags |= AVFMT_FLAG_CUSTOM_IO;
@@ -72,12 +75,14 @@ std::int64_t LibavMuxer::Seek(void* self, std::int64_t offset, int whence) {
 void LibavMuxer::Begin(const AVCodecContext& encoder, const StreamFacts& facts) {
     mTimeBase = encoder.time_base;
     mStream = avformat_new_stream(mContext, nullptr);
-    if (mStream == nullptr || avcodec_parameters_from_context(mStream->codecpar, &encoder) < 0) throw std::bad_alloc();
+    if (mStream == nullptr || avcodec_parameters_from_context(mStream->codecpar, &encoder) < 0)
+        throw std::bad_alloc();
     mStream->time_base = encoder.time_base;
     mStream->avg_frame_rate = encoder.framerate;
     mStream->r_frame_rate = encoder.framerate;
     mStream->duration = facts.frames;
-    if (CanTellAspect(*mContext->oformat, encoder)) mStream->sample_aspect_ratio = encoder.sample_aspect_ratio;
+    if (CanTellAspect(*mContext->oformat, encoder))
+        mStream->sample_aspect_ratio = encoder.sample_aspect_ratio;
     WriteHeader();
 }
 
@@ -86,9 +91,10 @@ void LibavMuxer::WriteHeader() {
     if (IsQuickTimeFamily(*mContext->oformat)) {
         const bool index = mFile.IsRegular() && std::string_view(mContext->oformat->name) != "mov";
         // Without a way back the index can't be written behind: fragments then.
-        const char* const flags = !mFile.IsRegular() ? "+frag_keyframe+empty_moov+default_base_moof+write_colr"
-                                  : index            ? "+faststart+write_colr"
-                                                     : "+write_colr";
+        const char* const flags = !mFile.IsRegular()
+                                      ? "+frag_keyframe+empty_moov+default_base_moof+write_colr"
+                                  : index ? "+faststart+write_colr"
+                                          : "+write_colr";
         av_dict_set(&options, "movflags", flags, 0);
     }
     const int error = avformat_write_header(mContext, &options);
@@ -113,8 +119,9 @@ void LibavMuxer::Finish() {
 void LibavMuxer::Check(int error) {
     if (mWriteError) std::rethrow_exception(mWriteError);
     if (error < 0)
-        throw Failure(fmt::format("{}: the container {} can't be written: {}; choose another codec or container",
-                                  mFile.Name(), mContext->oformat->name, mLog.Reason(error)));
+        throw Failure(
+            fmt::format("{}: the container {} can't be written: {}; choose another codec or container",
+                        mFile.Name(), mContext->oformat->name, mLog.Reason(error)));
 }
 
 } // namespace corvane

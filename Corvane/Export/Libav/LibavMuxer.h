@@ -2,8 +2,8 @@
 
 #include <exception>
 
-#include "LibavEncoder.h"
 #include "Export/OutputFile.h"
+#include "LibavEncoder.h"
 
 namespace corvane {
 

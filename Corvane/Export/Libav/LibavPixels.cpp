@@ -28,21 +28,21 @@ constexpr PackedRow kPacked[] = {
 };
 
 // Best first.
-constexpr AVPixelFormat kRGB8[] = {AV_PIX_FMT_BGR0,  AV_PIX_FMT_RGB0,  AV_PIX_FMT_0RGB, AV_PIX_FMT_RGB24,
-                                   AV_PIX_FMT_BGR24, AV_PIX_FMT_GBRP};
+constexpr AVPixelFormat kRGB8[] = {AV_PIX_FMT_BGR0,  AV_PIX_FMT_RGB0,  AV_PIX_FMT_0RGB,
+                                   AV_PIX_FMT_RGB24, AV_PIX_FMT_BGR24, AV_PIX_FMT_GBRP};
 constexpr AVPixelFormat kRGBA8[] = {AV_PIX_FMT_BGRA, AV_PIX_FMT_RGBA, AV_PIX_FMT_ARGB, AV_PIX_FMT_GBRAP};
-constexpr AVPixelFormat kRGB16[] = {AV_PIX_FMT_GBRP16,   AV_PIX_FMT_RGB48LE, AV_PIX_FMT_RGB48BE, AV_PIX_FMT_GBRP14,
-                                    AV_PIX_FMT_GBRP12,   AV_PIX_FMT_GBRP10};
-constexpr AVPixelFormat kRGBA16[] = {AV_PIX_FMT_GBRAP16, AV_PIX_FMT_RGBA64LE, AV_PIX_FMT_RGBA64BE, AV_PIX_FMT_GBRAP12,
-                                     AV_PIX_FMT_GBRAP10};
+constexpr AVPixelFormat kRGB16[] = {AV_PIX_FMT_GBRP16, AV_PIX_FMT_RGB48LE, AV_PIX_FMT_RGB48BE,
+                                    AV_PIX_FMT_GBRP14, AV_PIX_FMT_GBRP12,  AV_PIX_FMT_GBRP10};
+constexpr AVPixelFormat kRGBA16[] = {AV_PIX_FMT_GBRAP16, AV_PIX_FMT_RGBA64LE, AV_PIX_FMT_RGBA64BE,
+                                     AV_PIX_FMT_GBRAP12, AV_PIX_FMT_GBRAP10};
 constexpr AVPixelFormat kYCbCr8[] = {AV_PIX_FMT_YUV444P};
 constexpr AVPixelFormat kYCbCrA8[] = {AV_PIX_FMT_YUVA444P};
 constexpr AVPixelFormat kYCbCr16[] = {AV_PIX_FMT_YUV444P16, AV_PIX_FMT_YUV444P14, AV_PIX_FMT_YUV444P12,
                                       AV_PIX_FMT_YUV444P10};
 constexpr AVPixelFormat kYCbCrA16[] = {AV_PIX_FMT_YUVA444P16, AV_PIX_FMT_YUVA444P12, AV_PIX_FMT_YUVA444P10};
-constexpr AVPixelFormat kForPlayers[] = {AV_PIX_FMT_YUV420P,   AV_PIX_FMT_YUV422P,   AV_PIX_FMT_YUV422P10,
-                                         AV_PIX_FMT_YUV420P10, AV_PIX_FMT_YUV444P,   AV_PIX_FMT_YUV444P10,
-                                         AV_PIX_FMT_YUVJ420P,  AV_PIX_FMT_YUVJ422P,  AV_PIX_FMT_RGB24};
+constexpr AVPixelFormat kForPlayers[] = {AV_PIX_FMT_YUV420P,   AV_PIX_FMT_YUV422P,  AV_PIX_FMT_YUV422P10,
+                                         AV_PIX_FMT_YUV420P10, AV_PIX_FMT_YUV444P,  AV_PIX_FMT_YUV444P10,
+                                         AV_PIX_FMT_YUVJ420P,  AV_PIX_FMT_YUVJ422P, AV_PIX_FMT_RGB24};
 
 using Choices = std::span<const AVPixelFormat>;
 
@@ -124,7 +124,8 @@ void LibavPainter::Paint(const FrameView& frame, AVFrame& picture) {
         reader->Begin(frame);
         for (std::uint32_t y = 0; y < frame.height; ++y)
             reader->Read(y, frame.width,
-                         reinterpret_cast<std::byte*>(picture.data[0]) + std::ptrdiff_t{picture.linesize[0]} * y);
+                         reinterpret_cast<std::byte*>(picture.data[0]) +
+                             std::ptrdiff_t{picture.linesize[0]} * y);
         return;
     }
     constexpr std::size_t kInOrder[] = {0, 1, 2, 3};

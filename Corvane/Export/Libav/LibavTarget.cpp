@@ -18,7 +18,8 @@ class LibavTarget final : public Target {
   public:
     explicit LibavTarget(const LibavRequest& request)
         : mFacts(request.facts), mContainer(*ContainerFor(request)),
-          mEncoder(request, CodecFor(request, mContainer), (mContainer.flags & AVFMT_GLOBALHEADER) != 0, mLog),
+          mEncoder(request, CodecFor(request, mContainer), (mContainer.flags & AVFMT_GLOBALHEADER) != 0,
+                   mLog),
           mMuxer(request, mContainer, mLog) {
         mMuxer.Begin(mEncoder.Context(), mFacts);
     }
@@ -43,6 +44,15 @@ class LibavTarget final : public Target {
     void Finish() override {
         mEncoder.Encode(nullptr, mToMuxer);
         mMuxer.Finish();
+    }
+
+    // An encoder with threads of its own keeps the processors busy, and bytes are converted in far less time
+    // than they are encoded; float frames are more work.
+    unsigned UsefulJobs(unsigned jobs) const override {
+        constexpr int kThreads =
+            AV_CODEC_CAP_FRAME_THREADS | AV_CODEC_CAP_SLICE_THREADS | AV_CODEC_CAP_OTHER_THREADS;
+        const bool threaded = (mEncoder.Context().codec->capabilities & kThreads) != 0;
+        return threaded && !mFacts.IsFloat() ? 1 : jobs;
     }
 
     std::uint64_t BytesWritten() const override { return mMuxer.BytesWritten(); }

@@ -17,12 +17,12 @@ struct ProcessResult {
 };
 
 struct ProcessOptions {
-    std::vector<std::pair<std::string, std::string>> environment; ///< added to that of the test
-    std::uint64_t addressSpace = 0;                               ///< limit in bytes; 0 for none
-    std::uint64_t fileSize = 0;                                   ///< limit in bytes; 0 for none
-    bool unprivileged = false;                                    ///< as a user who is not root
-    bool terminal = false;                                        ///< standard error is a terminal
-    std::filesystem::path output; ///< where standard output goes; empty: into the result
+    std::vector<std::pair<std::string, std::string>> environment = {}; ///< added to that of the test
+    std::uint64_t addressSpace = 0;                                    ///< limit in bytes; 0 for none
+    std::uint64_t fileSize = 0;                                        ///< limit in bytes; 0 for none
+    bool unprivileged = false;                                         ///< as a user who is not root
+    bool terminal = false;                                             ///< standard error is a terminal
+    std::filesystem::path output = {}; ///< where standard output goes; empty: into the result
 };
 
 /// A process that is running. Ended by an alarm where it takes longer than a minute.

@@ -1,5 +1,5 @@
-// Faults sought: a partial file under the final name, a temporary file left, a link replaced by a file, a mode lost, an
-// error that kills or names neither file nor remedy.
+// Faults sought: a partial file under the final name, a temporary file left, a link replaced by a file, a
+// mode lost, an error that kills or names neither file nor remedy.
 #include "Export/OutputFile.h"
 
 #include <fcntl.h>
@@ -73,11 +73,15 @@ TEST(OutputFile, ANewFileHasTheUsualModeAndADanglingLinkIsFollowed) {
 TEST(OutputFile, NamesTheFileAndTheRemedy) {
     TestFolder folder;
     std::ofstream(folder / "file") << "x";
-    EXPECT_THAT(FailureOf([&] { OutputFile file(folder.Path()); }), AllOf(HasSubstr("is a folder"), HasSubstr("name a file")));
+    EXPECT_THAT(FailureOf([&] { OutputFile file(folder.Path()); }),
+                AllOf(HasSubstr("is a folder"), HasSubstr("name a file")));
     EXPECT_THAT(FailureOf([&] { OutputFile file(folder / "no/such/out.y4m"); }),
                 AllOf(HasSubstr("out.y4m"), HasSubstr("does not exist; make it first")));
     EXPECT_THAT(FailureOf([&] { OutputFile file(folder / "file/out.y4m"); }), HasSubstr("is no folder"));
-    EXPECT_THAT(FailureOf([&] { OutputFile file("/dev/full"), &full = file; full.Write(Bytes("x")); }),
+    EXPECT_THAT(FailureOf([&] {
+                    OutputFile file("/dev/full"), &full = file;
+                    full.Write(Bytes("x"));
+                }),
                 AllOf(HasSubstr("/dev/full"), HasSubstr("disk is full; free some space")));
 }
 
@@ -90,7 +94,8 @@ TEST(OutputFile, ReadOnlyFoldersAndFilesAreRefused) {
     const auto asNobody = [&](const fs::path& path) {
         if (geteuid() == 0 && seteuid(65534) != 0) _exit(2);
         const std::string failure = FailureOf([&] { OutputFile file(path); });
-        const bool named = failure.find(path.string()) == 0 && failure.find("no failure") == std::string::npos;
+        const bool named =
+            failure.find(path.string()) == 0 && failure.find("no failure") == std::string::npos;
         _exit(named && failure.find("; ") != std::string::npos ? 0 : 1);
     };
     EXPECT_EXIT(asNobody(folder / "file"), testing::ExitedWithCode(0), "");

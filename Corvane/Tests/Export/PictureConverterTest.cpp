@@ -1,5 +1,5 @@
-// Faults sought: a shortcut whose bytes differ from the conversion of every pixel, fields mixed by subsampling, a matrix or
-// range that is not the published one, planes of odd sizes written past their end.
+// Faults sought: a shortcut whose bytes differ from the conversion of every pixel, fields mixed by
+// subsampling, a matrix or range that is not the published one, planes of odd sizes written past their end.
 #include "Export/PictureConverter.h"
 
 #include <cmath>
@@ -52,14 +52,17 @@ PlanarFormat Format(bool yCbCr, int bits, int subsampleW, int subsampleH, bool a
 }
 
 TEST(PictureConverter, TheShortcutGivesTheBytesOfTheWholeConversion) {
-    const PlanarFormat formats[] = {Format(true, 8, 1, 1), Format(true, 10, 1, 0), Format(true, 16, 0, 0, true),
-                                    Format(true, 10, 1, 1), Format(false, 16, 0, 0, true), Format(true, 8, 2, 0)};
+    const PlanarFormat formats[] = {Format(true, 8, 1, 1),         Format(true, 10, 1, 0),
+                                    Format(true, 16, 0, 0, true),  Format(true, 10, 1, 1),
+                                    Format(false, 16, 0, 0, true), Format(true, 8, 2, 0)};
     const RK_PixelFormat sources[] = {kRK_4444, kRK_4444 | kRK_YCbCr, kRK_4444 | kRK_Float,
-                                      kRK_4444 | kRK_Float | kRK_Linear, kRK_4444 | kRK_AlphaFirst | kRK_Premultiplied};
+                                      kRK_4444 | kRK_Float | kRK_Linear,
+                                      kRK_4444 | kRK_AlphaFirst | kRK_Premultiplied};
     struct Size {
         std::uint32_t width, height;
     };
-    const corvane::Box boxes[] = {{0, 0, 0, 0}, {20, 6, 70, 23}, {60, 1, 63, 2}, {3, 5, 40, 9}, {130, 20, 171, 35}};
+    const corvane::Box boxes[] = {
+        {0, 0, 0, 0}, {20, 6, 70, 23}, {60, 1, 63, 2}, {3, 5, 40, 9}, {130, 20, 171, 35}};
     for (const Size size : {Size{320, 64}, Size{171, 35}, Size{320, 66}, Size{47, 33}})
         for (const RK_PixelFormat source : sources)
             for (const FieldOrder order : {FieldOrder::kProgressive, FieldOrder::kLowerFirst})
@@ -75,8 +78,9 @@ TEST(PictureConverter, TheShortcutGivesTheBytesOfTheWholeConversion) {
                         converter.ConvertWhole(frame.View(), whole.picture);
                         for (int plane = 0; plane < format.Planes(); ++plane)
                             ASSERT_TRUE(quick.bytes[plane] == whole.bytes[plane])
-                                << size.width << "x" << size.height << " source " << source << " box at " << box.left
-                                << " order " << int(order) << " plane " << plane << " bits " << format.bits;
+                                << size.width << "x" << size.height << " source " << source << " box at "
+                                << box.left << " order " << int(order) << " plane " << plane << " bits "
+                                << format.bits;
                         ASSERT_TRUE(quick.GuardsIntact());
                     }
                 }
@@ -102,7 +106,8 @@ TEST(PictureConverter, SaturatedColoursAreThoseOfThePublishedMatrix) {
         int tag;
         double red, blue;
     };
-    const int colours[][3] = {{255, 0, 0}, {0, 255, 0}, {0, 0, 255}, {255, 128, 0}, {13, 200, 91}, {255, 255, 255}};
+    const int colours[][3] = {{255, 0, 0},   {0, 255, 0},   {0, 0, 255},
+                              {255, 128, 0}, {13, 200, 91}, {255, 255, 255}};
     for (const Matrix& matrix : {Matrix{1, 0.2126, 0.0722}, Matrix{5, 0.299, 0.114}, Matrix{6, 0.299, 0.114}})
         for (const auto& colour : colours) {
             TestFrame frame(64, 8, kRK_4444);

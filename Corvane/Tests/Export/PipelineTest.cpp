@@ -1,5 +1,5 @@
-// Faults sought: frames out of order, two consumers at once, an exception lost or thrown while threads still run, a
-// cancel that waits for the end.
+// Faults sought: frames out of order, two consumers at once, an exception lost or thrown while threads still
+// run, a cancel that waits for the end.
 #include "Export/Pipeline.h"
 
 #include <atomic>
@@ -61,7 +61,8 @@ TEST(Pipeline, FramesArriveInOrderWithAnyNumberOfThreads) {
         std::vector<std::int64_t> told;
         EXPECT_EQ(corvane::RunPipeline(
                       Render, target, 10, 69, jobs,
-                      [&](std::int64_t done, std::int64_t total) { told.push_back(done * 1000 + total); }, cancel),
+                      [&](std::int64_t done, std::int64_t total) { told.push_back(done * 1000 + total); },
+                      cancel),
                   60);
         ASSERT_EQ(target.order.size(), 60u);
         for (std::size_t i = 0; i < 60; ++i) {
@@ -94,7 +95,8 @@ TEST(Pipeline, CancelEndsAtTheNextFrame) {
         std::atomic<bool> cancel{false};
         RecordingTarget target;
         const std::int64_t consumed = corvane::RunPipeline(
-            Render, target, 0, 60, jobs, [&](std::int64_t done, std::int64_t) { cancel = done == 5; }, cancel);
+            Render, target, 0, 60, jobs, [&](std::int64_t done, std::int64_t) { cancel = done == 5; },
+            cancel);
         EXPECT_EQ(consumed, 5);
         EXPECT_EQ(target.order.size(), 5u);
     }

@@ -1,5 +1,6 @@
-// Faults sought: rows that the block-by-block compressor gets wrong (one colour, anything, the change from one to the
-// other, a width of 1), components in the wrong place, a wrong checksum, aspect the wrong way round.
+// Faults sought: rows that the block-by-block compressor gets wrong (one colour, anything, the change from
+// one to the other, a width of 1), components in the wrong place, a wrong checksum, aspect the wrong way
+// round.
 #include "Export/PngImage.h"
 
 #include <png.h>
@@ -21,7 +22,8 @@ struct Decoded {
     std::vector<std::uint8_t> bytes; // rows without gaps
 
     unsigned At(std::size_t x, std::size_t y, int channel) const {
-        const std::size_t sample = (y * width + x) * static_cast<std::size_t>(channels) + static_cast<std::size_t>(channel);
+        const std::size_t sample =
+            (y * width + x) * static_cast<std::size_t>(channels) + static_cast<std::size_t>(channel);
         return depth == 8 ? bytes[sample] : bytes[2 * sample] * 256u + bytes[2 * sample + 1];
     }
 };
@@ -66,8 +68,8 @@ std::array<int, 4> PlacesOf(RK_PixelFormat format) {
 
 TEST(PngImage, EveryPixelOfEveryKindOfRowReadsBack) {
     for (const std::uint32_t width : {1u, 2u, 3u, 47u, 300u, 1920u})
-        for (const RK_PixelFormat format :
-             {kRK_4444, kRK_4444 | kRK_AlphaFirst, kRK_4444 | kRK_AlphaIgnored, kRK_4444 | kRK_AlphaIgnored | kRK_AlphaFirst}) {
+        for (const RK_PixelFormat format : {kRK_4444, kRK_4444 | kRK_AlphaFirst, kRK_4444 | kRK_AlphaIgnored,
+                                            kRK_4444 | kRK_AlphaIgnored | kRK_AlphaFirst}) {
             TestFrame frame(width, 9, format);
             frame.Draw(width / 3, 2, width, 5);
             frame.Draw(width / 3, 3, width / 2 + 1, 7);
@@ -80,7 +82,8 @@ TEST(PngImage, EveryPixelOfEveryKindOfRowReadsBack) {
                 for (std::uint32_t y = 0; y < 9; ++y)
                     for (std::uint32_t x = 0; x < width; ++x)
                         for (int c = 0; c < image.channels; ++c)
-                            ASSERT_EQ(image.At(x, y, c), std::to_integer<unsigned>(frame.Pixel(x, y)[places[std::size_t(c)]]))
+                            ASSERT_EQ(image.At(x, y, c),
+                                      std::to_integer<unsigned>(frame.Pixel(x, y)[places[std::size_t(c)]]))
                                 << width << " " << format << " at " << x << "," << y << " channel " << c;
             }
         }
@@ -155,7 +158,8 @@ TEST(PngImage, EightBitPremultipliedAndYCbCr) {
         for (std::uint32_t i = 0; i < 9; ++i) frame.SetBytes(i % 3, i / 3, pixel);
         corvane::PngImage encoder(frame.Facts());
         const Decoded image = Decode(encoder.Encode(frame.View()));
-        for (int c = 0; c < 4; ++c) EXPECT_NEAR(image.At(1, 1, c), row.expected[c], 1) << row.format << " channel " << c;
+        for (int c = 0; c < 4; ++c)
+            EXPECT_NEAR(image.At(1, 1, c), row.expected[c], 1) << row.format << " channel " << c;
     }
 }
 

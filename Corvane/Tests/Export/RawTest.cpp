@@ -1,5 +1,5 @@
-// Faults sought: row padding in the file, a wrong order of components, bytes lost or doubled where direct I/O goes over
-// into the tail, a full disk seen only at the end.
+// Faults sought: row padding in the file, a wrong order of components, bytes lost or doubled where direct I/O
+// goes over into the tail, a full disk seen only at the end.
 #include "Export/RawTarget.h"
 
 #include <thread>
@@ -28,12 +28,14 @@ std::string WriteFrame(TestFrame& frame, bool native) {
 }
 
 TEST(Raw, NativeIsTheBytesAsDeliveredWithoutPadding) {
-    for (const RK_PixelFormat format : {kRK_4444 | kRK_YCbCr, kRK_4444 | kRK_AlphaFirst, kRK_4444 | kRK_Float}) {
+    for (const RK_PixelFormat format :
+         {kRK_4444 | kRK_YCbCr, kRK_4444 | kRK_AlphaFirst, kRK_4444 | kRK_Float}) {
         TestFrame frame(47, 33, format);
         frame.Draw(3, 3, 20, 20);
         std::string expected;
         for (std::uint32_t y = 0; y < 33; ++y)
-            expected.append(reinterpret_cast<const char*>(frame.Pixel(0, y)), 47 * corvane::BytesPerPixel(format));
+            expected.append(reinterpret_cast<const char*>(frame.Pixel(0, y)),
+                            47 * corvane::BytesPerPixel(format));
         EXPECT_TRUE(WriteFrame(frame, true) == expected) << format;
     }
 }
@@ -61,8 +63,10 @@ TEST(Raw, OtherwiseOneOrderForAllFormats) {
 
 TEST(StreamWriter, LargeFilesHoldWhatWasWritten) {
     TestFolder folder;
-    // Pieces that fit neither blocks nor chunks; ends in the middle of a block, at one's end, and at a chunk's end.
-    for (const std::size_t size : {(std::size_t{70} << 20) + 12345, (std::size_t{65} << 20) + 4096, std::size_t{72} << 20}) {
+    // Pieces that fit neither blocks nor chunks; ends in the middle of a block, at one's end, and at a
+    // chunk's end.
+    for (const std::size_t size :
+         {(std::size_t{70} << 20) + 12345, (std::size_t{65} << 20) + 4096, std::size_t{72} << 20}) {
         std::string data(size, '\0');
         for (std::size_t i = 0; i < size; i += 4) {
             const std::uint32_t value = TestFrame::Noise(static_cast<std::uint32_t>(i));

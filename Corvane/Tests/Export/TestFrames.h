@@ -20,7 +20,8 @@ namespace corvane::testing {
 class TestFrame {
   public:
     TestFrame(std::uint32_t width, std::uint32_t height, RK_PixelFormat format)
-        : mRowBytes(std::size_t{width} * BytesPerPixel(format) + 20), mBytes(mRowBytes * height, std::byte{0xCD}) {
+        : mRowBytes(std::size_t{width} * BytesPerPixel(format) + 20),
+          mBytes(mRowBytes * height, std::byte{0xCD}) {
         mFacts.width = width;
         mFacts.height = height;
         mFacts.format = format;
@@ -30,13 +31,18 @@ class TestFrame {
 
     StreamFacts& Facts() { return mFacts; }
     FrameView View() const {
-        return {mBytes.data(), static_cast<std::int32_t>(mRowBytes), mFacts.width, mFacts.height, mFacts.format};
+        return {mBytes.data(), static_cast<std::int32_t>(mRowBytes), mFacts.width, mFacts.height,
+                mFacts.format};
     }
     std::byte* Pixel(std::uint32_t x, std::uint32_t y) {
         return mBytes.data() + mRowBytes * y + std::size_t{x} * BytesPerPixel(mFacts.format);
     }
-    void SetBytes(std::uint32_t x, std::uint32_t y, std::uint32_t pixel) { std::memcpy(Pixel(x, y), &pixel, 4); }
-    void SetFloats(std::uint32_t x, std::uint32_t y, const float (&pixel)[4]) { std::memcpy(Pixel(x, y), pixel, 16); }
+    void SetBytes(std::uint32_t x, std::uint32_t y, std::uint32_t pixel) {
+        std::memcpy(Pixel(x, y), &pixel, 4);
+    }
+    void SetFloats(std::uint32_t x, std::uint32_t y, const float (&pixel)[4]) {
+        std::memcpy(Pixel(x, y), pixel, 16);
+    }
     /// Sets a pixel of either kind from four values 0..255 in memory order.
     void Set(std::uint32_t x, std::uint32_t y, std::uint32_t pixel) {
         if (BytesPerPixel(mFacts.format) == 4) return SetBytes(x, y, pixel);

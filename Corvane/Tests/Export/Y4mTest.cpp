@@ -1,5 +1,5 @@
-// Faults sought: a header that tells another rate, order or aspect than the clip's, planes of the wrong size, and so all
-// frames after the first in the wrong place.
+// Faults sought: a header that tells another rate, order or aspect than the clip's, planes of the wrong size,
+// and so all frames after the first in the wrong place.
 #include "Export/Y4mTarget.h"
 
 #include <gtest/gtest.h>
@@ -35,13 +35,17 @@ TEST(Y4m, HeaderAndPlanesHaveTheirPlaces) {
     };
     const Row rows[] = {
         {"", kRK_4444, FieldOrder::kProgressive,
-         "YUV4MPEG2 W47 H33 F30000:1001 Ip A40:33 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=LIMITED", 47 * 33 + 2 * 24 * 17},
+         "YUV4MPEG2 W47 H33 F30000:1001 Ip A40:33 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=LIMITED",
+         47 * 33 + 2 * 24 * 17},
         {"422", kRK_4444, FieldOrder::kUpperFirst,
-         "YUV4MPEG2 W47 H33 F30000:1001 It A40:33 C422 XYSCSS=422 XCOLORRANGE=LIMITED", 47 * 33 + 2 * 24 * 33},
+         "YUV4MPEG2 W47 H33 F30000:1001 It A40:33 C422 XYSCSS=422 XCOLORRANGE=LIMITED",
+         47 * 33 + 2 * 24 * 33},
         {"444p10", kRK_4444, FieldOrder::kLowerFirst,
-         "YUV4MPEG2 W47 H33 F30000:1001 Ib A40:33 C444p10 XYSCSS=444p10 XCOLORRANGE=LIMITED", 2 * 3 * 47 * 33},
+         "YUV4MPEG2 W47 H33 F30000:1001 Ib A40:33 C444p10 XYSCSS=444p10 XCOLORRANGE=LIMITED",
+         2 * 3 * 47 * 33},
         {"", kRK_4444 | kRK_Float, FieldOrder::kUpperFirst,
-         "YUV4MPEG2 W47 H33 F30000:1001 It A40:33 C420p16 XYSCSS=420p16 XCOLORRANGE=LIMITED", 2 * (47 * 33 + 2 * 24 * 17)}};
+         "YUV4MPEG2 W47 H33 F30000:1001 It A40:33 C420p16 XYSCSS=420p16 XCOLORRANGE=LIMITED",
+         2 * (47 * 33 + 2 * 24 * 17)}};
     for (const Row& row : rows) {
         TestFrame frame(47, 33, row.format);
         frame.Facts().rate = {30000, 1001};
@@ -63,7 +67,8 @@ TEST(Y4m, HeaderAndPlanesHaveTheirPlaces) {
 TEST(Y4m, UnknownSamplingIsAWrongRequest) {
     TestFrame frame(16, 16, kRK_4444);
     for (const char* name : {"411", "420p9", "h264", "420p"})
-        EXPECT_THROW(corvane::MakeY4mTarget("/nowhere/a.y4m", name, frame.Facts()), corvane::UsageFailure) << name;
+        EXPECT_THROW(corvane::MakeY4mTarget("/nowhere/a.y4m", name, frame.Facts()), corvane::UsageFailure)
+            << name;
 }
 
 } // namespace

@@ -258,7 +258,8 @@ TEST_F(UIModelTest, ScriptsTakeItemsByTextBeforeIndex) {
     ScriptedPlatform platform({{ScriptedAction::Parse("list=7"), ScriptedAction::Parse("free=1e3"),
                                 ScriptedAction::Parse("save"), ScriptedAction::Parse("no")},
                                {ScriptedAnswer::Parse("save=/tmp/./a=b.x")},
-                               false});
+                               false,
+                               true});
     const ScopedPlatform scope(platform);
     NotingDialog dialog;
     dialog.Run();

@@ -71,8 +71,12 @@ class Guard {
     std::ostringstream Message(const void* importMod, const char* what) const {
         std::ostringstream message;
         const auto lowBits = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(importMod));
-        message << "plugin.CvImportModule " << " importmod" << ":" << "0x" << std::hex << lowBits << std::dec;
-        message << what << " selector" << ":" << mSelector;
+        message << "plugin.CvImportModule "
+                << " importmod"
+                << ":"
+                << "0x" << std::hex << lowBits << std::dec;
+        message << what << " selector"
+                << ":" << mSelector;
         return message;
     }
 
@@ -97,8 +101,8 @@ int GetIndPixelFormat(const void* index, imIndPixelFormatRec* record) {
     return result;
 }
 
-// Deliberate: where the call on a new instance throws, here and in `OpenFile`, the instance is neither stored nor
-// destroyed.
+// Deliberate: where the call on a new instance throws, here and in `OpenFile`, the instance is neither stored
+// nor destroyed.
 int GetInfo(imStdParms* stdParms, const imFileAccessRec8* access, imFileInfoRec8* info) {
     if (auto* const instance = static_cast<ImporterSynthex*>(info->mPrivateData))
         return instance->OnGetInfo8(access, info);
@@ -139,8 +143,8 @@ Mosk::ObjectPtr<Mosk::Module, Mosk::AtomicValue>* GetDllModule() {
     return &gDllModule;
 }
 
-extern "C" [[gnu::visibility("default")]] std::int32_t xImportEntry(std::int32_t selector, imStdParms* stdParms,
-                                                                    void* param1, void* param2) {
+extern "C" [[gnu::visibility("default")]] std::int32_t
+xImportEntry(std::int32_t selector, imStdParms* stdParms, void* param1, void* param2) {
     if (selector == kSelector_Init)
         if (const CFBundleRef bundle =
                 CFBundleGetBundleWithIdentifier(PLATFORM_BUNDLE_ID(SYNTHEX_BUNDLE_IDENTIFIER)))
@@ -156,8 +160,8 @@ extern "C" [[gnu::visibility("default")]] std::int32_t xImportEntry(std::int32_t
 }
 
 template <class Importer>
-int CvImportModule<Importer>::ImportEntry(const Mosk::ResourceCollection& module, int selector, imStdParms* stdParms,
-                                          void* param1, void* param2) {
+int CvImportModule<Importer>::ImportEntry(const Mosk::ResourceCollection& module, int selector,
+                                          imStdParms* stdParms, void* param1, void* param2) {
     static ReportDisabled sDisabled;
     const Guard guard(selector, sDisabled);
     const int unsupported = kResult_Unsupported;
@@ -212,7 +216,8 @@ Importer* CvImportModule<Importer>::CreateImportModuleInstance(imStdParms* stdPa
     } catch (const std::exception& exception) {
         if (sDisabled) return nullptr;
         std::ostringstream message;
-        message << "<plugin.CvImportModule> An exception occured creating ImportModule " << typeid(Importer).name();
+        message << "<plugin.CvImportModule> An exception occured creating ImportModule "
+                << typeid(Importer).name();
         message << " what() returned " << exception.what();
         message << std::endl;
         if (Mosk::ThrowAfterUnhandledExceptionAlert(sDisabled, message.str())) throw;
@@ -283,7 +288,8 @@ std::int32_t ImporterSynthex::OnGetInfo8(const imFileAccessRec8* access, imFileI
     std::uint32_t sampleSize = 0;
     AcquireSuite<CvLegacySuite2>(mStdParms, kCvLegacySuite, kCvLegacySuiteVersion2)
         ->TicksToRate(mSynthexInfo.mVideoFrameRate.GetTicksPerFrame(), &scale, &sampleSize);
-    const auto frames = static_cast<std::uint32_t>(mSynthexInfo.mVideoDuration.ToFrame32(mSynthexInfo.mVideoFrameRate));
+    const auto frames =
+        static_cast<std::uint32_t>(mSynthexInfo.mVideoDuration.ToFrame32(mSynthexInfo.mVideoFrameRate));
 
     info->mDuration = frames * sampleSize;
     info->mScale = scale;

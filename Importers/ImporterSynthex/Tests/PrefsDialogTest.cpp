@@ -306,7 +306,7 @@ TEST_F(PrefsTest, UnknownSettingsShowTheFirstItemAndStay) {
 /// Does to a dialog what no person can: runs a function on its model, then presses OK.
 class ProgramPlatform : public NotingPlatform {
   public:
-    explicit ProgramPlatform(void (*act)(corvane::DialogModel&)) : mAct(act) {}
+    explicit ProgramPlatform(void (*act)(corvane::DialogModel&)) : NotingPlatform(Script({})), mAct(act) {}
     void RunDialog(corvane::DialogModel& dialog, lumui::ui::UI_Node* parent) override {
         mAct(dialog);
         NotingPlatform::RunDialog(dialog, parent);

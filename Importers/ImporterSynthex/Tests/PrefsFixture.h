@@ -43,6 +43,7 @@ class NotingPlatform : public corvane::ScriptedPlatform {
 inline corvane::DialogScript Script(const std::vector<std::string>& actions,
                                     const std::vector<std::string>& answers = {}) {
     corvane::DialogScript script;
+    script.dump = true;
     for (const std::string& action : actions) {
         if (action == "cancel")
             script.cancel = true;

@@ -286,7 +286,7 @@ TEST_F(DialogEntryTest, ARecordWithAFileOpensBoundToIt) {
     info.mSavedFilePath = Path("clip.synthex");
     info.mDrawFrameNumber = false;
     mExchange->SetPrefs(info);
-    NotingPlatform platform;
+    NotingPlatform platform(Script({}));
     Run(mID, Unknown(), platform);
     const Json state = Json::parse(platform.GetDump());
     EXPECT_EQ(state["saveToPathStaticTextID"]["value"], (mFolder / "clip.synthex").string());

@@ -1,0 +1,116 @@
+#include "DialogRun.h"
+
+#include <fmt/format.h>
+
+#include "Console.h"
+#include "Desktop/DesktopLoader.h"
+#include "Engine/Clip.h"
+#include "Services/ScriptedPlatform.h"
+
+namespace corvane::commandline {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kWithoutWindow[] = "use --do, --answer, --cancel or --dump to work the dialog without one";
+
+DialogScript ReadScript(const DialogOptions& options) {
+    DialogScript script{.actions = {}, .answers = {}, .cancel = options.cancel, .dump = options.dump};
+    try {
+        for (const std::string& text : options.actions) script.actions.push_back(ScriptedAction::Parse(text));
+        for (const std::string& text : options.answers) script.answers.push_back(ScriptedAnswer::Parse(text));
+    } catch (const ScriptError& error) {
+        throw UsageFailure(fmt::format("{}.", error.what()));
+    }
+    return script;
+}
+
+PreferencesAnswer RunScript(const Bundle& bundle, const PreferencesRequest& request,
+                            const DialogOptions& options, FileJournal& journal) {
+    ScriptedPlatform platform(ReadScript(options));
+    const ScopedPlatform scope(platform);
+    PreferencesAnswer answer = RequestPreferences(bundle, request, journal);
+    if (platform.GetError()) {
+        journal.Undo();
+        throw UsageFailure(fmt::format("{}.", *platform.GetError()));
+    }
+    if (!platform.GetDump().empty()) Print(platform.GetDump() + "\n");
+    return answer;
+}
+
+PreferencesAnswer RunWindow(const Bundle& bundle, const PreferencesRequest& request, const fs::path& clip,
+                            const FileJournal& journal) {
+    const auto platform =
+        LoadDesktopPlatform({.folder = fs::absolute(clip).parent_path(), .remedy = kWithoutWindow});
+    const ScopedPlatform scope(*platform);
+    return RequestPreferences(bundle, request, journal);
+}
+
+std::string WhyNotSaved(Mosk::Result result) {
+    switch (result) {
+    case Mosk::kResult_NotFound: return "the folder does not exist";
+    case Mosk::kResult_AccessDenied: return "you are not allowed to write here";
+    case Mosk::kResult_NotAFile: return "this is no regular file";
+    case Mosk::kResult_DiskFull: return "there is no room for them";
+    default: return "the system does not say why";
+    }
+}
+
+void SaveSettings(const fs::path& clip, const std::string& settings, bool replace) {
+    using namespace Mosk;
+    if (!replace && fs::exists(clip))
+        throw Failure(
+            fmt::format("{}: a file of that name was made meanwhile; it is kept, and the settings are "
+                        "not; use --force to replace it.",
+                        clip.string()));
+    File file;
+    std::uint32_t written = 0;
+    Result result =
+        file.Create(FromUTF8(clip.string()), FileAccessFlags::kReadWrite, FileShareModeFlags::kShareReadWrite,
+                    FileCreateDispositionFlags::kReplace, FileAttributesFlags::kNormal, false);
+    if (result >= 0)
+        result = file.Write(settings.data(), static_cast<std::uint32_t>(settings.size()), written);
+    if (result < 0)
+        throw Failure(fmt::format("{}: the settings could not be saved ({}); nothing was changed.",
+                                  clip.string(), WhyNotSaved(result)));
+}
+
+/// Tells the person what was done. Beside a dump, which is for programs, not on standard output.
+void Say(const DialogOptions& options, const std::string& sentence) {
+    if (options.dump)
+        PrintError(sentence);
+    else
+        Print(sentence + "\n");
+}
+
+} // namespace
+
+PreferencesAnswer RunPreferencesDialog(const Bundle& bundle, const PreferencesRequest& request,
+                                       const DialogOptions& options, const fs::path& clip,
+                                       FileJournal& journal) {
+    PreferencesAnswer answer = options.Scripted() ? RunScript(bundle, request, options, journal)
+                                                  : RunWindow(bundle, request, clip, journal);
+    if (answer.outcome == PreferencesOutcome::kUnreadable || answer.outcome == PreferencesOutcome::kFailed)
+        throw Failure(fmt::format("{}: the settings can't be edited ({}); nothing was changed.",
+                                  clip.string(), answer.message));
+    return answer;
+}
+
+int FinishDialog(const std::shared_ptr<Bundle>& bundle, const PreferencesAnswer& answer,
+                 const DialogOptions& options, const fs::path& clip, bool replace) {
+    if (answer.outcome == PreferencesOutcome::kCancelled) {
+        PrintError(fmt::format("{}: the dialog was cancelled; nothing was changed.", clip.string()));
+        return kExitCancelled;
+    }
+    if (answer.outcome == PreferencesOutcome::kUseFile) {
+        const auto source = Clip::OpenFile(bundle, answer.file);
+        Say(options, fmt::format("{}: the clip's source is now {}.", clip.string(), source->Name()));
+        return kExitDone;
+    }
+    SaveSettings(clip, answer.settings, replace);
+    Say(options, fmt::format("{}: saved.", clip.string()));
+    return kExitDone;
+}
+
+} // namespace corvane::commandline

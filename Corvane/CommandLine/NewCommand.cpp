@@ -1,0 +1,55 @@
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+#include "Commands.h"
+#include "DialogRun.h"
+#include "Engine/Failure.h"
+
+namespace corvane::commandline {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Says at once what would otherwise only come up when the person has set everything.
+void CheckOutput(const fs::path& output, bool force) {
+    const auto fail = [&](const char* why) { throw Failure(fmt::format("{}: {}.", output.string(), why)); };
+    std::error_code error;
+    if (fs::is_directory(output, error)) fail("this is a folder; name a file in it");
+    if (fs::exists(output, error) && !force) fail("the file exists; use --force to replace it, or edit it");
+    const fs::path folder = fs::absolute(output).parent_path();
+    if (!fs::is_directory(folder, error)) fail("the folder does not exist; make it first");
+    if (::access(folder.c_str(), W_OK) != 0) fail("you are not allowed to write into this folder");
+    try {
+        Mosk::FromUTF8(output.string());
+    } catch (const std::invalid_argument&) {
+        fail("the name is not valid UTF-8; choose another one");
+    }
+}
+
+/// Whether the person saved to the file from within the dialog, and so has decided about what was there.
+bool WasSavedTo(const fs::path& output, const FileJournal& journal) {
+    return std::ranges::any_of(journal.Paths(), [&](const Mosk::String& path) {
+        std::error_code error;
+        return fs::equivalent(Mosk::ToUTF8(path), output, error);
+    });
+}
+
+} // namespace
+
+int RunNew(const NewRequest& request) {
+    CheckOutput(request.output, request.force);
+    const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
+    FileJournal journal;
+    const PreferencesRequest preferences{.file = {}, .settings = {}, .sequence = request.sequence};
+    const auto answer = RunPreferencesDialog(*bundle, preferences, request.dialog, request.output, journal);
+    const bool replace = request.force || WasSavedTo(request.output, journal);
+    return FinishDialog(bundle, answer, request.dialog, request.output, replace);
+}
+
+} // namespace corvane::commandline

@@ -1,0 +1,42 @@
+#include "ColorSwatch.h"
+
+#include <QPainter>
+#include <QPixmap>
+
+namespace corvane::desktop {
+
+namespace {
+
+/// 0 for what is no number.
+float Component(float value) {
+    return value > 0 ? (value < 1 ? value : 1) : 0;
+}
+
+void PaintCheckerboard(QPainter& painter, QSize size) {
+    constexpr int kSquare = 4;
+    for (int y = 0; y < size.height(); y += kSquare)
+        for (int x = 0; x < size.width(); x += kSquare)
+            painter.fillRect(x, y, kSquare, kSquare, (x + y) / kSquare % 2 == 0 ? Qt::white : Qt::lightGray);
+}
+
+} // namespace
+
+QColor ShownColor(const lumui::controls::ColorRGBA& color) {
+    return QColor::fromRgbF(Component(color.mRed), Component(color.mGreen), Component(color.mBlue),
+                            Component(color.mAlpha));
+}
+
+QIcon MakeSwatch(const lumui::controls::ColorRGBA& color, QSize size, qreal ratio) {
+    QPixmap picture((size + QSize(kSwatchGap, 0)) * ratio);
+    picture.setDevicePixelRatio(ratio);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    PaintCheckerboard(painter, size);
+    painter.fillRect(QRect(QPoint(), size), ShownColor(color));
+    painter.setPen(QColor(0, 0, 0, 110));
+    painter.drawRect(QRect(QPoint(), size - QSize(1, 1)));
+    painter.end();
+    return QIcon(picture);
+}
+
+} // namespace corvane::desktop

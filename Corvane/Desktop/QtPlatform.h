@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+
+#include <QApplication>
+
+#include "DesktopModule.h"
+
+namespace corvane::desktop {
+
+/// Shows the toolkit's models as windows. UI thread only, which is the one that makes the platform.
+class QtPlatform : public UI_Platform {
+  public:
+    /// Makes Qt's application object where the process has none, and keeps it as long as it lives. The locale
+    /// that Qt adopts then does not reach numbers in C.
+    explicit QtPlatform(const DesktopOptions& options);
+    ~QtPlatform() override;
+
+    void RunDialog(DialogModel& dialog, lumui::ui::UI_Node* parent) override;
+    std::optional<Mosk::String> RunSaveFileDialog(const SaveFileRequest& request) override;
+    std::int32_t RunMessageBox(const MessageBoxRequest& request) override;
+    std::optional<lumui::controls::ColorRGBA> RunColorPicker(const ColorPickerRequest& request) override;
+
+  private:
+    std::unique_ptr<QApplication> mApplication;
+    QString mFolder; // where the next save-file dialog begins
+};
+
+} // namespace corvane::desktop

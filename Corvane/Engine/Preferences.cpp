@@ -1,0 +1,145 @@
+#include "Preferences.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+#include "Records.h"
+#include "Services/Suites.h"
+#include "Services/UIPlatform.h"
+
+namespace corvane {
+
+namespace {
+
+/// Hands everything on to another platform and notices whether a dialog was shown: a plug-in without its
+/// layout shows none and says nothing.
+class WatchedPlatform final : public UI_Platform {
+  public:
+    explicit WatchedPlatform(UI_Platform& platform) : mPlatform(platform) {}
+
+    bool WasDialogShown() const { return mShown; }
+
+    void RunDialog(DialogModel& dialog, lumui::ui::UI_Node* parent) override {
+        mShown = true;
+        mPlatform.RunDialog(dialog, parent);
+    }
+    std::optional<Mosk::String> RunSaveFileDialog(const SaveFileRequest& request) override {
+        return mPlatform.RunSaveFileDialog(request);
+    }
+    std::int32_t RunMessageBox(const MessageBoxRequest& request) override {
+        return mPlatform.RunMessageBox(request);
+    }
+    std::optional<lumui::controls::ColorRGBA> RunColorPicker(const ColorPickerRequest& request) override {
+        return mPlatform.RunColorPicker(request);
+    }
+    lumworkspace::workspace::TopLevelWindow* GetMainTopLevelWindow() override {
+        return mPlatform.GetMainTopLevelWindow();
+    }
+
+  private:
+    UI_Platform& mPlatform;
+    bool mShown = false;
+};
+
+/// The records of one request, and the memory that they point to.
+struct Records {
+    std::u16string path;
+    std::string buffer;
+    imFileAccessRec8 access = HostRecord<imFileAccessRec8>();
+    imGetPrefsRec prefs = HostRecord<imGetPrefsRec>();
+};
+
+void FillRecords(const PreferencesRequest& request, Records& records) {
+    records.path = Mosk::FromUTF8(request.file.string());
+    records.access.mFilePath = records.path.c_str();
+    records.access.mNewFilePath = nullptr;
+    records.prefs.mPrefs = nullptr;
+    records.prefs.mFirstTime = request.file.empty() && request.settings.empty() ? 1 : 0;
+    records.prefs.mSequenceWidth = request.sequence.width;
+    records.prefs.mSequenceHeight = request.sequence.height;
+    records.prefs.mSequenceParNumerator = request.sequence.parNumerator;
+    records.prefs.mSequenceParDenominator = request.sequence.parDenominator;
+    records.prefs.mSequenceScale = request.sequence.scale;
+    records.prefs.mSequenceSampleSize = request.sequence.sampleSize;
+}
+
+/// The path that a block holds the beginning of. The block has as many bytes as the path has code units, its
+/// terminating zero included, which is the first half of the text. It is the path of a file that was written
+/// during the request; the last one written that fits.
+std::u16string FindPath(const void* block, const FileJournal& journal) {
+    const std::size_t size = HostBlockSize(block);
+    const auto fits = [&](const Mosk::String& path) {
+        return path.size() + 1 == size && std::memcmp(path.c_str(), block, size) == 0;
+    };
+    const auto& paths = journal.Paths();
+    const auto found = std::find_if(paths.rbegin(), paths.rend(), fits);
+    return found == paths.rend() ? std::u16string() : *found;
+}
+
+PreferencesAnswer Failed(std::string why) {
+    return {.outcome = PreferencesOutcome::kFailed, .settings = {}, .file = {}, .message = std::move(why)};
+}
+
+/// Takes the block of the new path over.
+PreferencesAnswer UseFile(char16_t* block, const FileJournal& journal) {
+    const std::unique_ptr<char16_t, void (*)(void*)> owned(block, MemoryFunctions()->Free);
+    const std::u16string path = block != nullptr ? FindPath(block, journal) : std::u16string();
+    if (path.empty())
+        return Failed("the plug-in names a saved file as the source, and saved none of that name");
+    return {
+        .outcome = PreferencesOutcome::kUseFile, .settings = {}, .file = Mosk::ToUTF8(path), .message = {}};
+}
+
+PreferencesAnswer Interpret(const Answer& answer, const Records& records, const FileJournal& journal) {
+    switch (answer.result) {
+    case kResult_Success:
+    case kResult_Cancelled: {
+        // What does not fit is not stored, and nothing is said about it.
+        if (records.prefs.mPrefsLength == 0) return Failed("the settings are too long to be kept");
+        const bool done = answer.result == kResult_Success;
+        return {.outcome = done ? PreferencesOutcome::kDone : PreferencesOutcome::kCancelled,
+                .settings = records.buffer.c_str(),
+                .file = {},
+                .message = {}};
+    }
+    case kResult_UseSavedFile: return UseFile(records.access.mNewFilePath, journal);
+    case kResult_FileUnreadable:
+        return {.outcome = PreferencesOutcome::kUnreadable,
+                .settings = {},
+                .file = {},
+                .message = "the file went away, or can't be read any more"};
+    default:
+        return Failed(answer.alert.empty() ? fmt::format("the plug-in answers {}", answer.result)
+                                           : answer.Reason());
+    }
+}
+
+} // namespace
+
+PreferencesAnswer RequestPreferences(const Bundle& bundle, const PreferencesRequest& request,
+                                     const FileJournal& journal) {
+    Records records;
+    FillRecords(request, records);
+    const Answer size = bundle.Call(kSelector_GetPrefs, &records.access, &records.prefs);
+    if (size.result != kResult_Success || records.prefs.mPrefsLength <= 0)
+        return Failed("the plug-in does not say how much room settings need");
+    records.buffer.assign(static_cast<std::size_t>(records.prefs.mPrefsLength), '\0');
+    if (request.settings.size() >= records.buffer.size())
+        return Failed("the clip's settings are too long for the plug-in");
+    std::ranges::copy(request.settings, records.buffer.begin());
+    records.prefs.mPrefs = records.buffer.data();
+    records.prefs.mPrefsLength = 0;
+
+    WatchedPlatform platform(NeedPlatform());
+    const ScopedPlatform scope(platform);
+    const Answer answer = bundle.Call(kSelector_GetPrefs, &records.access, &records.prefs);
+    if (answer.result == kResult_Success && !platform.WasDialogShown())
+        return Failed("the plug-in shows no dialog; its bundle lacks the layout of one");
+    return Interpret(answer, records, journal);
+}
+
+} // namespace corvane

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "Bundle.h"
+#include "Services/FileJournal.h"
+
+namespace corvane {
+
+/// What a new clip begins with: the format of the sequence that it is made for.
+struct SequenceFormat {
+    std::uint32_t width = 1920; ///< pixels
+    std::uint32_t height = 1080;
+    std::uint32_t parNumerator = 1;
+    std::uint32_t parDenominator = 1;
+    std::uint32_t scale = 30; ///< the rate is scale / sampleSize frames per second
+    std::uint32_t sampleSize = 1;
+};
+
+/// A request to let the person edit a clip's settings.
+struct PreferencesRequest {
+    /// The clip's settings file; empty where it has none.
+    std::filesystem::path file;
+    /// Of a clip without a file, its settings text; empty for a new clip.
+    std::string settings;
+    SequenceFormat sequence; ///< of a new clip
+};
+
+/// How a request ended.
+enum class PreferencesOutcome {
+    kDone,       ///< the person confirmed the settings
+    kUseFile,    ///< the person saved them, and the saved file is to be the clip's source
+    kCancelled,  ///< the settings are as they were
+    kUnreadable, ///< the clip's file could not be read
+    kFailed
+};
+
+struct PreferencesAnswer {
+    PreferencesOutcome outcome = PreferencesOutcome::kFailed;
+    std::string settings;       ///< the settings text; of `kDone` and `kCancelled`
+    std::filesystem::path file; ///< of `kUseFile`: the saved file
+    std::string message;        ///< of `kUnreadable` and `kFailed`: why, as half a sentence
+};
+
+/// Sends the preferences request (selector 38) as a host does, which shows the plug-in's dialog on the
+/// process's platform and returns when it has closed. `journal` tells which files the plug-in wrote
+/// meanwhile. UI thread.
+PreferencesAnswer RequestPreferences(const Bundle& bundle, const PreferencesRequest& request,
+                                     const FileJournal& journal);
+
+} // namespace corvane

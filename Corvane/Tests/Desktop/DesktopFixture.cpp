@@ -1,0 +1,76 @@
+#include "DesktopFixture.h"
+
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include <QApplication>
+#include <QTimer>
+
+namespace {
+
+std::unique_ptr<corvane::desktop::QtPlatform> gPlatform;
+
+/// Qt only warns of a widget that is used wrongly.
+void FailOnWarning(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type == QtDebugMsg || text.contains("propagateSizeHints")) return; // the platform without a display
+    ADD_FAILURE() << text.toStdString();
+}
+
+class PlatformEnvironment : public testing::Environment {
+    void TearDown() override { gPlatform.reset(); }
+};
+
+[[maybe_unused]] const auto* const gEnvironment = testing::AddGlobalTestEnvironment(new PlatformEnvironment);
+
+} // namespace
+
+corvane::desktop::QtPlatform& Platform() {
+    if (!gPlatform) {
+        gPlatform = std::make_unique<corvane::desktop::QtPlatform>(corvane::DesktopOptions{});
+        qInstallMessageHandler(&FailOnWarning);
+    }
+    return *gPlatform;
+}
+
+void WhenShown(const std::function<void(QDialog&)>& act) {
+    QTimer::singleShot(0, qApp, [act] {
+        auto* const window = dynamic_cast<QDialog*>(QApplication::activeModalWidget());
+        if (window == nullptr) return WhenShown(act);
+        QApplication::setActiveWindow(window);
+        try {
+            act(*window);
+        } catch (const std::exception& exception) {
+            ADD_FAILURE() << exception.what();
+        }
+        if (window->isVisible()) window->reject();
+    });
+}
+
+void Settle() {
+    QApplication::processEvents();
+}
+
+TestDialog::TestDialog(const std::string& rows) {
+    const std::string script =
+        R"(<dialog title="Test" default="ok" cancel="cancel">)" + rows +
+        R"(<row><button id="cancel" text="_Cancel"/><button id="ok" text="_OK"/></row></dialog>)";
+    mModel = lumui::ui::MakeNode<corvane::DialogModel>(corvane::ParseLayout(script, u"Test"), nullptr);
+    for (corvane::ControlModel* const control : mModel->GetControls()) {
+        const std::string id = control->GetID();
+        control->GetView().NotifyWhenChanged(
+            boost::make_shared<lumui::ui::MessageFunction>([this, id](lumui::ui::UI_Message*) {
+                reports.push_back(id);
+                if (onReport) onReport(id);
+                if (id == "ok" || id == "cancel") mModel->Close();
+            }));
+    }
+}
+
+TestDialog::~TestDialog() = default;
+
+void TestDialog::Run(const std::function<void(QDialog&)>& act) {
+    Platform();
+    WhenShown(act);
+    Platform().RunDialog(*mModel, nullptr);
+}

@@ -1,0 +1,192 @@
+// Faults sought: colours of the wrong field or end, a gradient whose arithmetic is in another order or
+// precision, a format that collapses wrongly, a number where none belongs or the wrong one.
+#include "PluginFixture.h"
+
+#include <cmath>
+#include <optional>
+
+#include <fmt/format.h>
+
+#include "Engine/Frame.h"
+#include "ExpectedFormats.h"
+#include "RasterOracle.h"
+#include "Services/FrameBuffers.h"
+
+namespace {
+
+constexpr std::int64_t kTicksPerFrame = 8475667200;
+constexpr std::uint32_t kWidth = 47, kHeight = 33;
+/// Rows from here on lie below the printed number.
+constexpr std::uint32_t kBelowNumber = 10;
+
+struct Color {
+    float alpha, red, green, blue;
+};
+
+// All 24 channels differ, and none is a short binary fraction.
+constexpr Color kUpper{0.9f, 0.11f, 0.62f, 0.33f}, kLower{0.8f, 0.71f, 0.22f, 0.43f};
+constexpr Color kTopStart{0.7f, 0.31f, 0.92f, 0.53f}, kTopEnd{0.6f, 0.91f, 0.02f, 0.13f};
+constexpr Color kBottomStart{0.5f, 0.51f, 0.42f, 0.93f}, kBottomEnd{0.4f, 0.21f, 0.72f, 0.03f};
+
+std::string Member(const char* key, const Color& color) {
+    return fmt::format(R"("{}":{{"mAlphaPart":{},"mRedPart":{},"mGreenPart":{},"mBluePart":{}}},)", key,
+                       color.alpha, color.red, color.green, color.blue);
+}
+
+std::string Settings(CvPixelFormat format, int fieldType, int renderFormat, std::uint32_t height = kHeight,
+                     std::int64_t frames = 7) {
+    return "{" + Member("mUpperFieldColor", kUpper) + Member("mLowerFieldColor", kLower) +
+           Member("mTopGradiantColorStart", kTopStart) + Member("mTopGradiantColorEnd", kTopEnd) +
+           Member("mBottomGradiantColorStart", kBottomStart) + Member("mBottomGradiantColorEnd", kBottomEnd) +
+           fmt::format(
+               R"("mPixelFormat":{},"mFrameWidth":{},"mFrameHeight":{},"mFieldType":{},"mRenderFormat":{},)"
+               R"("mFramePAR":{{"numerator":40,"denominator":33}},)"
+               R"("mVideoDuration":{{"ticks":{}}},"mVideoFrameRate":{{"ticksperframe":{}}}}})",
+               format, kWidth, height, fieldType, renderFormat, frames * kTicksPerFrame, kTicksPerFrame);
+}
+
+class RenderTest : public PluginTest {
+  protected:
+    /// The frame of such a clip at a time; empty where the answer is not 0, which `result` then holds.
+    corvane::Frame Render(const std::string& settings, std::int64_t ticks) {
+        imFileInfoRec8 info;
+        EXPECT_EQ(GetInfo(u"/none", settings.c_str(), nullptr, info).result, 0) << settings;
+        CvVexelHandle handle = nullptr;
+        auto record = corvane::HostRecord<imSourceVideoRec>();
+        record.mPrivateData = info.mPrivateData;
+        record.mFrameTime = ticks;
+        record.mFrame = &handle;
+        const auto before = Bytes(record);
+        mResult = mBundle.CallForFrame(record).result;
+        EXPECT_EQ(Bytes(record), before) << "only the handle's place is written";
+        EXPECT_EQ(Close(info.mPrivateData), 0);
+        if (mResult == 0) return corvane::Frame(handle);
+        if (handle != nullptr) corvane::VexelSuite()->Dispose(handle);
+        return {};
+    }
+
+    int mResult = 0;
+};
+
+const std::byte* PixelAt(const corvane::FrameView& view, std::uint32_t x, std::uint32_t y) {
+    return view.pixels + std::size_t{y} * static_cast<std::size_t>(view.rowBytes) +
+           std::size_t{x} * OraclePixelBytes(view.format);
+}
+
+/// The first pixel of the row is the colour, and all others are the same.
+void ExpectRow(const corvane::FrameView& view, std::uint32_t y, const Color& color) {
+    EXPECT_TRUE(IsPixel(PixelAt(view, 0, y), {color.red, color.green, color.blue, color.alpha}, view.format))
+        << "row " << y;
+    for (std::uint32_t x = 1; x < view.width; ++x)
+        ASSERT_EQ(std::memcmp(PixelAt(view, x, y), PixelAt(view, 0, y), OraclePixelBytes(view.format)), 0)
+            << "row " << y << ", column " << x;
+}
+
+/// The gradient's colour, in float and in the order that gives the published bytes.
+Color Gradient(float t, std::uint32_t row, std::uint32_t height) {
+    const auto channel = [&](float Color::*part) {
+        const float top = kTopStart.*part + (kTopEnd.*part - kTopStart.*part) * t;
+        const float bottom = kBottomStart.*part + (kBottomEnd.*part - kBottomStart.*part) * t;
+        const float delta = bottom - top;
+        return top + delta * (static_cast<float>(row) / static_cast<float>(height));
+    };
+    return {channel(&Color::alpha), channel(&Color::red), channel(&Color::green), channel(&Color::blue)};
+}
+
+TEST_F(RenderTest, EveryFormatInEveryWayOfColouring) {
+    for (const ExpectedFormat& format : kExpectedFormats) {
+        SCOPED_TRACE(format.name);
+        const CvPixelFormat code = format.code;
+        for (const int fieldType : {0, 1, 2}) {
+            const corvane::Frame solid = Render(Settings(code, fieldType, 0), 3 * kTicksPerFrame);
+            ASSERT_TRUE(solid);
+            const corvane::FrameView& view = solid.View();
+            EXPECT_EQ(view.format, format.delivered);
+            EXPECT_EQ(view.width, kWidth);
+            EXPECT_EQ(view.height, kHeight);
+            for (std::uint32_t y = fieldType == 0 ? 0 : kBelowNumber; y < kHeight - 1; ++y)
+                ExpectRow(view, y, fieldType == 0 || y % 2 == 0 ? kUpper : kLower);
+
+            const corvane::Frame bands = Render(Settings(code, fieldType, 7), 3 * kTicksPerFrame);
+            ASSERT_TRUE(bands);
+            for (std::uint32_t y = fieldType == 0 ? 0 : kBelowNumber; y < kHeight; ++y)
+                ExpectRow(bands.View(), y, Gradient(static_cast<float>(3.0 / 7.0), y, kHeight));
+        }
+    }
+}
+
+// Float BGRA stores what the plug-in computed: every bit of the arithmetic shows.
+TEST_F(RenderTest, TheGradientIsFloatInItsOrder) {
+    for (const std::int64_t frame : {0, 1, 2, 5, 6, 9, -4}) {
+        const corvane::Frame bands =
+            Render(Settings(CvPixelFormat_BGRA_4444_32f, 0, 1), frame * kTicksPerFrame);
+        ASSERT_TRUE(bands);
+        const float t = static_cast<float>(static_cast<double>(frame) / 7.0);
+        for (std::uint32_t y = 0; y < kHeight; ++y) {
+            const Color color = Gradient(t, y, kHeight);
+            const float expected[] = {color.blue, color.green, color.red, color.alpha};
+            EXPECT_EQ(std::memcmp(PixelAt(bands.View(), 5, y), expected, sizeof expected), 0)
+                << "frame " << frame << ", row " << y;
+        }
+    }
+}
+
+// Of an odd number of rows each field has half, and the last row is as the buffer was.
+TEST_F(RenderTest, TheLastOfAnOddNumberOfRowsIsLeft) {
+    (void)Render(Settings(CvPixelFormat_BGRA_4444_8u, 0, 1), 0);
+    const corvane::Frame fields = Render(Settings(CvPixelFormat_BGRA_4444_8u, 2, 0), 0);
+    ASSERT_TRUE(fields);
+    ExpectRow(fields.View(), kHeight - 2, kLower);
+    ExpectRow(fields.View(), kHeight - 1, Gradient(0.0f, kHeight - 1, kHeight));
+}
+
+TEST_F(RenderTest, TheNumberIsTheFramesOwnAndOfInterlacedClipsOnly) {
+    const auto pixels = [&](int fieldType, std::int64_t ticks) {
+        const corvane::Frame frame =
+            Render(Settings(CvPixelFormat_BGRA_4444_8u, fieldType, 0, 120, 500), ticks);
+        const corvane::FrameView& view = frame.View();
+        return std::vector<std::byte>(view.pixels,
+                                      view.pixels + view.height * static_cast<std::size_t>(view.rowBytes));
+    };
+    EXPECT_EQ(pixels(0, 0), pixels(0, 12 * kTicksPerFrame));
+    EXPECT_NE(pixels(1, 0), pixels(1, 12 * kTicksPerFrame));
+    EXPECT_EQ(pixels(2, 12 * kTicksPerFrame), pixels(2, 13 * kTicksPerFrame - 1));
+    EXPECT_NE(pixels(2, 12 * kTicksPerFrame), pixels(2, 12 * kTicksPerFrame - 1));
+
+    // The same print through the service itself, over the same fields.
+    const corvane::Frame plain = Render(Settings(CvPixelFormat_BGRA_4444_8u, 1, 0, 120, 500), -1);
+    const corvane::FrameView& view = plain.View();
+    std::vector<std::byte> expected(view.pixels,
+                                    view.pixels + view.height * static_cast<std::size_t>(view.rowBytes));
+    for (std::uint32_t y = 0; y < view.height; ++y) {
+        const Color& color = y % 2 == 0 ? kUpper : kLower;
+        const float bgra[] = {color.blue, color.green, color.red, color.alpha};
+        RK_FillWithColor(expected.data() + y * static_cast<std::size_t>(view.rowBytes), view.rowBytes,
+                         view.width, 1, view.format, bgra, 260);
+    }
+    RK_PrintNum(expected.data(), view.rowBytes, view.format, view.width, view.height, -1, 0.12f,
+                {0.05f, 0.05f}, 1);
+    EXPECT_EQ(std::memcmp(view.pixels, expected.data(), expected.size()), 0);
+}
+
+TEST_F(RenderTest, FramesThatCanNotBeMade) {
+    const auto live = corvane::GetFrameStatistics().liveFrames;
+    EXPECT_FALSE(Render(Settings(CvPixelFormat_BGRA_4444_8u, 0, 1, 0), 0));
+    EXPECT_EQ(mResult, 5) << "no rows";
+    EXPECT_FALSE(Render(Settings(CvPixelFormat_BGRA_4444_8u, 0, 0, 4294967295u), 0));
+    EXPECT_EQ(mResult, 5) << "too many rows";
+    corvane::FailFrameCreation(1);
+    EXPECT_FALSE(Render(Settings(CvPixelFormat_BGRA_4444_8u, 1, 0), 0));
+    EXPECT_EQ(mResult, 5) << "no memory";
+    EXPECT_FALSE(Render(Settings(0x12345678, 1, 0), 0));
+    EXPECT_EQ(mResult, 3) << "unknown format";
+    EXPECT_TRUE(Render(Settings(CvPixelFormat_BGRA_4444_8u, 1, 0), 0));
+    EXPECT_EQ(corvane::GetFrameStatistics().liveFrames, live);
+}
+
+TEST_F(RenderTest, AClipOfNoFramesRendersWhateverTheArithmeticGives) {
+    for (const std::int64_t frame : {0, 3})
+        EXPECT_TRUE(Render(Settings(CvPixelFormat_VUYA_4444_8u, 1, 1, kHeight, 0), frame * kTicksPerFrame));
+}
+
+} // namespace
