@@ -1,5 +1,7 @@
 #include "DialogRun.h"
 
+#include <csignal>
+
 #include <fmt/format.h>
 
 #include "Console.h"
@@ -89,6 +91,8 @@ void Say(const DialogOptions& options, const std::string& sentence) {
 PreferencesAnswer RunPreferencesDialog(const Bundle& bundle, const PreferencesRequest& request,
                                        const DialogOptions& options, const fs::path& clip,
                                        FileJournal& journal) {
+    // A limit of file sizes is an error of writing: ending at once would leave a half-written file behind.
+    ::signal(SIGXFSZ, SIG_IGN);
     PreferencesAnswer answer = options.Scripted() ? RunScript(bundle, request, options, journal)
                                                   : RunWindow(bundle, request, clip, journal);
     if (answer.outcome == PreferencesOutcome::kUnreadable || answer.outcome == PreferencesOutcome::kFailed)
