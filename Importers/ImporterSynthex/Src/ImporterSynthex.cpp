@@ -165,27 +165,30 @@ int CvImportModule<Importer>::ImportEntry(const Mosk::ResourceCollection& module
     static ReportDisabled sDisabled;
     const Guard guard(selector, sDisabled);
     const int unsupported = kResult_Unsupported;
-    const auto index = reinterpret_cast<std::uintptr_t>(param1);
+    const auto index = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(param1));
     auto* const access = static_cast<imFileAccessRec8*>(param1);
 
     // clang-format off
     switch (selector) {
-    case kSelector_Init:               return Importer::Init(static_cast<imImportInfoRec*>(param1));
-    case kSelector_Shutdown:           return Importer::ShutDown();
-    case kSelector_QuietFile:          return Importer::OnQuietFile(static_cast<void**>(param2));
-    case kSelector_CloseFile:          return guard.Call(param2, kResult_Success, [&] { return CloseFile(param2); });
-    case kSelector_GetIndFormat:       return guard.Call(nullptr, unsupported, [&] {
-        return Importer::GetIndFormat(module, stdParms, static_cast<std::uint32_t>(index), static_cast<imIndFormatRec*>(param2)); });
-    case kSelector_GetIndPixelFormat:  return GetIndPixelFormat(param1, static_cast<imIndPixelFormatRec*>(param2));
-    case kSelector_Query28:            return kResult_Answer28;
-    case kSelector_Query36:            return kResult_Answer36;
-    case kSelector_GetInfo8:           return guard.Call(nullptr, unsupported, [&] {
+    case kSelector_Init:              return Importer::Init(static_cast<imImportInfoRec*>(param1));
+    case kSelector_Shutdown:          return Importer::ShutDown();
+    case kSelector_QuietFile:         return Importer::OnQuietFile(static_cast<void**>(param2));
+    case kSelector_CloseFile:         return guard.Call(param2, kResult_Success, [&] {
+        return CloseFile(param2); });
+    case kSelector_GetIndPixelFormat:
+        return GetIndPixelFormat(param1, static_cast<imIndPixelFormatRec*>(param2));
+    case kSelector_Query28:           return kResult_Answer28;
+    case kSelector_Query36:           return kResult_Answer36;
+    case kSelector_GetIndFormat:      return guard.Call(nullptr, unsupported, [&] {
+        return Importer::GetIndFormat(module, stdParms, index, static_cast<imIndFormatRec*>(param2)); });
+    case kSelector_GetInfo8:          return guard.Call(nullptr, unsupported, [&] {
         return GetInfo(stdParms, access, static_cast<imFileInfoRec8*>(param2)); });
-    case kSelector_GetPrefs:           return guard.Call(nullptr, unsupported, [&] {
+    case kSelector_GetPrefs:          return guard.Call(nullptr, unsupported, [&] {
         return Importer::OnGetPrefs(stdParms, access, static_cast<imGetPrefsRec*>(param2)); });
-    case kSelector_OpenFile8:          return guard.Call(nullptr, unsupported, [&] {
+    case kSelector_OpenFile8:         return guard.Call(nullptr, unsupported, [&] {
         return OpenFile(stdParms, static_cast<imFileOpenRec8*>(param2)); });
-    case kSelector_PreferredFrameSize: return PreferredFrameSize(static_cast<imPreferredFrameSizeRec*>(param1));
+    case kSelector_PreferredFrameSize:
+        return PreferredFrameSize(static_cast<imPreferredFrameSizeRec*>(param1));
     case kSelector_GetSourceVideo:
         if (FirstField(param2) == nullptr) return kResult_NoInstance;
         return guard.Call(FirstField(param2), unsupported, [&] {
@@ -194,14 +197,14 @@ int CvImportModule<Importer>::ImportEntry(const Mosk::ResourceCollection& module
     case kSelector_Request46:
     case kSelector_Request56:
     case kSelector_Request59:
-    case kSelector_Request60:          return UnsupportedOn(param1);
+    case kSelector_Request60:         return UnsupportedOn(param1);
     // ... and these at param2.
     case kSelector_Request58:
     case kSelector_Request61:
     case kSelector_Request62:
     case kSelector_Request63:
-    case kSelector_Request64:          return UnsupportedOn(param2);
-    default:                           return kResult_Unsupported;
+    case kSelector_Request64:         return UnsupportedOn(param2);
+    default:                          return kResult_Unsupported;
     }
     // clang-format on
 }
