@@ -1,5 +1,6 @@
 // Faults sought: settings that change although the person changed nothing, a dialog of the plug-in that looks
 // one way and means another, a platform that needs a display and ends the process where there is none.
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 
@@ -81,6 +82,25 @@ TEST(PluginDialog, WhatThePersonSeesIsWhatIsStored) {
     expected["mFieldType"] = 0;
     expected["mBottomGradiantColorEnd"]["mRedPart"] = 2.5;
     EXPECT_EQ(nlohmann::json::parse(answer.settings), expected);
+}
+
+void CollectMnemonics(const std::vector<corvane::LayoutNode>& nodes, std::u16string& letters) {
+    for (const auto& node : nodes) {
+        if (node.label.mnemonic)
+            letters += static_cast<char16_t>(node.label.text[*node.label.mnemonic] & 0x5F); // upper case
+        CollectMnemonics(node.children, letters);
+    }
+}
+
+TEST(PluginDialog, NoTwoControlsShareALetter) {
+    std::ifstream file(SYNTHEX_BUILD_DIR
+                       "/lib/ImporterSynthex.bundle/Contents/Resources/ImporterSynthexPrefs.loom");
+    const std::string script(std::istreambuf_iterator<char>(file), {});
+    std::u16string letters;
+    CollectMnemonics(corvane::ParseLayout(script, u"ImporterSynthexPrefs").children, letters);
+    EXPECT_GT(letters.size(), 10u);
+    std::ranges::sort(letters);
+    EXPECT_EQ(std::ranges::adjacent_find(letters), letters.end()) << Mosk::ToUTF8(letters);
 }
 
 TEST(PluginDialog, EscIsACancel) {
