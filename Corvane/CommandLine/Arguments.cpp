@@ -1,12 +1,17 @@
 #include "Arguments.h"
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
+#include <functional>
 #include <limits>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 
@@ -63,8 +68,8 @@ constexpr char kRenderExamples[] =
 A file gets its name when it is complete: a render that fails or is cancelled
 (Ctrl-C) leaves nothing behind, and an older file of that name as it was.
 
-Exit status: 0 done, 1 failed, 2 wrong usage, 130 ended by Ctrl-C (128 plus the
-signal's number: 143 for SIGTERM).)";
+Exit status: 0 done, 1 failed, 2 wrong usage, 130 cancelled by Ctrl-C (128 plus
+the signal's number: 143 for SIGTERM).)";
 
 constexpr char kNewExamples[] =
     R"(Examples:
@@ -106,7 +111,9 @@ constexpr char kFormatsExamples[] =
 
 "mPixelFormat" of a settings file is one of these codes, as a decimal number.
 Frames of formats that can't be drawn in arrive in the one named last.
---json prints one object a line: code, characters, name, deliveredFormat.)";
+--json prints one object a line: code, characters, name, deliveredFormat.
+
+Exit status: 0 done, 1 the plug-in could not be used.)";
 
 constexpr char kValidateExamples[] =
     R"(Examples:
@@ -143,48 +150,35 @@ std::pair<std::int64_t, std::int64_t> ParseFrames(std::string_view text) {
                                    "' is no range; write FIRST:LAST (both included, from 0) or one number");
 }
 
-CLI::App* AddCommand(CLI::App& app, const char* name, const char* about, const std::string& examples,
-                     std::filesystem::path& bundle) {
-    CLI::App* const command = app.add_subcommand(name, about);
-    command->footer("\n" + examples);
-    command->add_option("--bundle", bundle, "The plug-in to use")->type_name("BUNDLE");
-    return command;
+void AddInfoOptions(CLI::App& command, InfoRequest& request) {
+    command.add_option("CLIP", request.clips, "Settings files (.synthex)")->required()->type_name("");
+    command.add_flag("--json", request.json, "One JSON object a line, one a clip");
 }
 
-CLI::App* AddInfo(CLI::App& app, InfoRequest& request) {
-    auto* const command = AddCommand(app, "info", "Say what clips are", kInfoExamples, request.bundle);
-    command->add_option("CLIP", request.clips, "Settings files (.synthex)")->required()->type_name("");
-    command->add_flag("--json", request.json, "One JSON object a line, one a clip");
-    return command;
-}
-
-CLI::App* AddRender(CLI::App& app, RenderRequest& request) {
-    auto* const command =
-        AddCommand(app, "render", "Make pictures or video of a clip", kRenderExamples, request.bundle);
+void AddRenderOptions(CLI::App& command, RenderRequest& request) {
     ExportOptions& options = request.options;
-    command->add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
+    command.add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
     command
-        ->add_option(
+        .add_option(
             "OUT", options.output,
             "The file to make: .png, .y4m, .raw, .mp4, .mov, .mkv, .framemd5 ...; - is standard output")
         ->required()
         ->type_name("");
     command
-        ->add_option_function<std::string>(
+        .add_option_function<std::string>(
             "--frames", [&options](const std::string& text) { options.frames = ParseFrames(text); },
             "Frames to render, both included, from 0 (default: all); or one frame")
         ->type_name("FIRST:LAST");
-    command->add_option("--format", options.format, "What to make, where the name of OUT does not say")
+    command.add_option("--format", options.format, "What to make, where the name of OUT does not say")
         ->type_name("SUFFIX");
-    command->add_option("--codec", options.codec, "Codec to use (default: the usual one of the format)")
+    command.add_option("--codec", options.codec, "Codec to use (default: the usual one of the format)")
         ->type_name("NAME");
-    command->add_option("--jobs", options.jobs, "Threads to work with (default: one a processor)")
+    command.add_option("--jobs", options.jobs, "Threads to work with (default: one a processor)")
         ->type_name("N")
         ->check(CLI::Range(1, 512));
-    command->add_flag("--native", options.native,
-                      "The frame bytes exactly as the plug-in delivered them (for .raw)");
-    command->add_flag("--quiet", request.quiet, "No progress bar, and no word about what was written");
-    return command;
+    command.add_flag("--native", options.native,
+                     "The frame bytes exactly as the plug-in delivered them (for .raw)");
+    command.add_flag("--quiet", request.quiet, "No progress bar, and no word about what was written");
 }
 
 /// Reads "A<separator>B", both from 1 to `limit`.
@@ -242,39 +236,28 @@ void AddDialogOptions(CLI::App& command, DialogOptions& options) {
     command.add_flag("--dump", options.dump, "Print the dialog's state just before it closes, as JSON");
 }
 
-CLI::App* AddNew(CLI::App& app, NewRequest& request) {
-    auto* const command = AddCommand(app, "new", "Make a clip in the dialog",
-                                     std::string(kNewExamples) + kDialogHelp, request.bundle);
-    command->add_option("OUT", request.output, "The settings file to make (.synthex)")
+void AddNewOptions(CLI::App& command, NewRequest& request) {
+    command.add_option("OUT", request.output, "The settings file to make (.synthex)")
         ->required()
         ->type_name("");
-    AddSequenceOptions(*command, request.sequence);
-    command->add_flag("--force", request.force, "Replace OUT where it exists");
-    AddDialogOptions(*command, request.dialog);
-    return command;
+    AddSequenceOptions(command, request.sequence);
+    command.add_flag("--force", request.force, "Replace OUT where it exists");
+    AddDialogOptions(command, request.dialog);
 }
 
-CLI::App* AddEdit(CLI::App& app, EditRequest& request) {
-    auto* const command = AddCommand(app, "edit", "Edit a clip in the dialog",
-                                     std::string(kEditExamples) + kDialogHelp, request.bundle);
-    command->add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
-    AddDialogOptions(*command, request.dialog);
-    return command;
+void AddEditOptions(CLI::App& command, EditRequest& request) {
+    command.add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
+    AddDialogOptions(command, request.dialog);
 }
 
-CLI::App* AddFormats(CLI::App& app, FormatsRequest& request) {
-    auto* const command =
-        AddCommand(app, "formats", "List the pixel formats", kFormatsExamples, request.bundle);
-    command->add_flag("--json", request.json, "One JSON object a line, one a format");
-    return command;
+void AddFormatsOptions(CLI::App& command, FormatsRequest& request) {
+    command.add_flag("--json", request.json, "One JSON object a line, one a format");
 }
 
-CLI::App* AddValidate(CLI::App& app, ValidateRequest& request) {
-    auto* const command =
-        AddCommand(app, "validate", "Check a plug-in as a host does", kValidateExamples, request.bundle);
-    command->add_option("BUNDLE", request.bundle, "The plug-in to check")->type_name("");
+void AddValidateOptions(CLI::App& command, ValidateRequest& request) {
+    command.add_option("BUNDLE", request.bundle, "The plug-in to check")->type_name("");
     command
-        ->add_option_function<double>(
+        .add_option_function<double>(
             "--time-limit",
             [&request](double seconds) {
                 request.timeLimit = std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
@@ -282,71 +265,94 @@ CLI::App* AddValidate(CLI::App& app, ValidateRequest& request) {
             "For all checks together (default: 20)")
         ->type_name("SECONDS")
         ->check(CLI::Range(0.001, 86400.0));
-    return command;
 }
 
-/// What `validate` starts; not for people.
-CLI::App* AddMakeChecks(CLI::App& app, ChecksRequest& request) {
-    auto* const command = app.add_subcommand("make-checks")->group("");
-    command->add_option("FIRST", request.first)->required();
-    command->add_option("PIPE", request.pipe)->required();
-    command->add_option("BUNDLE", request.bundle)->required();
-    return command;
+void AddMakeChecksOptions(CLI::App& command, ChecksRequest& request) {
+    command.add_option("FIRST", request.first)->required();
+    command.add_option("PIPE", request.pipe)->required();
+    command.add_option("BUNDLE", request.bundle)->required();
 }
 
-/// Tells the person what is wrong with the arguments, or what they asked to read.
-int Answer(CLI::App& app, const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);
-    std::string command = "synthex";
-    for (const CLI::App* const chosen : app.get_subcommands()) command += " " + chosen->get_name();
-    std::string_view what = error.what();
-    while (what.ends_with('.') || what.ends_with('\n')) what.remove_suffix(1);
-    PrintError(std::string(what) + "; see '" + command + " --help'.");
-    return kExitUsage;
-}
+/// The program's arguments: declared, then read.
+class Arguments {
+  public:
+    Arguments(int argc, const char* const* argv)
+        : mWords(argv + std::min(argc, 1), argv + argc), mApp(kAbout, "synthex") {
+        mApp.set_version_flag("--version", "synthex " SYNTHEX_VERSION);
+        mApp.footer(std::string("\n") + kExamples);
+        mApp.add_option("--bundle", mBundle, "The plug-in to use; also understood by every subcommand")
+            ->type_name("BUNDLE");
+        mApp.require_subcommand(1);
+    }
+
+    /// Declares a subcommand; one that is not for people has an empty `about`. Its options are declared only
+    /// where its name is among the arguments: all of them would be a third of the time in which the program
+    /// starts.
+    template <class Request>
+    void Add(const char* name, const char* about, const std::string& help,
+             void (*declareOptions)(CLI::App&, Request&), int (*run)(const Request&)) {
+        CLI::App* const command = mApp.add_subcommand(name, about);
+        const bool hidden = *about == '\0';
+        if (hidden) command->group("");
+        if (std::ranges::find(mWords, std::string_view(name)) == mWords.end()) return;
+        const auto request = std::make_shared<Request>();
+        command->footer("\n" + help);
+        declareOptions(*command, *request);
+        if (!hidden)
+            command->add_option("--bundle", request->bundle, "The plug-in to use")->type_name("BUNDLE");
+        mRuns.emplace_back(command, [this, request, run] {
+            if (request->bundle.empty()) request->bundle = mBundle;
+            return run(*request);
+        });
+    }
+
+    /// Reads the arguments and does what they ask for. Returns the exit status.
+    int Run(int argc, const char* const* argv) {
+        try {
+            mApp.parse(argc, argv);
+        } catch (const CLI::ParseError& error) {
+            return Answer(error);
+        }
+        for (const auto& [command, run] : mRuns)
+            if (command->parsed()) return run();
+        return kExitUsage;
+    }
+
+  private:
+    /// Tells the person what is wrong with the arguments, or what they asked to read.
+    int Answer(const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0) return mApp.exit(error);
+        std::string command = "synthex";
+        for (const CLI::App* const chosen : mApp.get_subcommands()) command += " " + chosen->get_name();
+        std::string what = error.what();
+        while (what.ends_with('.') || what.ends_with('\n')) what.pop_back();
+        if (const auto rest = mApp.remaining(); command == "synthex" && !rest.empty())
+            what = "there is no subcommand or option '" + rest.front() + "'";
+        PrintError(what + "; see '" + command + " --help'");
+        return kExitUsage;
+    }
+
+    std::vector<std::string_view> mWords;
+    CLI::App mApp;
+    std::filesystem::path mBundle;
+    std::vector<std::pair<const CLI::App*, std::function<int()>>> mRuns;
+};
 
 } // namespace
 
 int RunArguments(int argc, const char* const* argv) {
-    CLI::App app(kAbout, "synthex");
-    app.set_version_flag("--version", "synthex " SYNTHEX_VERSION);
-    app.footer(std::string("\n") + kExamples);
-    std::filesystem::path bundle;
-    app.add_option("--bundle", bundle, "The plug-in to use; also understood by every subcommand")
-        ->type_name("BUNDLE");
-    app.require_subcommand(1);
-
-    InfoRequest info;
-    RenderRequest render;
-    NewRequest make;
-    EditRequest edit;
-    FormatsRequest formats;
-    ValidateRequest validate;
-    ChecksRequest checks;
-    const CLI::App* const infoCommand = AddInfo(app, info);
-    const CLI::App* const renderCommand = AddRender(app, render);
-    const CLI::App* const newCommand = AddNew(app, make);
-    const CLI::App* const editCommand = AddEdit(app, edit);
-    const CLI::App* const formatsCommand = AddFormats(app, formats);
-    const CLI::App* const validateCommand = AddValidate(app, validate);
-    const CLI::App* const checksCommand = AddMakeChecks(app, checks);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        return Answer(app, error);
-    }
-    for (std::filesystem::path* const named :
-         {&info.bundle, &render.bundle, &make.bundle, &edit.bundle, &formats.bundle, &validate.bundle})
-        if (named->empty()) *named = bundle;
-
-    if (infoCommand->parsed()) return RunInfo(info);
-    if (renderCommand->parsed()) return RunRender(render);
-    if (newCommand->parsed()) return RunNew(make);
-    if (editCommand->parsed()) return RunEdit(edit);
-    if (formatsCommand->parsed()) return RunFormats(formats);
-    if (validateCommand->parsed()) return RunValidate(validate);
-    if (checksCommand->parsed()) return RunChecks(checks);
-    return kExitUsage;
+    const std::string dialogHelp = kDialogHelp;
+    Arguments arguments(argc, argv);
+    arguments.Add("info", "Say what clips are", kInfoExamples, AddInfoOptions, RunInfo);
+    arguments.Add("render", "Make pictures or video of a clip", kRenderExamples, AddRenderOptions, RunRender);
+    arguments.Add("new", "Make a clip in the dialog", kNewExamples + dialogHelp, AddNewOptions, RunNew);
+    arguments.Add("edit", "Edit a clip in the dialog", kEditExamples + dialogHelp, AddEditOptions, RunEdit);
+    arguments.Add("formats", "List the pixel formats", kFormatsExamples, AddFormatsOptions, RunFormats);
+    arguments.Add("validate", "Check a plug-in as a host does", kValidateExamples, AddValidateOptions,
+                  RunValidate);
+    // What `validate` starts; not for people.
+    arguments.Add("make-checks", "", "", AddMakeChecksOptions, RunChecks);
+    return arguments.Run(argc, argv);
 }
 
 } // namespace corvane::commandline

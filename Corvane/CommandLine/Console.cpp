@@ -13,7 +13,9 @@ void Print(std::string_view text) {
 
 void PrintError(std::string_view message) {
     // One write, so that lines of several processes don't mix.
-    const std::string line = "synthex: " + std::string(message) + "\n";
+    std::string line = "synthex: " + std::string(message);
+    if (!line.ends_with('.')) line += '.';
+    line += '\n';
     std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
@@ -21,7 +23,7 @@ bool FlushOutput() {
     errno = 0;
     if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return true;
     PrintError("standard output: it can't be written (" + std::string(std::strerror(errno)) +
-               "); send it elsewhere or make room.");
+               "); send it elsewhere or make room");
     return false;
 }
 

@@ -1,5 +1,6 @@
 #include <exception>
 #include <new>
+#include <string>
 
 #include "Arguments.h"
 #include "Commands.h"
@@ -18,10 +19,10 @@ int main(int argc, char** argv) {
     } catch (const corvane::Failure& failure) {
         PrintError(failure.what());
     } catch (const std::bad_alloc&) {
-        PrintError("there is not enough memory for this; ask for smaller frames or fewer --jobs.");
+        PrintError("there is not enough memory for this; ask for smaller frames or fewer --jobs");
     } catch (const std::exception& exception) {
         PrintError("this failed in a way that was not foreseen (" + std::string(exception.what()) +
-                   "); please report it with the command and the clip.");
+                   "); please report it with the command and the clip");
     }
     return kExitFailed;
 }

@@ -1,6 +1,8 @@
 #include <atomic>
 #include <csignal>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -25,21 +27,27 @@ void OnEndingSignal(int signal) {
     gCancel = true;
 }
 
+/// Whether the export makes files that have to be tidied up. A pipe or device is written as it is; there a
+/// signal may end the program at once, which helps where nobody reads the pipe.
+bool MakesFiles(const std::filesystem::path& output) {
+    std::error_code error;
+    const auto type = std::filesystem::status(output, error).type();
+    return output != "-" &&
+           (type == std::filesystem::file_type::not_found || type == std::filesystem::file_type::regular);
+}
+
 /// Lets the signals that end a program end the export instead, which then tidies up. A second one is taken in
-/// the same way: ending at once would leave a half-written file. A reader that goes away is an error of
-/// writing, not a signal.
+/// the same way: ending at once would leave a half-written file.
 void TakeEndingSignals() {
     struct sigaction action {};
     action.sa_handler = OnEndingSignal;
     ::sigemptyset(&action.sa_mask);
-    // Not restarted: a write that waits for a reader is to notice.
     for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction before {};
         ::sigaction(signal, nullptr, &before);
         // Whoever started the program may have it ignore a signal, as nohup does.
         if (before.sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
     }
-    ::signal(SIGPIPE, SIG_IGN);
 }
 
 std::string BytesText(std::uint64_t bytes) {
@@ -55,7 +63,7 @@ std::string BytesText(std::uint64_t bytes) {
 int RunRender(const RenderRequest& request) {
     const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
     const auto clip = Clip::OpenFile(bundle, request.clip);
-    TakeEndingSignals();
+    if (MakesFiles(request.options.output)) TakeEndingSignals();
     ExportReport report;
     {
         ProgressBar bar(!request.quiet);

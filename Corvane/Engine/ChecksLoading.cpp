@@ -84,8 +84,8 @@ void CheckShutdown(CheckRun& run) {
 }
 
 void CheckReload(CheckRun& run) {
-    // The first rounds fill caches of the host and of the system's loader. What is lost in every round is a block of at
-    // least the smallest size.
+    // The first rounds fill caches of the host and of the system's loader. What is lost in every round is a
+    // block of at least the smallest size.
     constexpr std::uint64_t kSmallestBlock = 32;
     constexpr int kWarmUp = 100;
     constexpr int kRounds = 100;

@@ -92,7 +92,8 @@ std::optional<CvPixelFormat> DeliveredFormat(const std::shared_ptr<Bundle>& bund
     return delivered;
 }
 
-Clip::Clip(std::shared_ptr<Bundle> bundle, std::string name) : mBundle(std::move(bundle)), mName(std::move(name)) {}
+Clip::Clip(std::shared_ptr<Bundle> bundle, std::string name)
+    : mBundle(std::move(bundle)), mName(std::move(name)) {}
 
 std::unique_ptr<Clip> Clip::OpenFile(std::shared_ptr<Bundle> bundle, const std::filesystem::path& path) {
     std::unique_ptr<Clip> clip(new Clip(std::move(bundle), path.string()));
@@ -115,7 +116,8 @@ Clip::~Clip() {
 }
 
 void Clip::Fail(const std::string& reason) const {
-    const std::string_view stop = reason.ends_with('.') ? "" : "."; // the plug-in's own texts may end with one
+    const std::string_view stop =
+        reason.ends_with('.') ? "" : "."; // the plug-in's own texts may end with one
     throw Failure(fmt::format("{}: {}{}", mName, reason, stop));
 }
 
@@ -132,7 +134,8 @@ void Clip::OpenInstance(const std::filesystem::path& path) {
 }
 
 void Clip::ReadSettings() {
-    // For a file that exists and a first-time flag the plug-in shows no dialog and writes the file's settings.
+    // For a file that exists and a first-time flag the plug-in shows no dialog and writes the file's
+    // settings.
     std::string buffer(kPrefsBufferSize, '\0');
     imFileAccessRec8 access = HostRecord<imFileAccessRec8>();
     access.mFilePath = mPath.c_str();

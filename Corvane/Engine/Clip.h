@@ -26,10 +26,10 @@ struct ClipInfo {
     std::uint32_t duration = 0; ///< frames times sample size, low 32 bits
 
     // From the settings text that the plug-in gave.
-    CvPixelFormat pixelFormat = 0;   ///< the format asked for; it may be unknown to the host
-    std::int64_t ticksPerFrame = 0;  ///< exact; 0 or negative where the clip has no rate
+    CvPixelFormat pixelFormat = 0;  ///< the format asked for; it may be unknown to the host
+    std::int64_t ticksPerFrame = 0; ///< exact; 0 or negative where the clip has no rate
     std::int64_t durationTicks = 0;
-    std::int64_t frames = 0;         ///< whole frames; 0 where rate or duration are not positive
+    std::int64_t frames = 0; ///< whole frames; 0 where rate or duration are not positive
 
     /// The format in which frames arrive; empty where the plug-in can't make any.
     std::optional<CvPixelFormat> deliveredFormat;
@@ -40,13 +40,16 @@ struct ClipInfo {
 /// The format in which the plug-in delivers frames of `format`; empty where it can't make any.
 std::optional<CvPixelFormat> DeliveredFormat(const std::shared_ptr<Bundle>& bundle, CvPixelFormat format);
 
-/// An open clip. Owns the plug-in's instance. `GetFrame` may be called from many threads at once; nothing else may.
+/// An open clip. Owns the plug-in's instance. `GetFrame` may be called from many threads at once; nothing
+/// else may.
 class Clip {
   public:
     /// Opens a settings file. Throws `Failure` with the file's name and the reason.
     static std::unique_ptr<Clip> OpenFile(std::shared_ptr<Bundle> bundle, const std::filesystem::path& path);
-    /// Opens a clip that lives in a project: `prefs` is the settings text, `name` what to call it in messages.
-    static std::unique_ptr<Clip> OpenPrefs(std::shared_ptr<Bundle> bundle, std::string name, std::string prefs);
+    /// Opens a clip that lives in a project: `prefs` is the settings text, `name` what to call it in
+    /// messages.
+    static std::unique_ptr<Clip> OpenPrefs(std::shared_ptr<Bundle> bundle, std::string name,
+                                           std::string prefs);
 
     ~Clip();
     Clip(const Clip&) = delete;
@@ -58,11 +61,12 @@ class Clip {
     /// The settings text as the plug-in writes it.
     const std::string& Settings() const { return mPrefs; }
 
-    /// Frame `index`, counted from 0: its time is index times ticks per frame, exactly. Throws `Failure` for an index
-    /// outside the clip, and with the reason where the plug-in can't make the frame.
+    /// Frame `index`, counted from 0: its time is index times ticks per frame, exactly. Throws `Failure` for
+    /// an index outside the clip, and with the reason where the plug-in can't make the frame.
     Frame GetFrame(std::int64_t index) const;
 
-    /// Says why no frame can be rendered (no rate, no duration, an impossible size or format); empty where they can.
+    /// Says why no frame can be rendered (no rate, no duration, an impossible size or format); empty where
+    /// they can.
     std::string WhyNotRenderable() const;
 
   private:

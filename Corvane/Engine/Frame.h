@@ -12,8 +12,8 @@ namespace corvane {
 struct FrameView {
     const std::byte* pixels = nullptr;
     std::int32_t rowBytes = 0;
-    std::uint32_t width = 0;  ///< pixels
-    std::uint32_t height = 0; ///< rows
+    std::uint32_t width = 0;   ///< pixels
+    std::uint32_t height = 0;  ///< rows
     RK_PixelFormat format = 0; ///< always concrete
 };
 
@@ -25,8 +25,8 @@ constexpr std::uint32_t BytesPerPixel(RK_PixelFormat format) {
 /// Says why the host makes no frame of that size and format; empty where it does.
 std::string WhyNoFrame(std::uint32_t width, std::uint32_t height, CvPixelFormat format);
 
-/// One frame as the plug-in delivered it. Owns the host's buffer and gives it back to the pool when destroyed.
-/// May be moved to and destroyed on any thread.
+/// One frame as the plug-in delivered it. Owns the host's buffer and gives it back to the pool when
+/// destroyed. May be moved to and destroyed on any thread.
 class Frame {
   public:
     Frame() = default;

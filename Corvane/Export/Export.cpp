@@ -58,7 +58,8 @@ Range RangeOf(const Clip& clip, const ExportOptions& options, bool single) {
 
 unsigned Processors() {
     cpu_set_t allowed;
-    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0) return static_cast<unsigned>(CPU_COUNT(&allowed));
+    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0)
+        return static_cast<unsigned>(CPU_COUNT(&allowed));
     return std::max(1u, std::thread::hardware_concurrency());
 }
 
@@ -103,7 +104,8 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
         return RenderedFrame{view, std::move(frame)};
     };
     ExportReport report;
-    report.frames = RunPipeline(render, *target, range.first, range.last, JobsOf(options, *target), progress, cancel);
+    report.frames =
+        RunPipeline(render, *target, range.first, range.last, JobsOf(options, *target), progress, cancel);
     report.cancelled = report.frames < total;
     if (report.cancelled) return report;
     target->Finish();

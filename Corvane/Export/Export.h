@@ -27,13 +27,18 @@ struct ExportOptions {
     /// The kind of output as a suffix without its dot (`png`, `y4m`, `raw`, `mp4`, `mov`, `mkv`, `framemd5`,
     /// ...). Empty: from the suffix of `output`.
     std::string format;
-    /// The codec's name. Empty: the kind's own default.
+    /// The codec, NAME[:option=value[:option=value...]], such as `h264:preset=ultrafast:crf=23` or
+    /// `ffv1:pix_fmt=yuv420p`. NAME is h264, ffv1, prores, v210 or any encoder of libav; the options are the
+    /// encoder's own, and `pix_fmt` and `threads`. For `y4m` it is the sampling: 420, 422 or 444, with p10,
+    /// p12, p14 or p16 behind it for more bits. Empty: H.264 of quality 18 in MP4, MOV and MKV, raw video in
+    /// the checksum kinds, 420 (420p16 for float formats) in `y4m`.
     std::string codec;
     /// First and last frame, both included, from 0. Empty: the whole clip.
     std::optional<std::pair<std::int64_t, std::int64_t>> frames;
-    /// Threads that render and convert. 0: as many as the machine has.
+    /// Threads that render and convert. 0: as many as are of use on this machine.
     unsigned jobs = 0;
-    /// The bytes exactly as the plug-in delivered them, row padding removed. For `raw` only.
+    /// The bytes exactly as the plug-in delivered them, row padding removed. For `raw` only, which else is B,
+    /// G, R, A in bytes for 8-bit formats and R, G, B, A in 16-bit little-endian words for float ones.
     bool native = false;
 };
 
@@ -51,7 +56,12 @@ struct ExportReport {
 /// Renders frames of `clip` into a file, files or a stream. Worker threads render; frames arrive in order. A
 /// file is made under a temporary name beside its place and renamed when complete; a pipe or device is
 /// written as it is. Setting `cancel` (from any thread or a signal handler) ends the export at the next
-/// frame.
+/// frame. SIGPIPE and SIGXFSZ are ignored meanwhile.
+///
+/// Y'CbCr is limited range with chroma sited left; it keeps the clip's own matrix, or is made of R'G'B' by
+/// BT.709 for more than 576 rows and else by BT.601. Premultiplied colour is divided by its alpha; targets
+/// without alpha drop it. Linear light is coded by BT.709's transfer. A PNG name without a number gets the
+/// first frame.
 ///
 /// Throws `UsageFailure` and `Failure`; no partial file remains.
 ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const ExportProgress& progress,

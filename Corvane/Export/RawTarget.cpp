@@ -68,8 +68,8 @@ class RawTarget final : public Target {
 
     void Finish() override { mWriter.Finish(); }
     bool KeepsFrames() const override { return mAsDelivered; }
-    // A frame in the cache of the thread that made it is written sooner than a second thread makes another; only a pipe
-    // keeps the one thread waiting.
+    // A frame in the cache of the thread that made it is written sooner than a second thread makes another;
+    // only a pipe keeps the one thread waiting.
     unsigned UsefulJobs(unsigned jobs) const override {
         return !mAsDelivered ? jobs : mWriter.MayBlock() ? std::min(jobs, 2u) : 1;
     }

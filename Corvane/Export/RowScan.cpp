@@ -19,8 +19,8 @@ Pattern PatternOf(const std::byte* pixel, std::uint32_t pixelBytes) {
     return pattern;
 }
 
-// Without a branch inside the block. The processor's own look-ahead stops at each page, which costs a third of the time
-// where the frame is no longer in the nearest cache; fetching past the frame's end is harmless.
+// Without a branch inside the block. The processor's own look-ahead stops at each page, which costs a third
+// of the time where the frame is no longer in the nearest cache; fetching past the frame's end is harmless.
 bool BlockRepeats(const std::byte* block, Pattern pattern) {
     Pattern difference{};
     for (std::size_t i = 0; i < kBlockBytes; i += kCacheLine) __builtin_prefetch(block + kFetchAhead + i);

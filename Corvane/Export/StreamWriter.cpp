@@ -12,7 +12,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "ZimgGraph.h"
+#include "AlignedBytes.h"
 
 namespace corvane {
 namespace {
@@ -21,7 +21,6 @@ namespace {
 constexpr std::size_t kBlock = 4096;
 constexpr std::size_t kChunk = std::size_t{8} << 20;
 constexpr std::size_t kChunks = 3;
-constexpr int kPipeSize = 1 << 20;
 // Below this the page cache is quicker than waiting for the disk.
 constexpr std::uint64_t kWorthDirect = std::uint64_t{64} << 20;
 
@@ -117,8 +116,7 @@ class StreamWriter::DirectQueue {
 
 StreamWriter::StreamWriter(const std::filesystem::path& path, std::uint64_t total) : mFile(path) {
     struct stat status {};
-    if (fstat(mFile.Fd(), &status) == 0 && S_ISFIFO(status.st_mode))
-        fcntl(mFile.Fd(), F_SETPIPE_SZ, kPipeSize);
+    mPipe = fstat(mFile.Fd(), &status) == 0 && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
     if (!mFile.IsRegular()) return;
     if (total != 0 && fallocate(mFile.Fd(), FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(total)) != 0 &&
         (errno == ENOSPC || errno == EFBIG || errno == EDQUOT))

@@ -10,7 +10,7 @@
 namespace corvane {
 
 /// Writes much data in order as fast as its destination takes it: a file on a disk past the page cache with
-/// writes that overlap with what makes the data, a pipe through an enlarged buffer, all else plainly. One
+/// writes that overlap with what makes the data, all else plainly. One
 /// thread at a time.
 class StreamWriter {
   public:

@@ -1,19 +1,11 @@
 #include "ZimgGraph.h"
 
-#include <new>
-
 #include <fmt/format.h>
 
 #include "Engine/Failure.h"
 
 namespace corvane {
 namespace {
-
-constexpr std::size_t kAlignment = 64;
-
-constexpr std::size_t Aligned(std::size_t size) {
-    return (size + kAlignment - 1) / kAlignment * kAlignment;
-}
 
 [[noreturn]] void FailWithLastError() {
     char message[256] = {};
@@ -23,19 +15,6 @@ constexpr std::size_t Aligned(std::size_t size) {
 }
 
 } // namespace
-
-void AlignedBytes::Free::operator()(std::byte* bytes) const {
-    ::operator delete(bytes, std::align_val_t(kAlignment));
-}
-
-std::byte* AlignedBytes::Get(std::size_t size) {
-    if (size > mSize || !mBytes) {
-        mBytes.reset();
-        mBytes.reset(static_cast<std::byte*>(::operator new(Aligned(size), std::align_val_t(kAlignment))));
-        mSize = size;
-    }
-    return mBytes.get();
-}
 
 void PlaneBuffer::Shape(int plane, std::size_t rowBytes, std::uint32_t rows) {
     mStride[plane] = Aligned(rowBytes);

@@ -3,25 +3,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <vector>
 
 #include <zimg.h>
 
+#include "AlignedBytes.h"
+
 namespace corvane {
-
-/// Memory that starts at a multiple of 64 bytes. Grows, never shrinks; its content does not survive growing.
-class AlignedBytes {
-  public:
-    /// At least `size` bytes.
-    std::byte* Get(std::size_t size);
-
-  private:
-    struct Free {
-        void operator()(std::byte* bytes) const;
-    };
-    std::unique_ptr<std::byte, Free> mBytes;
-    std::size_t mSize = 0;
-};
 
 /// Up to four planes whose rows are aligned for zimg.
 class PlaneBuffer {

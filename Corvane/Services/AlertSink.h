@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-/// Where `Mosk::ThrowAfterUnhandledExceptionAlert` delivers its messages. One sink a thread is active at a time: the
-/// one made last on that thread. Without one, messages go to standard error.
+/// Where `Mosk::ThrowAfterUnhandledExceptionAlert` delivers its messages. One sink a thread is active at a
+/// time: the one made last on that thread. Without one, messages go to standard error.
 class AlertSink {
   public:
     /// What the sink asks of the reporter.

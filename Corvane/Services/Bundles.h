@@ -13,11 +13,12 @@ struct CFBundle {
 
 namespace corvane {
 
-/// Makes a bundle known to `CFBundleGetBundleWithIdentifier` while this object lives; done by whoever loads it.
-/// Of two with one identifier the later is found. Any thread.
+/// Makes a bundle known to `CFBundleGetBundleWithIdentifier` while this object lives; done by whoever loads
+/// it. Of two with one identifier the later is found. Any thread.
 class BundleRegistration {
   public:
-    /// Reads `folder`/Contents/Info.plist. Throws `std::runtime_error` where it is missing or names no identifier.
+    /// Reads `folder`/Contents/Info.plist. Throws `std::runtime_error` where it is missing or names no
+    /// identifier.
     explicit BundleRegistration(const std::filesystem::path& folder);
     ~BundleRegistration();
     BundleRegistration(const BundleRegistration&) = delete;

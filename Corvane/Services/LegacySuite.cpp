@@ -33,8 +33,8 @@ bool IsCloser(Fraction a, Fraction b, Fraction value) {
     return da < db;
 }
 
-/// The nearest fraction whose terms both fit 32 bits: the last continued-fraction convergent that fits, or the
-/// semiconvergent after it, whichever is closer.
+/// The nearest fraction whose terms both fit 32 bits: the last continued-fraction convergent that fits, or
+/// the semiconvergent after it, whichever is closer.
 Fraction NearestFitting(Fraction value) {
     if (value.numerator <= kMaximumTerm && value.denominator <= kMaximumTerm) return value;
     Fraction previous{0, 1};
@@ -70,15 +70,17 @@ std::int32_t RateToTicks(std::uint32_t scale, std::uint32_t sampleSize, std::int
     }
     using Wide = unsigned __int128;
     const Wide ticks = (Wide(lummediatypes::kTicksPerSecond) * sampleSize * 2 + scale) / (Wide(scale) * 2);
-    *ticksPerFrame = static_cast<std::int64_t>(std::min<Wide>(ticks, std::numeric_limits<std::int64_t>::max()));
+    *ticksPerFrame =
+        static_cast<std::int64_t>(std::min<Wide>(ticks, std::numeric_limits<std::int64_t>::max()));
     return 0;
 }
 
 std::int32_t TicksToRate(std::int64_t ticksPerFrame, std::uint32_t* scale, std::uint32_t* sampleSize) {
     if (scale == nullptr || sampleSize == nullptr || ticksPerFrame <= 0) return kFailed;
     const std::int64_t divisor = std::gcd(lummediatypes::kTicksPerSecond, ticksPerFrame);
-    const Fraction rate = NearestFitting({static_cast<std::uint64_t>(lummediatypes::kTicksPerSecond / divisor),
-                                          static_cast<std::uint64_t>(ticksPerFrame / divisor)});
+    const Fraction rate =
+        NearestFitting({static_cast<std::uint64_t>(lummediatypes::kTicksPerSecond / divisor),
+                        static_cast<std::uint64_t>(ticksPerFrame / divisor)});
     *scale = static_cast<std::uint32_t>(rate.numerator);
     *sampleSize = static_cast<std::uint32_t>(rate.denominator);
     return 0;

@@ -87,11 +87,16 @@ Result File::Open(const String& path, FileAccessFlags) {
     if (descriptor < 0) return ResultOfErrno(errno);
     struct stat status {};
     Result result = kResult_OK;
-    if (::fstat(descriptor, &status) != 0) result = kResult_Failed;
-    else if (!S_ISREG(status.st_mode)) result = kResult_NotAFile;
-    else if (static_cast<std::uint64_t>(status.st_size) > kSizeLimit) result = kResult_TooLarge;
-    if (result < 0) ::close(descriptor);
-    else mDescriptor = descriptor;
+    if (::fstat(descriptor, &status) != 0)
+        result = kResult_Failed;
+    else if (!S_ISREG(status.st_mode))
+        result = kResult_NotAFile;
+    else if (static_cast<std::uint64_t>(status.st_size) > kSizeLimit)
+        result = kResult_TooLarge;
+    if (result < 0)
+        ::close(descriptor);
+    else
+        mDescriptor = descriptor;
     return result;
 }
 
@@ -132,7 +137,8 @@ Result File::Create(const String& path, FileAccessFlags, FileShareModeFlags,
 
 std::uint64_t File::SizeOnDisk() const {
     struct stat status {};
-    return mDescriptor >= 0 && ::fstat(mDescriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    return mDescriptor >= 0 && ::fstat(mDescriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size)
+                                                                  : 0;
 }
 
 Result File::Read(void* buffer, std::uint32_t size, std::uint32_t& bytesRead) {

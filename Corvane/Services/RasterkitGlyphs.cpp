@@ -58,10 +58,10 @@ class GlyphCache {
         return found == mPictures.end() ? nullptr : found->second;
     }
 
-    void Keep(Key key, std::shared_ptr<const GlyphPicture> picture) {
+    void Keep(Key key, const std::shared_ptr<const GlyphPicture>& picture) {
         const std::lock_guard lock(mMutex);
         const std::size_t bytes = picture->pixels.size();
-        if (!mPictures.try_emplace(key, std::move(picture)).second) return; // another thread was quicker
+        if (!mPictures.try_emplace(key, picture).second) return; // another thread was quicker
         mOrder.push_back(key);
         mBytes += bytes;
         while (mBytes > kMaxCacheBytes) {

@@ -130,7 +130,7 @@ void CoverRow(std::uint32_t glyph, std::uint32_t height, std::uint32_t row, std:
         for (std::size_t i = columnOf(bounds.left - reach); i < end; ++i) {
             const float x = (static_cast<float>(firstColumn + i) + 0.5f) * pixel;
             const float inside = (kHalfWeight - Distance(stroke, {x, y})) / pixel + 0.5f;
-            const auto level = static_cast<std::uint8_t>(std::clamp(inside, 0.0f, 1.0f) * 255.0f + 0.5f);
+            const auto level = static_cast<std::uint8_t>(std::clamp(inside * 255.0f + 0.5f, 0.0f, 255.0f));
             coverage[i] = std::max(coverage[i], level);
         }
     }

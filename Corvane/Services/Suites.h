@@ -19,8 +19,8 @@ const CvMemoryFunctions* MemoryFunctions();
 /// The standard parameters of every call of this process's plug-ins.
 imStdParms* StandardParameters();
 
-/// For tests of what happens when a suite can't be had: `AcquireSuite` fails, and stores null, while `refuse` is
-/// not null and returns true for the suite. Any thread.
+/// For tests of what happens when a suite can't be had: `AcquireSuite` fails, and stores null, while `refuse`
+/// is not null and returns true for the suite. Any thread.
 using SuiteRefusal = bool (*)(const char* name, std::int32_t version);
 void SetSuiteRefusal(SuiteRefusal refuse);
 

@@ -49,8 +49,10 @@ config::Localizer& config::Localizer::Get() {
     return localizer;
 }
 
-bool debug::BreakAfterContractDialog(const char* expression, const char* file, const char* function, int line) {
-    std::fputs(fmt::format("{}:{}: {}: contract failed: {}\n", file, line, function, expression).c_str(), stderr);
+bool debug::BreakAfterContractDialog(const char* expression, const char* file, const char* function,
+                                     int line) {
+    std::fputs(fmt::format("{}:{}: {}: contract failed: {}\n", file, line, function, expression).c_str(),
+               stderr);
     return true;
 }
 
@@ -58,7 +60,8 @@ bool debug::IsDebuggerAttached() {
     std::ifstream status("/proc/self/status");
     constexpr std::string_view kField = "TracerPid:";
     for (std::string line; std::getline(status, line);)
-        if (line.starts_with(kField)) return line.find_first_not_of(" \t0", kField.size()) != std::string::npos;
+        if (line.starts_with(kField))
+            return line.find_first_not_of(" \t0", kField.size()) != std::string::npos;
     return false;
 }
 

@@ -88,15 +88,24 @@ class Writer {
 
     void Write(const Value& value) {
         // The most frequent kinds first.
-        if (const auto* const number = boost::any_cast<double>(&value)) WriteDouble(*number);
-        else if (const auto* const natural = boost::any_cast<std::uint64_t>(&value)) WriteNumber(*natural);
-        else if (const auto* const object = boost::any_cast<Object>(&value)) WriteObject(*object);
-        else if (const auto* const integer = boost::any_cast<std::int64_t>(&value)) WriteNumber(*integer);
-        else if (const auto* const array = boost::any_cast<Array>(&value)) WriteArray(*array);
-        else if (const auto* const text = boost::any_cast<UTF8String>(&value)) WriteText(*text);
-        else if (const auto* const truth = boost::any_cast<bool>(&value)) mText += *truth ? "true" : "false";
-        else if (boost::any_cast<Null>(&value)) mText += "null";
-        else throw boost::bad_any_cast();
+        if (const auto* const number = boost::any_cast<double>(&value))
+            WriteDouble(*number);
+        else if (const auto* const natural = boost::any_cast<std::uint64_t>(&value))
+            WriteNumber(*natural);
+        else if (const auto* const object = boost::any_cast<Object>(&value))
+            WriteObject(*object);
+        else if (const auto* const integer = boost::any_cast<std::int64_t>(&value))
+            WriteNumber(*integer);
+        else if (const auto* const array = boost::any_cast<Array>(&value))
+            WriteArray(*array);
+        else if (const auto* const text = boost::any_cast<UTF8String>(&value))
+            WriteText(*text);
+        else if (const auto* const truth = boost::any_cast<bool>(&value))
+            mText += *truth ? "true" : "false";
+        else if (boost::any_cast<Null>(&value))
+            mText += "null";
+        else
+            throw boost::bad_any_cast();
     }
 
   private:
@@ -135,8 +144,10 @@ class Writer {
     void WriteText(const UTF8String& text) {
         const std::string_view narrow(reinterpret_cast<const char*>(text.data()), text.size());
         const auto isPlain = [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; };
-        if (std::ranges::all_of(narrow, isPlain)) mText.append(1, '"').append(narrow).append(1, '"');
-        else mText += nlohmann::json(narrow).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+        if (std::ranges::all_of(narrow, isPlain))
+            mText.append(1, '"').append(narrow).append(1, '"');
+        else
+            mText += nlohmann::json(narrow).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     }
 
     template <class Number>

@@ -15,7 +15,7 @@ extern "C" {
 namespace corvane {
 namespace {
 
-constexpr int kAlignment = 64;
+constexpr int kRowAlignment = 64;
 constexpr int kBitstreamSlack = 64; // encoders may read a little past the last row
 
 AVRational Rational(Ratio ratio) {
@@ -75,7 +75,7 @@ LibavEncoder::LibavEncoder(const LibavRequest& request, CodecChoice choice, bool
     SetDefaults(choice, mFacts.order);
     Open(choice);
     const int size =
-        av_image_get_buffer_size(mContext->pix_fmt, mContext->width, mContext->height, kAlignment);
+        av_image_get_buffer_size(mContext->pix_fmt, mContext->width, mContext->height, kRowAlignment);
     mPool.reset(av_buffer_pool_init(static_cast<std::size_t>(size) + kBitstreamSlack, av_buffer_alloc));
     if (size < 0 || !mPool) throw std::bad_alloc();
 }
@@ -137,7 +137,7 @@ void LibavEncoder::NewPicture(AVFrame& picture) const {
     picture.width = context.width;
     picture.height = context.height;
     av_image_fill_arrays(picture.data, picture.linesize, picture.buf[0]->data, context.pix_fmt, context.width,
-                         context.height, kAlignment);
+                         context.height, kRowAlignment);
     picture.extended_data = picture.data;
     picture.sample_aspect_ratio = context.sample_aspect_ratio;
     picture.interlaced_frame = mFacts.Interlaced();

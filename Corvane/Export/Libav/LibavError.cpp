@@ -34,7 +34,10 @@ std::string LibavMessage(int error) {
 }
 
 LibavLog::LibavLog() {
-    sLast.clear();
+    {
+        const std::lock_guard lock(sMutex);
+        sLast.clear();
+    }
     av_log_set_callback(KeepErrors);
 }
 

@@ -46,8 +46,8 @@ class LibavTarget final : public Target {
         mMuxer.Finish();
     }
 
-    // An encoder with threads of its own keeps the processors busy, and bytes are converted in far less time than they
-    // are encoded; float frames are more work.
+    // An encoder with threads of its own keeps the processors busy, and bytes are converted in far less time
+    // than they are encoded; float frames are more work.
     unsigned UsefulJobs(unsigned jobs) const override {
         constexpr int kThreads =
             AV_CODEC_CAP_FRAME_THREADS | AV_CODEC_CAP_SLICE_THREADS | AV_CODEC_CAP_OTHER_THREADS;

@@ -85,6 +85,13 @@ std::int32_t AnswerSuccess(const Call& call) {
     return kResult_Success;
 }
 
+std::int32_t KeepAMissingFile(const Call& call) {
+    const std::int32_t result = call.Real();
+    if (result == kResult_FileUnreadable)
+        std::memset(&static_cast<imFileOpenRec8*>(call.param2)->mPrivateData, 1, 8);
+    return result;
+}
+
 std::int32_t PrefsNotTerminated(const Call& call) {
     const std::int32_t result = call.Real();
     if (char* const prefs = static_cast<imGetPrefsRec*>(call.param2)->mPrefs)
@@ -110,7 +117,7 @@ constexpr FaultRow kFaults[] = {
     {"selector 58 writes", kSelector_Request58, SpoiltRecord<2, 100>},
     {"format flags are wrong", kSelector_GetIndFormat, SpoiltRecord<2, 4>},
     {"pixel formats have no end", kSelector_GetIndPixelFormat, AnswerSuccess},
-    {"a missing file is kept", kSelector_OpenFile8, SpoiltRecord<2, 20>},
+    {"a missing file is kept", kSelector_OpenFile8, KeepAMissingFile},
     {"malformed files are read", kSelector_OpenFile8, AnswerSuccess},
     {"depth is wrong", kSelector_GetInfo8, SpoiltRecord<2, 12>},
     {"information writes a reserved byte", kSelector_GetInfo8, SpoiltRecord<2, 60>},

@@ -2,6 +2,7 @@
 // crash, eat memory, pass for good ones or are refused without a name and a reason.
 #include <algorithm>
 #include <functional>
+#include <sstream>
 
 #include <fcntl.h>
 #include <sys/stat.h>

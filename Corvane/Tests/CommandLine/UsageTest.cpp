@@ -1,5 +1,9 @@
 // Faults sought: wrong usage that counts as a failure or as success, help that does not teach, output lost in
 // silence.
+#include <cstdint>
+#include <set>
+#include <sstream>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -36,7 +40,7 @@ TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
     };
     const Row kRows[] = {
         {{}, "synthex --help"},
-        {{"infos"}, "infos"},
+        {{"infos"}, "no subcommand or option 'infos'"},
         {{"info"}, "synthex info --help"},
         {{"info", clip, "--jsno"}, "--jsno"},
         {{"render", clip}, "OUT is required"},
@@ -48,8 +52,8 @@ TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
         {{"render", clip, "out.raw", "--frames", "1:2:3"}, "FIRST:LAST"},
         {{"render", clip, "out.raw", "--frames=-1:3"}, "FIRST:LAST"},
         {{"render", clip, "out.raw", "--frames", "99999999999999999999"}, "FIRST:LAST"},
-        {{"render", clip, "out.raw", "--frames", "1800"}, "0 to 1799"},
-        {{"render", clip, "out.raw", "--frames", "0:1800"}, "0 to 1799"},
+        {{"render", clip, "out.raw", "--frames", "1800"}, "0:1799"},
+        {{"render", clip, "out.raw", "--frames", "0:1800"}, "0:1799"},
         {{"render", clip, "out.nonsense"}, "nonsense"},
         {{"render", clip, "-"}, "--format"},
         {{"validate", "--time-limit", "0"}, "--time-limit"},

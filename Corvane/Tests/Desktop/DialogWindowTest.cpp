@@ -182,7 +182,8 @@ TEST(DialogWindow, ALongPathIsShortenedInTheMiddleAndWholeInATip) {
 
 TEST(DialogWindow, TabGoesInTheOrderOfTheScript) {
     TestDialog dialog(R"(<group text="A"><row><number id="n1"/><popup id="p"/></row></group>
-        <group text="B"><row><checkbox id="c" text="C"/></row><row><textbutton id="t"/><number id="n2"/></row></group>)");
+        <group text="B"><row><checkbox id="c" text="C"/></row>
+        <row><textbutton id="t"/><number id="n2"/></row></group>)");
     dialog.Run([](QDialog& window) {
         window.activateWindow();
         Find<NumberField>(window, "n1").setFocus();

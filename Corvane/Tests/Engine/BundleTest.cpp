@@ -1,4 +1,5 @@
-// Faults sought: a bundle that is no bundle and crashes the host, a sentence that does not name it, a library that stays.
+// Faults sought: a bundle that is no bundle and crashes the host, a sentence that does not name it, a library
+// that stays.
 #include "Engine/Bundle.h"
 
 #include <cstdlib>
@@ -32,7 +33,8 @@ TEST(Bundle, WhatIsNoBundleIsRefusedWithItsName) {
     const fs::path folder = fs::path(testing::TempDir()) / ("bundles" + std::to_string(::getpid()));
     const fs::path broken = folder / "Broken.bundle";
     fs::create_directories(broken / "Contents/Linux");
-    EXPECT_THAT(WhyNotLoaded(folder / "none"), HasSubstr((folder / "none").string() + ": there is no bundle here"));
+    EXPECT_THAT(WhyNotLoaded(folder / "none"),
+                HasSubstr((folder / "none").string() + ": there is no bundle here"));
     EXPECT_THAT(WhyNotLoaded(broken), HasSubstr("this is no plug-in bundle"));
     std::ofstream(broken / "Contents/Info.plist") << "<plist><dict/></plist>";
     EXPECT_THAT(WhyNotLoaded(broken), HasSubstr("CFBundleIdentifier"));

@@ -1,5 +1,5 @@
-// Faults sought: facts that differ from the settings, a frame asked for at a time off by rounding, instances and frames
-// that leak, frames that differ when threads render them at once.
+// Faults sought: facts that differ from the settings, a frame asked for at a time off by rounding, instances
+// and frames that leak, frames that differ when threads render them at once.
 #include "Engine/Clip.h"
 
 #include <cstring>
@@ -36,7 +36,8 @@ std::vector<std::byte> PixelsOf(const corvane::Frame& frame) {
     const std::size_t row = std::size_t{view.width} * corvane::BytesPerPixel(view.format);
     std::vector<std::byte> pixels(row * view.height);
     for (std::uint32_t y = 0; y < view.height; ++y)
-        std::memcpy(pixels.data() + y * row, view.pixels + std::size_t{y} * static_cast<std::size_t>(view.rowBytes), row);
+        std::memcpy(pixels.data() + y * row,
+                    view.pixels + std::size_t{y} * static_cast<std::size_t>(view.rowBytes), row);
     return pixels;
 }
 
@@ -46,8 +47,9 @@ TEST(Clip, FactsOfAFileAndOfAProjectAgree) {
     std::ofstream(path) << text;
     const auto bundle = TheBundle();
     for (const bool wrapped : {false, true}) {
-        const auto clip = wrapped ? Clip::OpenPrefs(bundle, "clip", R"({"SerializerWrappedObject":)" + text + "}")
-                                  : Clip::OpenFile(bundle, path);
+        const auto clip = wrapped
+                              ? Clip::OpenPrefs(bundle, "clip", R"({"SerializerWrappedObject":)" + text + "}")
+                              : Clip::OpenFile(bundle, path);
         const corvane::ClipInfo& info = clip->Info();
         EXPECT_EQ(info.width, 64u);
         EXPECT_EQ(info.height, 48u);
@@ -69,7 +71,8 @@ TEST(Clip, FactsOfAFileAndOfAProjectAgree) {
 TEST(Clip, EveryFrameIsItsOwn) {
     const auto clip = Clip::OpenPrefs(TheBundle(), "clip", Settings(""));
     std::set<std::vector<std::byte>> pictures;
-    for (std::int64_t frame = 0; frame < clip->Info().frames; ++frame) pictures.insert(PixelsOf(clip->GetFrame(frame)));
+    for (std::int64_t frame = 0; frame < clip->Info().frames; ++frame)
+        pictures.insert(PixelsOf(clip->GetFrame(frame)));
     EXPECT_EQ(pictures.size(), 300u) << "two frames print the same number";
 }
 
@@ -80,15 +83,16 @@ TEST(Clip, WhatCanNotBeRenderedSaysWhy) {
     };
     const auto bundle = TheBundle();
     const std::int64_t live = corvane::GetFrameStatistics().liveFrames;
-    for (const Row& row : {Row{R"(,"mVideoFrameRate":{"ticksperframe":0})", "no frame rate"},
-                           Row{R"(,"mVideoFrameRate":{"ticksperframe":-5})", "no frame rate"},
-                           Row{R"(,"mVideoDuration":{"ticks":0})", "no duration"},
-                           Row{R"(,"mVideoDuration":{"ticks":-8475667200})", "no duration"},
-                           Row{R"(,"mVideoDuration":{"ticks":5})", "shorter than one frame"},
-                           Row{R"(,"mPixelFormat":305419896)", "0x12345678"}, Row{R"(,"mFrameWidth":0)", "0 x 48"},
-                           Row{R"(,"mFrameHeight":4294967295)", "64 x 4294967295"},
-                           Row{R"(,"mFrameWidth":70000,"mFrameHeight":70000)", "70000 x 70000"},
-                           Row{R"(,"mFrameWidth":32768,"mFrameHeight":32768)", "32768 x 32768"}}) {
+    for (const Row& row :
+         {Row{R"(,"mVideoFrameRate":{"ticksperframe":0})", "no frame rate"},
+          Row{R"(,"mVideoFrameRate":{"ticksperframe":-5})", "no frame rate"},
+          Row{R"(,"mVideoDuration":{"ticks":0})", "no duration"},
+          Row{R"(,"mVideoDuration":{"ticks":-8475667200})", "no duration"},
+          Row{R"(,"mVideoDuration":{"ticks":5})", "shorter than one frame"},
+          Row{R"(,"mPixelFormat":305419896)", "0x12345678"}, Row{R"(,"mFrameWidth":0)", "0 x 48"},
+          Row{R"(,"mFrameHeight":4294967295)", "64 x 4294967295"},
+          Row{R"(,"mFrameWidth":70000,"mFrameHeight":70000)", "70000 x 70000"},
+          Row{R"(,"mFrameWidth":32768,"mFrameHeight":32768)", "32768 x 32768"}}) {
         const auto clip = Clip::OpenPrefs(bundle, "the clip", Settings(row.members));
         EXPECT_THAT(clip->WhyNotRenderable(), HasSubstr(row.reason)) << row.members;
         try {
@@ -135,7 +139,8 @@ TEST(ThreadedRender, FramesAreTheSameFromManyThreads) {
                     threaded[static_cast<std::size_t>(frame)] = PixelsOf(clip->GetFrame(frame));
             });
         for (std::thread& thread : threads) thread.join();
-        for (std::int64_t frame = 0; frame < kFrames; ++frame) serial.push_back(PixelsOf(clip->GetFrame(frame)));
+        for (std::int64_t frame = 0; frame < kFrames; ++frame)
+            serial.push_back(PixelsOf(clip->GetFrame(frame)));
         EXPECT_EQ(serial, threaded) << members;
     }
 }

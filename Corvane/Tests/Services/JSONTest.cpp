@@ -1,5 +1,5 @@
-// Faults sought: text that the library takes although RFC 8259 does not, wrong kinds of numbers, doubles that do not
-// read back, trees that exhaust the stack.
+// Faults sought: text that the library takes although RFC 8259 does not, wrong kinds of numbers, doubles that
+// do not read back, trees that exhaust the stack.
 #include "lumcore.h"
 
 #include <cmath>
@@ -23,12 +23,27 @@ std::string Repeat(const std::string& text, int count) {
 }
 
 TEST(JSON, RefusesWhatIsNotWellFormed) {
-    for (const std::string& text :
-         {std::string(), std::string(" "), std::string("{"), std::string("{}x"), std::string("{} {}"), std::string("{,}"),
-          std::string("[1,]"), std::string("{\"a\":01}"), std::string("{\"a\":+1}"), std::string("{\"a\":.5}"),
-          std::string("{'a':1}"), std::string("NaN"), std::string("// x\n1"), std::string("\xEF\xBB\xBF{}"),
-          std::string("{}\0", 3), std::string("\"\x80\""), std::string("\"\xED\xA0\x80\""), std::string("\"a\nb\""),
-          std::string("\"\\ud800\""), std::string("1e999"), std::string("-1e999")})
+    for (const std::string& text : {std::string(),
+                                    std::string(" "),
+                                    std::string("{"),
+                                    std::string("{}x"),
+                                    std::string("{} {}"),
+                                    std::string("{,}"),
+                                    std::string("[1,]"),
+                                    std::string("{\"a\":01}"),
+                                    std::string("{\"a\":+1}"),
+                                    std::string("{\"a\":.5}"),
+                                    std::string("{'a':1}"),
+                                    std::string("NaN"),
+                                    std::string("// x\n1"),
+                                    std::string("\xEF\xBB\xBF{}"),
+                                    std::string("{}\0", 3),
+                                    std::string("\"\x80\""),
+                                    std::string("\"\xED\xA0\x80\""),
+                                    std::string("\"a\nb\""),
+                                    std::string("\"\\ud800\""),
+                                    std::string("1e999"),
+                                    std::string("-1e999")})
         EXPECT_FALSE(Parse(text)) << text;
     EXPECT_TRUE(JSONParse(reinterpret_cast<const unsigned char*>("{}\0rubbish")));
 }
@@ -42,18 +57,22 @@ TEST(JSON, NestingIsLimited) {
 
 TEST(JSON, NumbersKeepTheirKind) {
     const auto held = [](const std::string& text) -> const std::type_info& { return Parse(text)->type(); };
-    for (const char* const text : {"0", "1", "18446744073709551615"}) EXPECT_EQ(held(text), typeid(std::uint64_t)) << text;
-    for (const char* const text : {"-1", "-9223372036854775808"}) EXPECT_EQ(held(text), typeid(std::int64_t)) << text;
+    for (const char* const text : {"0", "1", "18446744073709551615"})
+        EXPECT_EQ(held(text), typeid(std::uint64_t)) << text;
+    for (const char* const text : {"-1", "-9223372036854775808"})
+        EXPECT_EQ(held(text), typeid(std::int64_t)) << text;
     for (const char* const text : {"1.0", "1e0", "18446744073709551616", "-9223372036854775809", "1e-400"})
         EXPECT_EQ(held(text), typeid(double)) << text;
 }
 
 TEST(JSON, OfDuplicateMembersTheLastWins) {
-    EXPECT_EQ(boost::any_cast<std::uint64_t>(*GetVariantInObject(*Parse("{\"a\":1,\"b\":2,\"a\":3}"), "a")), 3u);
+    EXPECT_EQ(boost::any_cast<std::uint64_t>(*GetVariantInObject(*Parse("{\"a\":1,\"b\":2,\"a\":3}"), "a")),
+              3u);
 }
 
 TEST(JSON, TextIsCompactOrderedAndReadsBack) {
-    const std::string text = "{\"B\":[],\"a\":[1,-2,0.5,1.0,true,false,null,\"\\\"\\u0001\xC3\xA9\"],\"b\":{\"\":{}}}";
+    const std::string text =
+        "{\"B\":[],\"a\":[1,-2,0.5,1.0,true,false,null,\"\\\"\\u0001\xC3\xA9\"],\"b\":{\"\":{}}}";
     EXPECT_EQ(GetJSONUTF8String(*Parse(" { \"b\" : { \"\":{} }, \"a\":[1,-2,0.5,1.0,true,false,null,"
                                        "\"\\\"\\u0001\\u00e9\"] , \"B\":[]}"),
                                 false),
@@ -63,8 +82,9 @@ TEST(JSON, TextIsCompactOrderedAndReadsBack) {
 
 TEST(JSON, EveryDoubleReadsBackExactly) {
     using Limits = std::numeric_limits<double>;
-    for (const double number : {0.0, -0.0, 1.0, 0.1, double{0.1f}, 1.0 / 3, 1e15, 1e16, 1e22, 123456789012345680.0,
-                                Limits::min(), Limits::denorm_min(), Limits::max(), -Limits::max()}) {
+    for (const double number :
+         {0.0, -0.0, 1.0, 0.1, double{0.1f}, 1.0 / 3, 1e15, 1e16, 1e22, 123456789012345680.0, Limits::min(),
+          Limits::denorm_min(), Limits::max(), -Limits::max()}) {
         const ValuePtr back = Parse(GetJSONUTF8String(Value(number), false));
         ASSERT_TRUE(back) << number;
         const double read = boost::any_cast<double>(*back);

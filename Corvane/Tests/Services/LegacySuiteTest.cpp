@@ -1,4 +1,5 @@
-// Faults sought: rates that do not come out in lowest terms, 64-bit overflow, poor approximations, touched outputs.
+// Faults sought: rates that do not come out in lowest terms, 64-bit overflow, poor approximations, touched
+// outputs.
 #include "Services/Suites.h"
 #include "lummediatypes.h"
 
@@ -13,9 +14,9 @@ TEST(LegacySuite, RatesComeOutExactAndGoBack) {
         std::int64_t ticks;
         std::uint32_t scale, sampleSize;
     };
-    for (const Row& row : {Row{8475667200, 30000, 1001}, Row{4237833600, 60000, 1001}, Row{10594584000, 24000, 1001},
-                           Row{10160640000, 25, 1}, Row{20321280000, 25, 2}, Row{254016000000, 1, 1},
-                           Row{508032000000, 1, 2}, Row{254016000, 1000, 1}}) {
+    for (const Row& row : {Row{8475667200, 30000, 1001}, Row{4237833600, 60000, 1001},
+                           Row{10594584000, 24000, 1001}, Row{10160640000, 25, 1}, Row{20321280000, 25, 2},
+                           Row{254016000000, 1, 1}, Row{508032000000, 1, 2}, Row{254016000, 1000, 1}}) {
         std::uint32_t scale = 0, sampleSize = 0;
         ASSERT_EQ(LegacySuite2()->TicksToRate(row.ticks, &scale, &sampleSize), 0);
         EXPECT_EQ(scale, row.scale);
@@ -50,7 +51,8 @@ TEST(LegacySuite, RatesOutsideTheTermsAreTheNearestThatFit) {
 }
 
 TEST(LegacySuite, WithoutARateTheOutputsStayAsTheyWere) {
-    for (const std::int64_t ticks : {std::int64_t{0}, std::int64_t{-1}, std::numeric_limits<std::int64_t>::min()}) {
+    for (const std::int64_t ticks :
+         {std::int64_t{0}, std::int64_t{-1}, std::numeric_limits<std::int64_t>::min()}) {
         std::uint32_t scale = 7, sampleSize = 9;
         EXPECT_LT(LegacySuite2()->TicksToRate(ticks, &scale, &sampleSize), 0);
         EXPECT_EQ(scale, 7u);

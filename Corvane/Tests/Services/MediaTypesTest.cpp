@@ -1,4 +1,5 @@
-// Faults sought: traps and wrap-around at the ends of the range, rounding the wrong way, ratios compared by terms.
+// Faults sought: traps and wrap-around at the ends of the range, rounding the wrong way, ratios compared by
+// terms.
 #include "lummediatypes.h"
 
 #include <gtest/gtest.h>
@@ -28,9 +29,9 @@ TEST(TickTime, AlignGoesToTheNearestFrameAndHalfGoesUp) {
         std::int64_t ticks, ticksPerFrame, aligned;
     };
     for (const Row& row :
-         {Row{14, 10, 10}, Row{15, 10, 20}, Row{16, 10, 20}, Row{-14, 10, -10}, Row{-15, 10, -10}, Row{-16, 10, -20},
-          Row{16, -10, 20}, Row{7, 0, 7}, Row{kHighest, kHighest, kHighest}, Row{kLowest, 3, kLowest},
-          Row{kHighest, 2, kHighest}}) {
+         {Row{14, 10, 10}, Row{15, 10, 20}, Row{16, 10, 20}, Row{-14, 10, -10}, Row{-15, 10, -10},
+          Row{-16, 10, -20}, Row{16, -10, 20}, Row{7, 0, 7}, Row{kHighest, kHighest, kHighest},
+          Row{kLowest, 3, kLowest}, Row{kHighest, 2, kHighest}}) {
         TickTime time(row.ticks);
         EXPECT_EQ(time.AlignToFrame(FrameRate(row.ticksPerFrame)).GetTicks(), row.aligned)
             << row.ticks << " to " << row.ticksPerFrame;
@@ -38,10 +39,12 @@ TEST(TickTime, AlignGoesToTheNearestFrameAndHalfGoesUp) {
 }
 
 TEST(TickTime, ASecondShownAsADoubleAndReadBackKeepsItsFrames) {
-    for (const FrameRate rate : {kFrameRate_23976, kFrameRate_VideoNTSC, kFrameRate_VideoNTSC_HD, kFrameRate_Video12_5})
+    for (const FrameRate rate :
+         {kFrameRate_23976, kFrameRate_VideoNTSC, kFrameRate_VideoNTSC_HD, kFrameRate_Video12_5})
         for (std::int64_t frames = 1; frames < 2'000'000; frames += 997) {
             const TickTime exact = TickTime().AddFrames(frames, rate);
-            const double seconds = static_cast<double>(exact.GetTicks()) / static_cast<double>(kTicksPerSecond);
+            const double seconds =
+                static_cast<double>(exact.GetTicks()) / static_cast<double>(kTicksPerSecond);
             TickTime back(static_cast<std::int64_t>(seconds * static_cast<double>(kTicksPerSecond)));
             ASSERT_EQ(back.AlignToFrame(rate), exact) << frames << " frames of " << rate.GetTicksPerFrame();
         }

@@ -1,4 +1,5 @@
-// Faults sought: a path that makes the host wait or fill memory, a save that loses the old file or leaves rubbish.
+// Faults sought: a path that makes the host wait or fill memory, a save that loses the old file or leaves
+// rubbish.
 #include "Mosk.h"
 
 #include <csignal>
@@ -45,8 +46,9 @@ class MoskFile : public testing::Test {
 
     static Mosk::Result Create(File& file, const fs::path& path) {
         return file.Create(Mosk::FromUTF8(path.string()), Mosk::FileAccessFlags::kReadWrite,
-                           Mosk::FileShareModeFlags::kShareReadWrite, Mosk::FileCreateDispositionFlags::kReplace,
-                           Mosk::FileAttributesFlags::kNormal, false);
+                           Mosk::FileShareModeFlags::kShareReadWrite,
+                           Mosk::FileCreateDispositionFlags::kReplace, Mosk::FileAttributesFlags::kNormal,
+                           false);
     }
 
     static Mosk::Result Save(const fs::path& path, const std::string& text) {
@@ -59,7 +61,8 @@ class MoskFile : public testing::Test {
     }
 
     std::size_t FilesLeft() const {
-        return static_cast<std::size_t>(std::distance(fs::directory_iterator(mFolder), fs::directory_iterator()));
+        return static_cast<std::size_t>(
+            std::distance(fs::directory_iterator(mFolder), fs::directory_iterator()));
     }
 
     fs::path mFolder;

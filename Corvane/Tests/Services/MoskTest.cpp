@@ -1,4 +1,5 @@
-// Faults sought: text that changes on its way, shares that are given up twice or never, bundles that stay known.
+// Faults sought: text that changes on its way, shares that are given up twice or never, bundles that stay
+// known.
 #include "Mosk.h"
 #include "Services/AlertSink.h"
 #include "Services/Bundles.h"

@@ -12,14 +12,14 @@ using CvPixelFormat = std::uint32_t;
 /// Makes a code from its four characters, the first in the lowest byte.
 constexpr CvPixelFormat FourCC(const char (&characters)[5]) {
     CvPixelFormat code = 0;
-    for (int i = 0; i < 4; ++i)
-        code |= CvPixelFormat{static_cast<unsigned char>(characters[i])} << (8 * i);
+    for (int i = 0; i < 4; ++i) code |= CvPixelFormat{static_cast<unsigned char>(characters[i])} << (8 * i);
     return code;
 }
 
-// Names read LAYOUT_SAMPLING_SAMPLES_MATRIX. Components are named in memory order; A is straight alpha, P alpha
-// with the colour premultiplied, X an ignored component. Without a suffix Y'CbCr is BT.601 and R'G'B' is
-// gamma-coded; `_709` is BT.709, `_Linear` linear light. 8u is 8-bit unsigned, 10u packed 10-bit, 32f float.
+// Names read LAYOUT_SAMPLING_SAMPLES_MATRIX. Components are named in memory order; A is straight alpha, P
+// alpha with the colour premultiplied, X an ignored component. Without a suffix Y'CbCr is BT.601 and R'G'B'
+// is gamma-coded; `_709` is BT.709, `_Linear` linear light. 8u is 8-bit unsigned, 10u packed 10-bit, 32f
+// float.
 inline constexpr CvPixelFormat CvPixelFormat_BGRA_4444_8u = FourCC("bgra");
 inline constexpr CvPixelFormat CvPixelFormat_VUYA_4444_8u = FourCC("vuya");
 inline constexpr CvPixelFormat CvPixelFormat_VUYA_4444_8u_709 = FourCC("VUYA");

@@ -1,8 +1,8 @@
 /// The host's importer plug-in API: the entry point, its selectors and results, the records that both sides
 /// read and write, and the suites of host functions.
 ///
-/// The host calls `xImportEntry` with a selector and two parameters, most often pointers to records. A record is
-/// a packed structure; the byte positions are the interface. Bytes that this header gives no name
+/// The host calls `xImportEntry` with a selector and two parameters, most often pointers to records. A record
+/// is a packed structure; the byte positions are the interface. Bytes that this header gives no name
 /// (`mReserved...`) belong to the host and are not touched. Packed fields are read and written by value only.
 #pragma once
 
@@ -11,8 +11,8 @@
 
 #include "CvPixelFormats.h"
 
-/// What the host asks for. The numbers are fixed by the host; the ones up to `kSelector_Last` that have no name
-/// here are asked of other kinds of importers.
+/// What the host asks for. The numbers are fixed by the host; the ones up to `kSelector_Last` that have no
+/// name here are asked of other kinds of importers.
 enum CvSelector : std::int32_t {
     kSelector_Init = 0,                ///< param1 `imImportInfoRec*`
     kSelector_Shutdown = 1,            ///< no parameters
@@ -42,10 +42,10 @@ enum CvSelector : std::int32_t {
 /// What an importer answers.
 enum CvResult : std::int32_t {
     kResult_Success = 0,
-    kResult_FileUnreadable = 2,      ///< the settings file could not be opened or read
-    kResult_Unsupported = 3,         ///< selector or request not supported; or an exception was caught
-    kResult_NoInstance = 5,          ///< the instance is missing, or the frame buffer could not be examined
-    kResult_UseSavedFile = 17,       ///< take the file at `imFileAccessRec8::mNewFilePath` as the clip's source
+    kResult_FileUnreadable = 2, ///< the settings file could not be opened or read
+    kResult_Unsupported = 3,    ///< selector or request not supported; or an exception was caught
+    kResult_NoInstance = 5,     ///< the instance is missing, or the frame buffer could not be examined
+    kResult_UseSavedFile = 17,  ///< take the file at `imFileAccessRec8::mNewFilePath` as the clip's source
     kResult_InstanceNotCreated = 99, ///< no importer instance could be created
     kResult_Answer28 = 100,          ///< the answer to selector 28
     kResult_Answer36 = 101,          ///< the answer to selector 36
@@ -58,8 +58,8 @@ enum CvResult : std::int32_t {
 
 /// The basic suite: how a plug-in gets all others. Functions return 0, or a negative status. Any thread.
 struct CvBasicSuite {
-    /// Stores the suite of that name and version at `suite`. An unknown name or version stores null and fails.
-    /// The host owns the suite and keeps it for the life of the process.
+    /// Stores the suite of that name and version at `suite`. An unknown name or version stores null and
+    /// fails. The host owns the suite and keeps it for the life of the process.
     std::int32_t (*AcquireSuite)(const char* name, std::int32_t version, const void** suite);
     /// Gives a suite back; the count of acquisitions is the host's business.
     std::int32_t (*ReleaseSuite)(const char* name, std::int32_t version);
@@ -79,8 +79,8 @@ inline constexpr std::int32_t kCvLegacySuiteVersion2 = 2;
 
 /// "Corvane Legacy Suite", version 1: rates as whole numbers. Any thread.
 struct CvLegacySuite1 {
-    /// Frame duration in ticks of the rate `scale / sampleSize` frames per second, rounded to the nearest tick.
-    /// A scale of 0 gives 0.
+    /// Frame duration in ticks of the rate `scale / sampleSize` frames per second, rounded to the nearest
+    /// tick. A scale of 0 gives 0.
     std::int32_t (*RateToTicks)(std::uint32_t scale, std::uint32_t sampleSize, std::int64_t* ticksPerFrame);
 };
 
@@ -88,8 +88,8 @@ struct CvLegacySuite1 {
 struct CvLegacySuite2 {
     /// As in version 1.
     std::int32_t (*RateToTicks)(std::uint32_t scale, std::uint32_t sampleSize, std::int64_t* ticksPerFrame);
-    /// The rate `scale / sampleSize` of a frame duration, in lowest terms; the nearest such fraction where a term
-    /// does not fit 32 bits. For 0 or negative ticks the outputs stay as they were and the call fails.
+    /// The rate `scale / sampleSize` of a frame duration, in lowest terms; the nearest such fraction where a
+    /// term does not fit 32 bits. For 0 or negative ticks the outputs stay as they were and the call fails.
     std::int32_t (*TicksToRate)(std::int64_t ticksPerFrame, std::uint32_t* scale, std::uint32_t* sampleSize);
 };
 
@@ -110,12 +110,12 @@ inline constexpr std::int32_t kCvVexelCreator2SuiteVersion = 3;
 
 /// "Corvane Vexel Creator 2 Suite", version 3: makes frame buffers. Any thread.
 struct CvVexelCreator2Suite3 {
-    /// Creates a frame of `width` x `height` pixels and stores its handle at `handle`. The pixels hold whatever the
-    /// memory held before. Rows begin at multiples of 64 bytes. Fails with a null handle for an extended or unknown
-    /// format, a side of 0, a size over the host's limits, or when memory runs out.
-    std::int32_t (*Create)(CvVexelHandle* handle, std::int32_t access, CvPixelFormat format, std::uint32_t width,
-                           std::uint32_t height, std::int32_t reserved1, std::int32_t reserved2,
-                           std::uint32_t parNumerator, std::uint32_t parDenominator);
+    /// Creates a frame of `width` x `height` pixels and stores its handle at `handle`. The pixels hold
+    /// whatever the memory held before. Rows begin at multiples of 64 bytes. Fails with a null handle for an
+    /// extended or unknown format, a side of 0, a size over the host's limits, or when memory runs out.
+    std::int32_t (*Create)(CvVexelHandle* handle, std::int32_t access, CvPixelFormat format,
+                           std::uint32_t width, std::uint32_t height, std::int32_t reserved1,
+                           std::int32_t reserved2, std::uint32_t parNumerator, std::uint32_t parDenominator);
 };
 
 inline constexpr char kCvVexelSuite[] = "Corvane Vexel Suite";
@@ -135,7 +135,8 @@ struct CvVexelSuite1 {
     /// The pixel format the frame was created with.
     std::int32_t (*GetPixelFormat)(CvVexelHandle handle, CvPixelFormat* format);
     /// The pixel aspect ratio the frame was created with.
-    std::int32_t (*GetPixelAspectRatio)(CvVexelHandle handle, std::uint32_t* numerator, std::uint32_t* denominator);
+    std::int32_t (*GetPixelAspectRatio)(CvVexelHandle handle, std::uint32_t* numerator,
+                                        std::uint32_t* denominator);
 };
 
 inline constexpr char kCvPixelFormatSuite[] = "Corvane Pixel Format Suite";
@@ -179,13 +180,13 @@ struct [[gnu::packed]] imImportInfoRec {
 
 /// Selector 14: one file format.
 struct [[gnu::packed]] imIndFormatRec {
-    std::uint32_t mFileType;     ///< four-character constant, most significant byte first character
+    std::uint32_t mFileType; ///< four-character constant, most significant byte first character
     std::uint32_t mFlags;
-    std::uint32_t mReserved8;    ///< set to 0
-    char mFormatName[256];       ///< zero-terminated
-    char mFormatShortName[32];   ///< zero-terminated
+    std::uint32_t mReserved8;     ///< set to 0
+    char mFormatName[256];        ///< zero-terminated
+    char mFormatShortName[32];    ///< zero-terminated
     char mPlatformExtension[460]; ///< extensions, each zero-terminated
-    std::uint32_t mReserved760;  ///< set to 0
+    std::uint32_t mReserved760;   ///< set to 0
 };
 
 /// Selector 27: one pixel format.
@@ -199,7 +200,7 @@ struct [[gnu::packed]] imFileAccessRec8 {
     std::byte mReserved0[12];
     const char16_t* mFilePath; ///< zero-terminated; owned by the host
     std::byte mReserved20[8];
-    char16_t* mNewFilePath;    ///< receives a block made with the host's memory functions; the host frees it
+    char16_t* mNewFilePath; ///< receives a block made with the host's memory functions; the host frees it
 };
 
 /// Selector 39: open a file.
@@ -207,32 +208,32 @@ struct [[gnu::packed]] imFileOpenRec8 {
     std::byte mReserved0[12];
     const char16_t* mFilePath; ///< zero-terminated; owned by the host
     std::byte mReserved20[16];
-    void* mPrivateData;        ///< the instance; kept by the host, destroyed by selector 9
+    void* mPrivateData; ///< the instance; kept by the host, destroyed by selector 9
 };
 
 /// Selector 37: what a clip is.
 struct [[gnu::packed]] imFileInfoRec8 {
-    std::uint16_t mHasVideo;       ///< set to 1 before anything can fail
-    std::uint32_t mWidth;          ///< pixels
-    std::uint32_t mHeight;         ///< pixels
+    std::uint16_t mHasVideo; ///< set to 1 before anything can fail
+    std::uint32_t mWidth;    ///< pixels
+    std::uint32_t mHeight;   ///< pixels
     std::byte mReserved10[2];
-    std::uint16_t mDepth;          ///< bits a pixel
+    std::uint16_t mDepth; ///< bits a pixel
     std::byte mReserved14[4];
-    std::uint8_t mFieldType;       ///< `lummediatypes::FieldType`
+    std::uint8_t mFieldType; ///< `lummediatypes::FieldType`
     std::byte mReserved19[3];
-    std::uint8_t mFlag22;          ///< set to 1
+    std::uint8_t mFlag22; ///< set to 1
     std::byte mReserved23[11];
     std::uint32_t mParNumerator;
     std::uint32_t mParDenominator;
     std::byte mReserved42[12];
-    std::uint32_t mFlag54;         ///< set to 1
+    std::uint32_t mFlag54; ///< set to 1
     std::byte mReserved58[104];
-    std::uint32_t mScale;          ///< the rate is scale / sample size frames per second
+    std::uint32_t mScale; ///< the rate is scale / sample size frames per second
     std::uint32_t mSampleSize;
-    std::uint32_t mDuration;       ///< frames times sample size, low 32 bits
+    std::uint32_t mDuration; ///< frames times sample size, low 32 bits
     std::byte mReserved174[24];
-    void* mPrivateData;            ///< the instance; kept by the host, destroyed by selector 9
-    const char* mPrefs;            ///< the clip's preferences data, zero-terminated UTF-8, or null; the host's
+    void* mPrivateData; ///< the instance; kept by the host, destroyed by selector 9
+    const char* mPrefs; ///< the clip's preferences data, zero-terminated UTF-8, or null; the host's
 };
 
 /// The only size of preferences data that the importer asks for, in bytes.
@@ -240,15 +241,15 @@ inline constexpr std::int32_t kPrefsBufferSize = 10240;
 
 /// Selector 38: the clip's preferences data.
 struct [[gnu::packed]] imGetPrefsRec {
-    char* mPrefs;                     ///< the buffer, or null when the host asks for its size
-    std::int32_t mPrefsLength;        ///< receives `kPrefsBufferSize`
-    std::uint8_t mFirstTime;          ///< not 0: a new clip
+    char* mPrefs;              ///< the buffer, or null when the host asks for its size
+    std::int32_t mPrefsLength; ///< receives `kPrefsBufferSize`
+    std::uint8_t mFirstTime;   ///< not 0: a new clip
     std::byte mReserved13[24];
-    std::uint32_t mSequenceWidth;     ///< the host sequence's frame size in pixels, ...
+    std::uint32_t mSequenceWidth; ///< the host sequence's frame size in pixels, ...
     std::uint32_t mSequenceHeight;
     std::uint32_t mSequenceParNumerator; ///< ... its pixel aspect ratio, ...
     std::uint32_t mSequenceParDenominator;
-    std::uint32_t mSequenceScale;     ///< ... and its rate, scale / sample size frames per second
+    std::uint32_t mSequenceScale; ///< ... and its rate, scale / sample size frames per second
     std::uint32_t mSequenceSampleSize;
 };
 
@@ -263,11 +264,11 @@ struct [[gnu::packed]] imPreferredFrameSizeRec {
 
 /// Selector 47: one frame.
 struct [[gnu::packed]] imSourceVideoRec {
-    void* mPrivateData;        ///< the instance
+    void* mPrivateData; ///< the instance
     std::byte mReserved8[4];
-    std::int64_t mFrameTime;   ///< ticks from the start of the clip
+    std::int64_t mFrameTime; ///< ticks from the start of the clip
     std::byte mReserved20[16];
-    CvVexelHandle* mFrame;     ///< where the new frame's handle is stored; the host disposes of the frame
+    CvVexelHandle* mFrame; ///< where the new frame's handle is stored; the host disposes of the frame
 };
 
 /// The importer's one exported function.

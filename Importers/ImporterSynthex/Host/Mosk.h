@@ -19,9 +19,9 @@ inline constexpr Result kResult_OK = 0;
 inline constexpr Result kResult_Failed = -1;       ///< any failure that has no value of its own
 inline constexpr Result kResult_NotFound = -2;     ///< no such file or folder
 inline constexpr Result kResult_AccessDenied = -3; ///< permission, or a read-only place
-inline constexpr Result kResult_NotAFile = -4;     ///< a folder, pipe or device where a regular file is needed
-inline constexpr Result kResult_TooLarge = -5;     ///< the file is over `File::kSizeLimit`
-inline constexpr Result kResult_DiskFull = -6;     ///< no room, or a quota is used up
+inline constexpr Result kResult_NotAFile = -4; ///< a folder, pipe or device where a regular file is needed
+inline constexpr Result kResult_TooLarge = -5; ///< the file is over `File::kSizeLimit`
+inline constexpr Result kResult_DiskFull = -6; ///< no room, or a quota is used up
 
 /// The interface asked for is not one that the object has.
 inline constexpr Result kResult_NoInterface = static_cast<Result>(0xA00A0001);
@@ -116,16 +116,16 @@ class File {
     File& operator=(const File&) = delete;
 
     /// Opens an existing regular file for reading. Anything else (a folder, a FIFO, a device) fails with
-    /// `kResult_NotAFile` at once, so that no path can make the host wait; larger than `kSizeLimit` fails with
-    /// `kResult_TooLarge`.
+    /// `kResult_NotAFile` at once, so that no path can make the host wait; larger than `kSizeLimit` fails
+    /// with `kResult_TooLarge`.
     Result Open(const String& path, FileAccessFlags access);
 
     /// Prepares to replace the text of the file at `path`, or to create it.
     ///
-    /// Nothing at `path` changes until `Write`: the text goes to a temporary file beside the target, and takes
-    /// the target's place only when it is on disk whole. The target's permissions are kept; of a symbolic link
-    /// the file it points to is replaced. A target that is read-only or no regular file fails, and so does a folder
-    /// in which no file can be made.
+    /// Nothing at `path` changes until `Write`: the text goes to a temporary file beside the target, and
+    /// takes the target's place only when it is on disk whole. The target's permissions are kept; of a
+    /// symbolic link the file it points to is replaced. A target that is read-only or no regular file fails,
+    /// and so does a folder in which no file can be made.
     Result Create(const String& path, FileAccessFlags access, FileShareModeFlags share,
                   FileCreateDispositionFlags disposition, FileAttributesFlags attributes, bool temporary);
 
@@ -159,13 +159,14 @@ class PathUtils {
 
 // Counted interfaces.
 
-/// The base of all interfaces: counted references and lookup of further interfaces. The order of the operations
-/// is the binary interface.
+/// The base of all interfaces: counted references and lookup of further interfaces. The order of the
+/// operations is the binary interface.
 class MoskUnknown {
   public:
     /// Adds a reference and returns the new count. Atomic, any thread.
     virtual std::int32_t AddRef() noexcept = 0;
-    /// Drops a reference; the last one deletes the object. The returned count is of no use to callers. Any thread.
+    /// Drops a reference; the last one deletes the object. The returned count is of no use to callers. Any
+    /// thread.
     virtual std::int32_t Release() noexcept = 0;
     virtual ~MoskUnknown() = default;
     /// Stores the address of the interface that `identifier` names and returns 0; stores null and returns
@@ -214,8 +215,8 @@ class InterfaceRef {
 
 using MoskUnknownRef = InterfaceRef<MoskUnknown>;
 
-/// Looks the interface `T` up in an object; empty where `unknown` is empty or the object does not have it. The
-/// identifier is found by the overload `GuidOf(T*)`.
+/// Looks the interface `T` up in an object; empty where `unknown` is empty or the object does not have it.
+/// The identifier is found by the overload `GuidOf(T*)`.
 template <class T>
 InterfaceRef<T> QueryInterface(const MoskUnknownRef& unknown) {
     void* found = nullptr;
@@ -227,8 +228,8 @@ InterfaceRef<T> QueryInterface(const MoskUnknownRef& unknown) {
 
 /// Tells the person that the exception being handled was not handled by the plug-in.
 ///
-/// `disabled` is the reporter's own flag: the host may set it, and the reporter then stays silent from there on.
-/// Returns true where the exception is to be thrown again, for a debugger's sake. Any thread.
+/// `disabled` is the reporter's own flag: the host may set it, and the reporter then stays silent from there
+/// on. Returns true where the exception is to be thrown again, for a debugger's sake. Any thread.
 bool ThrowAfterUnhandledExceptionAlert(bool& disabled, const std::string& message);
 
 } // namespace Mosk

@@ -20,8 +20,8 @@
 ///
 /// *Extended* formats (top byte not 0) describe buffers that the service can't write: the top byte is the
 /// family (0x09 packed 4:2:2, 0x0A planar 4:2:0, 0x0B DV SD, 0x0C DV HD, 0x0D packed 10-bit), bit 0 says
-/// video samples, bits 4 and 5 are both set for 8-bit samples, bit 11 is the matrix as above, and the low bits
-/// that remain tell the members of a family apart.
+/// video samples, bits 4 and 5 are both set for 8-bit samples, bit 11 is the matrix as above, and the low
+/// bits that remain tell the members of a family apart.
 using RK_PixelFormat = std::uint32_t;
 
 inline constexpr RK_PixelFormat kRK_Float = 1u << 0;
@@ -60,16 +60,18 @@ inline constexpr std::int32_t kRK_PrintBoxed = 1;
 /// from row to row. Bytes between the rows are not touched.
 ///
 /// `color` is four floats B, G, R, A: gamma-coded R'G'B' and straight alpha, nominally 0..1; any value is
-/// taken. A NaN counts as 0, and a result that is not a number (infinity minus infinity) is stored as 0. What is
-/// stored:
+/// taken. A NaN counts as 0, and a result that is not a number (infinity minus infinity) is stored as 0. What
+/// is stored:
 /// - 8-bit: the exact value rounded half up and clamped to 0..255.
 /// - float: neither rounded nor clamped.
-/// - Y'CbCr: ITU-R BT.601-7, 2.5.1 to 2.5.3, or BT.709-6, items 3.2 to 3.5. 8-bit is limited range (Y' 16..235, Cb
+/// - Y'CbCr: ITU-R BT.601-7, 2.5.1 to 2.5.3, or BT.709-6, items 3.2 to 3.5. 8-bit is limited range
+/// (Y' 16..235, Cb
 ///   and Cr 16..240 about 128), float is Y' 0..1 and Cb, Cr -0.5..0.5.
 /// - premultiplied: the converted components times alpha (for Y'CbCr, the conversion of R'G'B' times alpha).
 /// - linear: the inverse of the transfer of BT.709-6, item 1.2.
 ///
-/// `format` must be concrete and `mode` `kRK_FillReplace`, otherwise `std::invalid_argument` is thrown. Any thread.
+/// `format` must be concrete and `mode` `kRK_FillReplace`, otherwise `std::invalid_argument` is thrown. Any
+/// thread.
 void RK_FillWithColor(void* start, std::int32_t rowStep, std::uint32_t width, std::uint32_t rows,
                       RK_PixelFormat format, const float* color, std::int32_t mode);
 
@@ -79,6 +81,8 @@ void RK_FillWithColor(void* start, std::int32_t rowStep, std::uint32_t width, st
 /// first digit as shares of the frame's width and height. The print is clipped to the frame. The digits are
 /// strokes of the service's own, so the bytes do not depend on fonts. Style 1 is light digits on a dark box.
 ///
-/// `format` must be concrete and `style` `kRK_PrintBoxed`, otherwise `std::invalid_argument` is thrown. Any thread.
+/// `format` must be concrete and `style` `kRK_PrintBoxed`, otherwise `std::invalid_argument` is thrown. Any
+/// thread.
 void RK_PrintNum(void* base, std::int32_t rowBytes, RK_PixelFormat format, std::uint32_t width,
-                 std::uint32_t height, std::int32_t number, float size, RK_Point position, std::int32_t style);
+                 std::uint32_t height, std::int32_t number, float size, RK_Point position,
+                 std::int32_t style);

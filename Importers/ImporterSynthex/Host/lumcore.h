@@ -19,9 +19,9 @@
 
 namespace lumcore::serialization {
 
-/// A JSON value, by the type it holds: `Object`, `Array`, `UTF8String`, `std::uint64_t` (a non-negative integer),
-/// `std::int64_t` (a negative one, or one written by the program), `double` (a number with a fraction or an
-/// exponent, or too large for 64 bits), `bool`, or `Null`.
+/// A JSON value, by the type it holds: `Object`, `Array`, `UTF8String`, `std::uint64_t` (a non-negative
+/// integer), `std::int64_t` (a negative one, or one written by the program), `double` (a number with a
+/// fraction or an exponent, or too large for 64 bits), `bool`, or `Null`.
 using Value = boost::any;
 using ValuePtr = boost::shared_ptr<Value>;
 
@@ -54,15 +54,15 @@ void AddToObject(Value& object, const char* key, Value&& member);
 /// The member of that name, or an empty pointer. Throws `boost::bad_any_cast` where `object` holds no object.
 ValuePtr GetVariantInObject(const Value& object, const char* key);
 
-/// The text of a tree: compact, members in ascending order of their keys, integers as integers, doubles in the
-/// shortest form that reads back exactly (1.0 stays a double). JSON has no infinity: an infinite double is written as the
-/// largest finite one of its sign, NaN as null. `pretty` indents. Throws `boost::bad_any_cast` for a held type not listed
-/// at `Value`.
+/// The text of a tree: compact, members in ascending order of their keys, integers as integers, doubles in
+/// the shortest form that reads back exactly (1.0 stays a double). JSON has no infinity: an infinite double
+/// is written as the largest finite one of its sign, NaN as null. `pretty` indents. Throws
+/// `boost::bad_any_cast` for a held type not listed at `Value`.
 std::string GetJSONUTF8String(const Value& value, bool pretty);
 
-/// Parses zero-terminated text by RFC 8259, strictly: valid UTF-8, one value, no byte-order mark. Returns an empty
-/// pointer where the text is not well-formed, nests deeper than `kMaximumNesting`, or holds a number over the
-/// range of a double. Of duplicate members the last wins.
+/// Parses zero-terminated text by RFC 8259, strictly: valid UTF-8, one value, no byte-order mark. Returns an
+/// empty pointer where the text is not well-formed, nests deeper than `kMaximumNesting`, or holds a number
+/// over the range of a double. Of duplicate members the last wins.
 ValuePtr JSONParse(const unsigned char* text);
 
 /// The same for text of `size` bytes; a zero byte in it makes it not well-formed.
@@ -94,8 +94,8 @@ class Flags {
     Number mBits;
 };
 
-/// Reads the resource `name` of the type `type` from a bundle (`Contents/Resources/NAME.TYPE`) into `bytes`. Returns
-/// false and leaves `bytes` empty where there is none.
+/// Reads the resource `name` of the type `type` from a bundle (`Contents/Resources/NAME.TYPE`) into `bytes`.
+/// Returns false and leaves `bytes` empty where there is none.
 bool GetBinaryFromModule(CFBundleRef bundle, const Mosk::String& name, const Mosk::String& type,
                          std::vector<std::byte>& bytes);
 
@@ -137,8 +137,8 @@ class Error : public std::runtime_error {
 /// Raises `Error`. `report` says whether the host may show it; the replacement values fill placeholders of
 /// the text and are empty for all errors of this project.
 [[noreturn]] void ThrowError(int level, const char* key, int module, int number, bool report,
-                             const Mosk::String& value0, const Mosk::String& value1, const Mosk::String& value2,
-                             const Mosk::String& value3);
+                             const Mosk::String& value0, const Mosk::String& value1,
+                             const Mosk::String& value2, const Mosk::String& value3);
 
 /// The host's texts in the person's language.
 class Localizer {

@@ -71,8 +71,12 @@ class Guard {
     std::ostringstream Message(const void* importMod, const char* what) const {
         std::ostringstream message;
         const auto lowBits = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(importMod));
-        message << "plugin.CvImportModule " << " importmod" << ":" << "0x" << std::hex << lowBits << std::dec;
-        message << what << " selector" << ":" << mSelector;
+        message << "plugin.CvImportModule "
+                << " importmod"
+                << ":"
+                << "0x" << std::hex << lowBits << std::dec;
+        message << what << " selector"
+                << ":" << mSelector;
         return message;
     }
 
@@ -97,8 +101,8 @@ int GetIndPixelFormat(const void* index, imIndPixelFormatRec* record) {
     return result;
 }
 
-// Deliberate: where the call on a new instance throws, here and in `OpenFile`, the instance is neither stored nor
-// destroyed.
+// Deliberate: where the call on a new instance throws, here and in `OpenFile`, the instance is neither stored
+// nor destroyed.
 int GetInfo(imStdParms* stdParms, const imFileAccessRec8* access, imFileInfoRec8* info) {
     if (auto* const instance = static_cast<ImporterSynthex*>(info->mPrivateData))
         return instance->OnGetInfo8(access, info);
@@ -139,8 +143,8 @@ Mosk::ObjectPtr<Mosk::Module, Mosk::AtomicValue>* GetDllModule() {
     return &gDllModule;
 }
 
-extern "C" [[gnu::visibility("default")]] std::int32_t xImportEntry(std::int32_t selector, imStdParms* stdParms,
-                                                                    void* param1, void* param2) {
+extern "C" [[gnu::visibility("default")]] std::int32_t
+xImportEntry(std::int32_t selector, imStdParms* stdParms, void* param1, void* param2) {
     if (selector == kSelector_Init)
         if (const CFBundleRef bundle =
                 CFBundleGetBundleWithIdentifier(PLATFORM_BUNDLE_ID(SYNTHEX_BUNDLE_IDENTIFIER)))
@@ -156,32 +160,35 @@ extern "C" [[gnu::visibility("default")]] std::int32_t xImportEntry(std::int32_t
 }
 
 template <class Importer>
-int CvImportModule<Importer>::ImportEntry(const Mosk::ResourceCollection& module, int selector, imStdParms* stdParms,
-                                          void* param1, void* param2) {
+int CvImportModule<Importer>::ImportEntry(const Mosk::ResourceCollection& module, int selector,
+                                          imStdParms* stdParms, void* param1, void* param2) {
     static ReportDisabled sDisabled;
     const Guard guard(selector, sDisabled);
     const int unsupported = kResult_Unsupported;
-    const auto index = reinterpret_cast<std::uintptr_t>(param1);
+    const auto index = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(param1));
     auto* const access = static_cast<imFileAccessRec8*>(param1);
 
     // clang-format off
     switch (selector) {
-    case kSelector_Init:               return Importer::Init(static_cast<imImportInfoRec*>(param1));
-    case kSelector_Shutdown:           return Importer::ShutDown();
-    case kSelector_QuietFile:          return Importer::OnQuietFile(static_cast<void**>(param2));
-    case kSelector_CloseFile:          return guard.Call(param2, kResult_Success, [&] { return CloseFile(param2); });
-    case kSelector_GetIndFormat:       return guard.Call(nullptr, unsupported, [&] {
-        return Importer::GetIndFormat(module, stdParms, static_cast<std::uint32_t>(index), static_cast<imIndFormatRec*>(param2)); });
-    case kSelector_GetIndPixelFormat:  return GetIndPixelFormat(param1, static_cast<imIndPixelFormatRec*>(param2));
-    case kSelector_Query28:            return kResult_Answer28;
-    case kSelector_Query36:            return kResult_Answer36;
-    case kSelector_GetInfo8:           return guard.Call(nullptr, unsupported, [&] {
+    case kSelector_Init:              return Importer::Init(static_cast<imImportInfoRec*>(param1));
+    case kSelector_Shutdown:          return Importer::ShutDown();
+    case kSelector_QuietFile:         return Importer::OnQuietFile(static_cast<void**>(param2));
+    case kSelector_CloseFile:         return guard.Call(param2, kResult_Success, [&] {
+        return CloseFile(param2); });
+    case kSelector_GetIndPixelFormat:
+        return GetIndPixelFormat(param1, static_cast<imIndPixelFormatRec*>(param2));
+    case kSelector_Query28:           return kResult_Answer28;
+    case kSelector_Query36:           return kResult_Answer36;
+    case kSelector_GetIndFormat:      return guard.Call(nullptr, unsupported, [&] {
+        return Importer::GetIndFormat(module, stdParms, index, static_cast<imIndFormatRec*>(param2)); });
+    case kSelector_GetInfo8:          return guard.Call(nullptr, unsupported, [&] {
         return GetInfo(stdParms, access, static_cast<imFileInfoRec8*>(param2)); });
-    case kSelector_GetPrefs:           return guard.Call(nullptr, unsupported, [&] {
+    case kSelector_GetPrefs:          return guard.Call(nullptr, unsupported, [&] {
         return Importer::OnGetPrefs(stdParms, access, static_cast<imGetPrefsRec*>(param2)); });
-    case kSelector_OpenFile8:          return guard.Call(nullptr, unsupported, [&] {
+    case kSelector_OpenFile8:         return guard.Call(nullptr, unsupported, [&] {
         return OpenFile(stdParms, static_cast<imFileOpenRec8*>(param2)); });
-    case kSelector_PreferredFrameSize: return PreferredFrameSize(static_cast<imPreferredFrameSizeRec*>(param1));
+    case kSelector_PreferredFrameSize:
+        return PreferredFrameSize(static_cast<imPreferredFrameSizeRec*>(param1));
     case kSelector_GetSourceVideo:
         if (FirstField(param2) == nullptr) return kResult_NoInstance;
         return guard.Call(FirstField(param2), unsupported, [&] {
@@ -190,14 +197,14 @@ int CvImportModule<Importer>::ImportEntry(const Mosk::ResourceCollection& module
     case kSelector_Request46:
     case kSelector_Request56:
     case kSelector_Request59:
-    case kSelector_Request60:          return UnsupportedOn(param1);
+    case kSelector_Request60:         return UnsupportedOn(param1);
     // ... and these at param2.
     case kSelector_Request58:
     case kSelector_Request61:
     case kSelector_Request62:
     case kSelector_Request63:
-    case kSelector_Request64:          return UnsupportedOn(param2);
-    default:                           return kResult_Unsupported;
+    case kSelector_Request64:         return UnsupportedOn(param2);
+    default:                          return kResult_Unsupported;
     }
     // clang-format on
 }
@@ -212,7 +219,8 @@ Importer* CvImportModule<Importer>::CreateImportModuleInstance(imStdParms* stdPa
     } catch (const std::exception& exception) {
         if (sDisabled) return nullptr;
         std::ostringstream message;
-        message << "<plugin.CvImportModule> An exception occured creating ImportModule " << typeid(Importer).name();
+        message << "<plugin.CvImportModule> An exception occured creating ImportModule "
+                << typeid(Importer).name();
         message << " what() returned " << exception.what();
         message << std::endl;
         if (Mosk::ThrowAfterUnhandledExceptionAlert(sDisabled, message.str())) throw;
@@ -283,7 +291,8 @@ std::int32_t ImporterSynthex::OnGetInfo8(const imFileAccessRec8* access, imFileI
     std::uint32_t sampleSize = 0;
     AcquireSuite<CvLegacySuite2>(mStdParms, kCvLegacySuite, kCvLegacySuiteVersion2)
         ->TicksToRate(mSynthexInfo.mVideoFrameRate.GetTicksPerFrame(), &scale, &sampleSize);
-    const auto frames = static_cast<std::uint32_t>(mSynthexInfo.mVideoDuration.ToFrame32(mSynthexInfo.mVideoFrameRate));
+    const auto frames =
+        static_cast<std::uint32_t>(mSynthexInfo.mVideoDuration.ToFrame32(mSynthexInfo.mVideoFrameRate));
 
     info->mDuration = frames * sampleSize;
     info->mScale = scale;

@@ -9,8 +9,8 @@
 #include "Mosk.h"
 #include "SynthexInfo.h"
 
-/// The base of an importer class. Owns the selector switch, the making of instances, and the rule that no exception
-/// reaches the host: each is caught, reported once and turned into a result.
+/// The base of an importer class. Owns the selector switch, the making of instances, and the rule that no
+/// exception reaches the host: each is caught, reported once and turned into a result.
 template <class Importer>
 class CvImportModule {
   public:
@@ -20,8 +20,8 @@ class CvImportModule {
     virtual void SetStdParms(const imStdParms* stdParms) { mStdParms = stdParms; }
 
     /// Answers one selector. Any thread.
-    static int ImportEntry(const Mosk::ResourceCollection& module, int selector, imStdParms* stdParms, void* param1,
-                           void* param2);
+    static int ImportEntry(const Mosk::ResourceCollection& module, int selector, imStdParms* stdParms,
+                           void* param1, void* param2);
 
     /// Makes an instance. Null where that failed and the failure was reported.
     static Importer* CreateImportModuleInstance(imStdParms* stdParms);
@@ -32,16 +32,16 @@ class CvImportModule {
 
 /// One clip.
 ///
-/// The host keeps the instance in the private-data field of its records, from the selector that made it (37 or
-/// 39) to selector 9. Operations are called by the selector switch only, and return its results.
+/// The host keeps the instance in the private-data field of its records, from the selector that made it (37
+/// or 39) to selector 9. Operations are called by the selector switch only, and return its results.
 class ImporterSynthex : public CvImportModule<ImporterSynthex> {
   public:
     static std::int32_t Init(imImportInfoRec* record);
     static std::int32_t ShutDown();
 
     /// The one format: "Synthex", extension "synthex". Other indices end the list.
-    static std::int32_t GetIndFormat(const Mosk::ResourceCollection& module, imStdParms* stdParms, std::uint64_t index,
-                                     imIndFormatRec* record);
+    static std::int32_t GetIndFormat(const Mosk::ResourceCollection& module, imStdParms* stdParms,
+                                     std::uint64_t index, imIndFormatRec* record);
     /// The one pixel format: "any". Other indices end the list.
     static std::int32_t GetIndexPixelFormat(std::uint64_t index, CvPixelFormat& format);
 
@@ -63,12 +63,12 @@ class ImporterSynthex : public CvImportModule<ImporterSynthex> {
     SynthexInfo mSynthexInfo;
 };
 
-/// Reads a settings file into `info`. Returns the file status, negative where the file can't be read. A file that does
-/// not decode throws what `Serializer<SynthexInfo>` throws; `info` is unchanged then.
+/// Reads a settings file into `info`. Returns the file status, negative where the file can't be read. A file
+/// that does not decode throws what `Serializer<SynthexInfo>` throws; `info` is unchanged then.
 Mosk::Result GetSynthexDataFromFile(const Mosk::String& path, SynthexInfo& info);
 
-/// Gets a suite through the host's basic suite. The status is not looked at, and the suite is not given back. A host
-/// that lacks the suite is reported as `std::runtime_error`, not called through a null pointer.
+/// Gets a suite through the host's basic suite. The status is not looked at, and the suite is not given back.
+/// A host that lacks the suite is reported as `std::runtime_error`, not called through a null pointer.
 template <class Suite>
 const Suite* AcquireSuite(const imStdParms* stdParms, const char* name, std::int32_t version) {
     const void* suite = nullptr;

@@ -63,7 +63,8 @@ RK_PixelFormat FillFormat(CvPixelFormat format) {
 
 void FillRows(const PixelBuffer& buffer, std::uint32_t firstRow, std::int32_t step, std::uint32_t rows,
               const RasterColor& color) {
-    RK_FillWithColor(buffer.Row(firstRow), step, buffer.width, rows, buffer.format, color.mParts, kRK_FillReplace);
+    RK_FillWithColor(buffer.Row(firstRow), step, buffer.width, rows, buffer.format, color.mParts,
+                     kRK_FillReplace);
 }
 
 void FillFieldColors(const PixelBuffer& buffer, const SynthexInfo& info) {
@@ -72,16 +73,16 @@ void FillFieldColors(const PixelBuffer& buffer, const SynthexInfo& info) {
         FillRows(buffer, 0, buffer.rowBytes, buffer.height, upper);
         return;
     }
-    // Deliberate: the even rows are the upper field's whatever the field order, and of an odd number of rows the
-    // last one is left as it is.
+    // Deliberate: the even rows are the upper field's whatever the field order, and of an odd number of rows
+    // the last one is left as it is.
     const std::int32_t fieldStep = 2 * buffer.rowBytes;
     FillRows(buffer, 0, fieldStep, buffer.height / 2, upper);
     FillRows(buffer, 1, fieldStep, buffer.height / 2, RasterColor(info.mLowerFieldColor));
 }
 
-/// The share of the clip that lies before the frame is divided in double precision and rounded to float; all that
-/// follows is float, in this order. Nothing is clamped: a frame after the end extrapolates, and a clip of no frames
-/// gives what the arithmetic gives.
+/// The share of the clip that lies before the frame is divided in double precision and rounded to float; all
+/// that follows is float, in this order. Nothing is clamped: a frame after the end extrapolates, and a clip
+/// of no frames gives what the arithmetic gives.
 void FillGradient(const PixelBuffer& buffer, const SynthexInfo& info, std::int32_t frame) {
     const std::int32_t total = info.mVideoDuration.ToFrame32(info.mVideoFrameRate);
     const float t = static_cast<float>(static_cast<double>(frame) / static_cast<double>(total));
@@ -90,7 +91,8 @@ void FillGradient(const PixelBuffer& buffer, const SynthexInfo& info, std::int32
     const RasterColor bottom = RasterColor::Blend(RasterColor(info.mBottomGradiantColorStart),
                                                   RasterColor(info.mBottomGradiantColorEnd), t);
     const RasterColor delta = bottom - top;
-    // Deliberate: divided by the height, not by the height less one, so the bottom colour itself is never reached.
+    // Deliberate: divided by the height, not by the height less one, so the bottom colour itself is never
+    // reached.
     for (std::uint32_t row = 0; row < buffer.height; ++row) {
         const float s = static_cast<float>(row) / static_cast<float>(buffer.height);
         FillRows(buffer, row, buffer.rowBytes, 1, top + delta * s);
@@ -108,7 +110,8 @@ std::int32_t ImporterSynthex::OnGetSourceVideo(void*, imSourceVideoRec* record) 
         const auto* const creator = AcquireSuite<CvVexelCreator2Suite3>(mStdParms, kCvVexelCreator2Suite,
                                                                         kCvVexelCreator2SuiteVersion);
         sVexelSuite = AcquireSuite<CvVexelSuite1>(mStdParms, kCvVexelSuite, kCvVexelSuiteVersion);
-        mStdParms->mBasicSuite->AcquireSuite(kCvPixelFormatSuite, kCvPixelFormatSuiteVersion, &sPixelFormatSuite);
+        mStdParms->mBasicSuite->AcquireSuite(kCvPixelFormatSuite, kCvPixelFormatSuiteVersion,
+                                             &sPixelFormatSuite);
         sVexelCreator2Suite = creator; // last: it says that all are there
     }
 
@@ -119,17 +122,20 @@ std::int32_t ImporterSynthex::OnGetSourceVideo(void*, imSourceVideoRec* record) 
     buffer.format = FillFormat(info.mPixelFormat);
 
     CvVexelHandle* const handle = record->mFrame;
-    sVexelCreator2Suite->Create(handle, kCvVexelAccess_ReadWrite,
-                                BEToSDKPixelFormat(RKPixelFormatToBEPixelFormat(buffer.format)), buffer.width,
-                                buffer.height, 0, 0, info.mFramePAR.GetNumerator(), info.mFramePAR.GetDenominator());
+    sVexelCreator2Suite->Create(
+        handle, kCvVexelAccess_ReadWrite, BEToSDKPixelFormat(RKPixelFormatToBEPixelFormat(buffer.format)),
+        buffer.width, buffer.height, 0, 0, info.mFramePAR.GetNumerator(), info.mFramePAR.GetDenominator());
     CvRect bounds{};
-    if (sVexelSuite->GetBounds(*handle, &bounds) < 0 || sVexelSuite->GetRowBytes(*handle, &buffer.rowBytes) < 0 ||
+    if (sVexelSuite->GetBounds(*handle, &bounds) < 0 ||
+        sVexelSuite->GetRowBytes(*handle, &buffer.rowBytes) < 0 ||
         sVexelSuite->GetPixels(*handle, kCvVexelAccess_ReadWrite, &buffer.base) < 0)
         return kResult_NoInstance;
 
     const std::int32_t frame = lummediatypes::TickTime(record->mFrameTime).ToFrame32(info.mVideoFrameRate);
-    if (info.mRenderFormat == kContentRenderFormat_FieldColors) FillFieldColors(buffer, info);
-    else FillGradient(buffer, info, frame);
+    if (info.mRenderFormat == kContentRenderFormat_FieldColors)
+        FillFieldColors(buffer, info);
+    else
+        FillGradient(buffer, info, frame);
 
     // Deliberate: progressive clips never show the number.
     if (info.mDrawFrameNumber && info.mFieldType != lummediatypes::kFieldType_Progressive)

@@ -23,7 +23,9 @@ std::uint64_t IntegerBits(const Value& value) {
 template <class T>
 struct ConvertInteger {
     static Value ToJSON(T value) { return Value(std::uint64_t{static_cast<std::uint32_t>(value)}); }
-    static T FromJSON(const Value& value) { return static_cast<T>(static_cast<std::uint32_t>(IntegerBits(value))); }
+    static T FromJSON(const Value& value) {
+        return static_cast<T>(static_cast<std::uint32_t>(IntegerBits(value)));
+    }
 };
 
 } // namespace
@@ -38,7 +40,8 @@ template <>
 struct JSONConvert<FieldType> {
     static Value ToJSON(FieldType type) { return Value(std::int64_t{type}); }
     static FieldType FromJSON(const Value& value) {
-        return static_cast<FieldType>(static_cast<std::int32_t>(static_cast<std::uint32_t>(IntegerBits(value))));
+        return static_cast<FieldType>(
+            static_cast<std::int32_t>(static_cast<std::uint32_t>(IntegerBits(value))));
     }
 };
 
@@ -52,7 +55,9 @@ template <>
 struct JSONConvert<float> {
     static Value ToJSON(float value) { return Value(double{value}); }
     /// Values over the range of a float become infinite.
-    static float FromJSON(const Value& value) { return static_cast<float>(JSONConvert<double>::FromJSON(value)); }
+    static float FromJSON(const Value& value) {
+        return static_cast<float>(JSONConvert<double>::FromJSON(value));
+    }
 };
 
 namespace {
@@ -102,8 +107,10 @@ void VisitParts(Visitor visit) {
 } // namespace
 
 double JSONConvert<double>::FromJSON(const Value& value) {
-    if (const auto* const natural = boost::any_cast<std::uint64_t>(&value)) return static_cast<double>(*natural);
-    if (const auto* const integer = boost::any_cast<std::int64_t>(&value)) return static_cast<double>(*integer);
+    if (const auto* const natural = boost::any_cast<std::uint64_t>(&value))
+        return static_cast<double>(*natural);
+    if (const auto* const integer = boost::any_cast<std::int64_t>(&value))
+        return static_cast<double>(*integer);
     return boost::any_cast<double>(value);
 }
 
@@ -113,10 +120,12 @@ Value JSONConvert<FloatColor>::ToJSON(const FloatColor& color) {
     return object;
 }
 
-// Deliberate: a missing colour is opaque black, but a colour object that lacks only "mAlphaPart" is transparent.
+// Deliberate: a missing colour is opaque black, but a colour object that lacks only "mAlphaPart" is
+// transparent.
 FloatColor JSONConvert<FloatColor>::FromJSON(const Value& value) {
     FloatColor color;
-    VisitParts([&](const char* key, auto part) { color.*part = ExtractPropertyFromObject<float>(value, key); });
+    VisitParts(
+        [&](const char* key, auto part) { color.*part = ExtractPropertyFromObject<float>(value, key); });
     return color;
 }
 

@@ -49,15 +49,15 @@ struct SynthexInfo {
     lummediatypes::FrameRate mVideoFrameRate = lummediatypes::kFrameRate_Video30;
 
     // The three below have no JSON form: reading a document resets them.
-    Mosk::String mSavedFilePath;                ///< the file that the dialog last saved to; empty for none
-    Mosk::String mClipName = u"Default Frame";  ///< after a save, the file-name part of the path
-    bool mDrawFrameNumber = true;               ///< print the frame number; interlaced clips only
+    Mosk::String mSavedFilePath;               ///< the file that the dialog last saved to; empty for none
+    Mosk::String mClipName = u"Default Frame"; ///< after a save, the file-name part of the path
+    bool mDrawFrameNumber = true;              ///< print the frame number; interlaced clips only
 };
 
 namespace lumcore::serialization {
 
-// `ToJSON` makes a value of a type; `FromJSON` reads one and throws `boost::bad_any_cast` where the value is of the
-// wrong kind. Integers are accepted where a double is expected, not the other way round.
+// `ToJSON` makes a value of a type; `FromJSON` reads one and throws `boost::bad_any_cast` where the value is
+// of the wrong kind. Integers are accepted where a double is expected, not the other way round.
 
 template <>
 struct JSONConvert<double> {
@@ -97,9 +97,9 @@ struct JSONConvert<SynthexInfo> {
 
 template <>
 struct Serializer<SynthexInfo> {
-    /// Reads a record from JSON text. `size` counts the terminating zero, where there is one. A record wrapped in an
-    /// object under "SerializerWrappedObject" is unwrapped. Throws `std::runtime_error` ("JSON not well-formed") or
-    /// `boost::bad_any_cast` (a member of the wrong kind).
+    /// Reads a record from JSON text. `size` counts the terminating zero, where there is one. A record
+    /// wrapped in an object under "SerializerWrappedObject" is unwrapped. Throws `std::runtime_error` ("JSON
+    /// not well-formed") or `boost::bad_any_cast` (a member of the wrong kind).
     static SynthexInfo FromUTF8String(const unsigned char* data, std::size_t size);
 };
 

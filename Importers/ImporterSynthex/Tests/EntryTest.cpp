@@ -1,5 +1,5 @@
-// Faults sought: a selector that answers the wrong thing or tests the wrong parameter, a byte written where none
-// belongs, a module that is released twice or never.
+// Faults sought: a selector that answers the wrong thing or tests the wrong parameter, a byte written where
+// none belongs, a module that is released twice or never.
 #include "PluginFixture.h"
 
 #include <map>
@@ -17,13 +17,16 @@ TEST_F(EntryTest, SelectorsWithoutARecordOfTheirOwnAnswerTheirFixedResults) {
     const std::map<int, int> fixed = {{8, 0}, {28, 100}, {36, 101}};
     const std::map<int, int> needParam1 = {{46, 3}, {56, 3}, {59, 3}, {60, 3}};
     const std::map<int, int> needParam2 = {{58, 3}, {61, 3}, {62, 3}, {63, 3}, {64, 3}};
-    const std::map<int, int> withRecords = {{0, 0}, {1, 0}, {9, 0}, {14, 0}, {27, 0}, {37, 0}, {38, 0}, {39, 0}, {45, 0}, {47, 0}};
+    const std::map<int, int> withRecords = {{0, 0},  {1, 0},  {9, 0},  {14, 0}, {27, 0},
+                                            {37, 0}, {38, 0}, {39, 0}, {45, 0}, {47, 0}};
     for (int selector = -3; selector <= 70; ++selector) {
         if (withRecords.contains(selector)) continue;
         // A record that begins with an instance, and one that begins with none.
         void* present[2] = {this, this};
         void* absent[2] = {null, null};
-        const auto call = [&](void* param1, void* param2) { return mBundle.Call(selector, param1, param2).result; };
+        const auto call = [&](void* param1, void* param2) {
+            return mBundle.Call(selector, param1, param2).result;
+        };
         const int with1 = call(present, absent), with2 = call(absent, present);
         if (fixed.contains(selector)) {
             EXPECT_EQ(with1, fixed.at(selector)) << selector;
@@ -107,9 +110,11 @@ TEST_F(EntryTest, ShutdownReleasesTheModuleOnceAndInitMakesItAnew) {
 // Where the host does not know the bundle, initialisation answers as ever.
 TEST(EntryWithoutBundle, InitAnswersAllTheSame) {
     const auto source = std::filesystem::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle";
-    const auto copy = std::filesystem::path(testing::TempDir()) / ("other" + std::to_string(::getpid()) + ".bundle");
+    const auto copy =
+        std::filesystem::path(testing::TempDir()) / ("other" + std::to_string(::getpid()) + ".bundle");
     std::filesystem::create_directories(copy / "Contents/Linux");
-    std::filesystem::copy_file(source / "Contents/Linux/ImporterSynthex", copy / "Contents/Linux/ImporterSynthex");
+    std::filesystem::copy_file(source / "Contents/Linux/ImporterSynthex",
+                               copy / "Contents/Linux/ImporterSynthex");
     std::ofstream(copy / "Contents/Info.plist")
         << "<plist><dict><key>CFBundleIdentifier</key><string>org.other</string>"
            "<key>CFBundleExecutable</key><string>ImporterSynthex</string></dict></plist>";

@@ -1,5 +1,5 @@
-// Faults sought: fields that are swapped, written at the wrong byte or read from the wrong store; instances that leak
-// or are lost.
+// Faults sought: fields that are swapped, written at the wrong byte or read from the wrong store; instances
+// that leak or are lost.
 #include "PluginFixture.h"
 
 #include "lummediatypes.h"
@@ -20,8 +20,10 @@ TEST_F(InfoTest, EveryByteOfTheInfoRecord) {
     imFileInfoRec8 info;
     ASSERT_EQ(GetInfo(path, "not JSON, and not looked at", instance, info).result, 0);
     ExpectedBytes expected(214);
-    expected.Put<std::uint16_t>(0, 1).Put<std::uint32_t>(2, 47).Put<std::uint32_t>(6, 33).Put<std::uint16_t>(12, 32);
-    expected.Put<std::uint8_t>(18, 1).Put<std::uint8_t>(22, 1).Put<std::uint32_t>(34, 128).Put<std::uint32_t>(38, 117);
+    expected.Put<std::uint16_t>(0, 1).Put<std::uint32_t>(2, 47).Put<std::uint32_t>(6, 33).Put<std::uint16_t>(
+        12, 32);
+    expected.Put<std::uint8_t>(18, 1).Put<std::uint8_t>(22, 1).Put<std::uint32_t>(34, 128).Put<std::uint32_t>(
+        38, 117);
     expected.Put<std::uint32_t>(54, 1).Put<std::uint32_t>(162, 30000).Put<std::uint32_t>(166, 1001);
     expected.Put<std::uint32_t>(170, 100 * 1001).Put(198, instance).Put<const char*>(206, info.mPrefs);
     EXPECT_EQ(Bytes(info), expected);
@@ -63,13 +65,15 @@ TEST_F(InfoTest, RatesAndDurationsAtTheirLimits) {
         const char* times;
         std::uint32_t scale, sampleSize, duration;
     };
-    for (const Row& row : {Row{R"("mVideoDuration":{"ticks":100},"mVideoFrameRate":{"ticksperframe":0})", 0, 0, 0},
-                           Row{R"("mVideoDuration":{"ticks":100},"mVideoFrameRate":{"ticksperframe":-7})", 0, 0, 0},
-                           Row{R"("mVideoDuration":{"ticks":-1},"mVideoFrameRate":{"ticksperframe":10160640000})", 25, 1,
-                               4294967295u},
-                           // 4,294,968 frames of 1001: the product leaves 32 bits
-                           Row{R"("mVideoDuration":{"ticks":18201359701324800},"mVideoFrameRate":{"ticksperframe":4237833600})",
-                               60000, 1001, 4294968u * 1001u}}) {
+    for (
+        const Row& row :
+        {Row{R"("mVideoDuration":{"ticks":100},"mVideoFrameRate":{"ticksperframe":0})", 0, 0, 0},
+         Row{R"("mVideoDuration":{"ticks":100},"mVideoFrameRate":{"ticksperframe":-7})", 0, 0, 0},
+         Row{R"("mVideoDuration":{"ticks":-1},"mVideoFrameRate":{"ticksperframe":10160640000})", 25, 1,
+             4294967295u},
+         // 4,294,968 frames of 1001: the product leaves 32 bits
+         Row{R"("mVideoDuration":{"ticks":18201359701324800},"mVideoFrameRate":{"ticksperframe":4237833600})",
+             60000, 1001, 4294968u * 1001u}}) {
         imFileInfoRec8 info;
         const std::string prefs = "{" + std::string(row.times) + "}";
         ASSERT_EQ(GetInfo(u"/none", prefs.c_str(), nullptr, info).result, 0);
@@ -95,7 +99,9 @@ TEST_F(InfoTest, OpeningKeepsAnInstanceAndDiscardsANewOneThatFailed) {
     imFileInfoRec8 info;
     ASSERT_EQ(GetInfo(path, nullptr, opened, info).result, 0);
     EXPECT_EQ(std::uint32_t(info.mWidth), 47u) << "a failed open must not change the settings";
-    ASSERT_EQ(Open(Write("other.synthex", std::string(kFieldsOnly) + std::string("\0rubbish", 8)), instance).result, 0);
+    ASSERT_EQ(
+        Open(Write("other.synthex", std::string(kFieldsOnly) + std::string("\0rubbish", 8)), instance).result,
+        0);
     ASSERT_EQ(GetInfo(path, nullptr, opened, info).result, 0);
     EXPECT_EQ(std::uint32_t(info.mWidth), 16u);
     Close(opened);

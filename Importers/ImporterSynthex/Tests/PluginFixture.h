@@ -21,7 +21,8 @@
 /// The loaded plug-in, and a folder for its files.
 class PluginTest : public testing::Test {
   protected:
-    PluginTest() : mFolder(std::filesystem::path(testing::TempDir()) / ("plugin" + std::to_string(::getpid()))) {
+    PluginTest()
+        : mFolder(std::filesystem::path(testing::TempDir()) / ("plugin" + std::to_string(::getpid()))) {
         std::filesystem::create_directories(mFolder);
     }
     ~PluginTest() override { std::filesystem::remove_all(mFolder); }
@@ -47,7 +48,8 @@ class PluginTest : public testing::Test {
     }
 
     /// Selector 37.
-    corvane::Answer GetInfo(const std::u16string& path, const char* prefs, void* instance, imFileInfoRec8& info) const {
+    corvane::Answer GetInfo(const std::u16string& path, const char* prefs, void* instance,
+                            imFileInfoRec8& info) const {
         auto access = corvane::HostRecord<imFileAccessRec8>();
         access.mFilePath = path.c_str();
         info = corvane::HostRecord<imFileInfoRec8>();

@@ -1,5 +1,5 @@
-// Faults sought: colours of the wrong field or end, a gradient whose arithmetic is in another order or precision, a
-// format that collapses wrongly, a number where none belongs or the wrong one.
+// Faults sought: colours of the wrong field or end, a gradient whose arithmetic is in another order or
+// precision, a format that collapses wrongly, a number where none belongs or the wrong one.
 #include "PluginFixture.h"
 
 #include <cmath>
@@ -29,8 +29,8 @@ constexpr Color kTopStart{0.7f, 0.31f, 0.92f, 0.53f}, kTopEnd{0.6f, 0.91f, 0.02f
 constexpr Color kBottomStart{0.5f, 0.51f, 0.42f, 0.93f}, kBottomEnd{0.4f, 0.21f, 0.72f, 0.03f};
 
 std::string Member(const char* key, const Color& color) {
-    return fmt::format(R"("{}":{{"mAlphaPart":{},"mRedPart":{},"mGreenPart":{},"mBluePart":{}}},)", key, color.alpha,
-                       color.red, color.green, color.blue);
+    return fmt::format(R"("{}":{{"mAlphaPart":{},"mRedPart":{},"mGreenPart":{},"mBluePart":{}}},)", key,
+                       color.alpha, color.red, color.green, color.blue);
 }
 
 std::string Settings(CvPixelFormat format, int fieldType, int renderFormat, std::uint32_t height = kHeight,
@@ -38,10 +38,11 @@ std::string Settings(CvPixelFormat format, int fieldType, int renderFormat, std:
     return "{" + Member("mUpperFieldColor", kUpper) + Member("mLowerFieldColor", kLower) +
            Member("mTopGradiantColorStart", kTopStart) + Member("mTopGradiantColorEnd", kTopEnd) +
            Member("mBottomGradiantColorStart", kBottomStart) + Member("mBottomGradiantColorEnd", kBottomEnd) +
-           fmt::format(R"("mPixelFormat":{},"mFrameWidth":{},"mFrameHeight":{},"mFieldType":{},"mRenderFormat":{},)"
-                       R"("mFramePAR":{{"numerator":40,"denominator":33}},)"
-                       R"("mVideoDuration":{{"ticks":{}}},"mVideoFrameRate":{{"ticksperframe":{}}}}})",
-                       format, kWidth, height, fieldType, renderFormat, frames * kTicksPerFrame, kTicksPerFrame);
+           fmt::format(
+               R"("mPixelFormat":{},"mFrameWidth":{},"mFrameHeight":{},"mFieldType":{},"mRenderFormat":{},)"
+               R"("mFramePAR":{{"numerator":40,"denominator":33}},)"
+               R"("mVideoDuration":{{"ticks":{}}},"mVideoFrameRate":{{"ticksperframe":{}}}}})",
+               format, kWidth, height, fieldType, renderFormat, frames * kTicksPerFrame, kTicksPerFrame);
 }
 
 class RenderTest : public PluginTest {
@@ -117,7 +118,8 @@ TEST_F(RenderTest, EveryFormatInEveryWayOfColouring) {
 // Float BGRA stores what the plug-in computed: every bit of the arithmetic shows.
 TEST_F(RenderTest, TheGradientIsFloatInItsOrder) {
     for (const std::int64_t frame : {0, 1, 2, 5, 6, 9, -4}) {
-        const corvane::Frame bands = Render(Settings(CvPixelFormat_BGRA_4444_32f, 0, 1), frame * kTicksPerFrame);
+        const corvane::Frame bands =
+            Render(Settings(CvPixelFormat_BGRA_4444_32f, 0, 1), frame * kTicksPerFrame);
         ASSERT_TRUE(bands);
         const float t = static_cast<float>(static_cast<double>(frame) / 7.0);
         for (std::uint32_t y = 0; y < kHeight; ++y) {
@@ -140,9 +142,11 @@ TEST_F(RenderTest, TheLastOfAnOddNumberOfRowsIsLeft) {
 
 TEST_F(RenderTest, TheNumberIsTheFramesOwnAndOfInterlacedClipsOnly) {
     const auto pixels = [&](int fieldType, std::int64_t ticks) {
-        const corvane::Frame frame = Render(Settings(CvPixelFormat_BGRA_4444_8u, fieldType, 0, 120, 500), ticks);
+        const corvane::Frame frame =
+            Render(Settings(CvPixelFormat_BGRA_4444_8u, fieldType, 0, 120, 500), ticks);
         const corvane::FrameView& view = frame.View();
-        return std::vector<std::byte>(view.pixels, view.pixels + view.height * static_cast<std::size_t>(view.rowBytes));
+        return std::vector<std::byte>(view.pixels,
+                                      view.pixels + view.height * static_cast<std::size_t>(view.rowBytes));
     };
     EXPECT_EQ(pixels(0, 0), pixels(0, 12 * kTicksPerFrame));
     EXPECT_NE(pixels(1, 0), pixels(1, 12 * kTicksPerFrame));
@@ -152,14 +156,16 @@ TEST_F(RenderTest, TheNumberIsTheFramesOwnAndOfInterlacedClipsOnly) {
     // The same print through the service itself, over the same fields.
     const corvane::Frame plain = Render(Settings(CvPixelFormat_BGRA_4444_8u, 1, 0, 120, 500), -1);
     const corvane::FrameView& view = plain.View();
-    std::vector<std::byte> expected(view.pixels, view.pixels + view.height * static_cast<std::size_t>(view.rowBytes));
+    std::vector<std::byte> expected(view.pixels,
+                                    view.pixels + view.height * static_cast<std::size_t>(view.rowBytes));
     for (std::uint32_t y = 0; y < view.height; ++y) {
         const Color& color = y % 2 == 0 ? kUpper : kLower;
         const float bgra[] = {color.blue, color.green, color.red, color.alpha};
-        RK_FillWithColor(expected.data() + y * static_cast<std::size_t>(view.rowBytes), view.rowBytes, view.width, 1,
-                         view.format, bgra, 260);
+        RK_FillWithColor(expected.data() + y * static_cast<std::size_t>(view.rowBytes), view.rowBytes,
+                         view.width, 1, view.format, bgra, 260);
     }
-    RK_PrintNum(expected.data(), view.rowBytes, view.format, view.width, view.height, -1, 0.12f, {0.05f, 0.05f}, 1);
+    RK_PrintNum(expected.data(), view.rowBytes, view.format, view.width, view.height, -1, 0.12f,
+                {0.05f, 0.05f}, 1);
     EXPECT_EQ(std::memcmp(view.pixels, expected.data(), expected.size()), 0);
 }
 

@@ -1,5 +1,5 @@
-// Faults sought: a rule of reading that is off for one type, keys or fields that are swapped, text that does not read
-// back, damaged text that gets through or crashes.
+// Faults sought: a rule of reading that is off for one type, keys or fields that are swapped, text that does
+// not read back, damaged text that gets through or crashes.
 #include "SynthexInfo.h"
 
 #include <functional>
@@ -33,21 +33,25 @@ std::string Show(const FloatColor& color) {
 std::string Show(const SynthexInfo& info) {
     std::ostringstream text;
     text << info.mPixelFormat << '|' << info.mFrameWidth << 'x' << info.mFrameHeight << '|'
-         << info.mFramePAR.GetNumerator() << ':' << info.mFramePAR.GetDenominator() << '|' << info.mFieldType << '|'
-         << info.mRenderFormat << '|' << Show(info.mUpperFieldColor) << '|' << Show(info.mLowerFieldColor) << '|'
-         << Show(info.mTopGradiantColorStart) << '|' << Show(info.mTopGradiantColorEnd) << '|'
-         << Show(info.mBottomGradiantColorStart) << '|' << Show(info.mBottomGradiantColorEnd) << '|'
-         << info.mVideoDuration.GetTicks() << '|' << info.mVideoFrameRate.GetTicksPerFrame() << '|'
-         << Mosk::ToUTF8(info.mSavedFilePath) << '|' << Mosk::ToUTF8(info.mClipName) << '|' << info.mDrawFrameNumber;
+         << info.mFramePAR.GetNumerator() << ':' << info.mFramePAR.GetDenominator() << '|' << info.mFieldType
+         << '|' << info.mRenderFormat << '|' << Show(info.mUpperFieldColor) << '|'
+         << Show(info.mLowerFieldColor) << '|' << Show(info.mTopGradiantColorStart) << '|'
+         << Show(info.mTopGradiantColorEnd) << '|' << Show(info.mBottomGradiantColorStart) << '|'
+         << Show(info.mBottomGradiantColorEnd) << '|' << info.mVideoDuration.GetTicks() << '|'
+         << info.mVideoFrameRate.GetTicksPerFrame() << '|' << Mosk::ToUTF8(info.mSavedFilePath) << '|'
+         << Mosk::ToUTF8(info.mClipName) << '|' << info.mDrawFrameNumber;
     return text.str();
 }
 
-constexpr char kDefaults[] = "1634887522|720x480|40:33|2|0|1 1 0.5 0.25|1 0 1 0|1 1 0 0|1 0.5 0.5 0.5|1 0 1 0|1 1 0.5 0.25|"
-                             "15240960000000|8467200000||Default Frame|1";
-constexpr char kDistinct[] = "1650946657|47x33|128:117|1|1|0.9 0.11 0.12 0.13|0.8 0.21 0.22 0.23|0.7 0.31 0.32 0.33|"
-                             "0.6 0.41 0.42 0.43|0.5 0.51 0.52 0.53|0.4 0.61 0.62 0.63|847566720001|8475667200||"
-                             "Default Frame|1";
-constexpr char kNothing[] = "0|0x0|1:1|0|0|1 0 0 0|1 0 0 0|1 0 0 0|1 0 0 0|1 0 0 0|1 0 0 0|0|0||Default Frame|1";
+constexpr char kDefaults[] =
+    "1634887522|720x480|40:33|2|0|1 1 0.5 0.25|1 0 1 0|1 1 0 0|1 0.5 0.5 0.5|1 0 1 0|1 1 0.5 0.25|"
+    "15240960000000|8467200000||Default Frame|1";
+constexpr char kDistinct[] =
+    "1650946657|47x33|128:117|1|1|0.9 0.11 0.12 0.13|0.8 0.21 0.22 0.23|0.7 0.31 0.32 0.33|"
+    "0.6 0.41 0.42 0.43|0.5 0.51 0.52 0.53|0.4 0.61 0.62 0.63|847566720001|8475667200||"
+    "Default Frame|1";
+constexpr char kNothing[] =
+    "0|0x0|1:1|0|0|1 0 0 0|1 0 0 0|1 0 0 0|1 0 0 0|1 0 0 0|1 0 0 0|0|0||Default Frame|1";
 
 TEST(Settings, Defaults) {
     EXPECT_EQ(Show(SynthexInfo()), kDefaults);
@@ -66,16 +70,17 @@ TEST(Settings, EveryFieldHasItsOwnKeyBothWays) {
 }
 
 TEST(Settings, TheTextOfTheDefaults) {
-    EXPECT_EQ(Write(SynthexInfo()),
-              R"({"mBottomGradiantColorEnd":{"mAlphaPart":1.0,"mBluePart":0.25,"mGreenPart":0.5,"mRedPart":1.0},)"
-              R"("mBottomGradiantColorStart":{"mAlphaPart":1.0,"mBluePart":0.0,"mGreenPart":1.0,"mRedPart":0.0},)"
-              R"("mFieldType":2,"mFrameHeight":480,"mFramePAR":{"denominator":33,"numerator":40},"mFrameWidth":720,)"
-              R"("mLowerFieldColor":{"mAlphaPart":1.0,"mBluePart":0.0,"mGreenPart":1.0,"mRedPart":0.0},)"
-              R"("mPixelFormat":1634887522,"mRenderFormat":0,)"
-              R"("mTopGradiantColorEnd":{"mAlphaPart":1.0,"mBluePart":0.5,"mGreenPart":0.5,"mRedPart":0.5},)"
-              R"("mTopGradiantColorStart":{"mAlphaPart":1.0,"mBluePart":0.0,"mGreenPart":0.0,"mRedPart":1.0},)"
-              R"("mUpperFieldColor":{"mAlphaPart":1.0,"mBluePart":0.25,"mGreenPart":0.5,"mRedPart":1.0},)"
-              R"("mVideoDuration":{"ticks":15240960000000},"mVideoFrameRate":{"ticksperframe":8467200000}})");
+    EXPECT_EQ(
+        Write(SynthexInfo()),
+        R"({"mBottomGradiantColorEnd":{"mAlphaPart":1.0,"mBluePart":0.25,"mGreenPart":0.5,"mRedPart":1.0},)"
+        R"("mBottomGradiantColorStart":{"mAlphaPart":1.0,"mBluePart":0.0,"mGreenPart":1.0,"mRedPart":0.0},)"
+        R"("mFieldType":2,"mFrameHeight":480,"mFramePAR":{"denominator":33,"numerator":40},"mFrameWidth":720,)"
+        R"("mLowerFieldColor":{"mAlphaPart":1.0,"mBluePart":0.0,"mGreenPart":1.0,"mRedPart":0.0},)"
+        R"("mPixelFormat":1634887522,"mRenderFormat":0,)"
+        R"("mTopGradiantColorEnd":{"mAlphaPart":1.0,"mBluePart":0.5,"mGreenPart":0.5,"mRedPart":0.5},)"
+        R"("mTopGradiantColorStart":{"mAlphaPart":1.0,"mBluePart":0.0,"mGreenPart":0.0,"mRedPart":1.0},)"
+        R"("mUpperFieldColor":{"mAlphaPart":1.0,"mBluePart":0.25,"mGreenPart":0.5,"mRedPart":1.0},)"
+        R"("mVideoDuration":{"ticks":15240960000000},"mVideoFrameRate":{"ticksperframe":8467200000}})");
     SynthexInfo info;
     info.mUpperFieldColor.mRedPart = 0.1f; // widened exactly, not as 0.1
     EXPECT_NE(Write(info).find("0.10000000149011612"), std::string::npos);
@@ -118,11 +123,13 @@ TEST(Settings, RulesOfReading) {
 
 TEST(Settings, WrongKindsAreRefused) {
     for (const char* const text :
-         {"[]", "1", "null", "\"x\"", R"({"SerializerWrappedObject": null})", R"({"SerializerWrappedObject": []})",
-          R"({"mFrameWidth": 720.0})", R"({"mFrameWidth": "720"})", R"({"mFrameWidth": null})", R"({"mPixelFormat": true})",
-          R"({"mFieldType": 1.0})", R"({"mRenderFormat": []})", R"({"mFramePAR": 1})", R"({"mFramePAR": {"numerator": 1.5}})",
-          R"({"mUpperFieldColor": [1, 1, 1, 1]})", R"({"mUpperFieldColor": {"mRedPart": "1"}})", R"({"mVideoDuration": 5})",
-          R"({"mVideoDuration": {"ticks": 1.0}})", R"({"mVideoFrameRate": {"ticksperframe": false}})"})
+         {"[]", "1", "null", "\"x\"", R"({"SerializerWrappedObject": null})",
+          R"({"SerializerWrappedObject": []})", R"({"mFrameWidth": 720.0})", R"({"mFrameWidth": "720"})",
+          R"({"mFrameWidth": null})", R"({"mPixelFormat": true})", R"({"mFieldType": 1.0})",
+          R"({"mRenderFormat": []})", R"({"mFramePAR": 1})", R"({"mFramePAR": {"numerator": 1.5}})",
+          R"({"mUpperFieldColor": [1, 1, 1, 1]})", R"({"mUpperFieldColor": {"mRedPart": "1"}})",
+          R"({"mVideoDuration": 5})", R"({"mVideoDuration": {"ticks": 1.0}})",
+          R"({"mVideoFrameRate": {"ticksperframe": false}})"})
         EXPECT_THROW(Read(text), boost::bad_any_cast) << text;
     for (const char* const text : {"", "{", "{} x"}) {
         try {
@@ -141,8 +148,8 @@ TEST(Settings, UnterminatedTextIsDelimitedByItsSize) {
     EXPECT_THROW(Serializer<SynthexInfo>::FromUTF8String(bytes, 0), std::runtime_error);
 }
 
-// Every truncation and every one-byte change either reads or is refused as one of the two errors; where it reads, the
-// record's own text reads back the same.
+// Every truncation and every one-byte change either reads or is refused as one of the two errors; where it
+// reads, the record's own text reads back the same.
 TEST(Settings, DamagedTextReadsOrIsRefused) {
     const std::string original = Write(SynthexInfo());
     const auto check = [](const std::string& text) {

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "../SynthexInfo.h"
 #include "Mosk.h"
 #include "Platform.h"
+#include "SynthexInfo.h"
 
 /// The dialog's view of the exchange. The order of the operations is the binary interface.
 class IImporterSynthexPrefsDialogDataExchange : public Mosk::MoskUnknown {

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <string>
 
-#include "../SynthexInfo.h"
 #include "ControlIDs.h"
 #include "DataExchange.h"
+#include "SynthexInfo.h"
 #include "lumcore.h"
 #include "lumloom.h"
 

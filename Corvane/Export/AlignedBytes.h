@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+namespace corvane {
+
+/// What memory for vector code is aligned to.
+inline constexpr std::size_t kAlignment = 64;
+
+/// `size` rounded up to the alignment.
+constexpr std::size_t Aligned(std::size_t size) {
+    return (size + kAlignment - 1) / kAlignment * kAlignment;
+}
+
+/// Memory that starts at a multiple of the alignment. Grows, never shrinks; its content does not survive
+/// growing.
+class AlignedBytes {
+  public:
+    /// At least `size` bytes.
+    std::byte* Get(std::size_t size);
+
+  private:
+    struct Free {
+        void operator()(std::byte* bytes) const;
+    };
+    std::unique_ptr<std::byte, Free> mBytes;
+    std::size_t mSize = 0;
+};
+
+} // namespace corvane
