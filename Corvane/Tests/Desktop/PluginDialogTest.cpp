@@ -11,11 +11,9 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include "Desktop/DesktopLoader.h"
 #include "Desktop/Display.h"
 #include "Desktop/NumberField.h"
 #include "DesktopFixture.h"
-#include "Engine/Failure.h"
 #include "Engine/Preferences.h"
 
 namespace {
@@ -162,20 +160,6 @@ TEST_F(DisplayTest, TheEnvironmentSaysWhetherThereIsOne) {
         Set("XDG_RUNTIME_DIR", row.runtime);
         EXPECT_EQ(corvane::WhyNoDisplay(), row.why);
     }
-}
-
-TEST_F(DisplayTest, TheModuleIsNotLoadedWithoutOne) {
-    for (const char* const name : kNames) Set(name, nullptr);
-    try {
-        corvane::LoadDesktopPlatform({.folder = {}, .remedy = "do without"});
-        FAIL();
-    } catch (const corvane::Failure& failure) {
-        EXPECT_THAT(failure.what(), HasSubstr("; do without."));
-    }
-    // Qt itself is in this program; the module is not.
-    std::ifstream maps("/proc/self/maps");
-    const std::string text(std::istreambuf_iterator<char>(maps), {});
-    EXPECT_THAT(text, testing::Not(HasSubstr("corvane-desktop.so")));
 }
 
 } // namespace
