@@ -36,8 +36,12 @@ void DialogWindow::BuildControls() {
             widget->setFocusPolicy(Qt::StrongFocus);
             widget->installEventFilter(this);
         }
-        if (auto* const button = dynamic_cast<QPushButton*>(widget))
-            button->setDefault(control->GetID() == mDialog.GetLayout().defaultButton);
+        if (auto* const button = dynamic_cast<QPushButton*>(widget)) {
+            const Layout& layout = mDialog.GetLayout();
+            button->setDefault(control->GetID() == layout.defaultButton);
+            // Return is for the buttons that end the dialog, also where another one has the focus.
+            button->setAutoDefault(button->isDefault() || control->GetID() == layout.cancelButton);
+        }
         // As if by Tab, so that what is typed at once replaces the first number.
         if (previous != nullptr)
             setTabOrder(previous, widget);

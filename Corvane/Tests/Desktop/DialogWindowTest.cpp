@@ -98,6 +98,19 @@ TEST(DialogWindow, EscAndTheCloseButtonPressCancel) {
     EXPECT_TRUE(dialog.Model().IsClosed());
 }
 
+TEST(DialogWindow, ReturnPressesTheDefaultButtonWhereverTheFocusIs) {
+    for (const char* const focus : {"plain", "number", "popup", "box"}) {
+        TestDialog dialog(R"(<row><button id="plain" text="Plain"/><number id="number"/><popup id="popup"/>
+            <checkbox id="box" text="Box"/></row>)");
+        dialog.Run([&](QDialog& window) {
+            auto& widget = Find<QWidget>(window, focus);
+            widget.setFocus();
+            QTest::keyClick(&widget, Qt::Key_Return);
+        });
+        EXPECT_THAT(dialog.reports, ElementsAre("ok")) << focus;
+    }
+}
+
 TEST(DialogWindow, AReceiverThatThrowsClosesTheWindowAndIsHeard) {
     TestDialog dialog(R"(<checkbox id="box" text="_Box"/>)");
     dialog.onReport = [](const std::string&) { throw std::runtime_error("from the plug-in"); };

@@ -1,5 +1,6 @@
 // Faults sought: settings that change although the person changed nothing, a dialog of the plug-in that looks
 // one way and means another, a platform that needs a display and ends the process where there is none.
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 
@@ -10,11 +11,9 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include "Desktop/DesktopLoader.h"
 #include "Desktop/Display.h"
 #include "Desktop/NumberField.h"
 #include "DesktopFixture.h"
-#include "Engine/Failure.h"
 #include "Engine/Preferences.h"
 
 namespace {
@@ -83,6 +82,25 @@ TEST(PluginDialog, WhatThePersonSeesIsWhatIsStored) {
     EXPECT_EQ(nlohmann::json::parse(answer.settings), expected);
 }
 
+void CollectMnemonics(const std::vector<corvane::LayoutNode>& nodes, std::u16string& letters) {
+    for (const auto& node : nodes) {
+        if (node.label.mnemonic)
+            letters += static_cast<char16_t>(node.label.text[*node.label.mnemonic] & 0x5F); // upper case
+        CollectMnemonics(node.children, letters);
+    }
+}
+
+TEST(PluginDialog, NoTwoControlsShareALetter) {
+    std::ifstream file(SYNTHEX_BUILD_DIR
+                       "/lib/ImporterSynthex.bundle/Contents/Resources/ImporterSynthexPrefs.loom");
+    const std::string script(std::istreambuf_iterator<char>(file), {});
+    std::u16string letters;
+    CollectMnemonics(corvane::ParseLayout(script, u"ImporterSynthexPrefs").children, letters);
+    EXPECT_GT(letters.size(), 10u);
+    std::ranges::sort(letters);
+    EXPECT_EQ(std::ranges::adjacent_find(letters), letters.end()) << Mosk::ToUTF8(letters);
+}
+
 TEST(PluginDialog, EscIsACancel) {
     const auto answer = Edit(kSettings, [](QDialog& window) {
         auto& width = Find<NumberField>(window, "frameWidthID");
@@ -142,20 +160,6 @@ TEST_F(DisplayTest, TheEnvironmentSaysWhetherThereIsOne) {
         Set("XDG_RUNTIME_DIR", row.runtime);
         EXPECT_EQ(corvane::WhyNoDisplay(), row.why);
     }
-}
-
-TEST_F(DisplayTest, TheModuleIsNotLoadedWithoutOne) {
-    for (const char* const name : kNames) Set(name, nullptr);
-    try {
-        corvane::LoadDesktopPlatform({.folder = {}, .remedy = "do without"});
-        FAIL();
-    } catch (const corvane::Failure& failure) {
-        EXPECT_THAT(failure.what(), HasSubstr("; do without."));
-    }
-    // Qt itself is in this program; the module is not.
-    std::ifstream maps("/proc/self/maps");
-    const std::string text(std::istreambuf_iterator<char>(maps), {});
-    EXPECT_THAT(text, testing::Not(HasSubstr("corvane-desktop.so")));
 }
 
 } // namespace
