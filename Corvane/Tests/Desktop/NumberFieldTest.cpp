@@ -29,20 +29,20 @@ void Type(NumberField& field, const char* text) {
 }
 
 TEST(NumberField, KeepsTheExactNumberUntilAPersonEditsIt) {
-    constexpr double kNumbers[] = {1.0 / 3,
-                                   0.1 + 0.2,
-                                   1e-7,
-                                   -2.0 / 3,
-                                   12345678.87654321,
-                                   std::nextafter(1.0, 2.0),
-                                   static_cast<double>(0.1f),
-                                   360000.00001,
-                                   9007199254740993.0,
-                                   1e300,
-                                   -1e-310,
-                                   std::numeric_limits<double>::max(),
-                                   std::numeric_limits<double>::denorm_min(),
-                                   0.0};
+    const double kNumbers[] = {1.0 / 3,
+                               0.1 + 0.2,
+                               1e-7,
+                               -2.0 / 3,
+                               12345678.87654321,
+                               std::nextafter(1.0, 2.0),
+                               static_cast<double>(0.1f),
+                               360000.00001,
+                               9007199254740993.0,
+                               1e300,
+                               -1e-310,
+                               std::numeric_limits<double>::max(),
+                               std::numeric_limits<double>::denorm_min(),
+                               0.0};
     for (const double number : kNumbers) {
         TestDialog dialog(kTwoNumbers);
         auto& model = dialog.Get<NumberModel>("second");
