@@ -127,9 +127,8 @@ TEST_F(SaveDialogTest, AsksBeforeAFileIsReplaced) {
         for (const auto& [button, path] :
              {std::pair(QMessageBox::Yes, "/old.synthex"), std::pair(QMessageBox::No, "cancelled")}) {
             bool asked = false;
-            const QMessageBox::StandardButton answer = button;
-            WhenShown([&](QDialog& window) {
-                WhenShown([&](QDialog& question) {
+            WhenShown([&, button = button](QDialog& window) {
+                WhenShown([&asked, button = button](QDialog& question) {
                     asked = true;
                     dynamic_cast<QMessageBox&>(question).button(answer)->click();
                 });
