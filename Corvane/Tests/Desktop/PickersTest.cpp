@@ -130,7 +130,7 @@ TEST_F(SaveDialogTest, AsksBeforeAFileIsReplaced) {
             WhenShown([&, button = button](QDialog& window) {
                 WhenShown([&asked, button = button](QDialog& question) {
                     asked = true;
-                    dynamic_cast<QMessageBox&>(question).button(answer)->click();
+                    dynamic_cast<QMessageBox&>(question).button(button)->click();
                 });
                 SaveAs(window, QString::fromLatin1(typed));
             });
