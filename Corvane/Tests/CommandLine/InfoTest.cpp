@@ -176,6 +176,7 @@ TEST(Info, BadFilesAreRefusedWithNameAndReason) {
     };
     for (const BadFile& row : kRows) {
         SCOPED_TRACE(row.name);
+        if (row.unprivileged && !RunsUnprivileged()) continue;
         const TemporaryFolder folder;
         const std::string path = row.make(folder);
         const ProcessOptions options{.addressSpace = IsSanitized() ? 0 : 256u << 20,

@@ -122,6 +122,10 @@ ProcessResult RunSynthex(std::vector<std::string> arguments, const ProcessOption
     return Process(Synthex(std::move(arguments)), options).Wait();
 }
 
+bool RunsUnprivileged() {
+    return RunSynthex({"--version"}, {.unprivileged = true}).status == 0;
+}
+
 TemporaryFolder::TemporaryFolder() {
     std::string path = fs::temp_directory_path() / "synthex-test-XXXXXX";
     if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary folder");

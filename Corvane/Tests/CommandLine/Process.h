@@ -49,6 +49,9 @@ class Process {
 std::vector<std::string> Synthex(std::vector<std::string> arguments);
 ProcessResult RunSynthex(std::vector<std::string> arguments, const ProcessOptions& options = {});
 
+/// Whether a user who is not root may run the program: not where the tree lies in a folder of root's own.
+bool RunsUnprivileged();
+
 /// A folder of a test's own, removed with all it holds.
 class TemporaryFolder {
   public:
