@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "LibavEncoder.h"
 #include "LibavMuxer.h"
 
@@ -46,13 +48,13 @@ class LibavTarget final : public Target {
         mMuxer.Finish();
     }
 
-    // An encoder with threads of its own keeps the processors busy, and bytes are converted in far less time
-    // than they are encoded; float frames are more work.
+    // Bytes are converted in far less time than an encoder with threads of its own takes: one thread feeds it
+    // while the other makes the next frame. Float frames are more work.
     unsigned UsefulJobs(unsigned jobs) const override {
         constexpr int kThreads =
             AV_CODEC_CAP_FRAME_THREADS | AV_CODEC_CAP_SLICE_THREADS | AV_CODEC_CAP_OTHER_THREADS;
         const bool threaded = (mEncoder.Context().codec->capabilities & kThreads) != 0;
-        return threaded && !mFacts.IsFloat() ? 1 : jobs;
+        return threaded && !mFacts.IsFloat() ? std::min(jobs, 2u) : jobs;
     }
 
     std::uint64_t BytesWritten() const override { return mMuxer.BytesWritten(); }

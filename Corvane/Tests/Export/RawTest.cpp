@@ -68,7 +68,8 @@ TEST(StreamWriter, LargeFilesHoldWhatWasWritten) {
     for (const std::size_t size :
          {(std::size_t{70} << 20) + 12345, (std::size_t{65} << 20) + 4096, std::size_t{72} << 20}) {
         std::string data(size, '\0');
-        for (std::size_t i = 0; i < size; i += 4) {
+        // Each 512 bytes tell their place.
+        for (std::size_t i = 0; i < size; i += 512) {
             const std::uint32_t value = TestFrame::Noise(static_cast<std::uint32_t>(i));
             std::memcpy(data.data() + i, &value, std::min<std::size_t>(4, size - i));
         }

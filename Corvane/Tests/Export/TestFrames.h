@@ -6,7 +6,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -99,7 +98,11 @@ class TestFolder {
 
 inline std::string ReadFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string content;
+    std::string part(std::size_t{1} << 16, '\0');
+    while (file.read(part.data(), static_cast<std::streamsize>(part.size())) || file.gcount() > 0)
+        content.append(part.data(), static_cast<std::size_t>(file.gcount()));
+    return content;
 }
 
 } // namespace corvane::testing
