@@ -124,6 +124,15 @@ TEST_F(PrefsTest, EachColorEditWritesItsChannel) {
     }
 }
 
+// An edit keeps the exact number that was typed until something sets it anew: then it shows what the settings
+// hold.
+TEST_F(PrefsTest, APixelFormatRefreshesTheColors) {
+    Edited(kDistinctSettings, {"chooseColorRedTextID0=0.1"});
+    EXPECT_EQ(mState["chooseColorRedTextID0"]["value"], 0.1);
+    Edited(kDistinctSettings, {"chooseColorRedTextID0=0.1", "pixelFormatPopupID=0"});
+    EXPECT_EQ(mState["chooseColorRedTextID0"]["value"], static_cast<double>(0.1f));
+}
+
 // Titles, greyed items and the second button in every state that edits lead to.
 TEST_F(PrefsTest, ColorControlsFollowTheRenderFormat) {
     const struct {

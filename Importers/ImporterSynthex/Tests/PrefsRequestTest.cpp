@@ -300,6 +300,16 @@ TEST_F(DialogEntryTest, ARecordWithAFileOpensBoundToIt) {
     EXPECT_FALSE(mExchange->UsesSavedFrameFileAsSource()) << "showing the box is not checking it";
 }
 
+TEST_F(DialogEntryTest, OKHandsOverWhatHasNoPlaceInTheText) {
+    for (const bool draw : {false, true}) {
+        NotingPlatform platform(Script({draw ? "drawFrameNumberCBID=true" : "drawFrameNumberCBID=false"}));
+        Run(mID, Unknown(), platform);
+        SynthexInfo info;
+        mExchange->GetPrefs(info);
+        EXPECT_EQ(info.mDrawFrameNumber, draw);
+    }
+}
+
 TEST_F(DialogEntryTest, CancelAfterASaveLeavesThatSaveInTheExchange) {
     SynthexInfo info;
     NotingPlatform platform(Script(

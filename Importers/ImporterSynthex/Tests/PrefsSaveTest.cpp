@@ -2,8 +2,11 @@
 // a question that is asked once too often or never, a path that gets lost, a button in the wrong state.
 #include "PrefsFixture.h"
 
+#include <csignal>
 #include <fstream>
 #include <iterator>
+
+#include <sys/resource.h>
 
 namespace {
 
@@ -48,6 +51,15 @@ TEST_F(PrefsSaveTest, CancelLeavesTheSettingsButNotTheFile) {
     EXPECT_EQ(Json::parse(Text("clip.synthex"))["mFrameWidth"], 200) << "the save button's last save";
 }
 
+TEST_F(PrefsSaveTest, CheckingTheSourceBoxSaves) {
+    const Outcome outcome =
+        Edit(kDistinctSettings, Script({"frameWidthID=100", "saveToPathButtonID", "frameWidthID=200",
+                                        "useAsCustomImporterID=true", "frameWidthID=300", "cancel"},
+                                       {Save("clip.synthex")}));
+    EXPECT_EQ(outcome.result, kResult_Cancelled);
+    EXPECT_EQ(Json::parse(Text("clip.synthex"))["mFrameWidth"], 200);
+}
+
 // Each row: answers to the save dialog and the error box, and the state that they lead to.
 TEST_F(PrefsSaveTest, TheRetryLoop) {
     const std::string bad = "save=" + File("missing/clip.synthex");
@@ -90,6 +102,40 @@ TEST_F(PrefsSaveTest, TheErrorBoxAsksForAnotherPath) {
     EXPECT_EQ(box.buttons, 80);
     EXPECT_EQ(box.defaultButton, 16);
     EXPECT_EQ(box.icon, 1);
+}
+
+/// Lets no file grow beyond a few bytes, as a full disk would, for the length of a scope.
+class FullDisk {
+  public:
+    FullDisk() : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &mLimit);
+        const rlimit few{16, mLimit.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &few);
+    }
+    ~FullDisk() {
+        ::setrlimit(RLIMIT_FSIZE, &mLimit);
+        std::signal(SIGXFSZ, mHandler);
+    }
+
+  private:
+    rlimit mLimit{};
+    void (*mHandler)(int);
+};
+
+// The disk fills up while a file is replaced: the old text stays, the person is asked, and the new name is
+// offered.
+TEST_F(PrefsSaveTest, AFailedWriteLosesNothing) {
+    std::ofstream(File("clip.synthex")) << "old";
+    NotingPlatform platform(
+        Script({"saveToPathButtonID"}, {Save("clip.synthex"), "again=yes", "save=cancel"}));
+    {
+        const FullDisk full;
+        Edit(kDistinctSettings, platform);
+    }
+    EXPECT_EQ(platform.mBoxes.size(), 1u);
+    EXPECT_EQ(platform.mOfferedNames, (std::vector<Mosk::String>{u"Default Frame", u"clip.synthex"}));
+    EXPECT_EQ(Text("clip.synthex"), "old");
+    EXPECT_EQ(FilesInFolder(), 1u);
 }
 
 // A failed path stays recorded: OK tries it once more, and by then its folder may be there.
