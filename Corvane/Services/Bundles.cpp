@@ -50,7 +50,8 @@ BundleRegistration::BundleRegistration(const std::filesystem::path& folder) {
     const auto same = std::ranges::find_if(registry.known, [&](const CFBundle& bundle) {
         return bundle.identifier == identifier && bundle.folder == absolute;
     });
-    mBundle = same != registry.known.end() ? &*same : &registry.known.emplace_back(identifier, absolute);
+    mBundle =
+        same != registry.known.end() ? &*same : &registry.known.emplace_back(CFBundle{identifier, absolute});
     registry.present.push_back(mBundle);
 }
 

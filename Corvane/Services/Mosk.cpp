@@ -29,8 +29,8 @@ void* Allocator::Allocate(std::size_t size) {
     return ::operator new(size);
 }
 
-void Allocator::Dispose(void* block, std::size_t size) noexcept {
-    ::operator delete(block, size);
+void Allocator::Dispose(void* block, std::size_t) noexcept {
+    ::operator delete(block);
 }
 
 void Module::Create(CFBundleRef bundle, ObjectPtr<Module, AtomicValue>& module) {

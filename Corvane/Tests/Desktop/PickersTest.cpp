@@ -127,10 +127,11 @@ TEST_F(SaveDialogTest, AsksBeforeAFileIsReplaced) {
         for (const auto& [button, path] :
              {std::pair(QMessageBox::Yes, "/old.synthex"), std::pair(QMessageBox::No, "cancelled")}) {
             bool asked = false;
-            WhenShown([&, button = button](QDialog& window) {
-                WhenShown([&asked, button = button](QDialog& question) {
+            const QMessageBox::StandardButton answer = button;
+            WhenShown([&](QDialog& window) {
+                WhenShown([&](QDialog& question) {
                     asked = true;
-                    dynamic_cast<QMessageBox&>(question).button(button)->click();
+                    dynamic_cast<QMessageBox&>(question).button(answer)->click();
                 });
                 SaveAs(window, QString::fromLatin1(typed));
             });

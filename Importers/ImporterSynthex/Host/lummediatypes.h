@@ -4,6 +4,7 @@
 /// every operation is defined for every value, INT64_MIN, zero rates and zero denominators included.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <limits>
 
