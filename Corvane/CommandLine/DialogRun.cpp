@@ -7,6 +7,7 @@
 #include "Console.h"
 #include "Desktop/DesktopLoader.h"
 #include "Engine/Clip.h"
+#include "Engine/TextFile.h"
 #include "Services/ScriptedPlatform.h"
 
 namespace corvane::commandline {
@@ -49,35 +50,6 @@ PreferencesAnswer RunWindow(const Bundle& bundle, const PreferencesRequest& requ
     return RequestPreferences(bundle, request, journal);
 }
 
-std::string WhyNotSaved(Mosk::Result result) {
-    switch (result) {
-    case Mosk::kResult_NotFound: return "the folder does not exist";
-    case Mosk::kResult_AccessDenied: return "you are not allowed to write here";
-    case Mosk::kResult_NotAFile: return "this is no regular file";
-    case Mosk::kResult_DiskFull: return "there is no room for them";
-    default: return "the system does not say why";
-    }
-}
-
-void SaveSettings(const fs::path& clip, const std::string& settings, bool replace) {
-    using namespace Mosk;
-    if (!replace && fs::exists(clip))
-        throw Failure(
-            fmt::format("{}: a file of that name was made meanwhile; it is kept, and the settings are "
-                        "not; use --force to replace it.",
-                        clip.string()));
-    File file;
-    std::uint32_t written = 0;
-    Result result =
-        file.Create(FromUTF8(clip.string()), FileAccessFlags::kReadWrite, FileShareModeFlags::kShareReadWrite,
-                    FileCreateDispositionFlags::kReplace, FileAttributesFlags::kNormal, false);
-    if (result >= 0)
-        result = file.Write(settings.data(), static_cast<std::uint32_t>(settings.size()), written);
-    if (result < 0)
-        throw Failure(fmt::format("{}: the settings could not be saved ({}); nothing was changed.",
-                                  clip.string(), WhyNotSaved(result)));
-}
-
 /// Tells the person what was done. Beside a dump, which is for programs, not on standard output.
 void Say(const DialogOptions& options, const std::string& sentence) {
     if (options.dump)
@@ -112,7 +84,12 @@ int FinishDialog(const std::shared_ptr<Bundle>& bundle, const PreferencesAnswer&
         Say(options, fmt::format("{}: the clip's source is now {}.", clip.string(), source->Name()));
         return kExitDone;
     }
-    SaveSettings(clip, answer.settings, replace);
+    if (!replace && fs::exists(clip))
+        throw Failure(
+            fmt::format("{}: a file of that name was made meanwhile; it is kept, and the settings are "
+                        "not; use --force to replace it.",
+                        clip.string()));
+    WriteTextFile(clip, answer.settings);
     Say(options, fmt::format("{}: saved.", clip.string()));
     return kExitDone;
 }

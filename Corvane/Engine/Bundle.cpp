@@ -52,13 +52,14 @@ Bundle::~Bundle() {
 }
 
 Answer Bundle::Call(std::int32_t selector, void* param1, void* param2) const {
+    const std::lock_guard calling(mCalling);
     return mLibrary->Call(selector, param1, param2);
 }
 
 Answer Bundle::CallForFrame(imSourceVideoRec& record) const {
     std::unique_lock<std::mutex> first;
     if (!mHadFrame.load(std::memory_order_acquire)) first = std::unique_lock(mFirstFrame);
-    const Answer answer = Call(kSelector_GetSourceVideo, nullptr, &record);
+    const Answer answer = mLibrary->Call(kSelector_GetSourceVideo, nullptr, &record);
     mHadFrame.store(true, std::memory_order_release);
     return answer;
 }

@@ -42,7 +42,9 @@ class Bundle {
 
     const std::filesystem::path& Path() const { return mPath; }
 
-    /// Sends a selector. Selectors other than 47 are for one thread at a time.
+    /// Sends a selector other than 47. Any thread: a call waits until no other thread is in one, since the
+    /// plug-in knows no locks. A dialog that is open is such a call, and its own thread may make further
+    /// ones.
     Answer Call(std::int32_t selector, void* param1, void* param2) const;
 
     /// Asks for a frame (selector 47). Any number of threads.
@@ -51,6 +53,7 @@ class Bundle {
   private:
     std::filesystem::path mPath;
     std::unique_ptr<PluginLibrary> mLibrary;
+    mutable std::recursive_mutex mCalling;
     // The plug-in fetches its suites with the process's first frame, which is for one thread.
     mutable std::mutex mFirstFrame;
     mutable std::atomic<bool> mHadFrame{false};

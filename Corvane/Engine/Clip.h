@@ -40,8 +40,8 @@ struct ClipInfo {
 /// The format in which the plug-in delivers frames of `format`; empty where it can't make any.
 std::optional<CvPixelFormat> DeliveredFormat(const std::shared_ptr<Bundle>& bundle, CvPixelFormat format);
 
-/// An open clip. Owns the plug-in's instance. `GetFrame` may be called from many threads at once; nothing
-/// else may.
+/// An open clip. Owns the plug-in's instance. May be opened and closed on any thread, and `GetFrame` may be
+/// called from many threads at once.
 class Clip {
   public:
     /// Opens a settings file. Throws `Failure` with the file's name and the reason.

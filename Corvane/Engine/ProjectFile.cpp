@@ -1,0 +1,144 @@
+#include "ProjectFile.h"
+
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "Failure.h"
+#include "TextFile.h"
+
+namespace corvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+constexpr char kFormatName[] = "corvane-project";
+constexpr std::int64_t kVersion = 1;
+
+/// One member of a sequence format; writing and reading go by the same rows.
+struct SequenceRow {
+    const char* key;
+    std::uint32_t SequenceFormat::*member;
+};
+constexpr SequenceRow kSequenceRows[] = {
+    {"width", &SequenceFormat::width},
+    {"height", &SequenceFormat::height},
+    {"parNumerator", &SequenceFormat::parNumerator},
+    {"parDenominator", &SequenceFormat::parDenominator},
+    {"scale", &SequenceFormat::scale},
+    {"sampleSize", &SequenceFormat::sampleSize},
+};
+
+/// The path from `folder` where the file lies in it or below it, else the whole path.
+fs::path Stored(const fs::path& file, const fs::path& folder) {
+    if (folder.empty()) return file;
+    const fs::path relative = file.lexically_relative(folder.lexically_normal());
+    return relative.empty() || *relative.begin() == ".." ? file : relative;
+}
+
+/// What is not as a project of this version has it. Ends up in a sentence with the project's name.
+struct Damage {
+    std::string what;
+};
+
+/// The member of an object, which must have it.
+const Json& Need(const Json& object, const char* key) {
+    const auto found = object.find(key);
+    if (found == object.end()) throw Damage{fmt::format("\"{}\" is missing", key)};
+    return *found;
+}
+
+std::string NeedText(const Json& object, const char* key) {
+    const Json& member = Need(object, key);
+    if (!member.is_string()) throw Damage{fmt::format("\"{}\" is no text", key)};
+    return member.get<std::string>();
+}
+
+std::uint32_t NeedNumber(const Json& object, const char* key) {
+    const Json& member = Need(object, key);
+    if (!member.is_number_unsigned() ||
+        member.get<std::uint64_t>() > std::numeric_limits<std::uint32_t>::max())
+        throw Damage{fmt::format("\"{}\" is no number from 0 to 4294967295", key)};
+    return member.get<std::uint32_t>();
+}
+
+void CheckVersion(const Json& tree) {
+    if (!tree.is_object() || tree.value("format", Json()) != kFormatName) throw Damage{"it is no project"};
+    const Json& version = Need(tree, "version");
+    if (!version.is_number_integer() || version < 1) throw Damage{"\"version\" is no number from 1"};
+    if (version > kVersion)
+        throw Damage{fmt::format("a newer Synthex made it (version {} of the format, this one knows {}); update "
+                                 "Synthex to open it",
+                                 version.dump(), kVersion)};
+}
+
+ClipSource ReadSource(const Json& clip, const fs::path& folder) {
+    if (!clip.contains("file")) return {.file = {}, .settings = NeedText(clip, "settings")};
+    const fs::path file = NeedText(clip, "file");
+    if (file.empty()) throw Damage{"\"file\" is empty"};
+    return {.file = (folder / file).lexically_normal(), .settings = {}};
+}
+
+Project ReadTree(const Json& tree, const fs::path& folder) {
+    CheckVersion(tree);
+    Project project;
+    const Json& sequence = Need(tree, "sequence");
+    if (!sequence.is_object()) throw Damage{"\"sequence\" is no object"};
+    for (const SequenceRow& row : kSequenceRows) project.sequence.*row.member = NeedNumber(sequence, row.key);
+    const Json& clips = Need(tree, "clips");
+    if (!clips.is_array()) throw Damage{"\"clips\" is no list"};
+    for (const Json& clip : clips) {
+        if (!clip.is_object()) throw Damage{"a clip is no object"};
+        project.Add(NeedText(clip, "name"), ReadSource(clip, folder));
+    }
+    return project;
+}
+
+} // namespace
+
+std::string WriteProject(const Project& project, const fs::path& folder) {
+    Json sequence;
+    for (const SequenceRow& row : kSequenceRows) sequence[row.key] = project.sequence.*row.member;
+    Json clips = Json::array();
+    for (const auto& clip : project.clips) {
+        const ClipSource& source = clip->source;
+        Json entry{{"name", clip->name}};
+        if (source.IsFile())
+            entry["file"] = Stored(source.file, folder).string();
+        else
+            entry["settings"] = source.settings;
+        clips.push_back(std::move(entry));
+    }
+    const Json tree{{"format", kFormatName}, {"version", kVersion}, {"sequence", sequence}, {"clips", clips}};
+    try {
+        return tree.dump(2) + '\n';
+    } catch (const Json::type_error&) {
+        throw Failure("The project has a clip whose name or path is not valid UTF-8; rename its file.");
+    }
+}
+
+Project ReadProject(const std::string& text, const std::string& name, const fs::path& folder) {
+    try {
+        return ReadTree(Json::parse(text), folder);
+    } catch (const Json::parse_error& error) {
+        throw Failure(fmt::format("{}: this project is cut or damaged at byte {} of {}; open a copy of it.", name,
+                                  error.byte, text.size()));
+    } catch (const Damage& damage) {
+        throw Failure(fmt::format("{}: this project can't be read: {}.", name, damage.what));
+    }
+}
+
+Project LoadProject(const fs::path& path) {
+    return ReadProject(ReadTextFile(path), path.string(), fs::absolute(path).parent_path());
+}
+
+void SaveProject(const Project& project, const fs::path& path) {
+    WriteTextFile(path, WriteProject(project, fs::absolute(path).parent_path()));
+}
+
+} // namespace corvane

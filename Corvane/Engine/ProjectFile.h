@@ -1,0 +1,30 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "Project.h"
+
+namespace corvane {
+
+/// The suffix of project files, with its dot.
+inline constexpr char kProjectSuffix[] = ".cvproj";
+
+/// A project as the text of a project file: JSON, one member a line. Clips whose files lie beside or below
+/// `folder` are written relative to it, the others whole; an empty `folder` writes all of them whole.
+/// Throws `Failure` where a name or a path is no valid UTF-8.
+std::string WriteProject(const Project& project, const std::filesystem::path& folder);
+
+/// A project from its text. `name` is what messages call it, `folder` where relative paths begin. A file that
+/// does not exist is no error here: the clip is missing, not the project.
+///
+/// Throws `Failure` with the reason where the text is cut or damaged, is no project, or is of a newer version.
+Project ReadProject(const std::string& text, const std::string& name, const std::filesystem::path& folder);
+
+/// Opens a project file. Throws `Failure`.
+Project LoadProject(const std::filesystem::path& path);
+
+/// Saves a project file, as a whole or not at all. Throws `Failure`; an older file is as it was then.
+void SaveProject(const Project& project, const std::filesystem::path& path);
+
+} // namespace corvane
