@@ -3,20 +3,17 @@
 #include <QPainter>
 #include <QPixmap>
 
+#include "Checkerboard.h"
+
 namespace corvane::desktop {
 
 namespace {
 
+constexpr int kCheckerSquare = 4;
+
 /// 0 for what is no number.
 float Component(float value) {
     return value > 0 ? (value < 1 ? value : 1) : 0;
-}
-
-void PaintCheckerboard(QPainter& painter, QSize size) {
-    constexpr int kSquare = 4;
-    for (int y = 0; y < size.height(); y += kSquare)
-        for (int x = 0; x < size.width(); x += kSquare)
-            painter.fillRect(x, y, kSquare, kSquare, (x + y) / kSquare % 2 == 0 ? Qt::white : Qt::lightGray);
 }
 
 } // namespace
@@ -31,7 +28,7 @@ QIcon MakeSwatch(const lumui::controls::ColorRGBA& color, QSize size, qreal rati
     picture.setDevicePixelRatio(ratio);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
-    PaintCheckerboard(painter, size);
+    PaintCheckerboard(painter, QRect(QPoint(), size), kCheckerSquare);
     painter.fillRect(QRect(QPoint(), size), ShownColor(color));
     painter.setPen(QColor(0, 0, 0, 110));
     painter.drawRect(QRect(QPoint(), size - QSize(1, 1)));

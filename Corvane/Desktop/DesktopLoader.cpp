@@ -16,9 +16,9 @@ std::filesystem::path FindModule() {
     return program.parent_path().parent_path() / "lib" / "corvane" / "corvane-desktop.so";
 }
 
-} // namespace
-
-std::unique_ptr<UI_Platform> LoadDesktopPlatform(const DesktopOptions& options) {
+/// A function of the module, which is loaded for it.
+template <class Function>
+Function LoadFunction(const char* name, const DesktopOptions& options) {
     if (const std::string why = WhyNoDisplay(); !why.empty())
         throw Failure(fmt::format("No window can be shown: {}; {}.", why, options.remedy));
     const std::filesystem::path module = FindModule();
@@ -27,11 +27,22 @@ std::unique_ptr<UI_Platform> LoadDesktopPlatform(const DesktopOptions& options) 
     if (library == nullptr)
         throw Failure(fmt::format("{}: the module that shows windows does not load ({}); {}.",
                                   module.string(), ::dlerror(), options.remedy));
-    const auto create = reinterpret_cast<CreateDesktopPlatform>(::dlsym(library, kCreateDesktopPlatformName));
-    if (create == nullptr)
+    const auto function = reinterpret_cast<Function>(::dlsym(library, name));
+    if (function == nullptr)
         throw Failure(fmt::format("{}: this module has no {}; install the one of this version.",
-                                  module.string(), kCreateDesktopPlatformName));
-    return std::unique_ptr<UI_Platform>(create(options));
+                                  module.string(), name));
+    return function;
+}
+
+} // namespace
+
+std::unique_ptr<UI_Platform> LoadDesktopPlatform(const DesktopOptions& options) {
+    return std::unique_ptr<UI_Platform>(
+        LoadFunction<CreateDesktopPlatform>(kCreateDesktopPlatformName, options)(options));
+}
+
+int LoadAndRunMainWindow(const DesktopOptions& desktop, const MainWindowOptions& options) {
+    return LoadFunction<RunMainWindow>(kRunMainWindowName, desktop)(desktop, options);
 }
 
 } // namespace corvane

@@ -1,6 +1,13 @@
+#include "DesktopModule.h"
+#include "DesktopRun.h"
 #include "QtPlatform.h"
 
 extern "C" [[gnu::visibility("default")]] corvane::UI_Platform*
 CorvaneCreateDesktopPlatform(const corvane::DesktopOptions& options) {
     return new corvane::desktop::QtPlatform(options);
+}
+
+extern "C" [[gnu::visibility("default")]] int
+CorvaneRunMainWindow(const corvane::DesktopOptions& desktop, const corvane::MainWindowOptions& options) {
+    return corvane::desktop::RunDesktop(desktop, options);
 }

@@ -3,6 +3,7 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string>
 
 #include <QColorDialog>
@@ -18,12 +19,6 @@ namespace corvane::desktop {
 
 namespace {
 
-/// The window that a further one belongs to. The toolkit's own nodes are no windows.
-QWidget* ParentWindow() {
-    QWidget* const modal = QApplication::activeModalWidget();
-    return modal != nullptr ? modal : QApplication::activeWindow();
-}
-
 /// How the sentence ends that says why there is no window. Only while the application object is made.
 std::string gRemedy;
 
@@ -38,6 +33,21 @@ void EndOnFatalMessage(QtMsgType type, const QMessageLogContext&, const QString&
     std::_Exit(EXIT_FAILURE);
 }
 
+/// Keeps an exception from running through Qt, which is not made for that.
+class Application final : public QApplication {
+  public:
+    using QApplication::QApplication;
+
+    bool notify(QObject* receiver, QEvent* event) override {
+        try {
+            return QApplication::notify(receiver, event);
+        } catch (const std::exception& exception) {
+            std::fprintf(stderr, "synthex: A step failed and was left out: %s.\n", exception.what());
+            return true;
+        }
+    }
+};
+
 std::unique_ptr<QApplication> MakeApplication(const std::string& remedy) {
     if (QApplication::instance() != nullptr) return nullptr;
     // Both live as long as the process: Qt keeps referring to them.
@@ -46,7 +56,10 @@ std::unique_ptr<QApplication> MakeApplication(const std::string& remedy) {
     static int count = 1;
     gRemedy = remedy;
     const QtMessageHandler usual = qInstallMessageHandler(&EndOnFatalMessage);
-    auto application = std::make_unique<QApplication>(count, arguments);
+    auto application = std::make_unique<Application>(count, arguments);
+    QApplication::setOrganizationName(QStringLiteral("Synthex"));
+    QApplication::setApplicationName(QStringLiteral("synthex"));
+    QApplication::setDesktopFileName(QStringLiteral("synthex"));
     qInstallMessageHandler(usual);
     std::setlocale(LC_NUMERIC, "C");
     return application;
@@ -63,11 +76,36 @@ float Picked(float exact, float before, float after) {
 
 } // namespace
 
+/// The main window as plug-ins know it. It has one workspace.
+class QtPlatform::MainWindowNode final : public lumworkspace::workspace::TopLevelWindow {
+  public:
+    lumworkspace::workspace::Workspace* GetWorkspace() override { return mWorkspace.get(); }
+
+  private:
+    const lumui::ui::UI_NodePtr<lumworkspace::workspace::Workspace> mWorkspace =
+        lumui::ui::MakeNode<lumworkspace::workspace::Workspace>();
+};
+
 QtPlatform::QtPlatform(const DesktopOptions& options)
-    : mApplication(MakeApplication(options.remedy)),
+    : mApplication(MakeApplication(options.remedy)), mMainWindowNode(lumui::ui::MakeNode<MainWindowNode>()),
       mFolder(QDir(QString::fromStdString(options.folder.string())).absolutePath()) {}
 
 QtPlatform::~QtPlatform() = default;
+
+void QtPlatform::SetMainWindow(QWidget* window) {
+    mMainWindow = window;
+}
+
+lumworkspace::workspace::TopLevelWindow* QtPlatform::GetMainTopLevelWindow() {
+    return mMainWindow.isNull() ? nullptr : mMainWindowNode.get();
+}
+
+/// The window that a further one belongs to: the modal one that is open, else the main window, which is all
+/// that the toolkit's nodes can name.
+QWidget* QtPlatform::ParentWindow() const {
+    if (QWidget* const modal = QApplication::activeModalWidget()) return modal;
+    return mMainWindow.isNull() ? QApplication::activeWindow() : mMainWindow.data();
+}
 
 void QtPlatform::RunDialog(DialogModel& dialog, lumui::ui::UI_Node*) {
     DialogWindow(dialog, ParentWindow()).Run();

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include <QApplication>
+#include <QPointer>
 
 #include "DesktopModule.h"
 
@@ -16,14 +18,25 @@ class QtPlatform : public UI_Platform {
     explicit QtPlatform(const DesktopOptions& options);
     ~QtPlatform() override;
 
+    /// Makes `window` the host's main window, which dialogs belong to that name it or nothing as their
+    /// parent; null for none. It is not owned, and may go at any time.
+    void SetMainWindow(QWidget* window);
+
     void RunDialog(DialogModel& dialog, lumui::ui::UI_Node* parent) override;
     std::optional<Mosk::String> RunSaveFileDialog(const SaveFileRequest& request) override;
     std::int32_t RunMessageBox(const MessageBoxRequest& request) override;
     std::optional<lumui::controls::ColorRGBA> RunColorPicker(const ColorPickerRequest& request) override;
+    lumworkspace::workspace::TopLevelWindow* GetMainTopLevelWindow() override;
 
   private:
+    class MainWindowNode;
+
+    QWidget* ParentWindow() const;
+
     std::unique_ptr<QApplication> mApplication;
-    QString mFolder; // where the next save-file dialog begins
+    QPointer<QWidget> mMainWindow;
+    lumui::ui::UI_NodePtr<MainWindowNode> mMainWindowNode; // as long as the platform: plug-ins may keep it
+    QString mFolder;                                       // where the next save-file dialog begins
 };
 
 } // namespace corvane::desktop

@@ -17,6 +17,8 @@ struct SequenceFormat {
     std::uint32_t parDenominator = 1;
     std::uint32_t scale = 30; ///< the rate is scale / sampleSize frames per second
     std::uint32_t sampleSize = 1;
+
+    bool operator==(const SequenceFormat&) const = default;
 };
 
 /// A request to let the person edit a clip's settings.

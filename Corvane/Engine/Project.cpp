@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <tuple>
 #include <utility>
 
 #include <fmt/format.h>
@@ -24,11 +23,6 @@ void Replace(Project& project, std::uint64_t id, const Change& change) {
     auto changed = std::make_shared<ProjectClip>(*project.clips[place]);
     change(*changed);
     project.clips[place] = std::move(changed);
-}
-
-auto Terms(const SequenceFormat& format) {
-    return std::tie(format.width, format.height, format.parNumerator, format.parDenominator, format.scale,
-                    format.sampleSize);
 }
 
 } // namespace
@@ -73,7 +67,7 @@ std::string Project::FreeName(const std::string& name) const {
 }
 
 bool Project::HoldsSameAs(const Project& other) const {
-    return Terms(sequence) == Terms(other.sequence) &&
+    return sequence == other.sequence &&
            std::ranges::equal(clips, other.clips, [](const auto& a, const auto& b) {
                return a == b || (a->name == b->name && a->source == b->source);
            });

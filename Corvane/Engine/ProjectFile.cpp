@@ -72,9 +72,10 @@ void CheckVersion(const Json& tree) {
     const Json& version = Need(tree, "version");
     if (!version.is_number_integer() || version < 1) throw Damage{"\"version\" is no number from 1"};
     if (version > kVersion)
-        throw Damage{fmt::format("a newer Synthex made it (version {} of the format, this one knows {}); update "
-                                 "Synthex to open it",
-                                 version.dump(), kVersion)};
+        throw Damage{
+            fmt::format("a newer Synthex made it (version {} of the format, this one knows {}); update "
+                        "Synthex to open it",
+                        version.dump(), kVersion)};
 }
 
 ClipSource ReadSource(const Json& clip, const fs::path& folder) {
@@ -126,8 +127,8 @@ Project ReadProject(const std::string& text, const std::string& name, const fs::
     try {
         return ReadTree(Json::parse(text), folder);
     } catch (const Json::parse_error& error) {
-        throw Failure(fmt::format("{}: this project is cut or damaged at byte {} of {}; open a copy of it.", name,
-                                  error.byte, text.size()));
+        throw Failure(fmt::format("{}: this project is cut or damaged at byte {} of {}; open a copy of it.",
+                                  name, error.byte, text.size()));
     } catch (const Damage& damage) {
         throw Failure(fmt::format("{}: this project can't be read: {}.", name, damage.what));
     }

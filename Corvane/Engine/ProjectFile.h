@@ -18,7 +18,8 @@ std::string WriteProject(const Project& project, const std::filesystem::path& fo
 /// A project from its text. `name` is what messages call it, `folder` where relative paths begin. A file that
 /// does not exist is no error here: the clip is missing, not the project.
 ///
-/// Throws `Failure` with the reason where the text is cut or damaged, is no project, or is of a newer version.
+/// Throws `Failure` with the reason where the text is cut or damaged, is no project, or is of a newer
+/// version.
 Project ReadProject(const std::string& text, const std::string& name, const std::filesystem::path& folder);
 
 /// Opens a project file. Throws `Failure`.

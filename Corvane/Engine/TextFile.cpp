@@ -42,7 +42,9 @@ struct Descriptor {
 } // namespace
 
 std::string ReadTextFile(const std::filesystem::path& path) {
-    const auto fail = [&](std::string_view why) { throw Failure(fmt::format("{}: {}.", path.string(), why)); };
+    const auto fail = [&](std::string_view why) {
+        throw Failure(fmt::format("{}: {}.", path.string(), why));
+    };
     // Without waiting for the writer of a pipe.
     const Descriptor file{::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
     if (file.fd < 0 && errno == ENOENT) fail("there is no such file");
@@ -53,7 +55,8 @@ std::string ReadTextFile(const std::filesystem::path& path) {
     if (S_ISDIR(status.st_mode)) fail("this is a folder; name a file in it");
     if (!S_ISREG(status.st_mode)) fail("this is a pipe or a device; name a file");
     if (static_cast<std::uint64_t>(status.st_size) > kMostBytes)
-        fail(fmt::format("the file has {} bytes, more than the {} that are read", status.st_size, kMostBytes));
+        fail(
+            fmt::format("the file has {} bytes, more than the {} that are read", status.st_size, kMostBytes));
     std::string text(static_cast<std::size_t>(status.st_size), '\0');
     std::size_t filled = 0;
     while (filled < text.size()) {
@@ -70,7 +73,8 @@ std::string ReadTextFile(const std::filesystem::path& path) {
 void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
     using namespace Mosk;
     const auto fail = [&](std::string_view why) {
-        throw Failure(fmt::format("{}: it could not be saved ({}); nothing was changed.", path.string(), why));
+        throw Failure(
+            fmt::format("{}: it could not be saved ({}); nothing was changed.", path.string(), why));
     };
     Mosk::String name;
     try {
@@ -80,9 +84,8 @@ void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
     }
     File file;
     std::uint32_t written = 0;
-    Result result =
-        file.Create(name, FileAccessFlags::kReadWrite, FileShareModeFlags::kShareReadWrite,
-                    FileCreateDispositionFlags::kReplace, FileAttributesFlags::kNormal, false);
+    Result result = file.Create(name, FileAccessFlags::kReadWrite, FileShareModeFlags::kShareReadWrite,
+                                FileCreateDispositionFlags::kReplace, FileAttributesFlags::kNormal, false);
     if (result >= 0) result = file.Write(text.data(), static_cast<std::uint32_t>(text.size()), written);
     if (result < 0) fail(WhyNotSaved(result));
 }

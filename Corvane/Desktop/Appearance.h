@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+namespace corvane::desktop {
+
+/// How windows are to look.
+enum class Appearance { kSystem, kLight, kDark };
+
+/// Gives all windows of the process a look, at once. `kSystem` is what the desktop has set. UI thread.
+void ApplyAppearance(Appearance appearance);
+
+/// The look that the person chose last, and the one that is kept for the next start.
+Appearance StoredAppearance();
+void StoreAppearance(Appearance appearance);
+
+} // namespace corvane::desktop

@@ -1,0 +1,153 @@
+#include "Autosave.h"
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QStandardPaths>
+#include <QUuid>
+
+#include "Engine/Failure.h"
+#include "Engine/ProjectFile.h"
+#include "Engine/TextFile.h"
+
+namespace corvane::desktop {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kSuffix[] = ".autosave";
+constexpr char kPathKey[] = "path";
+constexpr char kProjectKey[] = "project";
+
+/// Changes that follow each other closely are written together.
+constexpr std::chrono::milliseconds kDelay{400};
+
+std::unique_ptr<QLockFile> LockOf(const fs::path& file) {
+    auto lock =
+        std::make_unique<QLockFile>(QFile::decodeName(fs::path(file).replace_extension(".lock").c_str()));
+    // A lock is void when its process is gone, and not after some time.
+    lock->setStaleLockTime(0);
+    return lock;
+}
+
+/// What was left behind, as text: the project with whole paths, and its file.
+std::string ToText(const Project& project, const fs::path& path) {
+    const QJsonObject object{
+        {QString::fromLatin1(kPathKey), QString::fromStdString(path.string())},
+        {QString::fromLatin1(kProjectKey), QString::fromStdString(WriteProject(project, {}))}};
+    return QJsonDocument(object).toJson().toStdString();
+}
+
+Autosave::Lost FromFile(const fs::path& file) {
+    const QJsonObject object =
+        QJsonDocument::fromJson(QByteArray::fromStdString(ReadTextFile(file))).object();
+    const std::string text = object[QLatin1StringView(kProjectKey)].toString().toStdString();
+    return {.project = ReadProject(text, file.string(), {}),
+            .path = object[QLatin1StringView(kPathKey)].toString().toStdString(),
+            .when = QFileInfo(QFile::decodeName(file.c_str())).lastModified()};
+}
+
+} // namespace
+
+Autosave::Autosave(Document& document, fs::path folder, QObject* parent)
+    : QObject(parent), mDocument(document), mFolder(std::move(folder)) {
+    mWriter.setMaxThreadCount(1);
+    mDelay.setSingleShot(true);
+    mDelay.setInterval(kDelay);
+    connect(&mDelay, &QTimer::timeout, this, &Autosave::Write);
+    connect(&mDocument, &Document::Changed, &mDelay, qOverload<>(&QTimer::start));
+    connect(&mDocument, &Document::Saved, this, &Autosave::Write);
+}
+
+Autosave::~Autosave() {
+    mWriter.waitForDone();
+}
+
+fs::path Autosave::DefaultFolder() {
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+    return fs::path(QFile::encodeName(folder).toStdString()) / "unsaved";
+}
+
+bool Autosave::Claim(const fs::path& file) {
+    auto lock = LockOf(file);
+    if (!lock->tryLock(0)) return false;
+    mLock = std::move(lock);
+    mFile = file;
+    return true;
+}
+
+void Autosave::ClaimNew() {
+    std::error_code error;
+    fs::create_directories(mFolder, error);
+    Claim(mFolder / (QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString() + kSuffix));
+}
+
+std::optional<Autosave::Lost> Autosave::TakeLost() {
+    std::vector<fs::path> files;
+    std::error_code error;
+    for (const auto& entry : fs::directory_iterator(mFolder, error))
+        if (entry.path().extension() == kSuffix) files.push_back(entry.path());
+    std::ranges::sort(files, std::greater(), [](const fs::path& file) {
+        std::error_code ignored;
+        return fs::last_write_time(file, ignored);
+    });
+    for (const fs::path& file : files) {
+        if (!Claim(file)) continue; // its process lives
+        try {
+            return FromFile(file);
+        } catch (const Failure&) {
+            // Nothing can be made of it, now or later: its writing was cut by a full disk, or it is newer.
+            LeaveLost();
+        }
+    }
+    return std::nullopt;
+}
+
+void Autosave::LeaveLost() {
+    mLock.reset();
+    mFile.clear();
+}
+
+void Autosave::Write() {
+    mDelay.stop();
+    if (!mDocument.IsModified()) return Discard();
+    if (mFile.empty()) ClaimNew();
+    mWriter.start([this, project = mDocument.GetProject(), path = mDocument.GetPath(), file = mFile] {
+        QString failure;
+        try {
+            if (file.empty()) throw Failure(mFolder.string() + ": files can't be made in this folder.");
+            WriteTextFile(file, ToText(project, path));
+        } catch (const Failure& why) {
+            failure =
+                tr("Changes are not kept until you save the project: %1").arg(QString::fromUtf8(why.what()));
+        }
+        QMetaObject::invokeMethod(this, [this, failure] {
+            if (!failure.isEmpty() && !mHasFailed) Q_EMIT Failed(failure);
+            mHasFailed = !failure.isEmpty();
+        });
+    });
+}
+
+void Autosave::Flush() {
+    Write();
+    mWriter.waitForDone();
+}
+
+void Autosave::Discard() {
+    mDelay.stop();
+    mWriter.waitForDone();
+    std::error_code error;
+    if (!mFile.empty()) fs::remove(mFile, error);
+    LeaveLost();
+}
+
+} // namespace corvane::desktop

@@ -1,0 +1,231 @@
+#include "ClipActions.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <utility>
+
+#include <unistd.h>
+
+#include <QDesktopServices>
+#include <QFile>
+#include <QKeySequence>
+#include <QStyle>
+#include <QUrl>
+#include <fmt/format.h>
+
+#include "Engine/Failure.h"
+
+namespace corvane::desktop {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The name that a clip gets from its file.
+std::string NameOf(const fs::path& file) {
+    return file.stem().string();
+}
+
+ClipSource SourceOf(const PreferencesAnswer& answer) {
+    if (answer.outcome != PreferencesOutcome::kUseFile) return {.file = {}, .settings = answer.settings};
+    return {.file = fs::absolute(answer.file).lexically_normal(), .settings = {}};
+}
+
+} // namespace
+
+ClipActions::ClipActions(Document& document, std::shared_ptr<Bundle> bundle, BinModel& model, BinView& view,
+                         MessageBar& messages)
+    : mDocument(document), mBundle(std::move(bundle)), mModel(model), mView(view), mMessages(messages) {
+    mNew = Make(tr("&New Clip…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N),
+                tr("Make a clip that lives in the project"), &ClipActions::NewClip);
+    mEdit =
+        Make(tr("&Edit Settings…"), QKeySequence(Qt::CTRL | Qt::Key_E),
+             tr("Change what the clip shows (also Return or a double click)"), &ClipActions::EditSettings);
+    mDuplicate = Make(tr("&Duplicate"), QKeySequence(Qt::CTRL | Qt::Key_D),
+                      tr("Put a copy of the clip into the project"), &ClipActions::Duplicate);
+    mRename = Make(tr("Rena&me"), QKeySequence(Qt::Key_F2),
+                   tr("Call the clip something else in this project"), nullptr);
+    mRemove = Make(tr("&Remove"), QKeySequence::Delete, tr("Take the clips out of the project; files stay"),
+                   &ClipActions::Remove);
+    mShowInFolder = Make(tr("Show in &Folder"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F),
+                         tr("Show the folder of the clip's settings file"), &ClipActions::ShowInFolder);
+    mExport = Make(tr("E&xport…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E),
+                   tr("Write frames of the clip to pictures or video"), &ClipActions::Export);
+    const QStyle& style = *mView.style();
+    mNew->setIcon(style.standardIcon(QStyle::SP_FileIcon));
+    mEdit->setIcon(style.standardIcon(QStyle::SP_FileDialogDetailedView));
+    mExport->setIcon(style.standardIcon(QStyle::SP_DialogSaveButton));
+    connect(mRename, &QAction::triggered, &mView, &BinView::EditName);
+    // The keys of the bin alone, which mean other things where text is typed.
+    for (QAction* const action : {mRename, mRemove}) action->setShortcutContext(Qt::WidgetShortcut);
+    connect(&mView, &BinView::OpenWanted, this, &ClipActions::EditSettings);
+    connect(&mView, &BinView::ChoiceChanged, this, &ClipActions::Update);
+    connect(&mModel, &BinModel::ClipLoaded, this, &ClipActions::Update);
+    connect(&mDocument, &Document::Changed, this, &ClipActions::Update);
+    Update();
+}
+
+QAction* ClipActions::Make(const QString& text, const QKeySequence& shortcut, const QString& tip,
+                           void (ClipActions::*act)()) {
+    auto* const action = new QAction(text, this);
+    action->setShortcut(shortcut);
+    action->setToolTip(tip);
+    action->setStatusTip(tip);
+    if (act != nullptr) connect(action, &QAction::triggered, this, act);
+    return action;
+}
+
+void ClipActions::AddTo(QMenu& menu) {
+    for (QAction* const action : {mNew, mEdit, mDuplicate, mRename, mRemove, mShowInFolder, mExport}) {
+        if (action == mShowInFolder) menu.addSeparator();
+        menu.addAction(action);
+        mView.addAction(action);
+    }
+}
+
+void ClipActions::AddTo(QToolBar& bar) {
+    bar.addActions({mNew, mEdit, mExport});
+}
+
+void ClipActions::Update() {
+    const std::vector<std::uint64_t> selected = mView.Selected();
+    const int row = mModel.RowOf(mView.Current());
+    const LoadedClip* const loaded = mModel.LoadedAt(row);
+    const bool opens = loaded != nullptr && loaded->clip != nullptr;
+    const bool shows = opens && loaded->problem.isEmpty();
+    mEdit->setEnabled(opens);
+    mDuplicate->setEnabled(opens);
+    mRename->setEnabled(row >= 0);
+    mRemove->setEnabled(!selected.empty());
+    mShowInFolder->setEnabled(row >= 0 && mModel.ClipAt(row).source.IsFile());
+    mExport->setEnabled(shows);
+}
+
+/// Tells why a clip can't be opened; the dialog of a plug-in would not.
+bool ClipActions::Opens(const std::string& name, const ClipSource& source) {
+    try {
+        OpenClip(mBundle, name, source);
+        return true;
+    } catch (const Failure& failure) {
+        mMessages.Tell(QString::fromUtf8(failure.what()));
+        return false;
+    }
+}
+
+void ClipActions::AddFiles(const QStringList& files) {
+    Project project = mDocument.GetProject();
+    std::uint64_t chosen = 0;
+    for (const QString& name : files) {
+        const fs::path file = fs::absolute(QFile::encodeName(name).toStdString()).lexically_normal();
+        const auto known =
+            std::ranges::find_if(project.clips, [&](const auto& clip) { return clip->source.file == file; });
+        if (known != project.clips.end())
+            chosen = (*known)->id;
+        else if (const ClipSource source{.file = file, .settings = {}}; Opens(NameOf(file), source))
+            chosen = project.Add(NameOf(file), source);
+    }
+    mDocument.Change(files.size() == 1 ? tr("Open Clip") : tr("Open Clips"), std::move(project));
+    if (chosen != 0) mView.Choose(chosen);
+}
+
+void ClipActions::NewClip() {
+    const FileJournal journal;
+    const PreferencesAnswer answer = RequestPreferences(
+        *mBundle, {.file = {}, .settings = {}, .sequence = mDocument.GetProject().sequence}, journal);
+    if (answer.outcome == PreferencesOutcome::kCancelled) return;
+    if (answer.outcome == PreferencesOutcome::kFailed || answer.outcome == PreferencesOutcome::kUnreadable)
+        return mMessages.Tell(
+            tr("The new clip was not made: %1.").arg(QString::fromStdString(answer.message)));
+    Project project = mDocument.GetProject();
+    const ClipSource source = SourceOf(answer);
+    const std::string name =
+        source.IsFile() ? NameOf(source.file) : project.FreeName(tr("Clip").toStdString());
+    const std::uint64_t id = project.Add(name, source);
+    mDocument.Change(tr("New Clip"), std::move(project));
+    mView.Choose(id);
+}
+
+void ClipActions::EditSettings() {
+    const int row = mModel.RowOf(mView.Current());
+    if (row < 0) return;
+    // The dialog may stay open for long, and the row go meanwhile.
+    const ProjectClip clip = mModel.ClipAt(row);
+    if (!Opens(clip.name, clip.source)) return;
+    if (clip.source.IsFile() && ::access(clip.source.file.c_str(), W_OK) != 0)
+        return mMessages.Tell(
+            tr("%1: you are not allowed to write this file; duplicate the clip and edit the copy.")
+                .arg(QString::fromStdString(clip.source.file.string())));
+    const FileJournal journal;
+    const PreferencesAnswer answer = RequestPreferences(
+        *mBundle, {.file = clip.source.file, .settings = clip.source.settings, .sequence = {}}, journal);
+    Follow(clip, answer);
+}
+
+/// Does what the dialog of an existing clip was closed with.
+void ClipActions::Follow(const ProjectClip& clip, const PreferencesAnswer& answer) {
+    const QString text = tr("Edit Settings of %1").arg(QString::fromStdString(clip.name));
+    const bool keepsFile = clip.source.IsFile() && answer.outcome == PreferencesOutcome::kDone;
+    switch (answer.outcome) {
+    case PreferencesOutcome::kDone:
+    case PreferencesOutcome::kUseFile: {
+        if (keepsFile) break;
+        Project project = mDocument.GetProject();
+        project.SetSource(clip.id, SourceOf(answer));
+        return mDocument.Change(text, std::move(project));
+    }
+    case PreferencesOutcome::kCancelled: return;
+    default:
+        return mMessages.Tell(
+            tr("%1: the settings can't be edited (%2); nothing was changed.")
+                .arg(QString::fromStdString(clip.name), QString::fromStdString(answer.message)));
+    }
+    try {
+        mDocument.WriteSettings(text, clip.source.file, answer.settings);
+    } catch (const Failure& failure) {
+        mMessages.Tell(QString::fromUtf8(failure.what()));
+    }
+}
+
+void ClipActions::Duplicate() {
+    Project project = mDocument.GetProject();
+    std::uint64_t copy = 0;
+    for (const std::uint64_t id : mView.Selected()) {
+        const int row = mModel.RowOf(id);
+        const LoadedClip* const loaded = mModel.LoadedAt(row);
+        if (loaded == nullptr || loaded->clip == nullptr) continue;
+        const std::string name = project.FreeName(mModel.ClipAt(row).name);
+        copy = project.Add(name, {.file = {}, .settings = loaded->clip->Settings()}, project.Find(id) + 1);
+    }
+    mDocument.Change(tr("Duplicate"), std::move(project));
+    if (copy != 0) mView.Choose(copy);
+}
+
+void ClipActions::Remove() {
+    const std::vector<std::uint64_t> ids = mView.Selected();
+    if (ids.empty()) return;
+    const int row = mModel.RowOf(ids.front());
+    Project project = mDocument.GetProject();
+    for (const std::uint64_t id : ids) project.Remove(id);
+    mDocument.Change(ids.size() == 1 ? tr("Remove Clip") : tr("Remove %1 Clips").arg(ids.size()),
+                     std::move(project));
+    mView.Choose(mModel.IdAt(std::min(row, mModel.rowCount() - 1)));
+}
+
+void ClipActions::ShowInFolder() {
+    const int row = mModel.RowOf(mView.Current());
+    if (row < 0) return;
+    const QString folder = QFile::decodeName(mModel.ClipAt(row).source.file.parent_path().c_str());
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(folder)))
+        mMessages.Tell(tr("%1: no program shows folders here; open this one yourself.").arg(folder));
+}
+
+void ClipActions::Export() {
+    std::vector<std::uint64_t> ids = mView.Selected();
+    std::erase_if(ids, [this](std::uint64_t id) {
+        const LoadedClip* const loaded = mModel.LoadedAt(mModel.RowOf(id));
+        return loaded == nullptr || !loaded->problem.isEmpty();
+    });
+    if (!ids.empty()) Q_EMIT ExportWanted(ids);
+}
+
+} // namespace corvane::desktop

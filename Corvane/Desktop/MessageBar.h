@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QFrame>
+#include <QLabel>
+#include <QStringList>
+
+namespace corvane::desktop {
+
+/// A strip in a window that tells what went wrong, until the person has read it and closes it. Nothing waits
+/// for it. UI thread.
+class MessageBar final : public QFrame {
+    Q_OBJECT
+
+  public:
+    explicit MessageBar(QWidget* parent = nullptr);
+
+    /// Shows a sentence, below those that are still there.
+    void Tell(const QString& sentence);
+    /// The sentences that are shown, one a line.
+    QString GetText() const { return mSentences.join(u'\n'); }
+    void Clear();
+
+  private:
+    QLabel* mText;
+    QStringList mSentences;
+};
+
+} // namespace corvane::desktop

@@ -1,0 +1,165 @@
+#include "SequenceDialog.h"
+
+#include <cstdint>
+#include <iterator>
+#include <utility>
+
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace corvane::desktop {
+
+namespace {
+
+/// A ratio of two 32-bit terms, as an item of a box holds it.
+using Terms = std::pair<std::uint32_t, std::uint32_t>;
+
+struct Choice {
+    const char* label;
+    Terms terms;
+};
+
+// Sample aspect ratios of ITU-T H.264, Table E-1.
+constexpr Choice kAspects[] = {
+    {"Square (1:1)", {1, 1}},
+    {"DV NTSC (10:11)", {10, 11}},
+    {"DV NTSC wide (40:33)", {40, 33}},
+    {"DV PAL (12:11)", {12, 11}},
+    {"DV PAL wide (16:11)", {16, 11}},
+    {"Anamorphic 2:1 (2:1)", {2, 1}},
+    {"HD anamorphic 1080 (4:3)", {4, 3}},
+    {"DVCPRO HD (3:2)", {3, 2}},
+};
+
+constexpr Choice kRates[] = {
+    {"23.976 fps (24000/1001)", {24000, 1001}}, {"24 fps", {24, 1}}, {"25 fps", {25, 1}},
+    {"29.97 fps (30000/1001)", {30000, 1001}},  {"30 fps", {30, 1}}, {"50 fps", {50, 1}},
+    {"59.94 fps (60000/1001)", {60000, 1001}},  {"60 fps", {60, 1}},
+};
+
+struct Preset {
+    const char* label;
+    SequenceFormat sequence;
+};
+
+constexpr Preset kPresets[] = {
+    {"HD 1080, 24 fps", {1920, 1080, 1, 1, 24, 1}},
+    {"HD 1080, 25 fps", {1920, 1080, 1, 1, 25, 1}},
+    {"HD 1080, 29.97 fps", {1920, 1080, 1, 1, 30000, 1001}},
+    {"HD 1080, 30 fps", {1920, 1080, 1, 1, 30, 1}},
+    {"HD 1080, 50 fps", {1920, 1080, 1, 1, 50, 1}},
+    {"HD 1080, 59.94 fps", {1920, 1080, 1, 1, 60000, 1001}},
+    {"HD 720, 50 fps", {1280, 720, 1, 1, 50, 1}},
+    {"HD 720, 59.94 fps", {1280, 720, 1, 1, 60000, 1001}},
+    {"UHD 2160, 25 fps", {3840, 2160, 1, 1, 25, 1}},
+    {"UHD 2160, 59.94 fps", {3840, 2160, 1, 1, 60000, 1001}},
+    {"DV NTSC", {720, 480, 10, 11, 30000, 1001}},
+    {"DV NTSC wide", {720, 480, 40, 33, 30000, 1001}},
+    {"DV PAL", {720, 576, 12, 11, 25, 1}},
+    {"DV PAL wide", {720, 576, 16, 11, 25, 1}},
+};
+
+QVariant Data(Terms terms) {
+    return QVariant::fromValue(terms);
+}
+
+template <std::size_t kCount>
+QComboBox* MakeBox(const Choice (&choices)[kCount], const char* name, QWidget* parent) {
+    auto* const box = new QComboBox(parent);
+    box->setObjectName(QString::fromLatin1(name));
+    for (const Choice& choice : choices) box->addItem(QString::fromLatin1(choice.label), Data(choice.terms));
+    return box;
+}
+
+/// Chooses a ratio; one that is no choice becomes one.
+void Choose(QComboBox& box, Terms terms) {
+    int index = 0;
+    while (index < box.count() && box.itemData(index).value<Terms>() != terms) ++index;
+    if (index == box.count())
+        box.addItem(QStringLiteral("%1:%2").arg(terms.first).arg(terms.second), Data(terms));
+    box.setCurrentIndex(index);
+}
+
+QSpinBox* MakeSize(const char* name, QWidget* parent) {
+    // What the host makes frames of.
+    constexpr int kMost = 32768;
+    auto* const box = new QSpinBox(parent);
+    box->setObjectName(QString::fromLatin1(name));
+    box->setRange(1, kMost);
+    box->setGroupSeparatorShown(false);
+    box->setLocale(QLocale::c());
+    return box;
+}
+
+} // namespace
+
+SequenceDialog::SequenceDialog(const SequenceFormat& sequence, QWidget* parent)
+    : QDialog(parent), mPreset(new QComboBox(this)), mWidth(MakeSize("width", this)),
+      mHeight(MakeSize("height", this)), mAspect(MakeBox(kAspects, "aspect", this)),
+      mRate(MakeBox(kRates, "rate", this)) {
+    setWindowTitle(tr("Sequence Settings"));
+    mPreset->setObjectName(QStringLiteral("preset"));
+    mPreset->addItem(tr("Custom"));
+    for (const Preset& preset : kPresets) mPreset->addItem(QString::fromLatin1(preset.label));
+    auto* const size = new QHBoxLayout;
+    size->addWidget(mWidth);
+    size->addWidget(new QLabel(QStringLiteral("×"), this));
+    size->addWidget(mHeight);
+    size->addStretch();
+    mWidth->setAccessibleName(tr("Frame width in pixels"));
+    mHeight->setAccessibleName(tr("Frame height in pixels"));
+    auto* const form = new QFormLayout;
+    form->addRow(tr("&Preset"), mPreset);
+    form->addRow(tr("Frame &size"), size);
+    form->addRow(tr("Pixel &aspect"), mAspect);
+    form->addRow(tr("Frame &rate"), mRate);
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* const hint = new QLabel(tr("New clips begin with these. Clips that exist stay as they are."), this);
+    auto* const column = new QVBoxLayout(this);
+    column->addWidget(hint);
+    column->addLayout(form);
+    column->addWidget(buttons);
+    Show(sequence);
+    connect(mPreset, &QComboBox::activated, this, [this](int index) {
+        if (index > 0) Show(kPresets[index - 1].sequence);
+    });
+    for (QSpinBox* const box : {mWidth, mHeight})
+        connect(box, &QSpinBox::valueChanged, this, &SequenceDialog::ShowPreset);
+    for (QComboBox* const box : {mAspect, mRate})
+        connect(box, &QComboBox::currentIndexChanged, this, &SequenceDialog::ShowPreset);
+}
+
+SequenceFormat SequenceDialog::GetSequence() const {
+    const auto [parNumerator, parDenominator] = mAspect->currentData().value<Terms>();
+    const auto [scale, sampleSize] = mRate->currentData().value<Terms>();
+    return {.width = static_cast<std::uint32_t>(mWidth->value()),
+            .height = static_cast<std::uint32_t>(mHeight->value()),
+            .parNumerator = parNumerator,
+            .parDenominator = parDenominator,
+            .scale = scale,
+            .sampleSize = sampleSize};
+}
+
+void SequenceDialog::Show(const SequenceFormat& sequence) {
+    mWidth->setValue(static_cast<int>(sequence.width));
+    mHeight->setValue(static_cast<int>(sequence.height));
+    Choose(*mAspect, {sequence.parNumerator, sequence.parDenominator});
+    Choose(*mRate, {sequence.scale, sequence.sampleSize});
+    ShowPreset();
+}
+
+/// Names the preset that is set, whichever way it came to be.
+void SequenceDialog::ShowPreset() {
+    const SequenceFormat now = GetSequence();
+    int index = 0;
+    for (int preset = 0; preset < static_cast<int>(std::size(kPresets)); ++preset)
+        if (kPresets[preset].sequence == now) index = preset + 1;
+    mPreset->setCurrentIndex(index);
+}
+
+} // namespace corvane::desktop
