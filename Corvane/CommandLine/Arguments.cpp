@@ -33,6 +33,7 @@ constexpr char kExamples[] =
   synthex render clip.synthex frame.png --frames 0
                                              one picture
   synthex edit clip.synthex                  its settings in a window
+  synthex desktop                            clips, a viewer and exports in a window
   synthex render --help                      more about a subcommand
 
 The plug-in is looked for where --bundle says, else where the environment's
@@ -125,6 +126,19 @@ The checks are made in a process of its own: a plug-in that hangs or crashes is
 a failed check. Each check is one line, 'pass' or 'FAIL'.
 
 Exit status: 0 all checks passed, 1 some failed.)";
+
+constexpr char kDesktopExamples[] =
+    R"(Examples:
+  synthex desktop                                   an empty project
+  synthex desktop tests.cvproj                      a project
+  synthex desktop *.synthex                         a new project of these clips
+
+A window with the project's clips, a viewer, the settings dialog and exports.
+What is not saved is kept, and offered on the next start, however the program
+ends.
+
+Exit status: 0 closed, 1 no window can be shown, 128 plus the signal's number
+where a signal ended it.)";
 
 /// Takes a number from the front of `text`.
 bool TakeNumber(std::string_view& text, std::int64_t& number) {
@@ -250,6 +264,12 @@ void AddEditOptions(CLI::App& command, EditRequest& request) {
     AddDialogOptions(command, request.dialog);
 }
 
+void AddDesktopOptions(CLI::App& command, DesktopRequest& request) {
+    command.add_option("FILE", request.files, "A project (.cvproj), or settings files (.synthex)")
+        ->type_name("");
+    command.add_flag("--once", request.once)->group(""); // for measurements
+}
+
 void AddFormatsOptions(CLI::App& command, FormatsRequest& request) {
     command.add_flag("--json", request.json, "One JSON object a line, one a format");
 }
@@ -361,6 +381,7 @@ int RunArguments(int argc, const char* const* argv) {
     arguments.Add("render", "Make pictures or video of a clip", kRenderExamples, AddRenderOptions, RunRender);
     arguments.Add("new", "Make a clip in the dialog", kNewExamples + dialogHelp, AddNewOptions, RunNew);
     arguments.Add("edit", "Edit a clip in the dialog", kEditExamples + dialogHelp, AddEditOptions, RunEdit);
+    arguments.Add("desktop", "Work with clips in a window", kDesktopExamples, AddDesktopOptions, RunDesktop);
     arguments.Add("formats", "List the pixel formats", kFormatsExamples, AddFormatsOptions, RunFormats);
     arguments.Add("validate", "Check a plug-in as a host does", kValidateExamples, AddValidateOptions,
                   RunValidate);

@@ -72,6 +72,13 @@ struct ValidateRequest {
 };
 int RunValidate(const ValidateRequest& request);
 
+struct DesktopRequest {
+    std::filesystem::path bundle;
+    std::vector<std::filesystem::path> files; ///< projects and settings files
+    bool once = false;                        ///< end when the first clip's picture is on the screen
+};
+int RunDesktop(const DesktopRequest& request);
+
 /// Makes checks in this process and reports on a pipe; what `RunValidate` starts.
 struct ChecksRequest {
     std::filesystem::path bundle;

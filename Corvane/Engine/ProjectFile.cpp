@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 constexpr char kFormatName[] = "corvane-project";
-constexpr std::int64_t kVersion = 1;
+constexpr std::uint64_t kVersion = 1;
 
 /// One member of a sequence format; writing and reading go by the same rows.
 struct SequenceRow {
@@ -70,8 +70,9 @@ std::uint32_t NeedNumber(const Json& object, const char* key) {
 void CheckVersion(const Json& tree) {
     if (!tree.is_object() || tree.value("format", Json()) != kFormatName) throw Damage{"it is no project"};
     const Json& version = Need(tree, "version");
-    if (!version.is_number_integer() || version < 1) throw Damage{"\"version\" is no number from 1"};
-    if (version > kVersion)
+    if (!version.is_number_unsigned() || version.get<std::uint64_t>() == 0)
+        throw Damage{"\"version\" is no number from 1"};
+    if (version.get<std::uint64_t>() > kVersion)
         throw Damage{
             fmt::format("a newer Synthex made it (version {} of the format, this one knows {}); update "
                         "Synthex to open it",

@@ -145,4 +145,22 @@ TEST(ThreadedRender, FramesAreTheSameFromManyThreads) {
     }
 }
 
+TEST(ThreadedRender, ClipsOpenAndCloseWhileOthersRender) {
+    const auto bundle = TheBundle();
+    const auto clip = Clip::OpenPrefs(bundle, "clip", Settings(""));
+    const std::vector<std::byte> expected = PixelsOf(clip->GetFrame(7));
+    std::vector<std::thread> threads;
+    std::atomic<int> wrong{0};
+    for (int t = 0; t < 2; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 100; ++i)
+                wrong += Clip::OpenPrefs(bundle, "own", Settings(""))->Info().frames != 300;
+        });
+    threads.emplace_back([&] {
+        for (int i = 0; i < 100; ++i) wrong += PixelsOf(clip->GetFrame(7)) != expected;
+    });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(wrong, 0);
+}
+
 } // namespace
