@@ -9,12 +9,18 @@
 #include <unistd.h>
 
 #include <QFile>
+#include <QIcon>
 #include <QSocketNotifier>
 #include <QTimer>
 
 #include "Appearance.h"
 #include "MainWindow.h"
 #include "QtPlatform.h"
+
+/// The resources of a static library must be named to be linked; Qt wants that outside of namespaces.
+static void LoadResources() {
+    Q_INIT_RESOURCE(synthex);
+}
 
 namespace corvane::desktop {
 
@@ -67,6 +73,8 @@ int RunDesktop(const DesktopOptions& desktop, const MainWindowOptions& options) 
     QtPlatform platform(desktop);
     const ScopedPlatform scope(platform);
     const auto bundle = std::make_shared<Bundle>(Bundle::Find(options.bundle));
+    LoadResources();
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/synthex.png")));
     ApplyAppearance(StoredAppearance());
     MainWindow window(platform, bundle,
                       {.autosaveFolder = Autosave::DefaultFolder(), .version = options.version});

@@ -153,6 +153,18 @@ void MainWindow::CloseWhenShown() {
     });
 }
 
+void MainWindow::BuildExports() {
+    auto* const dock = new QDockWidget(tr("Exports"), this);
+    dock->setObjectName(QStringLiteral("exports"));
+    dock->setAllowedAreas(Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea);
+    mExports = new ExportPanel(dock);
+    dock->setWidget(mExports);
+    addDockWidget(Qt::BottomDockWidgetArea, dock);
+    dock->hide();
+}
+
+void MainWindow::ExportClips(const std::vector<std::uint64_t>&) {}
+
 bool MainWindow::LeavesExports() {
     if (!mExports->HasUnfinishedJobs()) return true;
     QMessageBox box(

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <optional>
+
+#include <QAbstractScrollArea>
+
+#include "PictureLoader.h"
+
+namespace corvane::desktop {
+
+/// Where the picture is seen: fitted, or at full size with scroll bars where it is larger than the room.
+///
+/// It says what picture it wants (`GetLook`) and paints the last one that it was given, moved or stretched to
+/// its place, until there is a better one. Painting only copies pixels. Shift and the arrow keys, the wheel
+/// and dragging move a picture that is larger than the area.
+class PictureArea final : public QAbstractScrollArea {
+    Q_OBJECT
+
+  public:
+    explicit PictureArea(QWidget* parent);
+
+    /// Shows pictures of such a clip. The picture that is shown stays until the next one.
+    void SetClip(const ClipInfo& clip);
+    void SetFit(bool fit);
+    void SetFields(FieldView fields);
+    /// What picture fills the area now.
+    PictureLook GetLook() const;
+
+    void ShowPicture(const PicturePointer& picture);
+    /// Shows a sentence and no picture.
+    void ShowMessage(const QString& text);
+    /// Keeps the picture and lets go of the frame behind it, which may be very large.
+    void ReleaseFrame();
+    const PicturePointer& GetPicture() const { return mPicture; }
+    const QString& GetMessage() const { return mMessage; }
+    /// The place, in device-independent pixels of the viewport, and the pixel of the frame that is shown
+    /// there; empty outside of the picture.
+    std::optional<QPoint> PixelAt(QPointF place) const;
+    /// The picture's width and height in percent of the full size.
+    double GetZoom() const;
+
+  Q_SIGNALS:
+    /// What `GetLook` says has changed.
+    void LookChanged();
+    /// The picture has been painted. The pixels reach the screen when the paint event is done: connect
+    /// queued.
+    void Painted();
+    /// The pointer moved over the viewport, to `PixelAt` what `place` is, or left it.
+    void Hovered(QPointF place);
+    void HoverEnded();
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    bool viewportEvent(QEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    QSize Room() const; // the viewport in device pixels
+    /// The whole picture's place in the viewport, in device pixels; the corner is negative where it is
+    /// scrolled.
+    QRect Place() const;
+    void LayOut();
+    bool Pan(int key);
+
+    ClipInfo mClip;
+    bool mFit = true;
+    FieldView mFields = FieldView::kBoth;
+    QSize mSize; // of the whole picture, in device pixels
+    PicturePointer mPicture;
+    QString mMessage;
+    std::optional<QPoint> mDragged; // where the pointer was last
+};
+
+} // namespace corvane::desktop

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include <QObject>
+
+#include "PictureMaker.h"
+
+namespace corvane::desktop {
+
+using PicturePointer = std::shared_ptr<const Picture>;
+
+/// Makes pictures on threads of its own. Everything else is for the UI thread.
+///
+/// A worker never holds the last reference to a clip: closing one waits for the plug-in, which may be busy
+/// with a dialog on the UI thread.
+class PictureLoader final : public QObject {
+    Q_OBJECT
+
+  public:
+    explicit PictureLoader(QObject* parent);
+    /// Waits for the pictures that are being made.
+    ~PictureLoader() override;
+
+    /// Wants these, the first one first, and no longer what was wanted before and has not been begun. A
+    /// picture that is being made is not begun once more.
+    void Want(std::vector<PictureRequest> requests);
+
+  Q_SIGNALS:
+    /// On the UI thread. Pictures come in the order in which they get ready.
+    void Made(const PicturePointer& picture);
+
+  private:
+    bool CanBegin() const;
+    void Work();
+    void Deliver(Picture made);
+
+    std::mutex mMutex;
+    std::condition_variable mWake;
+    bool mEnd = false;
+    std::deque<PictureRequest> mWanted;
+    std::vector<const PictureRequest*> mBusy;
+    std::vector<std::thread> mThreads;
+};
+
+} // namespace corvane::desktop

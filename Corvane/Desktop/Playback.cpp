@@ -1,0 +1,85 @@
+#include "Playback.h"
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <utility>
+
+#include "lummediatypes.h"
+
+namespace corvane::desktop {
+
+namespace {
+
+using Wide = __int128;
+
+constexpr Wide kNanoseconds = 1000000000;
+constexpr Wide kMost = std::numeric_limits<std::int64_t>::max();
+
+} // namespace
+
+std::int64_t MonotonicNanoseconds() {
+    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
+}
+
+Playback::Playback(PlaybackClock clock) : mClock(std::move(clock)) {}
+
+void Playback::Start(std::int64_t frame, std::int64_t frames, std::int64_t ticksPerFrame, bool loop) {
+    mFirst = frame;
+    mFrames = frames;
+    mTicksPerFrame = ticksPerFrame;
+    mLoop = loop;
+    mStart = mClock();
+    mShown = 0;
+    mDropped = 0;
+    mRunning = true;
+}
+
+void Playback::SetLoop(bool loop) {
+    if (mRunning) {
+        // The step that is due becomes step 0, with its own beginning: the time keeps its phase.
+        const std::int64_t step = DueStep();
+        mFirst = FrameOf(step);
+        mStart += BeginningOf(step);
+        mShown -= step;
+    }
+    mLoop = loop;
+}
+
+std::int64_t Playback::StepNow() const {
+    const Wide elapsed = std::max<std::int64_t>(mClock() - mStart, 0);
+    const Wide step = elapsed * lummediatypes::kTicksPerSecond / (kNanoseconds * mTicksPerFrame);
+    return static_cast<std::int64_t>(std::min(step, kMost / 2));
+}
+
+std::int64_t Playback::DueStep() const {
+    return mLoop ? StepNow() : std::min(StepNow(), mFrames - 1 - mFirst);
+}
+
+bool Playback::IsOver() const {
+    return !mLoop && StepNow() > mFrames - 1 - mFirst;
+}
+
+std::int64_t Playback::FrameOf(std::int64_t step) const {
+    if (!mLoop) return std::min(step, mFrames - 1 - mFirst) + mFirst;
+    return static_cast<std::int64_t>((Wide{mFirst} + step) % mFrames);
+}
+
+std::int64_t Playback::BeginningOf(std::int64_t step) const {
+    const Wide ticks = Wide{step} * mTicksPerFrame;
+    const Wide due =
+        (ticks * kNanoseconds + lummediatypes::kTicksPerSecond - 1) / lummediatypes::kTicksPerSecond;
+    return static_cast<std::int64_t>(std::min(due, kMost / 2));
+}
+
+std::int64_t Playback::NanosecondsUntil(std::int64_t step) const {
+    return std::max<std::int64_t>(mStart + BeginningOf(step) - mClock(), 0);
+}
+
+void Playback::Shown(std::int64_t step) {
+    if (step <= mShown) return;
+    mDropped += step - mShown - 1;
+    mShown = step;
+}
+
+} // namespace corvane::desktop

@@ -1,0 +1,154 @@
+#include "TransportBar.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include <QFontDatabase>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QRegularExpression>
+#include <QRegularExpressionValidator>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include "FrameSlider.h"
+#include "TransportText.h"
+
+namespace corvane::desktop {
+
+namespace {
+
+QToolButton* ButtonFor(QAction* action, QWidget* parent) {
+    auto* const button = new QToolButton(parent);
+    button->setDefaultAction(action);
+    button->setAutoRaise(true);
+    button->setFocusPolicy(Qt::TabFocus);
+    button->setAccessibleName(action->statusTip());
+    return button;
+}
+
+QLabel* Digits(const char* name, QWidget* parent) {
+    auto* const label = new QLabel(parent);
+    label->setObjectName(QString::fromLatin1(name));
+    label->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    return label;
+}
+
+} // namespace
+
+TransportBar::TransportBar(const ViewerActions& actions, QWidget* parent)
+    : QWidget(parent), mSlider(new FrameSlider(this)), mField(new QLineEdit(this)),
+      mLast(Digits("lastFrame", this)), mTime(Digits("time", this)) {
+    mSlider->setObjectName(QStringLiteral("scrubber"));
+    mSlider->setAccessibleName(tr("Scrubber"));
+    mSlider->setToolTip(tr("Drag to go to a frame"));
+    mField->setObjectName(QStringLiteral("frameField"));
+    mField->setAccessibleName(tr("Frame"));
+    mField->setToolTip(tr("The frame, counted from 0; type a number and press Return to go there"));
+    mField->setFont(mTime->font());
+    mField->setAlignment(Qt::AlignRight);
+    mField->setValidator(
+        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]*")), mField));
+    mField->installEventFilter(this);
+    mLast->setAccessibleName(tr("Last frame"));
+    mTime->setAccessibleName(tr("Time"));
+    mTime->setToolTip(tr("The time of the frame, in hours, minutes, seconds and thousandths"));
+
+    auto* const buttons = new QHBoxLayout;
+    buttons->setSpacing(2);
+    for (QAction* const action :
+         {actions.first, actions.previous, actions.play, actions.next, actions.last, actions.loop}) {
+        QToolButton* const button = ButtonFor(action, this);
+        button->installEventFilter(this);
+        buttons->addWidget(button);
+    }
+    buttons->addSpacing(8);
+    buttons->addWidget(mField);
+    buttons->addWidget(mLast);
+    buttons->addSpacing(8);
+    buttons->addWidget(mTime);
+    buttons->addStretch();
+    for (QAction* const action :
+         {actions.bothFields, actions.upperField, actions.lowerField, actions.fit, actions.full}) {
+        if (action == actions.fit) buttons->addSpacing(8);
+        QToolButton* const button = ButtonFor(action, this);
+        button->installEventFilter(this);
+        buttons->addWidget(button);
+    }
+    auto* const rows = new QVBoxLayout(this);
+    rows->setContentsMargins(6, 2, 6, 2);
+    rows->setSpacing(2);
+    rows->addWidget(mSlider);
+    rows->addLayout(buttons);
+
+    connect(mSlider, &FrameSlider::FrameWanted, this, &TransportBar::FrameWanted);
+    connect(mField, &QLineEdit::returnPressed, this, &TransportBar::ReadField);
+    connect(mField, &QLineEdit::editingFinished, this, &TransportBar::ShowFrame);
+    SetClip(0, 0);
+}
+
+void TransportBar::SetClip(std::int64_t frames, std::int64_t ticksPerFrame) {
+    mFrames = frames;
+    mTicksPerFrame = ticksPerFrame;
+    mFrame = std::clamp<std::int64_t>(mFrame, 0, std::max<std::int64_t>(frames - 1, 0));
+    mSlider->SetFrames(frames);
+    mSlider->setEnabled(frames > 0);
+    mField->setEnabled(frames > 0);
+    const QString last = QString::number(std::max<std::int64_t>(frames - 1, 0));
+    const int digits = std::max<int>(static_cast<int>(last.size()), 5);
+    mField->setFixedWidth(mField->fontMetrics().horizontalAdvance(QString(digits + 2, u'0')));
+    mLast->setText(frames > 0 ? QStringLiteral("/ ") + last : QString());
+    mLast->setToolTip(tr("The last frame"));
+    mField->setModified(false);
+    ShowFrame();
+}
+
+void TransportBar::SetFrame(std::int64_t frame) {
+    mFrame = frame;
+    // What a person is typing stays.
+    if (mField->isModified() && mField->hasFocus()) {
+        mSlider->SetFrame(frame);
+        mTime->setText(TimeText(frame, mTicksPerFrame));
+        return;
+    }
+    ShowFrame();
+}
+
+void TransportBar::ShowFrame() {
+    mSlider->SetFrame(mFrame);
+    mField->setText(mFrames > 0 ? QString::number(mFrame) : QString());
+    mTime->setText(mFrames > 0 ? TimeText(mFrame, mTicksPerFrame) : QString());
+}
+
+void TransportBar::ReadField() {
+    const QByteArray digits = mField->text().toLatin1();
+    std::int64_t frame = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), frame);
+    if (error == std::errc::result_out_of_range) frame = std::numeric_limits<std::int64_t>::max();
+    mField->setModified(false);
+    if (!digits.isEmpty() && mFrames > 0) Q_EMIT FrameWanted(std::min(frame, mFrames - 1));
+    Q_EMIT FieldLeft();
+}
+
+bool TransportBar::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::ShortcutOverride && event->type() != QEvent::KeyPress) return false;
+    const int key = static_cast<QKeyEvent*>(event)->key();
+    if (watched == mField && key == Qt::Key_Escape) {
+        event->accept();
+        if (event->type() == QEvent::KeyPress) {
+            mField->setModified(false);
+            ShowFrame();
+            Q_EMIT FieldLeft();
+        }
+        return true;
+    }
+    // On a button that has the focus, Space presses that button.
+    if (watched != mField && key == Qt::Key_Space && event->type() == QEvent::ShortcutOverride)
+        event->accept();
+    return false;
+}
+
+} // namespace corvane::desktop

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+
+#include <QWidget>
+
+#include "ViewerActions.h"
+
+class QLabel;
+class QLineEdit;
+
+namespace corvane::desktop {
+
+class FrameSlider;
+
+/// The scrubber, the buttons, and where the playhead is: as a frame that can be edited, and as a time.
+class TransportBar final : public QWidget {
+    Q_OBJECT
+
+  public:
+    TransportBar(const ViewerActions& actions, QWidget* parent);
+
+    /// Offers `frames` frames; with 0 nothing can be done.
+    void SetClip(std::int64_t frames, std::int64_t ticksPerFrame);
+    void SetFrame(std::int64_t frame);
+
+  Q_SIGNALS:
+    /// A person asks for a frame: by the scrubber or by its number. Always inside the clip.
+    void FrameWanted(qint64 frame);
+    /// A person has finished or given up the editing of the number.
+    void FieldLeft();
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void ReadField();
+    void ShowFrame();
+
+    FrameSlider* mSlider;
+    QLineEdit* mField;
+    QLabel* mLast;
+    QLabel* mTime;
+    std::int64_t mFrames = 0;
+    std::int64_t mTicksPerFrame = 0;
+    std::int64_t mFrame = 0;
+};
+
+} // namespace corvane::desktop

@@ -1,0 +1,193 @@
+// Which pictures the viewer wants, when it shows them, and what keeps time.
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include <QLabel>
+
+#include "PictureArea.h"
+#include "Viewer.h"
+#include "ViewerActions.h"
+#include "lummediatypes.h"
+
+namespace corvane::desktop {
+
+namespace {
+
+/// Pictures that are made ahead of the playhead, as long as their frames take little memory.
+constexpr std::int64_t kAhead = 3;
+constexpr std::uint64_t kSmallFrame = std::uint64_t{64} << 20;
+
+constexpr std::int64_t kNanosecondsPerMillisecond = 1000000;
+constexpr std::int64_t kLongestWait = 60 * 60 * 1000; // milliseconds
+
+std::int64_t AheadOf(const Clip& clip) {
+    const std::uint64_t bytes = FrameBytes(clip);
+    return bytes <= kSmallFrame ? kAhead : bytes <= kLargeFrame ? 1 : 0;
+}
+
+} // namespace
+
+PictureRequest Viewer::RequestFor(std::int64_t frame, std::int64_t step) const {
+    PictureRequest request{mClip, frame, mArea->GetLook(), mOrder, step, nullptr};
+    const PicturePointer& shown = mArea->GetPicture();
+    if (shown && shown->request.clip == mClip && shown->request.frame == frame) request.held = shown->frame;
+    return request;
+}
+
+bool Viewer::IsShown(const PictureRequest& request) const {
+    const PicturePointer& shown = mArea->GetPicture();
+    return shown && shown->request.clip == request.clip && shown->request.frame == request.frame &&
+           shown->request.look == request.look;
+}
+
+void Viewer::WantPictures() {
+    if (!mClip || mArea->GetLook().part.isEmpty()) return;
+    ++mOrder;
+    std::vector<PictureRequest> requests;
+    PictureRequest now = RequestFor(mFrame, mStep);
+    // The frame that is seen is let go where the next one needs the memory.
+    if (!now.held && FrameBytes(*mClip) > kLargeFrame) mArea->ReleaseFrame();
+    const bool late = IsPlaying() && StepsLate() > 0 && AheadOf(*mClip) > 0;
+    if (!IsShown(now) && !late) requests.push_back(std::move(now));
+    if (IsPlaying()) WantAhead(requests);
+    mLoader.Want(std::move(requests));
+}
+
+/// How many steps pass while a picture is made: then it is of no use to ask for the one that is due.
+std::int64_t Viewer::StepsLate() const {
+    const __int128 ticks = static_cast<__int128>(mAverage) * lummediatypes::kTicksPerSecond / 1000000000;
+    return static_cast<std::int64_t>(ticks / mClip->Info().ticksPerFrame);
+}
+
+void Viewer::WantAhead(std::vector<PictureRequest>& requests) const {
+    const std::int64_t ahead = AheadOf(*mClip);
+    const std::int64_t late = StepsLate();
+    const std::int64_t last = late > 0 ? late + std::min<std::int64_t>(ahead, 1) : ahead;
+    for (std::int64_t i = late > 0 ? late + 1 : 1; i <= last; ++i) {
+        PictureRequest request = RequestFor(mPlayback.FrameOf(mStep + i), mStep + i);
+        if (request.frame != mFrame && !mReady.contains(request.frame))
+            requests.push_back(std::move(request));
+    }
+}
+
+void Viewer::KeepReady(std::int64_t ahead) {
+    std::map<std::int64_t, PicturePointer> kept;
+    for (std::int64_t i = 1; i <= ahead && !mReady.empty(); ++i)
+        if (auto node = mReady.extract(mPlayback.FrameOf(mStep + i))) kept.insert(std::move(node));
+    mReady = std::move(kept);
+}
+
+void Viewer::TakePicture(const PicturePointer& picture) {
+    const PictureRequest& request = picture->request;
+    if (request.clip != mClip) return;
+    mAverage = mAverage == 0 ? picture->nanoseconds : (mAverage * 3 + picture->nanoseconds) / 4;
+    if (IsPlaying()) return TakePicturePlaying(picture);
+    // While a person scrubs, the newest picture there is gets shown, if for a moment only.
+    const bool wanted = request.frame == mFrame && request.look == mArea->GetLook();
+    if (wanted || request.order > mShownOrder) Show(picture, 0);
+}
+
+void Viewer::TakePicturePlaying(const PicturePointer& picture) {
+    const PictureRequest& request = picture->request;
+    if (request.look != mArea->GetLook()) return;
+    if (request.frame == mFrame) return Show(picture, mStep);
+    if (request.order < mFirstPlayed) return;
+    // Late, but newer than what is seen; else it is for a step to come.
+    if (request.step < mStep && request.step > mShownStep) return Show(picture, request.step);
+    if (request.step > mStep) mReady[request.frame] = picture;
+}
+
+void Viewer::Show(const PicturePointer& picture, std::int64_t step) {
+    mShownOrder = std::max(mShownOrder, picture->request.order);
+    mShownStep = step;
+    mUnpainted = true;
+    mArea->ShowPicture(picture);
+    // Nobody misses a frame in a window that is not seen.
+    if (mArea->visibleRegion().isEmpty()) mPlayback.Shown(step);
+}
+
+void Viewer::NotePainted() {
+    if (!std::exchange(mUnpainted, false)) return;
+    const PicturePointer& picture = mArea->GetPicture();
+    if (!picture) return;
+    if (IsPlaying()) {
+        mPlayback.Shown(mShownStep);
+        ShowDropped();
+    }
+    ShowReadout();
+    if (picture->problem.isEmpty()) Q_EMIT FrameShown(picture->request.frame);
+}
+
+void Viewer::Play() {
+    if (!mClip || IsPlaying()) return;
+    const bool atEnd = mFrame == mClip->Info().frames - 1 && !mActions->loop->isChecked();
+    StartPlaying(atEnd ? 0 : mFrame);
+}
+
+void Viewer::Pause() {
+    if (IsPlaying()) StopPlaying();
+}
+
+void Viewer::StartPlaying(std::int64_t frame) {
+    const bool started = !IsPlaying();
+    const ClipInfo& info = mClip->Info();
+    mPlayback.Start(frame, info.frames, info.ticksPerFrame, mActions->loop->isChecked());
+    mFirstPlayed = mOrder + 1;
+    mStep = mShownStep = 0;
+    mReady.clear();
+    mActions->ShowPlaying(true);
+    ShowDropped();
+    if (started) Q_EMIT PlayingChanged(true);
+    Tick();
+}
+
+void Viewer::StopPlaying() {
+    mTimer.stop();
+    mReady.clear();
+    if (!IsPlaying()) return;
+    mPlayback.Stop();
+    mActions->ShowPlaying(false);
+    WantPictures();
+    Q_EMIT PlayingChanged(false);
+}
+
+void Viewer::SetLoop(bool loop) {
+    if (IsPlaying()) {
+        mShownStep -= mPlayback.DueStep();
+        mFirstPlayed = mOrder + 1;
+        mReady.clear();
+    }
+    mPlayback.SetLoop(loop);
+    mStep = 0;
+    if (IsPlaying()) Tick();
+}
+
+void Viewer::SetClock(PlaybackClock clock) {
+    StopPlaying();
+    mPlayback.SetClock(std::move(clock));
+}
+
+void Viewer::Tick() {
+    if (!IsPlaying()) return;
+    if (mPlayback.IsOver()) return StopPlaying();
+    mStep = mPlayback.DueStep();
+    MovePlayhead(mPlayback.FrameOf(mStep));
+    if (IsShown(RequestFor(mFrame, mStep))) {
+        mShownStep = mStep;
+        if (!mUnpainted) mPlayback.Shown(mStep);
+    } else if (const auto ready = mReady.find(mFrame); ready != mReady.end()) {
+        Show(PicturePointer(ready->second), mStep);
+    }
+    KeepReady(std::max(AheadOf(*mClip), StepsLate() + 1));
+    WantPictures();
+    const std::int64_t wait =
+        (mPlayback.NanosecondsUntil(mStep + 1) + kNanosecondsPerMillisecond - 1) / kNanosecondsPerMillisecond;
+    mTimer.start(static_cast<int>(std::min(wait, kLongestWait)));
+}
+
+void Viewer::ShowDropped() {
+    mDropped->setText(tr("%1 dropped").arg(QString::number(mPlayback.GetDropped())));
+}
+
+} // namespace corvane::desktop
