@@ -8,7 +8,7 @@
 
 namespace corvane::desktop {
 
-BinView::BinView(QWidget* parent) : QTreeView(parent) {
+BinView::BinView(BinModel& model, QWidget* parent) : QTreeView(parent), mModel(model) {
     setObjectName(QStringLiteral("bin"));
     setAccessibleName(tr("Clips of the project"));
     setRootIsDecorated(false);
@@ -22,12 +22,8 @@ BinView::BinView(QWidget* parent) : QTreeView(parent) {
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     setContextMenuPolicy(Qt::ActionsContextMenu);
-}
-
-void BinView::SetModel(BinModel& model) {
-    mModel = &model;
     setModel(&model);
-    constexpr int kWidths[BinModel::kColumns] = {260, 120, 90, 95, 180, 140};
+    constexpr int kWidths[BinModel::kColumns] = {220, 125, 80, 90, 180, 130};
     for (int column = 0; column < BinModel::kColumns; ++column) setColumnWidth(column, kWidths[column]);
     for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
         connect(&model, signal, viewport(), [this] { viewport()->update(); });
@@ -37,23 +33,23 @@ std::vector<std::uint64_t> BinView::Selected() const {
     QModelIndexList rows = selectionModel()->selectedRows();
     std::ranges::sort(rows, {}, &QModelIndex::row);
     std::vector<std::uint64_t> ids;
-    for (const QModelIndex& row : rows) ids.push_back(mModel->IdAt(row.row()));
+    for (const QModelIndex& row : rows) ids.push_back(mModel.IdAt(row.row()));
     return ids;
 }
 
 std::uint64_t BinView::Current() const {
-    return mModel->IdAt(currentIndex().row());
+    return mModel.IdAt(currentIndex().row());
 }
 
 void BinView::Choose(std::uint64_t id) {
-    const QModelIndex index = mModel->index(mModel->RowOf(id), 0);
+    const QModelIndex index = mModel.index(mModel.RowOf(id), 0);
     if (!index.isValid()) return;
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
     scrollTo(index);
 }
 
 void BinView::EditName() {
-    const QModelIndex index = mModel->index(currentIndex().row(), BinModel::kName);
+    const QModelIndex index = mModel.index(currentIndex().row(), BinModel::kName);
     if (index.isValid()) edit(index);
 }
 
@@ -82,7 +78,7 @@ void BinView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void BinView::paintEvent(QPaintEvent* event) {
     QTreeView::paintEvent(event);
-    if (mModel == nullptr || mModel->rowCount() > 0) return;
+    if (mModel.rowCount() > 0) return;
     QPainter painter(viewport());
     painter.setPen(palette().color(QPalette::PlaceholderText));
     painter.drawText(viewport()->rect().adjusted(16, 16, -16, -16), Qt::AlignCenter | Qt::TextWordWrap,

@@ -14,10 +14,9 @@ class BinView final : public QTreeView {
     Q_OBJECT
 
   public:
-    explicit BinView(QWidget* parent = nullptr);
-
     /// `model` outlives the view.
-    void SetModel(BinModel& model);
+    explicit BinView(BinModel& model, QWidget* parent = nullptr);
+
     /// The clips that are selected, in the order of the rows.
     std::vector<std::uint64_t> Selected() const;
     /// The clip that the keyboard is at; 0 where there is none.
@@ -45,7 +44,7 @@ class BinView final : public QTreeView {
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
   private:
-    BinModel* mModel = nullptr;
+    BinModel& mModel;
 };
 
 } // namespace corvane::desktop

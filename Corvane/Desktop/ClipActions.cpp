@@ -114,17 +114,19 @@ bool ClipActions::Opens(const std::string& name, const ClipSource& source) {
 
 void ClipActions::AddFiles(const QStringList& files) {
     Project project = mDocument.GetProject();
-    std::uint64_t chosen = 0;
+    std::uint64_t chosen = 0; // of those that are there already
+    std::vector<std::uint64_t> added;
     for (const QString& name : files) {
         const fs::path file = fs::absolute(QFile::encodeName(name).toStdString()).lexically_normal();
         const auto known =
             std::ranges::find_if(project.clips, [&](const auto& clip) { return clip->source.file == file; });
         if (known != project.clips.end())
-            chosen = (*known)->id;
+            chosen = chosen != 0 ? chosen : (*known)->id;
         else if (const ClipSource source{.file = file, .settings = {}}; Opens(NameOf(file), source))
-            chosen = project.Add(NameOf(file), source);
+            added.push_back(project.Add(NameOf(file), source));
     }
     mDocument.Change(files.size() == 1 ? tr("Open Clip") : tr("Open Clips"), std::move(project));
+    if (!added.empty()) chosen = added.front();
     if (chosen != 0) mView.Choose(chosen);
 }
 

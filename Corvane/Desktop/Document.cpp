@@ -95,8 +95,7 @@ void Document::Clear() {
     Replace({}, {}, Project());
 }
 
-void Document::Load(const std::filesystem::path& path) {
-    const Project project = LoadProject(path);
+void Document::Open(const Project& project, const std::filesystem::path& path) {
     Replace(project, std::filesystem::absolute(path).lexically_normal(), project);
 }
 

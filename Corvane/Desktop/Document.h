@@ -35,8 +35,8 @@ class Document final : public QObject {
 
     /// Starts over with an empty project.
     void Clear();
-    /// Opens a project file. Throws `Failure`; the open project stays then.
-    void Load(const std::filesystem::path& path);
+    /// Goes on with a project as its file has it.
+    void Open(const Project& project, const std::filesystem::path& path);
     /// Goes on with a project that was not saved: it counts as modified. `path` is its file, or empty.
     void Recover(const Project& project, const std::filesystem::path& path);
     /// Saves the project, which has that file then. Throws `Failure`; nothing is changed then.

@@ -45,13 +45,12 @@ MainWindow::MainWindow(QtPlatform& platform, std::shared_ptr<Bundle> bundle, Opt
     : mPlatform(platform), mBundle(std::move(bundle)), mVersion(std::move(options.version)),
       mAutosave(mDocument, std::move(options.autosaveFolder)),
       mModel(mDocument, mBundle, kThumbnail, devicePixelRatioF()), mMessages(new MessageBar(this)),
-      mSplitter(new QSplitter(this)), mBin(new BinView(mSplitter)), mViewer(new Viewer(mSplitter)),
+      mSplitter(new QSplitter(this)), mBin(new BinView(mModel, mSplitter)), mViewer(new Viewer(mSplitter)),
       mProjectActions(new ProjectActions(mDocument, mAutosave, *mMessages, *this)),
       mClipActions(new ClipActions(mDocument, mBundle, mModel, *mBin, *mMessages)) {
     mProjectActions->setParent(this);
     mClipActions->setParent(this);
     setAcceptDrops(true);
-    mBin->SetModel(mModel);
     mSplitter->setObjectName(QStringLiteral("splitter"));
     mSplitter->setChildrenCollapsible(false);
     mSplitter->setStretchFactor(1, 1);

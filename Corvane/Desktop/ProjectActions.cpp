@@ -70,13 +70,15 @@ void ProjectActions::New() {
 }
 
 void ProjectActions::Open(const fs::path& file) {
-    if (!LeavesChanges()) return;
+    Project project;
     try {
-        mDocument.Load(file);
-        mRecent->Add(mDocument.GetPath());
+        project = LoadProject(file);
     } catch (const Failure& failure) {
-        mMessages.Tell(QString::fromUtf8(failure.what()));
+        return mMessages.Tell(QString::fromUtf8(failure.what()));
     }
+    if (!LeavesChanges()) return;
+    mDocument.Open(project, file);
+    mRecent->Add(mDocument.GetPath());
 }
 
 void ProjectActions::ChooseFiles() {

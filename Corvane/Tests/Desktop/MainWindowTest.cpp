@@ -5,11 +5,13 @@
 
 #include <QAbstractButton>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDropEvent>
-#include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QProcess>
+#include <QSpinBox>
 #include <QTest>
 #include <gmock/gmock.h>
 
@@ -41,10 +43,17 @@ std::function<void(QDialog&)> Press(QMessageBox::StandardButton button) {
 
 std::function<void(QDialog&)> SaveAs(const fs::path& file) {
     return [file](QDialog& dialog) {
-        auto& picker = dynamic_cast<QFileDialog&>(dialog);
-        picker.selectFile(QString::fromStdString(file.string()));
-        QTest::keyClick(&picker, Qt::Key_Return);
+        auto& edit = Find<QLineEdit>(dialog, "fileNameEdit");
+        edit.setText(QString::fromStdString(file.string()));
+        QTest::keyClick(&edit, Qt::Key_Return);
     };
+}
+
+/// Whether a project that is not saved is kept in the folder.
+bool HasUnsaved(const fs::path& folder) {
+    if (!fs::exists(folder)) return false;
+    return std::ranges::any_of(fs::directory_iterator(folder),
+                               [](const auto& entry) { return entry.path().extension() == ".autosave"; });
 }
 
 TEST_F(WindowTest, AProjectIsMadeEditedUndoneSavedAndOpenedAgain) {
@@ -73,10 +82,10 @@ TEST_F(WindowTest, AProjectIsMadeEditedUndoneSavedAndOpenedAgain) {
     EXPECT_THAT(Read(file), HasSubstr(R"("file": "file.synthex")"));
 
     // Back to nothing and forth to all of it, over the saved state.
-    while (mWindow->GetDocument().GetUndoStack().canUndo()) Choose("Undo");
+    while (mWindow->GetDocument().GetUndoStack().canUndo()) mWindow->GetDocument().GetUndoStack().undo();
     EXPECT_EQ(Model().rowCount(), 0);
     EXPECT_TRUE(mWindow->isWindowModified());
-    while (mWindow->GetDocument().GetUndoStack().canRedo()) Choose("Redo");
+    while (mWindow->GetDocument().GetUndoStack().canRedo()) mWindow->GetDocument().GetUndoStack().redo();
     EXPECT_TRUE(Project().HoldsSameAs(whole));
     EXPECT_FALSE(mWindow->isWindowModified());
 
@@ -174,6 +183,8 @@ TEST_F(WindowTest, AFileThatChangesIsReadAgainInItsPlace) {
 
 TEST_F(WindowTest, UnsavedChangesAreAskedFor) {
     Open(Write("file.synthex"));
+    const fs::path unsaved = Folder() / "unsaved";
+    WaitUntil([&] { return HasUnsaved(unsaved); }, "what is kept of the changes");
     WhenShown(Press(QMessageBox::Cancel));
     EXPECT_FALSE(mWindow->close());
     WhenShown(Press(QMessageBox::Cancel));
@@ -187,7 +198,7 @@ TEST_F(WindowTest, UnsavedChangesAreAskedFor) {
     EXPECT_EQ(Model().rowCount(), 1);
     WhenShown(Press(QMessageBox::Discard));
     EXPECT_TRUE(mWindow->close());
-    EXPECT_TRUE(fs::is_empty(Folder() / "unsaved")) << "what was given up is offered again";
+    EXPECT_TRUE(fs::is_empty(unsaved)) << "what was given up is offered again";
 }
 
 TEST_F(WindowTest, WhatAKilledProgramDidNotSaveIsOffered) {
@@ -198,14 +209,7 @@ TEST_F(WindowTest, WhatAKilledProgramDidNotSaveIsOffered) {
     program.start(QStringLiteral(SYNTHEX_BUILD_DIR "/bin/synthex"),
                   {QStringLiteral("desktop"), QString::fromStdString(Write("file.synthex").string())});
     const fs::path unsaved = Folder() / "Synthex/synthex/unsaved";
-    WaitUntil(
-        [&] {
-            if (!fs::exists(unsaved)) return false;
-            return std::ranges::any_of(fs::directory_iterator(unsaved), [](const auto& entry) {
-                return entry.path().extension() == ".autosave";
-            });
-        },
-        "what is kept of a running program");
+    WaitUntil([&] { return HasUnsaved(unsaved); }, "what is kept of a running program");
     corvane::desktop::Document document;
     EXPECT_FALSE(corvane::desktop::Autosave(document, unsaved).TakeLost()) << "its program is still there";
     program.kill();
@@ -254,6 +258,9 @@ TEST_F(WindowTest, FilesAreDroppedIn) {
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(QString::fromStdString(Write("a.synthex").string())),
                   QUrl::fromLocalFile(QString::fromStdString(Write("b.synthex").string()))});
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(mWindow.get(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
     QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(mWindow.get(), &drop);
     WaitUntil([this] { return Model().rowCount() == 2; }, "the files");

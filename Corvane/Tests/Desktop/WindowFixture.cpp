@@ -45,7 +45,8 @@ void WindowTest::Restart() {
     corvane::SetPlatform(&Platform());
     mWindow = std::make_unique<MainWindow>(
         Platform(),
-        std::make_shared<corvane::Bundle>(std::filesystem::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle"),
+        std::make_shared<corvane::Bundle>(std::filesystem::path(SYNTHEX_BUILD_DIR) /
+                                          "lib/ImporterSynthex.bundle"),
         MainWindow::Options{.autosaveFolder = Folder() / "unsaved", .version = "test"});
     mWindow->show();
     QApplication::setActiveWindow(mWindow.get());
@@ -84,8 +85,8 @@ std::filesystem::path WindowTest::Write(const std::string& name, const std::stri
     const std::filesystem::path file = Folder() / name;
     std::ofstream(file)
         << R"({"mPixelFormat":1634887522,"mFrameWidth":64,"mFrameHeight":48,"mFieldType":1,)"
-           R"("mVideoDuration":{"ticks":2542700160000},"mVideoFrameRate":{"ticksperframe":8475667200})" + members +
-               "}";
+           R"("mVideoDuration":{"ticks":2542700160000},"mVideoFrameRate":{"ticksperframe":8475667200})" +
+               members + "}";
     return file;
 }
 
