@@ -259,9 +259,18 @@ void ExportDialog::ChooseKind(int index) {
     mAbout->setText(about);
     mForm->setRowVisible(mQuality, Chosen().choice->IsH264());
     mForm->setRowVisible(mPreset, Chosen().choice->IsH264());
-    if (Chosen().choice->naming == ExportNaming::kPicture && mWhole->isChecked())
-        mFirst->setValue(static_cast<int>(std::min<std::int64_t>(mPlace.frame, mFirst->maximum())));
+    const bool picture = Chosen().choice->naming == ExportNaming::kPicture;
+    if (mWhole->isChecked())
+        mFirst->setValue(picture ? static_cast<int>(std::min<std::int64_t>(mPlace.frame, mFirst->maximum()))
+                                 : 0);
     ShowFrames();
+    FitHeight();
+}
+
+void ExportDialog::FitHeight() {
+    // A window does not grow by itself with texts that wrap.
+    layout()->activate();
+    resize(width(), std::max(height(), layout()->totalHeightForWidth(width())));
 }
 
 void ExportDialog::ShowFrames() {
@@ -303,6 +312,7 @@ void ExportDialog::Browse() {
 void ExportDialog::Complain(const QString& sentence, QWidget* where) {
     mComplaint->setText(sentence);
     mComplaint->show();
+    FitHeight();
     where->setFocus();
 }
 

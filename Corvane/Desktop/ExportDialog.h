@@ -60,6 +60,7 @@ class ExportDialog final : public QDialog {
     void Remember() const;
     void ChooseKind(int index);
     void ShowFrames();
+    void FitHeight();
     void Browse();
     void Complain(const QString& sentence, QWidget* where);
     const Kind& Chosen() const;

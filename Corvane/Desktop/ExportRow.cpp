@@ -50,33 +50,22 @@ QString DoneText(const ExportStatus& status) {
 
 } // namespace
 
-QString StateText(const ExportStatus& status) {
-    switch (status.state) {
-    case ExportState::kWaiting: return ExportRow::tr("Waiting");
-    case ExportState::kRunning: return RunningText(status);
-    case ExportState::kDone: return DoneText(status);
-    case ExportState::kCancelled: return ExportRow::tr("Cancelled; nothing is left behind");
-    case ExportState::kFailed: break;
-    }
-    return ExportRow::tr("Failed: %1").arg(QString::fromStdString(status.failure));
-}
-
 ExportRow::ExportRow(const ExportJob& job, QWidget* parent)
-    : QFrame(parent), mName(QString::fromStdString(job.name)),
+    : QFrame(parent), mName(QString::fromStdString(job.name)), mOutput(PathText(job.options.output)),
       mFolder(PathText(std::filesystem::absolute(job.options.output).parent_path())) {
     setFrameShape(QFrame::StyledPanel);
-    MakeWidgets(PathText(job.options.output));
+    MakeWidgets();
     Show({});
 }
 
-void ExportRow::MakeWidgets(const QString& output) {
+void ExportRow::MakeWidgets() {
     auto* const name = new ElidedLabel(this);
     QFont bold = name->font();
     bold.setBold(true);
     name->setFont(bold);
     name->SetLine(mName, Qt::ElideRight);
     auto* const destination = new ElidedLabel(this);
-    destination->SetLine(output, Qt::ElideMiddle);
+    destination->SetLine(mOutput, Qt::ElideMiddle);
     destination->setAccessibleName(tr("Destination of %1").arg(mName));
     mBar = new QProgressBar(this);
     mBar->setRange(0, kBarSteps);
@@ -127,8 +116,22 @@ void ExportRow::Show(const ExportStatus& status) {
     ShowButtons();
 }
 
+QString ExportRow::StateText(const ExportStatus& status) const {
+    switch (status.state) {
+    case ExportState::kWaiting: return tr("Waiting");
+    case ExportState::kRunning: return RunningText(status);
+    case ExportState::kDone: return DoneText(status);
+    case ExportState::kCancelled: return tr("Cancelled; nothing is left behind");
+    case ExportState::kFailed: break;
+    }
+    // The line above names the output already.
+    const QString named = mOutput + QStringLiteral(": ");
+    return tr("Failed: %1").arg(mFailure.startsWith(named) ? mFailure.mid(named.size()) : mFailure);
+}
+
 void ExportRow::ShowButtons() {
     const bool hadFocus = mCancel->hasFocus();
+    mCopy->setAccessibleDescription(mFailure);
     mBar->setVisible(!IsFinished());
     mCancel->setVisible(!IsFinished());
     mCopy->setVisible(mState == ExportState::kFailed);

@@ -12,9 +12,6 @@ namespace corvane::desktop {
 
 class ElidedLabel;
 
-/// What a job's row says of its state: progress, rate and time left, what was made, or why it failed.
-QString StateText(const ExportStatus& status);
-
 /// One job of the export panel.
 class ExportRow final : public QFrame {
     Q_OBJECT
@@ -31,13 +28,16 @@ class ExportRow final : public QFrame {
     void RemovePressed();
 
   private:
-    void MakeWidgets(const QString& output);
+    void MakeWidgets();
     QToolButton* AddButton(const QString& objectName, const QString& text, const QString& tip);
     void ShowButtons();
     void ShowInFolder();
     void CopyFailure();
 
+    QString StateText(const ExportStatus& status) const;
+
     const QString mName;
+    const QString mOutput;
     const QString mFolder;
     ExportState mState = ExportState::kWaiting;
     QString mFailure;
