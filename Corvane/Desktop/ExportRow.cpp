@@ -70,6 +70,7 @@ void ExportRow::MakeWidgets() {
     mBar = new QProgressBar(this);
     mBar->setRange(0, kBarSteps);
     mBar->setTextVisible(false);
+    mBar->setObjectName("exportProgress");
     mBar->setAccessibleName(tr("Progress of %1").arg(mName));
     mStateLabel = new ElidedLabel(this);
     mStateLabel->setObjectName("exportState");

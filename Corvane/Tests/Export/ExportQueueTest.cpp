@@ -131,7 +131,7 @@ TEST(ExportQueue, CancelsEverythingWhenItGoes) {
     };
     {
         ExportQueue queue(corvane::testing::LoadBundle(), notes.Listener());
-        for (const char* const name : {"a.raw", "b.raw"})
+        for (const char* const name : {"a.y4m", "b.y4m"})
             queue.Add(Job(folder / name, {.width = 64, .height = 48, .frames = kEndless}));
         runs.get_future().wait();
         EXPECT_EQ(queue.CountUnfinished(), 2u);
