@@ -6,6 +6,8 @@
 
 #include <fmt/format.h>
 
+#include "Export/ExportText.h"
+
 namespace corvane::commandline {
 
 namespace {
@@ -16,14 +18,6 @@ constexpr char kWipeLine[] = "\r\x1b[K";
 
 void Draw(const std::string& line) {
     std::fwrite(line.data(), 1, line.size(), stderr);
-}
-
-/// A time that a person waits: the two units that matter.
-std::string WaitText(double seconds) {
-    const auto whole = static_cast<std::int64_t>(seconds + 0.5);
-    if (whole < 60) return fmt::format("{} s", whole);
-    if (whole < 3600) return fmt::format("{} min {:02} s", whole / 60, whole % 60);
-    return fmt::format("{} h {:02} min", whole / 3600, whole / 60 % 60);
 }
 
 } // namespace

@@ -10,6 +10,7 @@
 #include "Console.h"
 #include "Engine/Clip.h"
 #include "Export/Export.h"
+#include "Export/ExportText.h"
 #include "ProgressBar.h"
 
 namespace corvane::commandline {
@@ -48,14 +49,6 @@ void TakeEndingSignals() {
         // Whoever started the program may have it ignore a signal, as nohup does.
         if (before.sa_handler != SIG_IGN) ::sigaction(signal, &action, nullptr);
     }
-}
-
-std::string BytesText(std::uint64_t bytes) {
-    if (bytes < 1000) return fmt::format("{} bytes", bytes);
-    const double thousands = static_cast<double>(bytes) / 1000;
-    if (bytes < 1000'000) return fmt::format("{:.1f} kB", thousands);
-    if (bytes < 1000'000'000) return fmt::format("{:.1f} MB", thousands / 1000);
-    return fmt::format("{:.2f} GB", thousands / 1000'000);
 }
 
 } // namespace

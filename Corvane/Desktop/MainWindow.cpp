@@ -7,7 +7,7 @@
 #include <QDockWidget>
 #include <QDragEnterEvent>
 #include <QFile>
-#include <QFileInfo>
+#include <QKeySequence>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
@@ -156,13 +156,38 @@ void MainWindow::BuildExports() {
     auto* const dock = new QDockWidget(tr("Exports"), this);
     dock->setObjectName(QStringLiteral("exports"));
     dock->setAllowedAreas(Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea);
-    mExports = new ExportPanel(dock);
+    mExports = new ExportPanel(mBundle, dock);
     dock->setWidget(mExports);
+    dock->toggleViewAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X));
+    dock->toggleViewAction()->setStatusTip(tr("Show or hide the exports that run and those that are done"));
     addDockWidget(Qt::BottomDockWidgetArea, dock);
     dock->hide();
+    connect(mExports, &ExportPanel::JobFinished, this, [this](const QString& name, ExportState state) {
+        if (state == ExportState::kDone) statusBar()->showMessage(tr("%1: the export is done.").arg(name));
+    });
 }
 
-void MainWindow::ExportClips(const std::vector<std::uint64_t>&) {}
+void MainWindow::ExportClips(const std::vector<std::uint64_t>& ids) {
+    for (const std::uint64_t id : ids) {
+        const int row = mModel.RowOf(id);
+        const LoadedClip* const loaded = mModel.LoadedAt(row);
+        if (loaded == nullptr || !loaded->problem.isEmpty()) continue;
+        // Both stay although the clip may change while the dialog is open.
+        const std::shared_ptr<const Clip> clip = loaded->clip;
+        const ProjectClip about = mModel.ClipAt(row);
+        const std::filesystem::path& beside = about.source.IsFile() ? about.source.file : mDocument.GetPath();
+        const ExportPlace place{.folder = QFile::decodeName(beside.parent_path().c_str()),
+                                .frame = id == mShown ? mViewer->CurrentFrame() : 0,
+                                .isTaken = [this](const auto& file) { return mExports->IsTaken(file); }};
+        ExportDialog dialog(*clip, QString::fromStdString(about.name), place, this);
+        if (dialog.exec() != QDialog::Accepted) return;
+        // The settings as they are now: those of a file may change before the export's turn comes.
+        mExports->AddJob({.name = about.name,
+                          .source = {.file = {}, .settings = clip->Settings()},
+                          .options = dialog.Options()});
+        findChild<QDockWidget*>(QStringLiteral("exports"))->show();
+    }
+}
 
 bool MainWindow::LeavesExports() {
     if (!mExports->HasUnfinishedJobs()) return true;

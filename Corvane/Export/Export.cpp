@@ -36,6 +36,9 @@ std::string KindOf(const ExportOptions& options) {
     return kind;
 }
 
+// Takes everything that is written to it.
+constexpr const char* kNowhere = "/dev/null";
+
 struct Range {
     std::int64_t first = 0;
     std::int64_t last = 0;
@@ -85,6 +88,24 @@ std::unique_ptr<Target> MakeTarget(const ExportOptions& options, const std::stri
 }
 
 } // namespace
+
+ExportPreview PreviewExport(const Clip& clip, const ExportOptions& options) {
+    ExportOptions nowhere = options;
+    nowhere.output = kNowhere;
+    try {
+        const std::string kind = KindOf(options);
+        CheckOptions(options, kind);
+        if (std::string reason = clip.WhyNotRenderable(); !reason.empty()) return {std::move(reason), false};
+        const StreamFacts facts = FactsOf(clip, clip.Info().frames);
+        const std::unique_ptr<Target> target = MakeTarget(nowhere, kind, facts);
+        return {{}, facts.HasAlpha() && !target->KeepsAlpha()};
+    } catch (const Failure& failure) {
+        std::string reason = failure.what();
+        const std::string name = fmt::format("{}: ", kNowhere);
+        if (reason.starts_with(name)) reason.erase(0, name.size());
+        return {std::move(reason), false};
+    }
+}
 
 ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const ExportProgress& progress,
                         const std::atomic<bool>& cancel) {

@@ -67,4 +67,16 @@ struct ExportReport {
 ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const ExportProgress& progress,
                         const std::atomic<bool>& cancel);
 
+/// What can be told of an export without making it.
+struct ExportPreview {
+    /// Why it would fail, as a sentence without the name of the output; empty where it can be made.
+    std::string whyNot;
+    /// Whether the clip has alpha, and the output has no place for it.
+    bool dropsAlpha = false;
+};
+
+/// Sets up everything that `ExportClip` would, encoder and container included, but renders no frame and makes
+/// no file. Says nothing about the destination. Takes some milliseconds. Any thread, also beside an export.
+ExportPreview PreviewExport(const Clip& clip, const ExportOptions& options);
+
 } // namespace corvane

@@ -31,6 +31,8 @@ class Target {
 
     /// Whether a packet refers to the frame's own pixels, so that the frame must live until it is consumed.
     virtual bool KeepsFrames() const { return false; }
+    /// Whether alpha arrives in the output. Asked only where the frames have some.
+    virtual bool KeepsAlpha() const { return true; }
     /// How many of `jobs` threads that render and prepare are of use here.
     virtual unsigned UsefulJobs(unsigned jobs) const { return jobs; }
     virtual std::uint64_t BytesWritten() const = 0;

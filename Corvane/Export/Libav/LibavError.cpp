@@ -13,7 +13,9 @@ namespace corvane {
 namespace {
 
 std::mutex sMutex;
-std::string sLast;
+int sLogs = 0; // how many there are
+// An encoder logs on the thread that calls it, so that exports side by side don't take each other's errors.
+thread_local std::string sLast;
 
 void KeepErrors(void*, int level, const char* format, va_list arguments) {
     if (level > AV_LOG_ERROR) return;
@@ -21,7 +23,6 @@ void KeepErrors(void*, int level, const char* format, va_list arguments) {
     std::vsnprintf(line, sizeof line, format, arguments);
     std::string text = line;
     while (!text.empty() && (text.back() == '\n' || text.back() == '.')) text.pop_back();
-    const std::lock_guard lock(sMutex);
     if (!text.empty()) sLast = text;
 }
 
@@ -34,19 +35,17 @@ std::string LibavMessage(int error) {
 }
 
 LibavLog::LibavLog() {
-    {
-        const std::lock_guard lock(sMutex);
-        sLast.clear();
-    }
-    av_log_set_callback(KeepErrors);
+    sLast.clear();
+    const std::lock_guard lock(sMutex);
+    if (sLogs++ == 0) av_log_set_callback(KeepErrors);
 }
 
 LibavLog::~LibavLog() {
-    av_log_set_callback(av_log_default_callback);
+    const std::lock_guard lock(sMutex);
+    if (--sLogs == 0) av_log_set_callback(av_log_default_callback);
 }
 
 std::string LibavLog::Reason(int error) const {
-    const std::lock_guard lock(sMutex);
     return sLast.empty() ? LibavMessage(error) : sLast;
 }
 

@@ -7,8 +7,8 @@ namespace corvane {
 /// libav's own words for an error code.
 std::string LibavMessage(int error);
 
-/// While it lives, keeps what libav and its encoders log as errors and lets nothing through to standard
-/// error. One at a time in a process.
+/// While one lives, what libav and its encoders log as errors is kept for the thread that they log it on, and
+/// nothing gets through to standard error. Any number at a time.
 class LibavLog {
   public:
     LibavLog();
@@ -16,7 +16,7 @@ class LibavLog {
     LibavLog(const LibavLog&) = delete;
     LibavLog& operator=(const LibavLog&) = delete;
 
-    /// The last error that was logged, or else the words for `error`.
+    /// The last error that was logged on this thread, or else the words for `error`.
     std::string Reason(int error) const;
 };
 

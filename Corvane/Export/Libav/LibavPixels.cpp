@@ -97,6 +97,11 @@ std::optional<PixelLayout> LayoutOf(AVPixelFormat format, const StreamFacts& fac
     return std::nullopt;
 }
 
+bool HasAlpha(AVPixelFormat format) {
+    const AVPixFmtDescriptor* const about = av_pix_fmt_desc_get(format);
+    return about != nullptr && (about->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+}
+
 AVPixelFormat ChoosePixels(const AVPixelFormat* supported, bool lossless, const StreamFacts& facts) {
     const auto takes = [supported](AVPixelFormat format) {
         if (supported == nullptr) return true;

@@ -21,6 +21,9 @@ using PixelLayout = std::variant<PlanarFormat, PackedFormat>;
 /// The layout of `format`; empty for those that can't be filled (grey, paletted, hardware, other byte order).
 std::optional<PixelLayout> LayoutOf(AVPixelFormat format, const StreamFacts& facts);
 
+/// Whether pictures of `format` have alpha.
+bool HasAlpha(AVPixelFormat format);
+
 /// The best of `supported` (ends with AV_PIX_FMT_NONE; null is "any") for these frames: for a lossless codec
 /// the one that keeps every bit of them, else the one that most players take. AV_PIX_FMT_NONE where none can
 /// be filled.

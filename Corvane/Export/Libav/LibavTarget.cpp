@@ -48,6 +48,8 @@ class LibavTarget final : public Target {
         mMuxer.Finish();
     }
 
+    bool KeepsAlpha() const override { return HasAlpha(mEncoder.Context().pix_fmt); }
+
     // Bytes are converted in far less time than an encoder with threads of its own takes: one thread feeds it
     // while the other makes the next frame. Float frames are more work.
     unsigned UsefulJobs(unsigned jobs) const override {

@@ -41,9 +41,9 @@ class TestDialog {
     lumui::ui::UI_NodePtr<corvane::DialogModel> mModel;
 };
 
-/// A widget by the identifier of its control.
+/// A widget by its name, which for a control of the toolkit is its identifier.
 template <class Widget>
-Widget& Find(QDialog& window, const char* id) {
+Widget& Find(QWidget& window, const char* id) {
     auto* const widget = window.findChild<Widget*>(QString::fromLatin1(id));
     if (widget == nullptr) throw std::runtime_error(std::string("no widget ") + id);
     return *widget;

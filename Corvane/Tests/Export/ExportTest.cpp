@@ -4,23 +4,25 @@
 #include "Export/Export.h"
 
 #include <cmath>
-#include <cstdio>
 #include <map>
 #include <memory>
 #include <set>
-#include <sstream>
 
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "TestClips.h"
 #include "TestFrames.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using corvane::Clip;
 using corvane::ExportOptions;
+using corvane::testing::MakeClip;
+using corvane::testing::OutputOf;
+using corvane::testing::Probe;
+using corvane::testing::Settings;
 using corvane::testing::TestFolder;
 using testing::AllOf;
 using testing::ElementsAre;
@@ -28,54 +30,11 @@ using testing::HasSubstr;
 
 const std::atomic<bool> kNoCancel{false};
 
-/// Settings that differ per test. The colours are saturated and unlike in all channels.
-struct Settings {
-    std::uint32_t pixelFormat = CvPixelFormat_BGRA_4444_8u;
-    std::uint32_t width = 720, height = 576;
-    std::uint32_t parNumerator = 40, parDenominator = 33;
-    int fieldType = 1;
-    std::int64_t ticksPerFrame = 10160640000;
-    int frames = 5;
-};
-
-std::unique_ptr<Clip> MakeClip(const Settings& settings) {
-    const auto bundle =
-        std::make_shared<corvane::Bundle>(fs::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle");
-    return Clip::OpenPrefs(
-        bundle, "clip",
-        fmt::format(
-            R"({{"mPixelFormat":{},"mFrameWidth":{},"mFrameHeight":{},"mFramePAR":{{"numerator":{},"denominator":{}}},)"
-            R"("mFieldType":{},"mRenderFormat":0,"mVideoFrameRate":{{"ticksperframe":{}}},"mVideoDuration":{{"ticks":{}}},)"
-            R"("mUpperFieldColor":{{"mAlphaPart":1.0,"mRedPart":0.95,"mGreenPart":0.1,"mBluePart":0.3}},)"
-            R"("mLowerFieldColor":{{"mAlphaPart":1.0,"mRedPart":0.05,"mGreenPart":0.8,"mBluePart":0.55}}}})",
-            settings.pixelFormat, settings.width, settings.height, settings.parNumerator,
-            settings.parDenominator, settings.fieldType, settings.ticksPerFrame,
-            settings.ticksPerFrame * settings.frames));
-}
-
 corvane::ExportReport Export(const Settings& settings, const fs::path& out, const std::string& codec = "") {
     ExportOptions options;
     options.output = out;
     options.codec = codec;
     return corvane::ExportClip(*MakeClip(settings), options, {}, kNoCancel);
-}
-
-std::string OutputOf(const std::string& command) {
-    const std::unique_ptr<FILE, int (*)(FILE*)> pipe(popen(command.c_str(), "r"), pclose);
-    std::string output;
-    char part[65536];
-    while (const std::size_t size = fread(part, 1, sizeof part, pipe.get())) output.append(part, size);
-    return output;
-}
-
-std::map<std::string, std::string> Probe(const fs::path& file, const std::string& entries) {
-    std::istringstream lines(OutputOf(fmt::format(
-        "ffprobe -v error -select_streams v:0 -count_frames -show_entries {} -of default=nw=1 '{}'", entries,
-        file.string())));
-    std::map<std::string, std::string> values;
-    for (std::string line; std::getline(lines, line);)
-        values.emplace(line.substr(0, line.find('=')), line.substr(line.find('=') + 1));
-    return values;
 }
 
 /// The colour `c` (R, G, B) as limited-range Y'CbCr, by the published matrices.
