@@ -170,9 +170,13 @@ void Viewer::SetClock(PlaybackClock clock) {
 
 void Viewer::Tick() {
     if (!IsPlaying()) return;
-    if (mPlayback.IsOver()) return StopPlaying();
     mStep = mPlayback.DueStep();
     MovePlayhead(mPlayback.FrameOf(mStep));
+    if (mPlayback.IsOver()) {
+        mPlayback.Shown(mStep); // it stays on the screen, or comes to it now
+        ShowDropped();
+        return StopPlaying();
+    }
     if (IsShown(RequestFor(mFrame, mStep))) {
         mShownStep = mStep;
         if (!mUnpainted) mPlayback.Shown(mStep);
