@@ -116,6 +116,10 @@ Picture PictureMaker::Make(PictureRequest request) {
         if (!picture.frame)
             picture.frame = std::make_shared<const Frame>(request.clip->GetFrame(request.frame));
         picture.image = MakeImage(request, picture.frame->View());
+    } catch (const std::bad_alloc&) {
+        picture.problem =
+            QStringLiteral("%1: there is not enough memory to show frame %2.")
+                .arg(QString::fromStdString(request.clip->Name()), QString::number(request.frame));
     } catch (const Failure& failure) {
         picture.problem = QString::fromUtf8(failure.what());
     } catch (const std::exception& exception) {
