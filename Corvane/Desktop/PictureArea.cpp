@@ -93,9 +93,11 @@ double PictureArea::GetZoom() const {
     return mClip.height == 0 ? 0 : 100.0 * mSize.height() / mClip.height;
 }
 
-void PictureArea::ShowPicture(const PicturePointer& picture) {
+void PictureArea::ShowPicture(const PicturePointer& picture, std::int64_t tag) {
     mPicture = picture;
-    mMessage = picture ? picture->problem : QString();
+    mTag = tag;
+    mPainted = false;
+    mMessage = picture->problem;
     setAccessibleDescription(mMessage);
     viewport()->update();
 }
@@ -137,7 +139,7 @@ void PictureArea::paintEvent(QPaintEvent*) {
         painter.drawImage(target, mPicture->image);
     }
     painter.end();
-    Q_EMIT Painted();
+    if (mPicture && !std::exchange(mPainted, true)) Q_EMIT Painted(mPicture, mTag);
 }
 
 void PictureArea::resizeEvent(QResizeEvent*) {

@@ -26,12 +26,15 @@ class PictureArea final : public QAbstractScrollArea {
     /// What picture fills the area now.
     PictureLook GetLook() const;
 
-    void ShowPicture(const PicturePointer& picture);
+    /// `tag` comes back with `Painted`.
+    void ShowPicture(const PicturePointer& picture, std::int64_t tag);
     /// Shows a sentence and no picture.
     void ShowMessage(const QString& text);
     /// Keeps the picture and lets go of the frame behind it, which may be very large.
     void ReleaseFrame();
     const PicturePointer& GetPicture() const { return mPicture; }
+    /// Whether the picture has been painted since it was given.
+    bool IsPainted() const { return mPainted; }
     const QString& GetMessage() const { return mMessage; }
     /// The place, in device-independent pixels of the viewport, and the pixel of the frame that is shown
     /// there; empty outside of the picture.
@@ -42,9 +45,9 @@ class PictureArea final : public QAbstractScrollArea {
   Q_SIGNALS:
     /// What `GetLook` says has changed.
     void LookChanged();
-    /// The picture has been painted. The pixels reach the screen when the paint event is done: connect
-    /// queued.
-    void Painted();
+    /// A picture, or its problem, has been painted for the first time. It reaches the screen when the paint
+    /// event is done: connect queued.
+    void Painted(const PicturePointer& picture, qint64 tag);
     /// The pointer moved over the viewport, to `PixelAt` what `place` is, or left it.
     void Hovered(QPointF place);
     void HoverEnded();
@@ -72,6 +75,8 @@ class PictureArea final : public QAbstractScrollArea {
     FieldView mFields = FieldView::kBoth;
     QSize mSize; // of the whole picture, in device pixels
     PicturePointer mPicture;
+    std::int64_t mTag = 0;
+    bool mPainted = true;
     QString mMessage;
     std::optional<QPoint> mDragged; // where the pointer was last
 };

@@ -10,8 +10,8 @@ namespace {
 /// Two: one very large frame doesn't hold up the next, and playback of large frames uses two cores.
 constexpr int kThreads = 2;
 
-bool SamePicture(const PictureRequest& one, const PictureRequest& other) {
-    return one.clip == other.clip && one.frame == other.frame && one.look == other.look;
+bool IsLarge(const PictureRequest& request) {
+    return FrameBytes(*request.clip) > kLargeFrame;
 }
 
 } // namespace
@@ -35,7 +35,10 @@ void PictureLoader::Want(std::vector<PictureRequest> requests) {
         const std::lock_guard lock(mMutex);
         unwanted.swap(mWanted);
         for (PictureRequest& request : requests) {
-            const auto same = [&](const PictureRequest* busy) { return SamePicture(*busy, request); };
+            const auto same = [&](const Busy& busy) {
+                return busy.clip == request.clip.get() && busy.frame == request.frame &&
+                       busy.look == request.look;
+            };
             if (std::ranges::none_of(mBusy, same)) mWanted.push_back(std::move(request));
         }
     }
@@ -44,9 +47,7 @@ void PictureLoader::Want(std::vector<PictureRequest> requests) {
 
 bool PictureLoader::CanBegin() const {
     if (mWanted.empty()) return false;
-    const auto large = [](const PictureRequest& request) { return FrameBytes(*request.clip) > kLargeFrame; };
-    const auto busy = [&](const PictureRequest* request) { return large(*request); };
-    return std::ranges::none_of(mBusy, busy) || !large(mWanted.front());
+    return std::ranges::none_of(mBusy, &Busy::large) || !IsLarge(mWanted.front());
 }
 
 void PictureLoader::Work() {
@@ -57,23 +58,26 @@ void PictureLoader::Work() {
         if (mEnd) return;
         PictureRequest request = std::move(mWanted.front());
         mWanted.pop_front();
-        const PictureRequest busy = request;
-        mBusy.push_back(&busy);
+        const auto busy =
+            mBusy.insert(mBusy.end(), {request.clip.get(), request.frame, request.look, IsLarge(request)});
         lock.unlock();
-        Picture made = maker.Make(std::move(request));
+        auto made = std::make_shared<const Picture>(maker.Make(std::move(request)));
         lock.lock();
-        std::erase(mBusy, &busy);
-        lock.unlock();
+        mBusy.erase(busy);
+        // Moved, not copied: the UI thread has the only reference, and so the last one.
+        mMade.push_back(std::move(made));
+        QMetaObject::invokeMethod(this, &PictureLoader::HandOn, Qt::QueuedConnection);
         mWake.notify_one(); // the other thread may wait for the end of a large one
-        Deliver(std::move(made));
-        lock.lock();
     }
 }
 
-void PictureLoader::Deliver(Picture made) {
-    QMetaObject::invokeMethod(
-        this, [this, picture = std::make_shared<const Picture>(std::move(made))] { Q_EMIT Made(picture); },
-        Qt::QueuedConnection);
+void PictureLoader::HandOn() {
+    std::vector<PicturePointer> made;
+    {
+        const std::lock_guard lock(mMutex);
+        made.swap(mMade);
+    }
+    for (const PicturePointer& picture : made) Q_EMIT Made(picture);
 }
 
 } // namespace corvane::desktop

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -38,13 +39,22 @@ class PictureLoader final : public QObject {
   private:
     bool CanBegin() const;
     void Work();
-    void Deliver(Picture made);
+    void HandOn();
+
+    /// A picture that is being made; it keeps nothing alive.
+    struct Busy {
+        const Clip* clip;
+        std::int64_t frame;
+        PictureLook look;
+        bool large;
+    };
 
     std::mutex mMutex;
     std::condition_variable mWake;
     bool mEnd = false;
     std::deque<PictureRequest> mWanted;
-    std::vector<const PictureRequest*> mBusy;
+    std::list<Busy> mBusy;
+    std::vector<PicturePointer> mMade; // and not handed on yet
     std::vector<std::thread> mThreads;
 };
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstring>
 #include <exception>
 #include <new>
 #include <tuple>
 #include <utility>
 
 #include "Engine/Failure.h"
-#include "Export/RowScan.h"
 
 namespace corvane::desktop {
 
@@ -56,9 +56,11 @@ class RowPainter {
         return mBegin < mEnd ? mAxis.TapsOf(mEnd - 1).back().line - mFirst + 1 : 1;
     }
 
-    void Paint(const std::uint8_t* average, int y, QRgb* out) const {
+    /// `average` is one pixel where the row is flat.
+    void Paint(const std::uint8_t* average, bool flat, int y, QRgb* out) const {
         const int band = (mLook.part.top() + y) / mLook.square;
         PaintFlat(average, band, out);
+        if (flat) return;
         for (int x = mBegin; x < mEnd; ++x) {
             unsigned sums[4] = {128, 128, 128, 128};
             for (const ScaleAxis::Tap& tap : mAxis.TapsOf(x))
@@ -114,6 +116,10 @@ Picture PictureMaker::Make(PictureRequest request) {
         if (!picture.frame)
             picture.frame = std::make_shared<const Frame>(request.clip->GetFrame(request.frame));
         picture.image = MakeImage(request, picture.frame->View());
+    } catch (const std::bad_alloc&) {
+        picture.problem =
+            QStringLiteral("%1: there is not enough memory to show frame %2.")
+                .arg(QString::fromStdString(request.clip->Name()), QString::number(request.frame));
     } catch (const Failure& failure) {
         picture.problem = QString::fromUtf8(failure.what());
     } catch (const std::exception& exception) {
@@ -141,23 +147,43 @@ QImage PictureMaker::MakeImage(const PictureRequest& request, const FrameView& f
     view.width = across.LastLine() - across.FirstLine() + 1;
     view.height = down.LastLine() - down.FirstLine() + 1;
 
-    const RowPainter painter(across, FindBox(view), across.FirstLine(), look);
-    mColumns = std::min((painter.Columns() + kColumnStep - 1) / kColumnStep * kColumnStep, view.width);
-    view.width = mColumns;
-    OpenReader(request, view);
+    const Box box = FindBox(view);
+    const RowPainter painter(across, box, across.FirstLine(), look);
+    OpenReaders(*request.clip, view, box, painter.Columns());
 
     QImage image(part.size(), QImage::Format_RGB32);
     if (image.isNull()) throw std::bad_alloc();
     for (int y = 0; y < part.height(); ++y) {
-        AverageLines(down.TapsOf(y), down.FirstLine());
-        painter.Paint(mAverage.data(), y, reinterpret_cast<QRgb*>(image.scanLine(y)));
+        const bool flat = AverageLines(down.TapsOf(y), down.FirstLine());
+        painter.Paint(mAverage.data(), flat, y, reinterpret_cast<QRgb*>(image.scanLine(y)));
     }
     return image;
 }
 
-void PictureMaker::OpenReader(const PictureRequest& request, const FrameView& view) {
+// Generated frames are lines of one colour with at most a number on them: all that is read of a line without
+// any of it is the first pixel.
+void PictureMaker::OpenReaders(const Clip& clip, const FrameView& view, const Box& box,
+                               std::uint32_t columns) {
+    mBox = box.Empty() ? Box{} : box;
+    mColumns = std::min((columns + kColumnStep - 1) / kColumnStep * kColumnStep, view.width);
+    FrameView part = view;
+    part.width = 1;
+    mFlatLines.Open(clip, part);
+    if (!mBox.Empty()) {
+        part.pixels = RowOf(view, mBox.top);
+        part.width = mColumns;
+        part.height = mBox.Height();
+        mBoxLines.Open(clip, part);
+    }
+    mLines.resize(std::size_t{mColumns} * 4 * 2);
+    mSums.resize(std::size_t{mColumns} * 4);
+    mAverage.resize(std::size_t{mColumns} * 4);
+    mLineAt[0] = mLineAt[1] = 0;
+}
+
+void PictureMaker::LineReader::Open(const Clip& clip, const FrameView& view) {
     constexpr PackedFormat kBGRA{{2, 1, 0, 3}, 4, 8, false};
-    StreamFacts facts = FactsOf(*request.clip, 1);
+    StreamFacts facts = FactsOf(clip, 1);
     facts.width = view.width;
     facts.height = view.height;
     const auto key = [](const StreamFacts& of) {
@@ -169,36 +195,46 @@ void PictureMaker::OpenReader(const PictureRequest& request, const FrameView& vi
         mFacts = facts;
     }
     mReader->Begin(view);
-    mLines.resize(std::size_t{mColumns} * 4 * 2);
-    mSums.resize(std::size_t{mColumns} * 4);
-    mAverage.resize(std::size_t{mColumns} * 4);
-    mLineAt[0] = mLineAt[1] = 0;
+}
+
+void PictureMaker::LineReader::Read(std::uint32_t line, std::uint32_t count, std::uint8_t* out) {
+    mReader->Read(line, count, reinterpret_cast<std::byte*>(out));
+    if (mFacts.HasAlpha()) return Premultiply(out, count);
+    // The bytes of an ignored alpha can be anything.
+    for (std::uint32_t x = 0; x < count; ++x) out[x * 4 + 3] = 0xFF;
 }
 
 const std::uint8_t* PictureMaker::LineOf(std::uint32_t line) {
     const std::size_t slot = line % 2;
     std::uint8_t* const pixels = mLines.data() + slot * mColumns * 4;
     if (mLineAt[slot] == line + 1) return pixels;
-    mReader->Read(line, mColumns, reinterpret_cast<std::byte*>(pixels));
-    Premultiply(pixels, mFacts.HasAlpha() ? mColumns : 0);
-    // The bytes of an ignored alpha can be anything.
-    if (!mFacts.HasAlpha())
-        for (std::uint32_t x = 0; x < mColumns; ++x) pixels[x * 4 + 3] = 0xFF;
+    if (IsFlat(line)) {
+        mFlatLines.Read(line, 1, pixels);
+        for (std::uint32_t x = 1; x < mColumns; ++x) std::memcpy(pixels + std::size_t{x} * 4, pixels, 4);
+    } else {
+        mBoxLines.Read(line - mBox.top, mColumns, pixels);
+    }
     mLineAt[slot] = line + 1;
     return pixels;
 }
 
-void PictureMaker::AverageLines(std::span<const ScaleAxis::Tap> taps, std::uint32_t firstLine) {
-    const std::size_t count = mSums.size();
-    std::fill(mSums.begin(), mSums.end(), std::uint16_t{ScaleAxis::kWhole / 2});
+/// Averages lines and says whether they are all flat; then the average is one pixel.
+bool PictureMaker::AverageLines(std::span<const ScaleAxis::Tap> taps, std::uint32_t firstLine) {
+    const bool flat =
+        std::ranges::all_of(taps, [&](const auto& tap) { return IsFlat(tap.line - firstLine); });
+    const std::size_t count = flat ? 4 : mSums.size();
+    std::uint16_t* const sums = mSums.data();
+    std::fill(sums, sums + count, std::uint16_t{ScaleAxis::kWhole / 2});
     for (const ScaleAxis::Tap& tap : taps) {
-        const std::uint8_t* const line = LineOf(tap.line - firstLine);
-        std::uint16_t* const sums = mSums.data();
+        std::uint8_t pixel[4];
+        if (flat) mFlatLines.Read(tap.line - firstLine, 1, pixel);
+        const std::uint8_t* const line = flat ? pixel : LineOf(tap.line - firstLine);
         for (std::size_t i = 0; i < count; ++i)
             sums[i] = static_cast<std::uint16_t>(sums[i] + line[i] * tap.weight);
     }
     for (std::size_t i = 0; i < count; ++i)
         mAverage[i] = static_cast<std::uint8_t>(mSums[i] / ScaleAxis::kWhole);
+    return flat;
 }
 
 } // namespace corvane::desktop

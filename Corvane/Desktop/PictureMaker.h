@@ -11,6 +11,7 @@
 #include <QString>
 
 #include "Export/PackedReader.h"
+#include "Export/RowScan.h"
 #include "PictureGeometry.h"
 #include "PictureScale.h"
 
@@ -59,15 +60,28 @@ class PictureMaker {
     Picture Make(PictureRequest request);
 
   private:
-    QImage MakeImage(const PictureRequest& request, const FrameView& frame);
-    void OpenReader(const PictureRequest& request, const FrameView& view);
-    void AverageLines(std::span<const ScaleAxis::Tap> taps, std::uint32_t firstLine);
-    const std::uint8_t* LineOf(std::uint32_t line);
+    /// Reads lines of a view as B, G, R, A with premultiplied alpha. Keeps its converter for views alike.
+    class LineReader {
+      public:
+        void Open(const Clip& clip, const FrameView& view);
+        void Read(std::uint32_t line, std::uint32_t count, std::uint8_t* out);
 
-    std::optional<PackedReader> mReader;
-    StreamFacts mFacts;                // of the reader
-    std::uint32_t mColumns = 0;        // how many pixels of a line are read
-    std::vector<std::uint8_t> mLines;  // two lines, alpha premultiplied, as B, G, R, A
+      private:
+        std::optional<PackedReader> mReader;
+        StreamFacts mFacts;
+    };
+
+    QImage MakeImage(const PictureRequest& request, const FrameView& frame);
+    void OpenReaders(const Clip& clip, const FrameView& view, const Box& box, std::uint32_t columns);
+    bool AverageLines(std::span<const ScaleAxis::Tap> taps, std::uint32_t firstLine);
+    const std::uint8_t* LineOf(std::uint32_t line);
+    bool IsFlat(std::uint32_t line) const { return line < mBox.top || line >= mBox.bottom; }
+
+    Box mBox;              // of the present view: its lines are the ones that are not flat
+    LineReader mFlatLines; // their first pixel
+    LineReader mBoxLines;
+    std::uint32_t mColumns = 0;        // how many pixels of a line differ, or are beside some that do
+    std::vector<std::uint8_t> mLines;  // two lines
     std::uint32_t mLineAt[2] = {0, 0}; // which they are, counted from 1
     std::vector<std::uint16_t> mSums;
     std::vector<std::uint8_t> mAverage; // of the lines that a row of the picture covers

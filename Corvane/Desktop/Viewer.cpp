@@ -151,6 +151,7 @@ void Viewer::StopClip() {
     StopPlaying();
     mClip = nullptr;
     mReady.clear();
+    mAverage = 0;
     mLoader.Want({});
 }
 

@@ -94,7 +94,7 @@ class Viewer final : public QWidget {
     void TakePicture(const PicturePointer& picture);
     void TakePicturePlaying(const PicturePointer& picture);
     void Show(const PicturePointer& picture, std::int64_t step);
-    void NotePainted();
+    void NotePainted(const PicturePointer& picture, std::int64_t step);
     void StartPlaying(std::int64_t frame);
     void StopPlaying();
     void SetLoop(bool loop);
@@ -123,7 +123,6 @@ class Viewer final : public QWidget {
     std::uint64_t mOrder = 0;
     std::uint64_t mShownOrder = 0;
     std::uint64_t mFirstPlayed = 0; // order of the first request of this playback
-    bool mUnpainted = false;        // a picture was shown and has not been painted
     PictureLoader mLoader;          // the last: its threads end first
 };
 

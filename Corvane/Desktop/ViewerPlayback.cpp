@@ -48,9 +48,10 @@ void Viewer::WantPictures() {
     PictureRequest now = RequestFor(mFrame, mStep);
     // The frame that is seen is let go where the next one needs the memory.
     if (!now.held && FrameBytes(*mClip) > kLargeFrame) mArea->ReleaseFrame();
-    const bool late = IsPlaying() && StepsLate() > 0 && AheadOf(*mClip) > 0;
-    if (!IsShown(now) && !late) requests.push_back(std::move(now));
     if (IsPlaying()) WantAhead(requests);
+    // A picture that can't be there in time is made for want of a better one only.
+    const bool late = IsPlaying() && StepsLate() > 0;
+    if (!IsShown(now) && (!late || requests.empty())) requests.insert(requests.begin(), std::move(now));
     mLoader.Want(std::move(requests));
 }
 
@@ -101,18 +102,15 @@ void Viewer::TakePicturePlaying(const PicturePointer& picture) {
 void Viewer::Show(const PicturePointer& picture, std::int64_t step) {
     mShownOrder = std::max(mShownOrder, picture->request.order);
     mShownStep = step;
-    mUnpainted = true;
-    mArea->ShowPicture(picture);
+    mArea->ShowPicture(picture, step);
     // Nobody misses a frame in a window that is not seen.
     if (mArea->visibleRegion().isEmpty()) mPlayback.Shown(step);
 }
 
-void Viewer::NotePainted() {
-    if (!std::exchange(mUnpainted, false)) return;
-    const PicturePointer& picture = mArea->GetPicture();
-    if (!picture) return;
-    if (IsPlaying()) {
-        mPlayback.Shown(mShownStep);
+void Viewer::NotePainted(const PicturePointer& picture, std::int64_t step) {
+    // A step to come is one of a playback before this one.
+    if (IsPlaying() && picture->request.clip == mClip && step <= mStep) {
+        mPlayback.Shown(step);
         ShowDropped();
     }
     ShowReadout();
@@ -170,12 +168,16 @@ void Viewer::SetClock(PlaybackClock clock) {
 
 void Viewer::Tick() {
     if (!IsPlaying()) return;
-    if (mPlayback.IsOver()) return StopPlaying();
     mStep = mPlayback.DueStep();
     MovePlayhead(mPlayback.FrameOf(mStep));
+    if (mPlayback.IsOver()) {
+        mPlayback.Shown(mStep); // it stays on the screen, or comes to it now
+        ShowDropped();
+        return StopPlaying();
+    }
     if (IsShown(RequestFor(mFrame, mStep))) {
         mShownStep = mStep;
-        if (!mUnpainted) mPlayback.Shown(mStep);
+        if (mArea->IsPainted()) mPlayback.Shown(mStep);
     } else if (const auto ready = mReady.find(mFrame); ready != mReady.end()) {
         Show(PicturePointer(ready->second), mStep);
     }
