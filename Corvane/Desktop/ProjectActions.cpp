@@ -124,7 +124,7 @@ void ProjectActions::OfferLost() {
         const QString name =
             lost->path.empty() ? tr("A project without a name") : QString::fromStdString(lost->path.string());
         QMessageBox box(QMessageBox::Question, tr("Recover"),
-                        tr("%1 was changed until %2 and not saved, when the program ended unexpectedly. "
+                        tr("%1 was changed until %2 and not saved before the program ended. "
                            "Do you want to go on with it?")
                             .arg(name, QLocale().toString(lost->when, QLocale::ShortFormat)),
                         QMessageBox::NoButton, &mWindow);
