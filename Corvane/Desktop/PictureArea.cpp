@@ -118,28 +118,35 @@ void PictureArea::ShowMessage(const QString& text) {
 
 void PictureArea::paintEvent(QPaintEvent*) {
     QPainter painter(viewport());
-    const qreal ratio = viewport()->devicePixelRatioF();
     if (!mPicture || mPicture->image.isNull()) {
         painter.fillRect(viewport()->rect(), QColor(kSurround));
         const QRect room = viewport()->rect().adjusted(kMessageMargin, 0, -kMessageMargin, 0);
         painter.setPen(QColor(kMessageColor));
         painter.drawText(room, Qt::AlignCenter | Qt::TextWordWrap, mMessage);
     } else {
-        // A picture for another size is stretched to the present one until its successor is there.
-        const PictureLook& look = mPicture->request.look;
-        const QRectF place(Place());
-        const qreal x = place.width() / look.size.width();
-        const qreal y = place.height() / look.size.height();
-        const QRectF part(place.left() + look.part.left() * x, place.top() + look.part.top() * y,
-                          look.part.width() * x, look.part.height() * y);
-        const QRectF target(part.topLeft() / ratio, part.size() / ratio);
-        painter.setClipRegion(QRegion(viewport()->rect()) - QRegion(target.toRect()));
-        painter.fillRect(viewport()->rect(), QColor(kSurround));
-        painter.setClipping(false);
-        painter.drawImage(target, mPicture->image);
+        PaintPicture(painter);
     }
     painter.end();
     if (mPicture && !std::exchange(mPainted, true)) Q_EMIT Painted(mPicture, mTag);
+}
+
+void PictureArea::PaintPicture(QPainter& painter) {
+    // A picture for another size is stretched to the present one until its successor is there.
+    const PictureLook& look = mPicture->request.look;
+    const QRectF place(Place());
+    const qreal x = place.width() / look.size.width();
+    const qreal y = place.height() / look.size.height();
+    const QRectF part(place.left() + look.part.left() * x, place.top() + look.part.top() * y,
+                      look.part.width() * x, look.part.height() * y);
+    const qreal ratio = viewport()->devicePixelRatioF();
+    const QRectF target(part.topLeft() / ratio, part.size() / ratio);
+    // The surround goes up to under the picture's edges: they lie between whole pixels where the ratio is no
+    // whole number.
+    const QRect inner = target.toAlignedRect().adjusted(1, 1, -1, -1);
+    painter.setClipRegion(QRegion(viewport()->rect()) - QRegion(inner));
+    painter.fillRect(viewport()->rect(), QColor(kSurround));
+    painter.setClipping(false);
+    painter.drawImage(target, mPicture->image);
 }
 
 void PictureArea::resizeEvent(QResizeEvent*) {

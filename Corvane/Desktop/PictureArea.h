@@ -68,6 +68,7 @@ class PictureArea final : public QAbstractScrollArea {
     /// scrolled.
     QRect Place() const;
     void LayOut();
+    void PaintPicture(QPainter& painter);
     bool Pan(int key);
 
     ClipInfo mClip;

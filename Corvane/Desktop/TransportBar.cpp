@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <initializer_list>
 #include <limits>
 
 #include <QFontDatabase>
@@ -42,6 +43,15 @@ QLabel* Digits(const char* name, QWidget* parent) {
 TransportBar::TransportBar(const ViewerActions& actions, QWidget* parent)
     : QWidget(parent), mSlider(new FrameSlider(this)), mField(new QLineEdit(this)),
       mLast(Digits("lastFrame", this)), mTime(Digits("time", this)) {
+    NameParts();
+    BuildLayout(actions);
+    connect(mSlider, &FrameSlider::FrameWanted, this, &TransportBar::FrameWanted);
+    connect(mField, &QLineEdit::returnPressed, this, &TransportBar::ReadField);
+    connect(mField, &QLineEdit::editingFinished, this, &TransportBar::ShowFrame);
+    SetClip(0, 0);
+}
+
+void TransportBar::NameParts() {
     mSlider->setObjectName(QStringLiteral("scrubber"));
     mSlider->setAccessibleName(tr("Scrubber"));
     mSlider->setToolTip(tr("Drag to go to a frame"));
@@ -54,40 +64,43 @@ TransportBar::TransportBar(const ViewerActions& actions, QWidget* parent)
         new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]*")), mField));
     mField->installEventFilter(this);
     mLast->setAccessibleName(tr("Last frame"));
+    mLast->setToolTip(tr("The last frame"));
     mTime->setAccessibleName(tr("Time"));
     mTime->setToolTip(tr("The time of the frame, in hours, minutes, seconds and thousandths"));
+}
 
-    auto* const buttons = new QHBoxLayout;
-    buttons->setSpacing(2);
-    for (QAction* const action :
-         {actions.first, actions.previous, actions.play, actions.next, actions.last, actions.loop}) {
-        QToolButton* const button = ButtonFor(action, this);
-        button->installEventFilter(this);
-        buttons->addWidget(button);
-    }
-    buttons->addSpacing(8);
-    buttons->addWidget(mField);
-    buttons->addWidget(mLast);
-    buttons->addSpacing(8);
-    buttons->addWidget(mTime);
-    buttons->addStretch();
-    for (QAction* const action :
-         {actions.bothFields, actions.upperField, actions.lowerField, actions.fit, actions.full}) {
-        if (action == actions.fit) buttons->addSpacing(8);
-        QToolButton* const button = ButtonFor(action, this);
-        button->installEventFilter(this);
-        buttons->addWidget(button);
-    }
+void TransportBar::BuildLayout(const ViewerActions& actions) {
+    auto* const row = new QHBoxLayout;
+    row->setSpacing(2);
+    QWidget* before = mSlider;
+    const auto add = [&](QWidget* part) {
+        row->addWidget(part);
+        if (part->focusPolicy() == Qt::NoFocus) return;
+        setTabOrder(before, part);
+        before = part;
+    };
+    const auto addButtons = [&](std::initializer_list<QAction*> buttons) {
+        for (QAction* const action : buttons) {
+            QToolButton* const button = ButtonFor(action, this);
+            button->installEventFilter(this);
+            add(button);
+        }
+    };
+    addButtons({actions.first, actions.previous, actions.play, actions.next, actions.last, actions.loop});
+    row->addSpacing(8);
+    add(mField);
+    add(mLast);
+    row->addSpacing(8);
+    add(mTime);
+    row->addStretch();
+    addButtons({actions.bothFields, actions.upperField, actions.lowerField});
+    row->addSpacing(8);
+    addButtons({actions.fit, actions.full});
     auto* const rows = new QVBoxLayout(this);
     rows->setContentsMargins(6, 2, 6, 2);
     rows->setSpacing(2);
     rows->addWidget(mSlider);
-    rows->addLayout(buttons);
-
-    connect(mSlider, &FrameSlider::FrameWanted, this, &TransportBar::FrameWanted);
-    connect(mField, &QLineEdit::returnPressed, this, &TransportBar::ReadField);
-    connect(mField, &QLineEdit::editingFinished, this, &TransportBar::ShowFrame);
-    SetClip(0, 0);
+    rows->addLayout(row);
 }
 
 void TransportBar::SetClip(std::int64_t frames, std::int64_t ticksPerFrame) {
@@ -101,7 +114,6 @@ void TransportBar::SetClip(std::int64_t frames, std::int64_t ticksPerFrame) {
     const int digits = std::max<int>(static_cast<int>(last.size()), 5);
     mField->setFixedWidth(mField->fontMetrics().horizontalAdvance(QString(digits + 2, u'0')));
     mLast->setText(frames > 0 ? QStringLiteral("/ ") + last : QString());
-    mLast->setToolTip(tr("The last frame"));
     mField->setModified(false);
     ShowFrame();
 }

@@ -34,6 +34,8 @@ class TransportBar final : public QWidget {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    void NameParts();
+    void BuildLayout(const ViewerActions& actions);
     void ReadField();
     void ShowFrame();
 

@@ -94,8 +94,8 @@ void Viewer::BuildLayout() {
 void Viewer::ConnectParts() {
     const ViewerActions& actions = *mActions;
     connect(actions.play, &QAction::triggered, this, [this] { IsPlaying() ? Pause() : Play(); });
-    connect(actions.previous, &QAction::triggered, this, [this] { Pause(), SetCurrentFrame(mFrame - 1); });
-    connect(actions.next, &QAction::triggered, this, [this] { Pause(), SetCurrentFrame(mFrame + 1); });
+    connect(actions.previous, &QAction::triggered, this, [this] { StepBy(-1); });
+    connect(actions.next, &QAction::triggered, this, [this] { StepBy(1); });
     connect(actions.first, &QAction::triggered, this, [this] { SetCurrentFrame(0); });
     connect(actions.last, &QAction::triggered, this,
             [this] { SetCurrentFrame(mClip ? mClip->Info().frames - 1 : 0); });
@@ -165,6 +165,7 @@ void Viewer::SetClip(std::shared_ptr<const Clip> clip, const QString& name, bool
     mClip = std::move(clip);
     const std::int64_t frames = mClip ? mClip->Info().frames : 0;
     if (!keepPlace || !mClip) mArea->ShowMessage(mClip ? QString() : tr("Choose a clip to see it here."));
+    if (!keepPlace) mDropped->clear();
     ShowTitle(name);
     mActions->Enable(mClip != nullptr, mClip && mClip->Info().Interlaced());
     if (mClip && !mClip->Info().Interlaced()) mActions->bothFields->trigger();
@@ -192,6 +193,11 @@ void Viewer::SetCurrentFrame(std::int64_t frame) {
     if (IsPlaying()) return StartPlaying(frame);
     MovePlayhead(frame);
     WantPictures();
+}
+
+void Viewer::StepBy(std::int64_t frames) {
+    Pause();
+    SetCurrentFrame(mFrame + frames);
 }
 
 void Viewer::MovePlayhead(std::int64_t frame) {

@@ -82,6 +82,7 @@ class Viewer final : public QWidget {
     void StopClip();
     void ShowTitle(const QString& name);
     void ShowReadout();
+    void StepBy(std::int64_t frames);
     void MovePlayhead(std::int64_t frame);
 
     // ViewerPlayback.cpp: which picture is wanted, and when it is shown.

@@ -70,7 +70,9 @@ ViewerActions::ViewerActions(QWidget& viewer)
                       QObject::tr("Fill the picture with the lines of the lower field"))),
       playback{play, Separator(viewer), previous, next, first, last, Separator(viewer), loop},
       view{fit, full, Separator(viewer), bothFields, upperField, lowerField} {
+    play->setAutoRepeat(false);
     loop->setCheckable(true);
+    loop->setAutoRepeat(false);
     Choose(viewer, {fit, full});
     Choose(viewer, {bothFields, upperField, lowerField});
 }

@@ -6,9 +6,10 @@
 #include <QAction>
 #include <QLabel>
 #include <QLineEdit>
-#include <QScrollBar>
 #include <QSignalSpy>
+#include <QSlider>
 #include <QTest>
+#include <QToolButton>
 #include <gmock/gmock.h>
 
 #include "Desktop/PictureArea.h"
@@ -87,11 +88,14 @@ class ViewerTest : public testing::Test {
 TEST_F(ViewerTest, KeysAndFieldsMoveThePlayheadAndNeverOutOfTheClip) {
     Open(MakeClip());
     const auto press = [&](Qt::Key key) { QTest::keyClick(area, key); };
+    auto* const scrubber = viewer->findChild<QSlider*>(QStringLiteral("scrubber"));
+    const auto click = [&](int x) { QTest::mouseClick(scrubber, Qt::LeftButton, {}, QPoint(x, 5)); };
     const std::pair<std::function<void()>, std::int64_t> rows[] = {
-        {[&] { press(Qt::Key_Right); }, 1},        {[&] { press(Qt::Key_End); }, 99},
-        {[&] { press(Qt::Key_Right); }, 99},       {[&] { press(Qt::Key_Left); }, 98},
-        {[&] { press(Qt::Key_Home); }, 0},         {[&] { press(Qt::Key_Left); }, 0},
-        {[&] { viewer->SetCurrentFrame(-7); }, 0}, {[&] { viewer->SetCurrentFrame(INT64_MAX); }, 99},
+        {[&] { press(Qt::Key_Right); }, 1},          {[&] { press(Qt::Key_End); }, 99},
+        {[&] { press(Qt::Key_Right); }, 99},         {[&] { press(Qt::Key_Left); }, 98},
+        {[&] { press(Qt::Key_Home); }, 0},           {[&] { press(Qt::Key_Left); }, 0},
+        {[&] { click(scrubber->width() - 2); }, 99}, {[&] { click(1); }, 0},
+        {[&] { viewer->SetCurrentFrame(-7); }, 0},   {[&] { viewer->SetCurrentFrame(INT64_MAX); }, 99},
     };
     for (const auto& [act, frame] : rows) {
         act();
@@ -107,6 +111,13 @@ TEST_F(ViewerTest, KeysAndFieldsMoveThePlayheadAndNeverOutOfTheClip) {
         QTest::keyClick(field, Qt::Key_Return);
         WaitFor(frame);
     }
+    auto* const loop = viewer->findChild<QAction*>(QStringLiteral("loopAction"));
+    for (QToolButton* const button : viewer->findChildren<QToolButton*>()) {
+        if (button->defaultAction() != loop) continue;
+        button->setFocus();
+        QTest::keyClick(button, Qt::Key_Space); // belongs to the button
+    }
+    EXPECT_TRUE(loop->isChecked());
     EXPECT_FALSE(viewer->IsPlaying());
     EXPECT_EQ(Text("time"), QStringLiteral("0:00:03.960"));
 }
