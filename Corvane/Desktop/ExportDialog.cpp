@@ -255,7 +255,7 @@ void ExportDialog::ChooseKind(int index) {
         if (path.size() < mPath->text().size()) mPath->setText(path + EndingOf(*Chosen().choice));
     }
     QString about = QString::fromUtf8(Chosen().choice->about);
-    if (Chosen().preview.dropsAlpha) about += tr(" The clip's alpha is dropped: colours stay as they are.");
+    if (Chosen().preview.dropsAlpha) about += tr(" The clip's alpha is dropped: colors stay as they are.");
     mAbout->setText(about);
     mForm->setRowVisible(mQuality, Chosen().choice->IsH264());
     mForm->setRowVisible(mPreset, Chosen().choice->IsH264());

@@ -93,7 +93,7 @@ void MainWindow::RestoreState() {
     if (!restoreGeometry(settings.value(QLatin1StringView(kGeometryKey)).toByteArray())) resize(kFirstSize);
     restoreState(settings.value(QLatin1StringView(kStateKey)).toByteArray(), kStateVersion);
     if (!mSplitter->restoreState(settings.value(QLatin1StringView(kSplitterKey)).toByteArray()))
-        mSplitter->setSizes({kFirstSize.width() * 2 / 5, kFirstSize.width() * 3 / 5});
+        mSplitter->setSizes({kFirstSize.width() * 9 / 20, kFirstSize.width() * 11 / 20});
     mBin->RestoreColumns(settings.value(QLatin1StringView(kColumnsKey)).toByteArray());
 }
 
@@ -161,6 +161,8 @@ void MainWindow::BuildExports() {
     dock->toggleViewAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X));
     dock->toggleViewAction()->setStatusTip(tr("Show or hide the exports that run and those that are done"));
     addDockWidget(Qt::BottomDockWidgetArea, dock);
+    constexpr int kSomeRows = 190;
+    resizeDocks({dock}, {kSomeRows}, Qt::Vertical);
     dock->hide();
     connect(mExports, &ExportPanel::JobFinished, this, [this](const QString& name, ExportState state) {
         if (state == ExportState::kDone) statusBar()->showMessage(tr("%1: the export is done.").arg(name));
