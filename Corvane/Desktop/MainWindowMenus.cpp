@@ -1,11 +1,15 @@
 #include <QActionGroup>
 #include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
 #include <QDockWidget>
+#include <QFileInfo>
 #include <QKeySequence>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QStyle>
 #include <QToolBar>
+#include <QUrl>
 
 #include "Appearance.h"
 #include "ExportPanel.h"
@@ -97,6 +101,15 @@ void MainWindow::BuildViewMenu() {
 
 void MainWindow::BuildHelpMenu() {
     QMenu& menu = *menuBar()->addMenu(tr("&Help"));
+    // Beside the installed program; there is none in a build tree.
+    const QString guide = QDir(QApplication::applicationDirPath())
+                              .filePath(QStringLiteral("../share/doc/synthex/UserGuide.md"));
+    QAction* const help = menu.addAction(tr("User &Guide"), QKeySequence::HelpContents, this, [this, guide] {
+        if (!QDesktopServices::openUrl(QUrl::fromLocalFile(guide)))
+            mMessages->Tell(tr("%1: no program shows this guide here; read it in an editor.").arg(guide));
+    });
+    help->setEnabled(QFileInfo::exists(guide));
+    SetTip(*help, tr("Read how to use this window"));
     menu.addAction(tr("&About Synthex"), this, &MainWindow::ShowAbout);
     menu.addAction(tr("About &Qt"), qApp, &QApplication::aboutQt);
 }
