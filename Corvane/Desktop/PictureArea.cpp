@@ -174,8 +174,14 @@ std::optional<QPoint> PictureArea::PixelAt(QPointF place) const {
 }
 
 bool PictureArea::viewportEvent(QEvent* event) {
-    if (event->type() == QEvent::Leave) Q_EMIT HoverEnded();
-    if (event->type() == QEvent::MouseMove) Q_EMIT Hovered(static_cast<QMouseEvent*>(event)->position());
+    if (event->type() == QEvent::Leave) {
+        mProbe.reset();
+        Q_EMIT HoverEnded();
+    }
+    if (event->type() == QEvent::MouseMove) {
+        mProbe = static_cast<QMouseEvent*>(event)->position();
+        Q_EMIT Hovered(*mProbe);
+    }
     return QAbstractScrollArea::viewportEvent(event);
 }
 
@@ -201,17 +207,31 @@ void PictureArea::mouseReleaseEvent(QMouseEvent*) {
     viewport()->setCursor(Qt::CrossCursor);
 }
 
-bool PictureArea::Pan(int key) {
-    const bool across = key == Qt::Key_Left || key == Qt::Key_Right;
-    if (!across && key != Qt::Key_Up && key != Qt::Key_Down) return false;
-    QScrollBar* const bar = across ? horizontalScrollBar() : verticalScrollBar();
-    const int sign = key == Qt::Key_Left || key == Qt::Key_Up ? -1 : 1;
-    bar->setValue(bar->value() + sign * kPanStep);
-    return true;
+void PictureArea::Pan(QPoint way) {
+    horizontalScrollBar()->setValue(horizontalScrollBar()->value() + way.x() * kPanStep);
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + way.y() * kPanStep);
+}
+
+/// By a pixel of the frame, or of the screen where those are larger.
+void PictureArea::MoveProbe(QPoint way) {
+    if (mClip.width == 0 || mClip.height == 0) return;
+    const qreal ratio = viewport()->devicePixelRatioF();
+    const QPointF step(std::max(1.0, mSize.width() / static_cast<qreal>(mClip.width)),
+                       std::max(1.0, mSize.height() / static_cast<qreal>(mClip.height)));
+    const QPointF from = mProbe.value_or(QRectF(viewport()->rect()).center());
+    const QPointF to = from + QPointF(way.x() * step.x(), way.y() * step.y()) / ratio;
+    if (!PixelAt(to)) return;
+    mProbe = to;
+    Q_EMIT Hovered(to);
 }
 
 void PictureArea::keyPressEvent(QKeyEvent* event) {
-    if (event->modifiers() == Qt::ShiftModifier && Pan(event->key())) return;
+    const std::pair<int, QPoint> ways[] = {
+        {Qt::Key_Left, {-1, 0}}, {Qt::Key_Right, {1, 0}}, {Qt::Key_Up, {0, -1}}, {Qt::Key_Down, {0, 1}}};
+    const auto* const way = std::ranges::find(ways, event->key(), &std::pair<int, QPoint>::first);
+    const Qt::KeyboardModifiers modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    if (way != std::end(ways) && modifiers == Qt::ShiftModifier) return Pan(way->second);
+    if (way != std::end(ways) && modifiers == Qt::ControlModifier) return MoveProbe(way->second);
     event->ignore();
 }
 

@@ -12,7 +12,8 @@ namespace corvane::desktop {
 ///
 /// It says what picture it wants (`GetLook`) and paints the last one that it was given, moved or stretched to
 /// its place, until there is a better one. Painting only copies pixels. Shift and the arrow keys, the wheel
-/// and dragging move a picture that is larger than the area.
+/// and dragging move a picture that is larger than the area. Control and the arrow keys hover for those
+/// without a pointer.
 class PictureArea final : public QAbstractScrollArea {
     Q_OBJECT
 
@@ -69,7 +70,8 @@ class PictureArea final : public QAbstractScrollArea {
     QRect Place() const;
     void LayOut();
     void PaintPicture(QPainter& painter);
-    bool Pan(int key);
+    void Pan(QPoint way);
+    void MoveProbe(QPoint way);
 
     ClipInfo mClip;
     bool mFit = true;
@@ -80,6 +82,7 @@ class PictureArea final : public QAbstractScrollArea {
     bool mPainted = true;
     QString mMessage;
     std::optional<QPoint> mDragged; // where the pointer was last
+    std::optional<QPointF> mProbe;  // the place of the last `Hovered`
 };
 
 } // namespace corvane::desktop

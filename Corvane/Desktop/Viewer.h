@@ -28,10 +28,10 @@ struct ViewerActions;
 /// UI thread only; frames are made on threads of its own.
 ///
 /// Keys. Where the viewer or something in it has the focus: Space plays and pauses, Left and Right step, Home
-/// and End go to the ends, L loops, Shift and the arrows move a picture that is larger than its room. They
-/// reach nothing beside the viewer, so lists and text fields there keep them; its own frame field keeps what
-/// edits text, and a button with the focus is pressed by Space. In the whole window: Ctrl+L loops, Ctrl+0
-/// fits, Ctrl+1 is 100 %, and a keyboard's play key plays.
+/// and End go to the ends, L loops, Shift and the arrows move a picture that is larger than its room, Ctrl
+/// and the arrows the place of the readout. They reach nothing beside the viewer, so lists and text fields
+/// there keep them; its own frame field keeps what edits text, and a button with the focus is pressed by
+/// Space. In the whole window: Ctrl+L loops, Ctrl+0 fits, Ctrl+1 is 100 %, and a keyboard's play key plays.
 class Viewer final : public QWidget {
     Q_OBJECT
 

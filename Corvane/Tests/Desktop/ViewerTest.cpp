@@ -200,7 +200,8 @@ TEST_F(ViewerTest, ReadsThePixelUnderThePointer) {
     for (const auto& [format, words] : rows) {
         Open(MakeClip(white + format));
         QTest::mouseMove(area->viewport(), Corner() + QPoint(150, 90));
-        QTest::mouseMove(area->viewport(), Corner() + QPoint(151, 91));
+        QTest::mouseMove(area->viewport(), Corner() + QPoint(152, 91));
+        QTest::keyClick(area, Qt::Key_Left, Qt::ControlModifier);
         EXPECT_EQ(Text("pixelReadout"), QStringLiteral("x 151  y 91   ") + QLatin1String(words));
     }
 }
