@@ -21,8 +21,8 @@
 #include <QToolButton>
 #include <gtest/gtest.h>
 
-#include "../Export/TestClips.h"
-#include "../Export/TestFrames.h"
+#include "ExportTests/TestClips.h"
+#include "ExportTests/TestFrames.h"
 #include "Desktop/ExportDialog.h"
 #include "Desktop/ExportRow.h"
 #include "DesktopFixture.h"
