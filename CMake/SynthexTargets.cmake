@@ -40,7 +40,7 @@ endfunction()
 function(synthex_add_tests name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
     add_executable(${name} ${arg_SOURCES})
-    target_link_libraries(${name} PRIVATE ${arg_LINKS} GTest::gmock GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE ${arg_LINKS} corvane_test_support GTest::gmock GTest::gtest_main)
     target_compile_definitions(${name} PRIVATE
         SYNTHEX_BUILD_DIR="${PROJECT_BINARY_DIR}" SYNTHEX_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     add_dependencies(${name} ImporterSynthex)

@@ -5,10 +5,6 @@
 #include <future>
 #include <map>
 
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -118,37 +114,6 @@ TEST(ExportQueue, CancelledJobsLeaveNothingAndTheOthersGoOn) {
     } // ends the third
     EXPECT_THAT(notes.Steps(), ElementsAre(Step(1, kRunning), Step(2, kCancelled), Step(1, kCancelled),
                                            Step(3, kRunning), Step(3, kCancelled)));
-    EXPECT_TRUE(folder.Names().empty());
-}
-
-/// What a job says in a process of its own, which `limit` deprives of something before; ends the process with
-/// 0 where that tells of the output and of `word`.
-[[noreturn]] void FailLimited(const fs::path& output, const std::function<bool()>& limit, const char* word) {
-    Notes notes;
-    ExportQueue queue(corvane::testing::LoadBundle(), notes.Listener());
-    if (!limit()) _exit(2);
-    const std::string failure = notes.WaitFor(queue.Add(Job(output, {.frames = 50}))).failure;
-    const bool told = failure.starts_with((output.parent_path() / "a.").string()) &&
-                      failure.find(word) != std::string::npos;
-    if (!told) std::fprintf(stderr, "%s\n", failure.c_str());
-    _exit(told ? 0 : 1);
-}
-
-TEST(ExportQueue, SaysWhyNothingCouldBeWritten) {
-    const TestFolder folder;
-    chmod(folder.Path().c_str(), 0555);
-    const auto asNobody = [] { return geteuid() != 0 || seteuid(65534) == 0; };
-    const auto fullDisk = [] {
-        const rlimit limit{4096, 4096};
-        return setrlimit(RLIMIT_FSIZE, &limit) == 0;
-    };
-    for (const char* const name : {"a.mp4", "a.y4m", "a.%d.png"})
-        EXPECT_EXIT(FailLimited(folder / name, asNobody, "may not be written to"), testing::ExitedWithCode(0),
-                    "")
-            << name;
-    chmod(folder.Path().c_str(), 0755);
-    for (const char* const name : {"a.mp4", "a.mkv", "a.y4m", "a.raw", "a.%d.png"})
-        EXPECT_EXIT(FailLimited(folder / name, fullDisk, "limit"), testing::ExitedWithCode(0), "") << name;
     EXPECT_TRUE(folder.Names().empty());
 }
 

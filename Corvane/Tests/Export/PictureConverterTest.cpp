@@ -2,6 +2,7 @@
 // subsampling, a matrix or range that is not the published one, planes of odd sizes written past their end.
 #include "Export/PictureConverter.h"
 
+#include <array>
 #include <cmath>
 
 #include <gtest/gtest.h>
@@ -42,13 +43,7 @@ struct Planes {
 };
 
 PlanarFormat Format(bool yCbCr, int bits, int subsampleW, int subsampleH, bool alpha = false) {
-    PlanarFormat format;
-    format.yCbCr = yCbCr;
-    format.bits = bits;
-    format.subsampleW = subsampleW;
-    format.subsampleH = subsampleH;
-    format.alpha = alpha;
-    return format;
+    return {.yCbCr = yCbCr, .bits = bits, .subsampleW = subsampleW, .subsampleH = subsampleH, .alpha = alpha};
 }
 
 TEST(PictureConverter, TheShortcutGivesTheBytesOfTheWholeConversion) {
@@ -93,10 +88,8 @@ TEST(FindBox, HoldsEveryPixelThatDiffersFromItsRow) {
             TestFrame frame(300, 10, source);
             frame.Draw(box.left, box.top, box.right, box.bottom);
             const corvane::Box found = corvane::FindBox(frame.View());
-            EXPECT_EQ(found.left, box.left);
-            EXPECT_EQ(found.top, box.top);
-            EXPECT_EQ(found.right, box.right);
-            EXPECT_EQ(found.bottom, box.bottom);
+            EXPECT_EQ((std::array{found.left, found.top, found.right, found.bottom}),
+                      (std::array{box.left, box.top, box.right, box.bottom}));
         }
 }
 
@@ -146,20 +139,18 @@ TEST(TagsFor, FollowTheRasterAndKeepTheMatrixOfYCbCr) {
         std::uint32_t height;
         corvane::Ratio rate;
         RK_PixelFormat format;
-        int matrix, primaries, transfer;
+        std::array<int, 3> tags; // matrix, primaries, transfer
     };
-    const Row rows[] = {{1080, {25, 1}, kRK_4444, 1, 1, 1},
-                        {576, {25, 1}, kRK_4444, 5, 5, 6},
-                        {480, {30000, 1001}, kRK_4444, 6, 6, 6},
-                        {300, {25, 2}, kRK_4444, 5, 5, 6},
-                        {300, {24000, 1001}, kRK_4444, 6, 6, 6},
-                        {1080, {25, 1}, kRK_4444 | kRK_YCbCr, 6, 1, 1},
-                        {576, {25, 1}, kRK_4444 | kRK_YCbCr | kRK_709, 1, 5, 6}};
+    const Row rows[] = {{1080, {25, 1}, kRK_4444, {1, 1, 1}},
+                        {576, {25, 1}, kRK_4444, {5, 5, 6}},
+                        {480, {30000, 1001}, kRK_4444, {6, 6, 6}},
+                        {300, {25, 2}, kRK_4444, {5, 5, 6}},
+                        {300, {24000, 1001}, kRK_4444, {6, 6, 6}},
+                        {1080, {25, 1}, kRK_4444 | kRK_YCbCr, {6, 1, 1}},
+                        {576, {25, 1}, kRK_4444 | kRK_YCbCr | kRK_709, {1, 5, 6}}};
     for (const Row& row : rows) {
         const corvane::ColourTags tags = corvane::TagsFor(row.height, row.rate, row.format);
-        EXPECT_EQ(tags.matrix, row.matrix) << row.height;
-        EXPECT_EQ(tags.primaries, row.primaries) << row.height;
-        EXPECT_EQ(tags.transfer, row.transfer) << row.height;
+        EXPECT_EQ((std::array{tags.matrix, tags.primaries, tags.transfer}), row.tags) << row.height;
     }
 }
 

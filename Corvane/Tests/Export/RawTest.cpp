@@ -2,10 +2,12 @@
 // goes over into the tail, a full disk seen only at the end.
 #include "Export/RawTarget.h"
 
+#include <array>
 #include <thread>
 
 #include <sys/stat.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "Export/StreamWriter.h"
@@ -53,12 +55,9 @@ TEST(Raw, OtherwiseOneOrderForAllFormats) {
     for (std::uint32_t i = 0; i < 10; ++i) floats.SetFloats(i % 5, i / 5, {0.0f, 0.5f, 1.0f, 0.25f});
     const std::string words = WriteFrame(floats, false);
     ASSERT_EQ(words.size(), 5u * 2 * 8);
-    std::uint16_t pixel[4];
-    std::memcpy(pixel, words.data() + 72, 8);
-    EXPECT_EQ(pixel[0], 65535);
-    EXPECT_NEAR(pixel[1], 32768, 1);
-    EXPECT_EQ(pixel[2], 0);
-    EXPECT_NEAR(pixel[3], 16384, 1);
+    std::array<std::uint16_t, 4> pixel;
+    std::memcpy(pixel.data(), words.data() + 72, 8);
+    EXPECT_THAT(pixel, testing::Pointwise(testing::FloatNear(1), {65535, 32768, 0, 16384}));
 }
 
 TEST(StreamWriter, LargeFilesHoldWhatWasWritten) {

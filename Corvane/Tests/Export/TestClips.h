@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -11,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "Engine/Clip.h"
+#include "Tests/TestSettings.h"
 
 namespace corvane::testing {
 
@@ -35,7 +35,7 @@ inline std::string TextOf(const Settings& settings) {
 }
 
 inline std::shared_ptr<Bundle> LoadBundle() {
-    return std::make_shared<Bundle>(std::filesystem::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle");
+    return std::make_shared<Bundle>(BundlePath());
 }
 
 inline std::unique_ptr<Clip> MakeClip(const Settings& settings) {

@@ -1,17 +1,12 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <string>
 #include <vector>
 
-#include <stdlib.h>
-
 #include "Export/StreamFacts.h"
+#include "Tests/TestFolder.h"
 
 namespace corvane::testing {
 
@@ -69,40 +64,5 @@ class TestFrame {
     std::vector<std::byte> mBytes;
     StreamFacts mFacts;
 };
-
-/// A folder of a test's own, empty at first and gone with it.
-class TestFolder {
-  public:
-    TestFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "synthex-export-XXXXXX").string();
-        mPath = ::mkdtemp(name.data());
-    }
-    ~TestFolder() { std::filesystem::remove_all(mPath); }
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
-
-    std::filesystem::path operator/(const std::string& name) const { return mPath / name; }
-    const std::filesystem::path& Path() const { return mPath; }
-    /// Names of everything in it, sorted.
-    std::vector<std::string> Names() const {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(mPath))
-            names.push_back(entry.path().filename().string());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
-  private:
-    std::filesystem::path mPath;
-};
-
-inline std::string ReadFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::string content;
-    std::string part(std::size_t{1} << 16, '\0');
-    while (file.read(part.data(), static_cast<std::streamsize>(part.size())) || file.gcount() > 0)
-        content.append(part.data(), static_cast<std::size_t>(file.gcount()));
-    return content;
-}
 
 } // namespace corvane::testing

@@ -30,21 +30,15 @@ TEST(Y4m, HeaderAndPlanesHaveTheirPlaces) {
         const char* sampling;
         RK_PixelFormat format;
         FieldOrder order;
-        const char* header;
+        const char* interlacing;
+        std::string colours;
         std::size_t frameBytes;
     };
     const Row rows[] = {
-        {"", kRK_4444, FieldOrder::kProgressive,
-         "YUV4MPEG2 W47 H33 F30000:1001 Ip A40:33 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=LIMITED",
-         47 * 33 + 2 * 24 * 17},
-        {"422", kRK_4444, FieldOrder::kUpperFirst,
-         "YUV4MPEG2 W47 H33 F30000:1001 It A40:33 C422 XYSCSS=422 XCOLORRANGE=LIMITED",
-         47 * 33 + 2 * 24 * 33},
-        {"444p10", kRK_4444, FieldOrder::kLowerFirst,
-         "YUV4MPEG2 W47 H33 F30000:1001 Ib A40:33 C444p10 XYSCSS=444p10 XCOLORRANGE=LIMITED",
-         2 * 3 * 47 * 33},
-        {"", kRK_4444 | kRK_Float, FieldOrder::kUpperFirst,
-         "YUV4MPEG2 W47 H33 F30000:1001 It A40:33 C420p16 XYSCSS=420p16 XCOLORRANGE=LIMITED",
+        {"", kRK_4444, FieldOrder::kProgressive, "p", "C420mpeg2 XYSCSS=420MPEG2", 47 * 33 + 2 * 24 * 17},
+        {"422", kRK_4444, FieldOrder::kUpperFirst, "t", "C422 XYSCSS=422", 47 * 33 + 2 * 24 * 33},
+        {"444p10", kRK_4444, FieldOrder::kLowerFirst, "b", "C444p10 XYSCSS=444p10", 2 * 3 * 47 * 33},
+        {"", kRK_4444 | kRK_Float, FieldOrder::kUpperFirst, "t", "C420p16 XYSCSS=420p16",
          2 * (47 * 33 + 2 * 24 * 17)}};
     for (const Row& row : rows) {
         TestFrame frame(47, 33, row.format);
@@ -54,13 +48,13 @@ TEST(Y4m, HeaderAndPlanesHaveTheirPlaces) {
         frame.Draw(5, 5, 30, 20);
         const std::string file = Write(frame, row.sampling, 3);
         const std::size_t head = file.find('\n') + 1;
-        EXPECT_EQ(file.substr(0, head - 1), row.header);
+        EXPECT_EQ(file.substr(0, head - 1), "YUV4MPEG2 W47 H33 F30000:1001 I" + std::string(row.interlacing) +
+                                                " A40:33 " + row.colours + " XCOLORRANGE=LIMITED");
         const std::size_t step = 6 + row.frameBytes;
-        ASSERT_EQ(file.size(), head + 3 * step) << row.header;
-        for (std::size_t i = 0; i < 3; ++i) {
-            EXPECT_EQ(file.substr(head + i * step, 6), "FRAME\n");
-            EXPECT_EQ(file.substr(head + i * step, step), file.substr(head, step));
-        }
+        ASSERT_EQ(file.size(), head + 3 * step) << row.colours;
+        EXPECT_EQ(file.substr(head, 6), "FRAME\n");
+        EXPECT_EQ(file.substr(head + step, step), file.substr(head, step));
+        EXPECT_EQ(file.substr(head + 2 * step), file.substr(head, step));
     }
 }
 

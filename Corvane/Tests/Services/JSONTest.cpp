@@ -23,28 +23,29 @@ std::string Repeat(const std::string& text, int count) {
 }
 
 TEST(JSON, RefusesWhatIsNotWellFormed) {
-    for (const std::string& text : {std::string(),
-                                    std::string(" "),
-                                    std::string("{"),
-                                    std::string("{}x"),
-                                    std::string("{} {}"),
-                                    std::string("{,}"),
-                                    std::string("[1,]"),
-                                    std::string("{\"a\":01}"),
-                                    std::string("{\"a\":+1}"),
-                                    std::string("{\"a\":.5}"),
-                                    std::string("{'a':1}"),
-                                    std::string("NaN"),
-                                    std::string("// x\n1"),
-                                    std::string("\xEF\xBB\xBF{}"),
-                                    std::string("{}\0", 3),
-                                    std::string("\"\x80\""),
-                                    std::string("\"\xED\xA0\x80\""),
-                                    std::string("\"a\nb\""),
-                                    std::string("\"\\ud800\""),
-                                    std::string("1e999"),
-                                    std::string("-1e999")})
-        EXPECT_FALSE(Parse(text)) << text;
+    using namespace std::string_view_literals;
+    for (const std::string_view text : {""sv,
+                                        " "sv,
+                                        "{"sv,
+                                        "{}x"sv,
+                                        "{} {}"sv,
+                                        "{,}"sv,
+                                        "[1,]"sv,
+                                        "{\"a\":01}"sv,
+                                        "{\"a\":+1}"sv,
+                                        "{\"a\":.5}"sv,
+                                        "{'a':1}"sv,
+                                        "NaN"sv,
+                                        "// x\n1"sv,
+                                        "\xEF\xBB\xBF{}"sv,
+                                        "{}\0"sv,
+                                        "\"\x80\""sv,
+                                        "\"\xED\xA0\x80\""sv,
+                                        "\"a\nb\""sv,
+                                        "\"\\ud800\""sv,
+                                        "1e999"sv,
+                                        "-1e999"sv})
+        EXPECT_FALSE(Parse(std::string(text))) << text;
     EXPECT_TRUE(JSONParse(reinterpret_cast<const unsigned char*>("{}\0rubbish")));
 }
 
@@ -63,11 +64,6 @@ TEST(JSON, NumbersKeepTheirKind) {
         EXPECT_EQ(held(text), typeid(std::int64_t)) << text;
     for (const char* const text : {"1.0", "1e0", "18446744073709551616", "-9223372036854775809", "1e-400"})
         EXPECT_EQ(held(text), typeid(double)) << text;
-}
-
-TEST(JSON, OfDuplicateMembersTheLastWins) {
-    EXPECT_EQ(boost::any_cast<std::uint64_t>(*GetVariantInObject(*Parse("{\"a\":1,\"b\":2,\"a\":3}"), "a")),
-              3u);
 }
 
 TEST(JSON, TextIsCompactOrderedAndReadsBack) {

@@ -9,60 +9,53 @@ namespace {
 
 using corvane::LegacySuite2;
 
+using Terms = std::pair<std::uint32_t, std::uint32_t>;
+
+/// Scale and sample size of a rate; as they were, 7 and 9, where there is none.
+Terms RateOf(std::int64_t ticks) {
+    Terms rate{7, 9};
+    EXPECT_EQ(LegacySuite2()->TicksToRate(ticks, &rate.first, &rate.second) < 0, ticks <= 0);
+    return rate;
+}
+
+std::int64_t TicksOf(const Terms& rate) {
+    std::int64_t ticks = 7;
+    EXPECT_EQ(LegacySuite2()->RateToTicks(rate.first, rate.second, &ticks), 0);
+    return ticks;
+}
+
 TEST(LegacySuite, RatesComeOutExactAndGoBack) {
-    struct Row {
-        std::int64_t ticks;
-        std::uint32_t scale, sampleSize;
+    const std::pair<std::int64_t, Terms> kRows[] = {
+        {8475667200, {30000, 1001}}, {4237833600, {60000, 1001}}, {10594584000, {24000, 1001}},
+        {10160640000, {25, 1}},      {20321280000, {25, 2}},      {254016000000, {1, 1}},
+        {508032000000, {1, 2}},      {254016000, {1000, 1}},
     };
-    for (const Row& row : {Row{8475667200, 30000, 1001}, Row{4237833600, 60000, 1001},
-                           Row{10594584000, 24000, 1001}, Row{10160640000, 25, 1}, Row{20321280000, 25, 2},
-                           Row{254016000000, 1, 1}, Row{508032000000, 1, 2}, Row{254016000, 1000, 1}}) {
-        std::uint32_t scale = 0, sampleSize = 0;
-        ASSERT_EQ(LegacySuite2()->TicksToRate(row.ticks, &scale, &sampleSize), 0);
-        EXPECT_EQ(scale, row.scale);
-        EXPECT_EQ(sampleSize, row.sampleSize);
-        std::int64_t ticks = 0;
-        ASSERT_EQ(LegacySuite2()->RateToTicks(scale, sampleSize, &ticks), 0);
-        EXPECT_EQ(ticks, row.ticks);
+    for (const auto& [ticks, rate] : kRows) {
+        EXPECT_EQ(RateOf(ticks), rate);
+        EXPECT_EQ(TicksOf(rate), ticks);
     }
+    EXPECT_EQ(TicksOf({1, 4294967295u}), std::numeric_limits<std::int64_t>::max());
 }
 
 // The nearest fraction with 32-bit terms: its error is below one part in 2^32 of a step of either term.
 TEST(LegacySuite, RatesOutsideTheTermsAreTheNearestThatFit) {
-    for (const std::int64_t ticks : {1LL, 59LL, 8475667201LL, 10160639999LL, 254016000001LL, 508032000002LL,
+    EXPECT_EQ(RateOf(1), Terms(4294967295u, 1));
+    for (const std::int64_t ticks : {60LL, 8475667201LL, 10160639999LL, 254016000001LL, 508032000002LL,
                                      123456789012347LL, 9223372036854775807LL}) {
-        std::uint32_t scale = 0, sampleSize = 0;
-        ASSERT_EQ(LegacySuite2()->TicksToRate(ticks, &scale, &sampleSize), 0);
-        ASSERT_GT(scale, 0u);
-        ASSERT_GT(sampleSize, 0u);
+        const auto [scale, sampleSize] = RateOf(ticks);
         const long double exact = 254016000000.0L / static_cast<long double>(ticks);
-        if (exact > 4294967295.0L) {
-            EXPECT_EQ(scale, 4294967295u);
-            EXPECT_EQ(sampleSize, 1u);
-            continue;
-        }
         const long double error = std::abs(static_cast<long double>(scale) / sampleSize - exact);
         EXPECT_LT(error / exact, 1.0L / 4294967295.0L * 1.01L) << ticks;
-        std::int64_t back = 0;
-        LegacySuite2()->RateToTicks(scale, sampleSize, &back);
-        EXPECT_LE(std::abs(static_cast<long double>(back) - static_cast<long double>(ticks)),
-                  0.5L + static_cast<long double>(ticks) / 4294967295.0L);
     }
 }
 
 TEST(LegacySuite, WithoutARateTheOutputsStayAsTheyWere) {
     for (const std::int64_t ticks :
-         {std::int64_t{0}, std::int64_t{-1}, std::numeric_limits<std::int64_t>::min()}) {
-        std::uint32_t scale = 7, sampleSize = 9;
-        EXPECT_LT(LegacySuite2()->TicksToRate(ticks, &scale, &sampleSize), 0);
-        EXPECT_EQ(scale, 7u);
-        EXPECT_EQ(sampleSize, 9u);
-    }
+         {std::int64_t{0}, std::int64_t{-1}, std::numeric_limits<std::int64_t>::min()})
+        EXPECT_EQ(RateOf(ticks), Terms(7, 9));
     std::int64_t ticks = 7;
     LegacySuite2()->RateToTicks(0, 1, &ticks);
     EXPECT_EQ(ticks, 0);
-    LegacySuite2()->RateToTicks(1, 4294967295u, &ticks);
-    EXPECT_EQ(ticks, std::numeric_limits<std::int64_t>::max());
 }
 
 } // namespace

@@ -38,18 +38,6 @@ TEST(TickTime, AlignGoesToTheNearestFrameAndHalfGoesUp) {
     }
 }
 
-TEST(TickTime, ASecondShownAsADoubleAndReadBackKeepsItsFrames) {
-    for (const FrameRate rate :
-         {kFrameRate_23976, kFrameRate_VideoNTSC, kFrameRate_VideoNTSC_HD, kFrameRate_Video12_5})
-        for (std::int64_t frames = 1; frames < 2'000'000; frames += 997) {
-            const TickTime exact = TickTime().AddFrames(frames, rate);
-            const double seconds =
-                static_cast<double>(exact.GetTicks()) / static_cast<double>(kTicksPerSecond);
-            TickTime back(static_cast<std::int64_t>(seconds * static_cast<double>(kTicksPerSecond)));
-            ASSERT_EQ(back.AlignToFrame(rate), exact) << frames << " frames of " << rate.GetTicksPerFrame();
-        }
-}
-
 TEST(TickTime, AddFramesSaturates) {
     EXPECT_EQ(TickTime(5).AddFrames(3, FrameRate(10)).GetTicks(), 35);
     EXPECT_EQ(TickTime(5).AddFrames(-3, FrameRate(10)).GetTicks(), -25);

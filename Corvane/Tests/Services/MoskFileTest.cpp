@@ -2,55 +2,32 @@
 // rubbish.
 #include "Mosk.h"
 
-#include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "Tests/TestFolder.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using corvane::testing::ReadFile;
 using Mosk::File;
+using testing::ElementsAre;
 
 class MoskFile : public testing::Test {
   protected:
-    MoskFile() : mFolder(fs::path(testing::TempDir()) / ("mosk" + std::to_string(::getpid()))) {
-        fs::create_directories(mFolder);
-    }
-    ~MoskFile() override {
-        fs::permissions(mFolder, fs::perms::owner_all);
-        fs::remove_all(mFolder);
-    }
-
-    fs::path Make(const std::string& name, const std::string& text) const {
-        std::ofstream(mFolder / name) << text;
-        return mFolder / name;
-    }
-
-    static std::string TextOf(const fs::path& path) {
-        std::ifstream file(path);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    }
-
     static Mosk::Result Open(const fs::path& path) {
         File file;
         return file.Open(Mosk::FromUTF8(path.string()), Mosk::FileAccessFlags::kRead);
     }
-
     static Mosk::Result Create(File& file, const fs::path& path) {
         return file.Create(Mosk::FromUTF8(path.string()), Mosk::FileAccessFlags::kReadWrite,
                            Mosk::FileShareModeFlags::kShareReadWrite,
                            Mosk::FileCreateDispositionFlags::kReplace, Mosk::FileAttributesFlags::kNormal,
                            false);
     }
-
     static Mosk::Result Save(const fs::path& path, const std::string& text) {
         File file;
         if (const Mosk::Result result = Create(file, path); result < 0) return result;
@@ -60,112 +37,83 @@ class MoskFile : public testing::Test {
         return result;
     }
 
-    std::size_t FilesLeft() const {
-        return static_cast<std::size_t>(
-            std::distance(fs::directory_iterator(mFolder), fs::directory_iterator()));
-    }
-
-    fs::path mFolder;
+    const corvane::testing::TestFolder mFolder;
+    const fs::path mClip = mFolder.Write("clip", "the old and longer text");
 };
 
 TEST_F(MoskFile, OpensRegularFilesOnlyAndNeverWaits) {
     ASSERT_EQ(::mkfifo((mFolder / "pipe").c_str(), 0600), 0);
-    const fs::path sparse = Make("sparse", "");
-    fs::resize_file(sparse, 5ull << 30);
-    fs::create_symlink(Make("real", "text"), mFolder / "link");
+    fs::resize_file(mFolder.Write("sparse", ""), 5ull << 30);
+    fs::create_symlink(mClip, mFolder / "link");
     EXPECT_EQ(Open(mFolder / "pipe"), Mosk::kResult_NotAFile);
-    EXPECT_EQ(Open(mFolder), Mosk::kResult_NotAFile);
+    EXPECT_EQ(Open(mFolder.Path()), Mosk::kResult_NotAFile);
     EXPECT_EQ(Open("/dev/zero"), Mosk::kResult_NotAFile);
-    EXPECT_EQ(Open(sparse), Mosk::kResult_TooLarge);
+    EXPECT_EQ(Open(mFolder / "sparse"), Mosk::kResult_TooLarge);
     EXPECT_EQ(Open(mFolder / "none"), Mosk::kResult_NotFound);
     EXPECT_EQ(Open(mFolder / "link"), Mosk::kResult_OK);
-    for (const char* const name : {"pipe", "none", "."})
-        EXPECT_FALSE(Mosk::PathUtils::ExistsOnDisk(Mosk::FromUTF8((mFolder / name).string()))) << name;
-    EXPECT_TRUE(Mosk::PathUtils::ExistsOnDisk(Mosk::FromUTF8((mFolder / "link").string())));
+    for (const char* const name : {"pipe", "none", ".", "link"})
+        EXPECT_EQ(Mosk::PathUtils::ExistsOnDisk(Mosk::FromUTF8((mFolder / name).string())),
+                  name == std::string("link"))
+            << name;
     EXPECT_EQ(Mosk::PathUtils::GetFilePart(u"/a/b.synthex"), u"b.synthex");
     EXPECT_EQ(Mosk::PathUtils::GetFilePart(u"b"), u"b");
 }
 
 TEST_F(MoskFile, SaveReplacesTheWholeTextAndKeepsTheMode) {
-    const fs::path target = Make("clip", "a much longer old text");
-    fs::permissions(target, fs::perms(0640));
-    EXPECT_EQ(Save(target, "new"), Mosk::kResult_OK);
-    EXPECT_EQ(TextOf(target), "new");
-    EXPECT_EQ(fs::status(target).permissions(), fs::perms(0640));
-
+    const fs::path fresh = mFolder / "fresh \xC3\xA9";
+    fs::permissions(mClip, fs::perms(0640));
+    EXPECT_EQ(Save(mClip, "new"), Mosk::kResult_OK);
     const mode_t mask = ::umask(027);
-    EXPECT_EQ(Save(mFolder / "fresh \xC3\xA9", "text"), Mosk::kResult_OK);
+    EXPECT_EQ(Save(fresh, "text"), Mosk::kResult_OK);
     ::umask(mask);
-    EXPECT_EQ(fs::status(mFolder / "fresh \xC3\xA9").permissions(), fs::perms(0640));
-    EXPECT_EQ(FilesLeft(), 2u);
+    EXPECT_EQ(ReadFile(mClip), "new");
+    for (const fs::path& path : {mClip, fresh}) EXPECT_EQ(fs::status(path).permissions(), fs::perms(0640));
+    EXPECT_THAT(mFolder.Names(), ElementsAre("clip", "fresh \xC3\xA9"));
 }
 
 TEST_F(MoskFile, ASymbolicLinkKeepsPointing) {
-    const fs::path target = Make("clip", "old");
-    fs::create_symlink("clip", mFolder / "link");
-    fs::create_symlink("fresh", mFolder / "dangling");
-    EXPECT_EQ(Save(mFolder / "link", "new"), Mosk::kResult_OK);
-    EXPECT_EQ(Save(mFolder / "dangling", "new"), Mosk::kResult_OK);
-    EXPECT_TRUE(fs::is_symlink(mFolder / "link") && fs::is_symlink(mFolder / "dangling"));
-    EXPECT_EQ(TextOf(target), "new");
-    EXPECT_EQ(TextOf(mFolder / "fresh"), "new");
+    for (const char* const target : {"clip", "fresh"}) {
+        fs::remove(mFolder / "link");
+        fs::create_symlink(target, mFolder / "link");
+        EXPECT_EQ(Save(mFolder / "link", "new"), Mosk::kResult_OK);
+        EXPECT_TRUE(fs::is_symlink(mFolder / "link"));
+        EXPECT_EQ(ReadFile(mFolder / target), "new");
+    }
 }
 
 TEST_F(MoskFile, NothingHappensWithoutAWrite) {
-    const fs::path target = Make("clip", "old");
     {
         File file;
-        ASSERT_EQ(Create(file, target), Mosk::kResult_OK);
+        ASSERT_EQ(Create(file, mClip), Mosk::kResult_OK);
     }
-    EXPECT_EQ(TextOf(target), "old");
-    EXPECT_EQ(FilesLeft(), 1u);
-    EXPECT_EQ(Save(mFolder, "x"), Mosk::kResult_NotAFile);
-    EXPECT_EQ(Save(mFolder / "none" / "clip", "x"), Mosk::kResult_NotFound);
+    EXPECT_EQ(Save(mFolder.Path(), "x"), Mosk::kResult_NotAFile);
+    EXPECT_EQ(Save(mFolder / "none/clip", "x"), Mosk::kResult_NotFound);
     EXPECT_EQ(Save("/dev/full", "x"), Mosk::kResult_NotAFile);
+    EXPECT_EQ(ReadFile(mClip), "the old and longer text");
+    EXPECT_THAT(mFolder.Names(), ElementsAre("clip"));
 }
 
-/// Runs `body` in a child process and gives its exit status.
-template <class Body>
-int InChild(Body body) {
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(body());
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return status;
-}
-
-TEST_F(MoskFile, ReadOnlyPlacesFail) {
-    const fs::path target = Make("clip", "old");
-    const fs::path locked = mFolder / "locked";
-    fs::create_directory(locked);
-    std::ofstream(locked / "clip") << "old";
-    fs::permissions(target, fs::perms(0444));
-    fs::permissions(locked, fs::perms(0555));
-    fs::permissions(locked / "clip", fs::perms(0666));
-    fs::permissions(mFolder, fs::perms(0777));
-    EXPECT_EQ(InChild([&] {
-                  if (::getuid() == 0 && (::setgid(65534) != 0 || ::setuid(65534) != 0)) return 99;
-                  return (Save(target, "new") == Mosk::kResult_AccessDenied ? 0 : 1) +
-                         (Save(locked / "clip", "new") == Mosk::kResult_AccessDenied ? 0 : 2);
-              }),
-              0);
-    EXPECT_EQ(TextOf(target), "old");
-    EXPECT_EQ(TextOf(locked / "clip"), "old");
-    EXPECT_EQ(FilesLeft(), 2u);
-    fs::permissions(locked, fs::perms::owner_all);
-}
-
-TEST_F(MoskFile, AFullDiskLeavesTheOldFile) {
-    const fs::path target = Make("clip", "old");
-    EXPECT_EQ(InChild([&] {
-                  ::signal(SIGXFSZ, SIG_IGN);
-                  const rlimit limit{10, 10};
-                  ::setrlimit(RLIMIT_FSIZE, &limit);
-                  return Save(target, "longer than ten bytes") == Mosk::kResult_DiskFull ? 0 : 1;
-              }),
-              0);
-    EXPECT_EQ(TextOf(target), "old");
-    EXPECT_EQ(FilesLeft(), 1u);
+TEST_F(MoskFile, ReadOnlyPlacesAndAFullDiskLeaveTheOldFile) {
+    fs::create_directory(mFolder / "locked");
+    const fs::path locked = mFolder.Write("locked/clip", "old");
+    fs::permissions(mClip, fs::perms(0444));
+    fs::permissions(locked, fs::perms(0666));
+    fs::permissions(mFolder / "locked", fs::perms(0555));
+    fs::permissions(mFolder.Path(), fs::perms(0777));
+    {
+        const corvane::testing::AsNobody nobody;
+        EXPECT_EQ(Save(mClip, "new"), Mosk::kResult_AccessDenied);
+        EXPECT_EQ(Save(locked, "new"), Mosk::kResult_AccessDenied);
+    }
+    fs::permissions(mClip, fs::perms(0644));
+    {
+        const corvane::testing::FullDisk full(10);
+        EXPECT_EQ(Save(mClip, "longer than ten bytes"), Mosk::kResult_DiskFull);
+    }
+    EXPECT_EQ(ReadFile(mClip), "the old and longer text");
+    EXPECT_EQ(ReadFile(locked), "old");
+    EXPECT_THAT(mFolder.Names(), ElementsAre("clip", "locked"));
+    fs::permissions(mFolder / "locked", fs::perms::owner_all);
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include "Services/Bundles.h"
 #include "lumcore.h"
 
-#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -96,26 +95,18 @@ TEST(Alerts, ReachTheNewestSinkOfTheThread) {
 }
 
 TEST(Bundles, AreFoundWhileRegisteredAndReadTheirResources) {
-    const auto folder = std::filesystem::path(testing::TempDir()) / "Named.bundle";
-    std::filesystem::create_directories(folder / "Contents/Resources");
-    EXPECT_THROW(corvane::BundleRegistration{folder}, std::runtime_error);
-    std::ofstream(folder / "Contents/Info.plist")
-        << "<plist><dict><key>CFBundleIdentifier</key><string>org.test.named</string>"
-           "<key>CFBundleExecutable</key><string>Named</string></dict></plist>";
-    std::ofstream(folder / "Contents/Resources/Text.loom") << "hello";
-    EXPECT_EQ(CFBundleGetBundleWithIdentifier("org.test.named"), nullptr);
+    constexpr auto kFind = [] { return CFBundleGetBundleWithIdentifier(SYNTHEX_BUNDLE_IDENTIFIER); };
+    EXPECT_EQ(kFind(), nullptr);
     {
-        const corvane::BundleRegistration registration(folder);
-        const CFBundleRef bundle = CFBundleGetBundleWithIdentifier("org.test.named");
-        ASSERT_NE(bundle, nullptr);
+        const corvane::BundleRegistration registration(SYNTHEX_BUILD_DIR "/lib/ImporterSynthex.bundle");
+        ASSERT_NE(kFind(), nullptr);
         std::vector<std::byte> bytes;
-        EXPECT_TRUE(lumcore::utility::GetBinaryFromModule(bundle, u"Text", u"loom", bytes));
-        EXPECT_EQ(bytes.size(), 5u);
-        EXPECT_FALSE(lumcore::utility::GetBinaryFromModule(bundle, u"Other", u"loom", bytes));
+        EXPECT_TRUE(lumcore::utility::GetBinaryFromModule(kFind(), u"ImporterSynthexPrefs", u"loom", bytes));
+        EXPECT_FALSE(bytes.empty());
+        EXPECT_FALSE(lumcore::utility::GetBinaryFromModule(kFind(), u"Other", u"loom", bytes));
         EXPECT_TRUE(bytes.empty());
     }
-    EXPECT_EQ(CFBundleGetBundleWithIdentifier("org.test.named"), nullptr);
-    std::filesystem::remove_all(folder);
+    EXPECT_EQ(kFind(), nullptr);
 }
 
 } // namespace

@@ -23,52 +23,49 @@ std::string Problem(std::string_view script) {
 
 /// A script around some elements, which begin on line 2.
 std::string Around(std::string_view elements) {
-    return "<dialog title=\"T\" default=\"ok\" cancel=\"ok\">\n" + std::string(elements) +
-           "\n<button id=\"ok\" text=\"OK\"/></dialog>";
+    return "<dialog title='T' default='ok' cancel='ok'>\n" + std::string(elements) +
+           "\n<button id='ok' text='OK'/></dialog>";
 }
 
 TEST(UILayout, SlipsAreNamedWithTheirLine) {
     const struct {
-        const char *elements, *problem;
+        const char* elements;
+        int line;
+        const char *expected, *found;
     } kRows[] = {
-        {"<popup id=\"a\"/>", "none"},
-        {"<group text=\"G\">\n<row><bogus/></row></group>",
-         "line 3: expected an element of the layout script, found <bogus>"},
-        {"<popup/>", "line 2: expected the attribute \"id\", found <popup> without it"},
-        {"<popup id=\"\"/>", "line 2: expected an id, found an empty one"},
-        {"\n<popup id=\"ok\"/>", "line 4: expected each id once, found \"ok\" twice"},
-        {"<popup id=\"a\" min=\"1\"/>", "line 2: expected an attribute that <popup> has, found \"min\""},
-        {"<popup id=\"a\" tip=\"x\" tip=\"y\"/>",
-         "line 2: expected each attribute once, found \"tip\" twice"},
-        {"<popup id=\"a\">text</popup>", "line 2: expected nothing in <popup>, found content"},
-        {"<row>text</row>", "line 2: expected elements in <row>, found \"text\""},
-        {"<number id=\"a\" min=\"1x\"/>", "line 2: expected a number in \"min\", found \"1x\""},
-        {"<number id=\"a\" max=\"inf\"/>", "line 2: expected a number in \"max\", found \"inf\""},
-        {"<number id=\"a\" step=\"\"/>", "line 2: expected a number in \"step\", found \"\""},
-        {"<number id=\"a\" min=\"2\" max=\"1\"/>", "line 2: expected \"min\" at most \"max\", found 2 and 1"},
-        {"<number id=\"a\" step=\"0\"/>", "line 2: expected a \"step\" above 0, found 0"},
-        {"<number id=\"a\" decimals=\"1.5\"/>", "line 2: expected \"decimals\" from 0 to 15, found 1.5"},
-        {"<checkbox id=\"a\" text=\"A\" checked=\"yes\"/>",
-         "line 2: expected \"true\" or \"false\" in \"checked\", found \"yes\""},
-        {"<label text=\"L\" for=\"b\"/>", "line 2: expected a control's id in \"for\", found \"b\""},
-        {"<textbutton id=\"a\" swatch=\"ok,ok,ok,ok\"/>",
-         "line 2: expected a number's id in \"swatch\", found \"ok\""},
-        {"<number id=\"n\"/><textbutton id=\"a\" swatch=\"n,n\"/>",
-         "line 2: expected four numbers in \"swatch\", found \"n,n\""},
-        {"<popup id=\"a\" tip=\"\xff\"/>", "line 2: expected UTF-8 in \"tip\", found other bytes"},
+        {"<group text='G'>\n<row><bogus/></row></group>", 3, "an element of the layout script", "<bogus>"},
+        {"<popup/>", 2, R"(the attribute "id")", "<popup> without it"},
+        {"<popup id=''/>", 2, "an id", "an empty one"},
+        {"\n<popup id='ok'/>", 4, "each id once", R"("ok" twice)"},
+        {"<popup id='a' min='1'/>", 2, "an attribute that <popup> has", R"("min")"},
+        {"<popup id='a' tip='x' tip='y'/>", 2, "each attribute once", R"("tip" twice)"},
+        {"<popup id='a'>text</popup>", 2, "nothing in <popup>", "content"},
+        {"<row>text</row>", 2, "elements in <row>", R"("text")"},
+        {"<number id='a' min='1x'/>", 2, R"(a number in "min")", R"("1x")"},
+        {"<number id='a' max='inf'/>", 2, R"(a number in "max")", R"("inf")"},
+        {"<number id='a' step=''/>", 2, R"(a number in "step")", R"("")"},
+        {"<number id='a' min='2' max='1'/>", 2, R"("min" at most "max")", "2 and 1"},
+        {"<number id='a' step='0'/>", 2, R"(a "step" above 0)", "0"},
+        {"<number id='a' decimals='1.5'/>", 2, R"("decimals" from 0 to 15)", "1.5"},
+        {"<checkbox id='a' text='A' checked='yes'/>", 2, R"("true" or "false" in "checked")", R"("yes")"},
+        {"<label text='L' for='b'/>", 2, R"(a control's id in "for")", R"("b")"},
+        {"<textbutton id='a' swatch='ok,ok,ok,ok'/>", 2, R"(a number's id in "swatch")", R"("ok")"},
+        {"<number id='n'/><textbutton id='a' swatch='n,n'/>", 2, R"(four numbers in "swatch")", R"("n,n")"},
+        {"<popup id='a' tip='\xff'/>", 2, R"(UTF-8 in "tip")", "other bytes"},
     };
-    for (const auto& row : kRows) {
-        const std::string problem = Problem(Around(row.elements));
-        EXPECT_EQ(problem,
-                  row.problem == std::string("none") ? "none" : std::string("layout Test, ") + row.problem);
-    }
+    for (const auto& row : kRows)
+        EXPECT_EQ(Problem(Around(row.elements)), "layout Test, line " + std::to_string(row.line) +
+                                                     ": expected " + row.expected + ", found " + row.found);
 }
 
 TEST(UILayout, OnlyOneWholeDialogIsTaken) {
+    const auto deep = [](const std::string& tag) {
+        std::string text;
+        for (int i = 0; i < 100000; ++i) text += tag;
+        return text;
+    };
     const std::string good = Around("");
-    const struct {
-        std::string script, problem;
-    } kRows[] = {
+    const std::pair<std::string, const char*> kRows[] = {
         {"", "line 1: expected a <dialog>, found none"},
         {"<row/>", "expected one <dialog> and nothing beside it, found <row>"},
         {good + "\ntail", "line 3: expected one <dialog> and nothing beside it, found text"},
@@ -76,18 +73,13 @@ TEST(UILayout, OnlyOneWholeDialogIsTaken) {
         {"<!DOCTYPE dialog>" + good, "nothing beside it, found text"},
         {good.substr(0, good.size() - 1), "line 3: expected well-formed XML, found a problem: "},
         {good + '\0', "expected text, found a zero byte"},
-        {"<dialog title=\"T\" default=\"ok\" cancel=\"no\"><button id=\"ok\" text=\"OK\"/></dialog>",
+        {"<dialog title='T' default='ok' cancel='no'><button id='ok' text='OK'/></dialog>",
          "expected a button's id in \"cancel\", found \"no\""},
+        {Around(deep("<row>")), "expected"},
+        {Around(deep("<row>") + deep("</row>")), "expected at most 16 levels"},
     };
-    for (const auto& row : kRows)
-        EXPECT_NE(Problem(row.script).find(row.problem), std::string::npos) << Problem(row.script);
-
-    std::string deep;
-    for (int i = 0; i < 100000; ++i) deep += "<row>";
-    EXPECT_NE(Problem(Around(deep)).find("expected"), std::string::npos);
-    std::string closed = deep;
-    for (int i = 0; i < 100000; ++i) closed += "</row>";
-    EXPECT_NE(Problem(Around(closed)).find("expected at most 16 levels"), std::string::npos);
+    for (const auto& [script, problem] : kRows)
+        EXPECT_NE(Problem(script).find(problem), std::string::npos) << problem;
 }
 
 TEST(UILayout, TextsKeepTheirMnemonics) {

@@ -1,7 +1,7 @@
 // The toolkit's model and the scripted platform. Faults sought: a message for what the program set, a
 // person's edit that goes beyond what a person can do, a script that fails half-way or without a word about
 // why.
-#include <algorithm>
+#include <array>
 #include <limits>
 #include <sstream>
 #include <string>
@@ -9,12 +9,14 @@
 
 #include <gtest/gtest.h>
 
-#include "Services/ScriptedPlatform.h"
+#include "Tests/TestScript.h"
 #include "lumloom.h"
 
 namespace {
 
 using namespace corvane;
+using corvane::testing::Parts;
+using corvane::testing::Script;
 using lumui::controls::UI_ControlChangedMessage;
 using lumui::controls::UI_ControlView;
 
@@ -70,7 +72,7 @@ class NotingDialog : public lumloom::UI_Loom {
     std::string mThrowing;
 };
 
-class UIModelTest : public testing::Test {
+class UIModelTest : public ::testing::Test {
   protected:
     ~UIModelTest() override { EXPECT_EQ(CountLiveNodes(), 0); }
 };
@@ -80,7 +82,7 @@ TEST_F(UIModelTest, TheLoomCallsItsHooksInOrder) {
     const ScopedPlatform scope(platform);
     NotingDialog dialog;
     dialog.Run();
-    EXPECT_EQ(dialog.mNoted, (std::vector<std::string>{"built", "shown", "ok", "closed"}));
+    EXPECT_EQ(dialog.mNoted, Parts("built; shown; ok; closed"));
     EXPECT_EQ(dialog.GetView(), nullptr);
     EXPECT_EQ(dialog.GetUINodePtr("list", true), nullptr);
 
@@ -109,28 +111,14 @@ TEST_F(UIModelTest, OnlyPeopleRaiseMessages) {
     list.SetValue(3);
     EXPECT_EQ(list.GetValue(), -1);
 
-    // What a person does, whether it is done, and what was delivered.
-    const struct {
-        bool done, expected;
-        const char* delivered;
-    } kRows[] = {
-        {model.Enter(size, 0.1 + 0.2), true, "size"}, // held to the minimum, so it changes
-        {model.Enter(size, 1), true, ""},
-        {model.Enter(size, 11), true, "size"},
-        {model.Enter(size, std::numeric_limits<double>::quiet_NaN()), false, ""},
-        {model.Choose(list, 0), true, "list"},
-        {model.Choose(list, 0), true, ""},
-        {model.Choose(list, 2), false, ""},
-        {model.Choose(list, -1), false, ""},
-        {model.Check(box, false), true, "box"},
-        {model.Check(box, false), true, ""},
-    };
-    std::vector<std::string> delivered;
-    for (const auto& row : kRows) {
-        EXPECT_EQ(row.done, row.expected);
-        if (*row.delivered) delivered.emplace_back(row.delivered);
-    }
-    EXPECT_EQ(dialog.mNoted, delivered);
+    EXPECT_TRUE(model.Enter(size, 0.1 + 0.2)) << "held to the minimum, so it changes";
+    EXPECT_TRUE(model.Enter(size, 1)); // says nothing: it is 1 already
+    EXPECT_TRUE(model.Enter(size, 11));
+    EXPECT_FALSE(model.Enter(size, std::numeric_limits<double>::quiet_NaN()));
+    for (const auto& [item, chosen] : {std::pair(0, true), {0, true}, {2, false}, {-1, false}})
+        EXPECT_EQ(model.Choose(list, item), chosen) << item;
+    for (int i = 0; i < 2; ++i) EXPECT_TRUE(model.Check(box, false));
+    EXPECT_EQ(dialog.mNoted, Parts("size; size; list; box"));
     EXPECT_EQ(size.GetValue(), 10);
 
     size.SetDisabled(true);
@@ -179,13 +167,12 @@ TEST_F(UIModelTest, DismissPressesCancelWhereItCan) {
 // What a receiver throws closes the dialog and comes out of the modal run, not out of the platform's event
 // loop.
 TEST_F(UIModelTest, ExceptionsComeOutOfTheRun) {
-    ScriptedPlatform platform(
-        {{ScriptedAction::Parse("box=true"), ScriptedAction::Parse("size=2")}, {}, false});
+    ScriptedPlatform platform(Script("box=true; size=2"));
     const ScopedPlatform scope(platform);
     NotingDialog dialog;
     dialog.mThrowing = "box";
     EXPECT_THROW(dialog.Run(), std::runtime_error);
-    EXPECT_EQ(dialog.mNoted, (std::vector<std::string>{"built", "shown", "box"}));
+    EXPECT_EQ(dialog.mNoted, Parts("built; shown; box"));
     EXPECT_FALSE(platform.GetError()) << "the script did nothing wrong";
 }
 
@@ -199,67 +186,50 @@ TEST_F(UIModelTest, AMessageOfAnotherKindIsAConversionError) {
         FAIL() << "nothing was thrown";
     } catch (const lumcore::config::Error& error) {
         EXPECT_EQ(error.GetText(), "Invalid type conversion.");
-        EXPECT_EQ(error.GetLevel(), 1);
-        EXPECT_EQ(error.GetModule(), 105);
-        EXPECT_EQ(error.GetNumber(), 21);
+        EXPECT_EQ((std::array{error.GetLevel(), error.GetModule(), error.GetNumber()}),
+                  (std::array{1, 105, 21}));
     }
 }
 
 TEST_F(UIModelTest, ScriptsThatCantBeCarriedOutSayWhyAndDoNothing) {
     const struct {
-        std::vector<std::string> actions, answers;
-        const char* sentence;
-        std::vector<std::string> done; ///< delivered before it failed
+        const char *actions, *answers, *done, *sentence; ///< done: delivered before it failed
     } kRows[] = {
-        {{"box=true", "sise=2"},
-         {},
-         "The dialog has no control \"sise\"; it has list, size, free, box, save, text, no, ok",
-         {}},
-        {{"box=true", "size=two"}, {}, "The control \"size\" accepts a number from 1 to 10, not \"two\"", {}},
-        {{"size=11"}, {}, "The control \"size\" accepts a number from 1 to 10, not \"11\"", {}},
-        {{"size=2,5"}, {}, "The control \"size\" accepts a number from 1 to 10, not \"2,5\"", {}},
-        {{"size"}, {}, "The control \"size\" accepts a number from 1 to 10, and none was given", {}},
-        {{"free=nan"}, {}, "The control \"free\" accepts a number, not \"nan\"", {}},
-        {{"list=blue"}, {}, "The control \"list\" accepts one of 0 \"red\", 1 \"7\", not \"blue\"", {}},
-        {{"list=-1"}, {}, "The control \"list\" accepts one of 0 \"red\", 1 \"7\", not \"-1\"", {}},
-        {{"list=grey"}, {}, "The control \"list\" accepts one of 0 \"red\", 1 \"7\", not \"grey\"", {}},
-        {{"box=1"}, {}, "The control \"box\" accepts true or false, not \"1\"", {}},
-        {{"save=now"}, {}, "The control \"save\" accepts no value, only a press", {}},
-        {{"text=x"}, {}, "The control \"text\" accepts nothing: it is a text to read", {}},
-        {{"ok", "box=true"}, {}, "Nothing can follow a press of \"ok\", and \"box\" does", {}},
-        {{"save"},
-         {},
-         "The dialog asks where to save, and no answer is left: give save=PATH or save=cancel",
-         {"save"}},
-        {{"save"},
-         {"again=yes"},
-         "The dialog asks where to save, which takes save=PATH or save=cancel, not \"again=yes\"",
-         {"save"}},
-        {{"box=true"},
-         {"save=x"},
-         "The answer \"save=x\" has no question: the dialog did not ask for it",
-         {"box"}},
+        {"box=true; sise=2", "", "",
+         R"(The dialog has no control "sise"; it has list, size, free, box, save, text, no, ok)"},
+        {"box=true; size=two", "", "", R"(The control "size" accepts a number from 1 to 10, not "two")"},
+        {"size=11", "", "", R"(The control "size" accepts a number from 1 to 10, not "11")"},
+        {"size=2,5", "", "", R"(The control "size" accepts a number from 1 to 10, not "2,5")"},
+        {"size", "", "", R"(The control "size" accepts a number from 1 to 10, and none was given)"},
+        {"free=nan", "", "", R"(The control "free" accepts a number, not "nan")"},
+        {"list=blue", "", "", R"(The control "list" accepts one of 0 "red", 1 "7", not "blue")"},
+        {"list=-1", "", "", R"(The control "list" accepts one of 0 "red", 1 "7", not "-1")"},
+        {"list=grey", "", "", R"(The control "list" accepts one of 0 "red", 1 "7", not "grey")"},
+        {"box=1", "", "", R"(The control "box" accepts true or false, not "1")"},
+        {"save=now", "", "", R"(The control "save" accepts no value, only a press)"},
+        {"text=x", "", "", R"(The control "text" accepts nothing: it is a text to read)"},
+        {"ok; box=true", "", "", R"(Nothing can follow a press of "ok", and "box" does)"},
+        {"save", "", "save",
+         "The dialog asks where to save, and no answer is left: give save=PATH or save=cancel"},
+        {"save", "again=yes", "save",
+         R"(The dialog asks where to save, which takes save=PATH or save=cancel, not "again=yes")"},
+        {"box=true", "save=x", "box",
+         R"(The answer "save=x" has no question: the dialog did not ask for it)"},
     };
     for (const auto& row : kRows) {
-        DialogScript script;
-        for (const auto& action : row.actions) script.actions.push_back(ScriptedAction::Parse(action));
-        for (const auto& answer : row.answers) script.answers.push_back(ScriptedAnswer::Parse(answer));
-        ScriptedPlatform platform(script);
+        ScriptedPlatform platform(Script(row.actions, row.answers));
         const ScopedPlatform scope(platform);
         NotingDialog dialog;
         EXPECT_THROW(dialog.Run(), ScriptError) << row.sentence;
         EXPECT_EQ(platform.GetError().value_or(""), row.sentence);
-        EXPECT_EQ(std::vector(dialog.mNoted.begin() + 2, dialog.mNoted.end()), row.done) << row.sentence;
+        EXPECT_EQ(std::vector(dialog.mNoted.begin() + 2, dialog.mNoted.end()), Parts(row.done))
+            << row.sentence;
         EXPECT_EQ(platform.GetDump(), "");
     }
 }
 
 TEST_F(UIModelTest, ScriptsTakeItemsByTextBeforeIndex) {
-    ScriptedPlatform platform({{ScriptedAction::Parse("list=7"), ScriptedAction::Parse("free=1e3"),
-                                ScriptedAction::Parse("save"), ScriptedAction::Parse("no")},
-                               {ScriptedAnswer::Parse("save=/tmp/./a=b.x")},
-                               false,
-                               true});
+    ScriptedPlatform platform(Script("list=7; free=1e3; save; no", "save=/tmp/./a=b.x"));
     const ScopedPlatform scope(platform);
     NotingDialog dialog;
     dialog.Run();
@@ -273,8 +243,7 @@ TEST_F(UIModelTest, ScriptsTakeItemsByTextBeforeIndex) {
         R"("text":{"class":"UI_StaticText","enabled":true,"value":"none"},)"
         R"("no":{"class":"UI_Button","enabled":true,"title":"Cancel"},)"
         R"("ok":{"class":"UI_Button","enabled":true,"title":"OK"}})");
-    EXPECT_EQ(dialog.mNoted, (std::vector<std::string>{"built", "shown", "list", "free", "save", "/tmp/a=b.x",
-                                                       "no", "closed"}));
+    EXPECT_EQ(dialog.mNoted, Parts("built; shown; list; free; save; /tmp/a=b.x; no; closed"));
 }
 
 TEST_F(UIModelTest, WrongAnswersAreRefusedAtOnce) {
