@@ -1,21 +1,20 @@
 #include "Process.h"
 
-#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace fs = std::filesystem;
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Tests/TestScript.h"
 
 namespace {
 
@@ -126,43 +125,29 @@ bool RunsUnprivileged() {
     return RunSynthex({"--version"}, {.unprivileged = true}).status == 0;
 }
 
-TemporaryFolder::TemporaryFolder() {
-    std::string path = fs::temp_directory_path() / "synthex-test-XXXXXX";
-    if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    ::chmod(path.c_str(), 0755); // for tests as another user
-    mPath = path;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code error;
-    fs::remove_all(mPath, error);
-}
-
-fs::path TemporaryFolder::Write(const std::string& name, const std::string& text) const {
-    std::ofstream(mPath / name, std::ios::binary) << text;
-    return mPath / name;
-}
-
-std::vector<std::string> TemporaryFolder::Names() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(mPath)) names.push_back(entry.path().filename());
-    std::ranges::sort(names);
-    return names;
-}
-
 std::string Sample(const std::string& name) {
     return std::string(SYNTHEX_SOURCE_DIR "/Samples/") + name + ".synthex";
 }
 
-std::string ReadText(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+void ExpectRefused(const std::vector<std::string>& arguments, int status, const std::string& start,
+                   const std::string& said, const ProcessOptions& options) {
+    const ProcessResult result = RunSynthex(arguments, options);
+    const std::string trace = testing::PrintToString(arguments);
+    EXPECT_EQ(result.status, status) << trace;
+    EXPECT_EQ(result.out, "") << trace;
+    EXPECT_THAT(result.err,
+                testing::AllOf(testing::StartsWith("synthex: " + start), testing::HasSubstr(said)))
+        << trace;
+    EXPECT_EQ(result.err.find('\n'), result.err.size() - 1) << trace << result.err;
 }
 
-std::string Settings(const std::string& members) {
-    return R"({"mPixelFormat":1634887522,"mFrameWidth":64,"mFrameHeight":48,"mFieldType":1,)"
-           R"("mVideoDuration":{"ticks":84672000000},"mVideoFrameRate":{"ticksperframe":8467200000})" +
-           members + "}";
+std::vector<std::string> WithScript(std::vector<std::string> arguments, const std::string& actions,
+                                    const std::string& answers) {
+    for (const std::string& action : corvane::testing::Parts(actions))
+        arguments.insert(arguments.end(), {"--do", action});
+    for (const std::string& answer : corvane::testing::Parts(answers))
+        arguments.insert(arguments.end(), {"--answer", answer});
+    return arguments;
 }
 
 bool IsSanitized() {

@@ -8,6 +8,13 @@
 
 #include <sys/types.h>
 
+#include "Tests/TestFolder.h"
+#include "Tests/TestSettings.h"
+
+using corvane::testing::ReadFile;
+using corvane::testing::SettingsText;
+using corvane::testing::TestFolder;
+
 /// What a process left behind.
 struct ProcessResult {
     int status = -1; ///< exit status, or 1000 plus the signal that ended it
@@ -52,32 +59,17 @@ ProcessResult RunSynthex(std::vector<std::string> arguments, const ProcessOption
 /// Whether a user who is not root may run the program: not where the tree lies in a folder of root's own.
 bool RunsUnprivileged();
 
-/// A folder of a test's own, removed with all it holds.
-class TemporaryFolder {
-  public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& Path() const { return mPath; }
-    /// Makes a file in it.
-    std::filesystem::path Write(const std::string& name, const std::string& text) const;
-    /// The names of what is in it, in order.
-    std::vector<std::string> Names() const;
-
-  private:
-    std::filesystem::path mPath;
-};
-
 /// The path of a sample clip.
 std::string Sample(const std::string& name);
 
-std::string ReadText(const std::filesystem::path& path);
+/// Expects a run of the program to end with `status`, to print nothing, and to say one line, which begins
+/// with "synthex: " and `start` and holds `said`.
+void ExpectRefused(const std::vector<std::string>& arguments, int status, const std::string& start,
+                   const std::string& said, const ProcessOptions& options = {});
 
-/// Settings of a small clip, with more members (", ..." or nothing); of two members with one name the later
-/// counts.
-std::string Settings(const std::string& members);
+/// `arguments`, and those that work a dialog: actions and answers, each separated by "; ".
+std::vector<std::string> WithScript(std::vector<std::string> arguments, const std::string& actions,
+                                    const std::string& answers = {});
 
 /// Whether the program was built with the address or thread sanitizer, which need the whole address space.
 bool IsSanitized();

@@ -13,50 +13,52 @@ namespace {
 
 using corvane::Clip;
 
-/// Opens a text as a file, and renders its first frame where it has one that is not too large to wait for.
-/// Returns whether it opened.
-bool Opens(const std::shared_ptr<corvane::Bundle>& bundle, const TemporaryFolder& folder,
-           const std::string& text) {
-    // A new file each time: some file systems wait for the disk when a file is truncated and written anew.
-    std::filesystem::remove(folder.Path() / "clip.synthex");
-    const std::filesystem::path path = folder.Write("clip.synthex", text);
-    try {
-        const auto clip = Clip::OpenFile(bundle, path);
-        const corvane::ClipInfo& info = clip->Info();
-        const bool small = std::uint64_t{info.width} * info.height < 4'000'000;
-        if (small && clip->WhyNotRenderable().empty()) {
-            EXPECT_EQ(clip->GetFrame(info.frames - 1).View().height, info.height) << text;
+class SettingsSweep : public testing::Test {
+  protected:
+    /// Opens a text as a file, and renders its last frame where it has one that is not too large to wait for.
+    /// Returns whether it opened.
+    bool Opens(const std::string& text) const {
+        // A new file each time: some file systems wait for the disk when a file is truncated and written
+        // anew.
+        std::filesystem::remove(mFolder / "clip.synthex");
+        const std::filesystem::path path = mFolder.Write("clip.synthex", text);
+        try {
+            const auto clip = Clip::OpenFile(mBundle, path);
+            const corvane::ClipInfo& info = clip->Info();
+            const bool small = std::uint64_t{info.width} * info.height < 4'000'000;
+            if (small && clip->WhyNotRenderable().empty()) {
+                EXPECT_EQ(clip->GetFrame(info.frames - 1).View().height, info.height) << text;
+            }
+            return true;
+        } catch (const corvane::Failure& failure) {
+            EXPECT_THAT(failure.what(), testing::StartsWith(path.string() + ": ")) << text;
+            return false;
         }
-        return true;
-    } catch (const corvane::Failure& failure) {
-        EXPECT_THAT(failure.what(), testing::StartsWith(path.string() + ": ")) << text;
-        return false;
     }
-}
 
-TEST(SettingsSweep, TruncatedFilesAreRefused) {
-    const auto bundle = std::make_shared<corvane::Bundle>(SYNTHEX_BUILD_DIR "/lib/ImporterSynthex.bundle");
-    const TemporaryFolder folder;
-    const std::string text = ReadText(Sample("wrapped-document"));
-    const std::size_t end = text.rfind('}');
+    const TestFolder mFolder;
+    const std::shared_ptr<corvane::Bundle> mBundle =
+        std::make_shared<corvane::Bundle>(corvane::testing::BundlePath());
+};
+
+TEST_F(SettingsSweep, TruncatedFilesAreRefused) {
+    const std::string text = ReadFile(Sample("wrapped-document"));
     for (std::size_t length = 0; length <= text.size(); ++length)
-        EXPECT_EQ(Opens(bundle, folder, text.substr(0, length)), length > end) << length;
+        EXPECT_EQ(Opens(text.substr(0, length)), length > text.rfind('}')) << length;
 }
 
-TEST(SettingsSweep, FilesWithOneByteChangedNeverEndTheProcess) {
-    const auto bundle = std::make_shared<corvane::Bundle>(SYNTHEX_BUILD_DIR "/lib/ImporterSynthex.bundle");
-    const TemporaryFolder folder;
-    const std::string whole = Settings(R"(,"mRenderFormat":1,"mFramePAR":{"numerator":12,"denominator":11},)"
-                                       R"("mTopGradiantColorEnd":{"mAlphaPart":1e-3,"mRedPart":0.5})");
-    ASSERT_TRUE(Opens(bundle, folder, whole));
+TEST_F(SettingsSweep, FilesWithOneByteChangedNeverEndTheProcess) {
+    const std::string whole =
+        SettingsText(R"(,"mRenderFormat":1,"mFramePAR":{"numerator":12,"denominator":11},)"
+                     R"("mTopGradiantColorEnd":{"mAlphaPart":1e-3,"mRedPart":0.5})");
+    ASSERT_TRUE(Opens(whole));
     int opened = 0;
-    for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (std::size_t at = 0; at < whole.size(); ++at)
         for (const char byte : {'\0', '"', '-', '9', 'e', '{', '}', ',', '\xFF'}) {
             std::string changed = whole;
             changed[at] = byte;
-            opened += Opens(bundle, folder, changed);
+            opened += Opens(changed);
         }
-    }
     // Changed digits and keys read; changed punctuation does not.
     EXPECT_GT(opened, 500);
     EXPECT_LT(opened, static_cast<int>(9 * whole.size()) - 500);

@@ -2,15 +2,11 @@
 // for a project or crashes, a file that is half written.
 #include "Engine/ProjectFile.h"
 
-#include <filesystem>
-#include <fstream>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "Engine/Failure.h"
-#include "Engine/TextFile.h"
+#include "Tests/TestFolder.h"
 
 namespace {
 
@@ -20,12 +16,7 @@ using testing::HasSubstr;
 
 Project TwoClips(const fs::path& file) {
     Project project;
-    project.sequence = {.width = 720,
-                        .height = 576,
-                        .parNumerator = 12,
-                        .parDenominator = 11,
-                        .scale = 25000,
-                        .sampleSize = 1001};
+    project.sequence = {720, 576, 12, 11, 25000, 1001};
     project.Add("Gr\u00fc\u00df \"e\"", {.file = file, .settings = {}});
     project.Add("own", {.file = {}, .settings = "{\"a\":\n1.5}"});
     return project;
@@ -43,18 +34,14 @@ std::string FailureOf(const std::string& text) {
 class ProjectFiles : public testing::Test {
   protected:
     ProjectFiles() { fs::create_directories(mFolder / "here/below"); }
-    ~ProjectFiles() override { fs::remove_all(mFolder); }
 
-    const fs::path mFolder = fs::path(testing::TempDir()) / ("project" + std::to_string(::getpid()));
+    const corvane::testing::TestFolder mFolder;
 };
 
 TEST_F(ProjectFiles, WhatLiesBelowMovesWithTheProject) {
-    struct Row {
-        const char *file, *after;
-    };
-    for (const auto& [file, after] :
-         {Row{"here/a.synthex", "there/a.synthex"}, Row{"here/below/a.synthex", "there/below/a.synthex"},
-          Row{"a.synthex", "a.synthex"}}) {
+    for (const auto& [file, after] : {std::pair("here/a.synthex", "there/a.synthex"),
+                                      {"here/below/a.synthex", "there/below/a.synthex"},
+                                      {"a.synthex", "a.synthex"}}) {
         const Project project = TwoClips(mFolder / file);
         corvane::SaveProject(project, mFolder / "here/it.cvproj");
         EXPECT_TRUE(corvane::LoadProject(mFolder / "here/it.cvproj").HoldsSameAs(project)) << file;
@@ -78,34 +65,32 @@ TEST_F(ProjectFiles, WhatIsNoProjectOfThisVersionSaysWhy) {
     const std::string head = R"({"format":"corvane-project","version":1,)";
     const std::string sequence = R"("sequence":{"width":1,"height":1,"parNumerator":1,"parDenominator":1,)"
                                  R"("scale":1,"sampleSize":1},)";
-    struct Row {
-        std::string text;
-        const char* why;
+    const std::pair<std::string, const char*> kRows[] = {
+        {"[]", "no project"},
+        {"{}", "no project"},
+        {R"({"format":"corvane-project"})", "\"version\" is missing"},
+        {R"({"format":"corvane-project","version":2})", "update Synthex"},
+        {R"({"format":"corvane-project","version":18446744073709551615})", "update Synthex"},
+        {R"({"format":"corvane-project","version":0})", "\"version\""},
+        {head + R"("clips":[]})", "\"sequence\" is missing"},
+        {head + R"("sequence":{"width":-1},"clips":[]})", "\"width\""},
+        {head + R"("sequence":{"width":4294967296},"clips":[]})", "\"width\""},
+        {head + sequence + R"("clips":{}})", "no list"},
+        {head + sequence + R"("clips":[7]})", "no object"},
+        {head + sequence + R"("clips":[{"name":"x"}]})", "\"settings\" is missing"},
+        {head + sequence + R"("clips":[{"name":1,"file":"x"}]})", "\"name\" is no text"},
+        {head + sequence + R"("clips":[{"name":"x","file":""}]})", "\"file\" is empty"},
+        {std::string(200000, '['), "cut or damaged"},
     };
-    for (const Row& row :
-         {Row{"[]", "no project"}, Row{"{}", "no project"},
-          Row{R"({"format":"corvane-project"})", "\"version\" is missing"},
-          Row{R"({"format":"corvane-project","version":2})", "update Synthex"},
-          Row{R"({"format":"corvane-project","version":18446744073709551615})", "update Synthex"},
-          Row{R"({"format":"corvane-project","version":0})", "\"version\""},
-          Row{head + R"("clips":[]})", "\"sequence\" is missing"},
-          Row{head + R"("sequence":{"width":-1},"clips":[]})", "\"width\""},
-          Row{head + R"("sequence":{"width":4294967296},"clips":[]})", "\"width\""},
-          Row{head + sequence + R"("clips":{}})", "no list"},
-          Row{head + sequence + R"("clips":[7]})", "no object"},
-          Row{head + sequence + R"("clips":[{"name":"x"}]})", "\"settings\" is missing"},
-          Row{head + sequence + R"("clips":[{"name":1,"file":"x"}]})", "\"name\" is no text"},
-          Row{head + sequence + R"("clips":[{"name":"x","file":""}]})", "\"file\" is empty"},
-          Row{std::string(200000, '['), "cut or damaged"}})
-        EXPECT_THAT(FailureOf(row.text), testing::AllOf(HasSubstr("it.cvproj: "), HasSubstr(row.why)))
-            << row.text.substr(0, 200);
+    for (const auto& [text, why] : kRows)
+        EXPECT_THAT(FailureOf(text), testing::AllOf(HasSubstr("it.cvproj: "), HasSubstr(why)))
+            << text.substr(0, 200);
     EXPECT_EQ(FailureOf(head + sequence + R"("clips":[],"later":{}})"), "");
 }
 
 TEST_F(ProjectFiles, WhatIsNoFileOfTextSaysWhy) {
-    EXPECT_THROW(corvane::LoadProject(mFolder), corvane::Failure);
-    EXPECT_THROW(corvane::LoadProject(mFolder / "none"), corvane::Failure);
-    EXPECT_THROW(corvane::LoadProject("/dev/zero"), corvane::Failure);
+    for (const fs::path& path : {mFolder.Path(), mFolder / "none", fs::path("/dev/zero")})
+        EXPECT_THROW(corvane::LoadProject(path), corvane::Failure) << path;
     EXPECT_THROW(corvane::SaveProject({}, mFolder / "none/it.cvproj"), corvane::Failure);
     Project project;
     project.Add("\xff", {});

@@ -195,16 +195,4 @@ TEST(Export, WrongRequestsNameWhatWouldBeRight) {
     }
 }
 
-TEST(Export, ACancelledExportLeavesNothing) {
-    for (const char* name : {"a.mp4", "a.y4m", "a.raw", "a%03d.png"}) {
-        TestFolder folder;
-        std::atomic<bool> cancel{false};
-        const auto report = corvane::ExportClip(
-            *MakeClip({.frames = 50}), {.output = folder / name, .format = {}, .codec = {}, .frames = {}},
-            [&](std::int64_t done, std::int64_t) { cancel = done == 3; }, cancel);
-        EXPECT_TRUE(report.cancelled) << name;
-        EXPECT_TRUE(folder.Names().empty()) << name;
-    }
-}
-
 } // namespace

@@ -2,9 +2,7 @@
 // mode lost, an error that kills or names neither file nor remedy.
 #include "Export/OutputFile.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -89,23 +87,6 @@ TEST(OutputFile, NamesTheFileAndTheRemedy) {
         ExpectFailure(folder / "new", 0, "; ");
     }
     EXPECT_THAT(folder.Names(), ElementsAre("file"));
-}
-
-TEST(OutputFile, APipeIsWrittenAsItIsAndAClosedOneIsAFailure) {
-    TestFolder folder;
-    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
-    const int reader = open((folder / "pipe").c_str(), O_RDONLY | O_NONBLOCK);
-    const corvane::WriteSignalGuard guard;
-    OutputFile file(folder / "pipe");
-    EXPECT_FALSE(file.IsRegular());
-    file.Write(Bytes("abc"));
-    char read3[3];
-    EXPECT_EQ(read(reader, read3, 3), 3);
-    EXPECT_EQ(std::string(read3, 3), "abc");
-    close(reader);
-    EXPECT_THAT([&] { file.Write(Bytes("more")); },
-                testing::ThrowsMessage<corvane::Failure>(HasSubstr("the reader closed the pipe")));
-    EXPECT_THAT(folder.Names(), ElementsAre("pipe"));
 }
 
 } // namespace

@@ -93,32 +93,6 @@ TEST(FindBox, HoldsEveryPixelThatDiffersFromItsRow) {
         }
 }
 
-TEST(PictureConverter, SaturatedColoursAreThoseOfThePublishedMatrix) {
-    // BT.601-7, 2.5.1 and BT.709-6, 3.2: luma weights; limited range of 8 bits.
-    struct Matrix {
-        int tag;
-        double red, blue;
-    };
-    const int colours[][3] = {{255, 0, 0},   {0, 255, 0},   {0, 0, 255},
-                              {255, 128, 0}, {13, 200, 91}, {255, 255, 255}};
-    for (const Matrix& matrix : {Matrix{1, 0.2126, 0.0722}, Matrix{5, 0.299, 0.114}, Matrix{6, 0.299, 0.114}})
-        for (const auto& colour : colours) {
-            TestFrame frame(64, 8, kRK_4444);
-            frame.Facts().tags.matrix = matrix.tag;
-            const auto pixel =
-                static_cast<std::uint32_t>(colour[2] | colour[1] << 8 | colour[0] << 16) | 0xFF000000u;
-            for (std::uint32_t i = 0; i < 64 * 8; ++i) frame.SetBytes(i % 64, i / 64, pixel);
-            const PlanarFormat format = Format(true, 8, 1, 1);
-            Planes planes(format, 64, 8);
-            PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture);
-            const double r = colour[0] / 255.0, g = colour[1] / 255.0, b = colour[2] / 255.0;
-            const double luma = matrix.red * r + (1 - matrix.red - matrix.blue) * g + matrix.blue * b;
-            EXPECT_NEAR(planes.At(0, 9, 3), 16 + 219 * luma, 0.51);
-            EXPECT_NEAR(planes.At(1, 9, 3), 128 + 224 * (b - luma) / (2 * (1 - matrix.blue)), 0.51);
-            EXPECT_NEAR(planes.At(2, 9, 3), 128 + 224 * (r - luma) / (2 * (1 - matrix.red)), 0.51);
-        }
-}
-
 TEST(PictureConverter, ChromaOfAFieldIsMadeOfThatFieldAlone) {
     for (const std::uint32_t height : {32u, 34u, 33u}) {
         TestFrame frame(96, height, kRK_4444);

@@ -90,16 +90,4 @@ TEST(Pipeline, TheFirstExceptionOfAnyStepEndsIt) {
         }
 }
 
-TEST(Pipeline, CancelEndsAtTheNextFrame) {
-    for (const unsigned jobs : {1u, 3u}) {
-        std::atomic<bool> cancel{false};
-        RecordingTarget target;
-        const std::int64_t consumed = corvane::RunPipeline(
-            Render, target, 0, 60, jobs, [&](std::int64_t done, std::int64_t) { cancel = done == 5; },
-            cancel);
-        EXPECT_EQ(consumed, 5);
-        EXPECT_EQ(target.order.size(), 5u);
-    }
-}
-
 } // namespace

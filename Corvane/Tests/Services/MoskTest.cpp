@@ -23,42 +23,6 @@ TEST(MoskString, ValidTextIsLosslessAndInvalidTextIsRefused) {
     EXPECT_EQ(lumcore::utility::AsciiToUTF16("fps"), u"fps");
 }
 
-class Counted : public Mosk::MoskUnknown {
-  public:
-    explicit Counted(int& deleted) : mDeleted(deleted) {}
-    ~Counted() override { ++mDeleted; }
-    std::int32_t AddRef() noexcept override { return OSAtomicAdd32Barrier(1, &mCount); }
-    std::int32_t Release() noexcept override {
-        const std::int32_t count = OSAtomicAdd32Barrier(-1, &mCount);
-        if (count == 0) delete this;
-        return count;
-    }
-    Mosk::Result QueryMap(const CFUUIDBytes&, void** out) override {
-        *out = nullptr;
-        return Mosk::kResult_NoInterface;
-    }
-    MoskUnknown* GetMoskUnknown() override { return this; }
-
-  private:
-    int& mDeleted;
-    std::int32_t mCount = 0;
-};
-
-TEST(InterfaceRef, EveryWayOfHoldingGivesItsOneCountBack) {
-    int deleted = 0;
-    {
-        Mosk::MoskUnknownRef first(new Counted(deleted));
-        Mosk::MoskUnknownRef second = first;
-        Mosk::MoskUnknownRef third = std::move(first);
-        second = third;
-        third = Mosk::MoskUnknownRef();
-        second = *&second;
-        EXPECT_EQ(deleted, 0);
-        EXPECT_THROW(first->GetMoskUnknown(), Mosk::NullInterfaceException);
-    }
-    EXPECT_EQ(deleted, 1);
-}
-
 struct Owned {
     explicit Owned(int& count) : deleted(count) {}
     ~Owned() { ++deleted; }

@@ -3,8 +3,7 @@
 #include "PluginFixture.h"
 
 #include <map>
-
-#include "Services/Bundles.h"
+#include <set>
 
 namespace {
 
@@ -13,34 +12,21 @@ using corvane::HostRecord;
 class EntryTest : public PluginTest {};
 
 TEST_F(EntryTest, SelectorsWithoutARecordOfTheirOwnAnswerTheirFixedResults) {
-    void* const null = nullptr;
-    const std::map<int, int> fixed = {{8, 0}, {28, 100}, {36, 101}};
-    const std::map<int, int> needParam1 = {{46, 3}, {56, 3}, {59, 3}, {60, 3}};
-    const std::map<int, int> needParam2 = {{58, 3}, {61, 3}, {62, 3}, {63, 3}, {64, 3}};
-    const std::map<int, int> withRecords = {{0, 0},  {1, 0},  {9, 0},  {14, 0}, {27, 0},
-                                            {37, 0}, {38, 0}, {39, 0}, {45, 0}, {47, 0}};
+    // The results with an instance in the first parameter's record only, and in the second's only;
+    // otherwise 3.
+    std::map<int, std::pair<int, int>> expected = {{8, {0, 0}}, {28, {100, 100}}, {36, {101, 101}}};
+    for (const int needsFirst : {46, 56, 59, 60}) expected[needsFirst] = {3, 5};
+    for (const int needsSecond : {58, 61, 62, 63, 64}) expected[needsSecond] = {5, 3};
+    const std::set<int> withRecords = {0, 1, 9, 14, 27, 37, 38, 39, 45, 47};
     for (int selector = -3; selector <= 70; ++selector) {
         if (withRecords.contains(selector)) continue;
-        // A record that begins with an instance, and one that begins with none.
         void* present[2] = {this, this};
-        void* absent[2] = {null, null};
-        const auto call = [&](void* param1, void* param2) {
-            return mBundle.Call(selector, param1, param2).result;
-        };
-        const int with1 = call(present, absent), with2 = call(absent, present);
-        if (fixed.contains(selector)) {
-            EXPECT_EQ(with1, fixed.at(selector)) << selector;
-            EXPECT_EQ(with2, fixed.at(selector)) << selector;
-        } else if (needParam1.contains(selector)) {
-            EXPECT_EQ(with1, 3) << selector;
-            EXPECT_EQ(with2, 5) << selector;
-        } else if (needParam2.contains(selector)) {
-            EXPECT_EQ(with1, 5) << selector;
-            EXPECT_EQ(with2, 3) << selector;
-        } else {
-            EXPECT_EQ(call(nullptr, nullptr), 3) << selector;
-            EXPECT_EQ(with1, 3) << selector;
-        }
+        void* absent[2] = {nullptr, nullptr};
+        const auto results = expected.contains(selector) ? expected[selector] : std::pair(3, 3);
+        EXPECT_EQ(std::pair(mBundle.Call(selector, present, absent).result,
+                            mBundle.Call(selector, absent, present).result),
+                  results)
+            << selector;
         EXPECT_EQ(present[1], this);
     }
 }
@@ -108,22 +94,15 @@ TEST_F(EntryTest, ShutdownReleasesTheModuleOnceAndInitMakesItAnew) {
 }
 
 // Where the host does not know the bundle, initialisation answers as ever.
-TEST(EntryWithoutBundle, InitAnswersAllTheSame) {
-    const auto source = std::filesystem::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle";
-    const auto copy =
-        std::filesystem::path(testing::TempDir()) / ("other" + std::to_string(::getpid()) + ".bundle");
-    std::filesystem::create_directories(copy / "Contents/Linux");
-    std::filesystem::copy_file(source / "Contents/Linux/ImporterSynthex",
-                               copy / "Contents/Linux/ImporterSynthex");
+TEST_F(EntryTest, InitAnswersAllTheSameWithoutABundle) {
+    const auto copy = mFolder / "other.bundle";
+    std::filesystem::copy(BundlePath(), copy, std::filesystem::copy_options::recursive);
     std::ofstream(copy / "Contents/Info.plist")
         << "<plist><dict><key>CFBundleIdentifier</key><string>org.other</string>"
            "<key>CFBundleExecutable</key><string>ImporterSynthex</string></dict></plist>";
-    {
-        const corvane::Bundle bundle(copy); // throws where the answer is not 400
-        auto format = HostRecord<imIndFormatRec>();
-        EXPECT_EQ(bundle.Call(kSelector_GetIndFormat, nullptr, &format).result, 0);
-    }
-    std::filesystem::remove_all(copy);
+    const corvane::Bundle bundle(copy); // throws where the answer is not 400
+    auto format = HostRecord<imIndFormatRec>();
+    EXPECT_EQ(bundle.Call(kSelector_GetIndFormat, nullptr, &format).result, 0);
 }
 
 } // namespace

@@ -2,12 +2,13 @@
 // refuses a suite or memory.
 #include "PrefsFixture.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <stdexcept>
 
 #include <dlfcn.h>
+
+#include <fmt/format.h>
 
 #include "Services/AlertSink.h"
 
@@ -40,6 +41,23 @@ using corvane::HostRecord;
 class FailureTest : public PluginTest {
   protected:
     ~FailureTest() override { corvane::SetSuiteRefusal(nullptr); }
+
+    /// Asks a clip of these settings for its first frame, which it can't make.
+    Answer AskForFrame(const char* settings) {
+        imFileInfoRec8 info;
+        EXPECT_EQ(GetInfo(u"/none", settings, nullptr, info).result, 0);
+        auto record = HostRecord<imSourceVideoRec>();
+        CvVexelHandle handle = nullptr;
+        record.mPrivateData = mInstance = info.mPrivateData;
+        record.mFrameTime = 0;
+        record.mFrame = &handle;
+        const Answer answer = mBundle.CallForFrame(record);
+        EXPECT_EQ(handle, nullptr);
+        Close(mInstance);
+        return answer;
+    }
+
+    void* mInstance = nullptr;
 };
 
 TEST_F(FailureTest, TheMessageToTheLetter) {
@@ -59,49 +77,30 @@ TEST_F(FailureTest, TheMessageToTheLetter) {
 }
 
 TEST_F(FailureTest, AFrameNamesItsInstanceInTheMessage) {
-    imFileInfoRec8 info;
-    ASSERT_EQ(GetInfo(u"/none", R"({"mPixelFormat": 305419896, "mFrameWidth": 2, "mFrameHeight": 2})",
-                      nullptr, info)
-                  .result,
-              0);
-    auto record = HostRecord<imSourceVideoRec>();
-    CvVexelHandle handle = nullptr;
-    record.mPrivateData = info.mPrivateData;
-    record.mFrameTime = 0;
-    record.mFrame = &handle;
-    const Answer answer = mBundle.CallForFrame(record);
+    const Answer answer = AskForFrame(R"({"mPixelFormat": 305419896, "mFrameWidth": 2, "mFrameHeight": 2})");
     EXPECT_EQ(answer.result, 3);
-    EXPECT_EQ(handle, nullptr);
-    char start[96];
-    std::snprintf(
-        start, sizeof start, "plugin.CvImportModule  importmod:0x%x Threw an EXCEPTION during  selector:47. ",
-        static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(static_cast<void*>(info.mPrivateData))));
-    EXPECT_EQ(answer.alert.substr(0, std::strlen(start)), start);
+    const auto low = static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(mInstance));
+    EXPECT_EQ(
+        answer.alert.find(fmt::format("plugin.CvImportModule  importmod:0x{:x} Threw an EXCEPTION during  "
+                                      "selector:47. ",
+                                      low)),
+        0u)
+        << answer.alert;
     EXPECT_NE(answer.alert.find("0x12345678"), std::string::npos) << answer.alert;
-    Close(info.mPrivateData);
 }
 
 TEST_F(FailureTest, ARefusedSuiteIsReportedAndTheNextRequestWorks) {
-    corvane::SetSuiteRefusal([](const char*, std::int32_t) { return true; });
+    static const char* sRefused = "Corvane Legacy Suite";
+    const auto refuse = [](const char* name, std::int32_t) { return std::strcmp(name, sRefused) == 0; };
+    corvane::SetSuiteRefusal(refuse);
     imFileInfoRec8 info;
     EXPECT_EQ(GetInfo(u"/none", kDistinctSettings, nullptr, info).result, 3);
-    auto record = HostRecord<imSourceVideoRec>();
-    CvVexelHandle handle = nullptr;
-    corvane::SetSuiteRefusal(nullptr);
-    ASSERT_EQ(GetInfo(u"/none", kDistinctSettings, nullptr, info).result, 0);
-    record.mPrivateData = info.mPrivateData;
-    record.mFrameTime = 0;
-    record.mFrame = &handle;
     for (const char* const refused : {kCvVexelCreator2Suite, kCvVexelSuite}) {
-        static const char* sRefused;
         sRefused = refused;
-        corvane::SetSuiteRefusal(
-            [](const char* name, std::int32_t) { return std::strcmp(name, sRefused) == 0; });
-        const Answer answer = mBundle.CallForFrame(record);
+        const Answer answer = AskForFrame(kDistinctSettings);
         EXPECT_EQ(answer.result, 3) << refused;
         EXPECT_NE(answer.alert.find(refused), std::string::npos) << answer.alert;
     }
-    Close(info.mPrivateData);
 }
 
 // Whatever allocation fails, the host gets a result, and the request works once there is memory again.
@@ -137,10 +136,10 @@ TEST_F(FailureTest, EveryFailedAllocationIsAnswered) {
 TEST_F(PrefsTest, EveryFailedAllocationInTheDialogIsAnswered) {
     int failures = 0;
     for (long after = 0;; ++after) {
-        auto script =
-            Script({"frameWidthID=100", "colorRenderingTypePopupID=0", "drawFrameNumberCBID=false"});
+        auto script = corvane::testing::Script(
+            "frameWidthID=100; colorRenderingTypePopupID=0; drawFrameNumberCBID=false");
         script.dump = false; // the JSON library's destructors ask for memory, and end the process without it
-        NotingPlatform platform(script);
+        corvane::ScriptedPlatform platform(script);
         const corvane::ScopedPlatform scope(platform);
         const corvane::AlertCollector quiet;
         std::string buffer(kPrefsBufferSize, 0);

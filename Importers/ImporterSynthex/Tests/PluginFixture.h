@@ -2,14 +2,10 @@
 
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <ostream>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -17,22 +13,17 @@
 #include "Engine/Bundle.h"
 #include "Engine/Records.h"
 #include "Mosk.h"
+#include "Tests/TestFolder.h"
 
 /// The loaded plug-in, and a folder for its files.
 class PluginTest : public testing::Test {
   protected:
-    PluginTest()
-        : mFolder(std::filesystem::path(testing::TempDir()) / ("plugin" + std::to_string(::getpid()))) {
-        std::filesystem::create_directories(mFolder);
-    }
-    ~PluginTest() override { std::filesystem::remove_all(mFolder); }
-
     static std::filesystem::path BundlePath() {
         return std::filesystem::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle";
     }
 
     std::u16string Write(const std::string& name, std::string_view text) const {
-        std::ofstream(mFolder / name, std::ios::binary) << text;
+        mFolder.Write(name, text);
         return Path(name);
     }
     std::u16string Path(const std::string& name) const { return Mosk::FromUTF8((mFolder / name).string()); }
@@ -61,7 +52,7 @@ class PluginTest : public testing::Test {
     int Close(void* instance) const { return mBundle.Call(kSelector_CloseFile, nullptr, instance).result; }
 
     corvane::Bundle mBundle{BundlePath()};
-    std::filesystem::path mFolder;
+    corvane::testing::TestFolder mFolder;
 };
 
 /// The bytes of a record.

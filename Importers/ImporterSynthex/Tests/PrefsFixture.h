@@ -9,15 +9,16 @@
 #include <nlohmann/json.hpp>
 
 #include "PluginFixture.h"
-#include "Services/ScriptedPlatform.h"
 #include "Services/Suites.h"
+#include "Tests/TestScript.h"
 
 using Json = nlohmann::json;
 
 /// The scripted platform, with what it was asked noted down.
 class NotingPlatform : public corvane::ScriptedPlatform {
   public:
-    explicit NotingPlatform(corvane::DialogScript script = {}) : ScriptedPlatform(std::move(script)) {}
+    explicit NotingPlatform(const std::string& actions = {}, const std::string& answers = {})
+        : ScriptedPlatform(corvane::testing::Script(actions, answers)) {}
 
     std::optional<Mosk::String> RunSaveFileDialog(const corvane::SaveFileRequest& request) override {
         mOfferedNames.push_back(request.defaultName);
@@ -37,23 +38,6 @@ class NotingPlatform : public corvane::ScriptedPlatform {
     std::vector<corvane::MessageBoxRequest> mBoxes;
     std::vector<lumui::controls::ColorRGBA> mColors;
 };
-
-/// Texts of actions and answers ("ID=VALUE", "save=PATH") as a script. "cancel" among the actions presses
-/// Cancel at the end.
-inline corvane::DialogScript Script(const std::vector<std::string>& actions,
-                                    const std::vector<std::string>& answers = {}) {
-    corvane::DialogScript script;
-    script.dump = true;
-    for (const std::string& action : actions) {
-        if (action == "cancel")
-            script.cancel = true;
-        else
-            script.actions.push_back(corvane::ScriptedAction::Parse(action));
-    }
-    for (const std::string& answer : answers)
-        script.answers.push_back(corvane::ScriptedAnswer::Parse(answer));
-    return script;
-}
 
 /// What came of one preferences request.
 struct Outcome {
@@ -78,6 +62,10 @@ class PrefsTest : public PluginTest {
 
     /// Sends the request with whatever platform is set. `prefs` is what the buffer holds before.
     Outcome Request(const std::u16string& path, bool firstTime, std::string_view prefs) const {
+        return Request(path, firstTime, prefs, mBundle);
+    }
+    static Outcome Request(const std::u16string& path, bool firstTime, std::string_view prefs,
+                           const corvane::Bundle& bundle) {
         Outcome outcome;
         outcome.buffer.assign(kPrefsBufferSize, static_cast<char>(corvane::kUndefinedByte));
         prefs.copy(outcome.buffer.data(), prefs.size());
@@ -94,7 +82,7 @@ class PrefsTest : public PluginTest {
         outcome.record.mSequenceParDenominator = 3;
         outcome.record.mSequenceScale = 30000;
         outcome.record.mSequenceSampleSize = 1001;
-        const corvane::Answer answer = mBundle.Call(kSelector_GetPrefs, &access, &outcome.record);
+        const corvane::Answer answer = bundle.Call(kSelector_GetPrefs, &access, &outcome.record);
         outcome.result = answer.result;
         outcome.alert = answer.alert;
         if (const char16_t* const block = access.mNewFilePath) {
@@ -105,25 +93,25 @@ class PrefsTest : public PluginTest {
     }
 
     /// Edits a clip without a file. The dialog's last state is in `mState` if it closed as planned.
-    Outcome Edit(std::string_view prefs, const corvane::DialogScript& script) {
-        NotingPlatform platform(script);
+    Outcome Edit(std::string_view prefs, const std::string& actions, const std::string& answers = {}) {
+        NotingPlatform platform(actions, answers);
         return Edit(prefs, platform);
     }
     Outcome Edit(std::string_view prefs, NotingPlatform& platform) {
         const corvane::ScopedPlatform scope(platform);
         Outcome outcome = Request(u"/none", false, prefs);
         mState = platform.GetDump().empty() ? Json() : Json::parse(platform.GetDump());
-        mError = platform.GetError().value_or("");
         return outcome;
     }
 
     /// The settings that are left after an edit that ends with OK.
-    Json Edited(std::string_view prefs, const std::vector<std::string>& actions,
-                const std::vector<std::string>& answers = {}) {
-        const Outcome outcome = Edit(prefs, Script(actions, answers));
+    Json Edited(std::string_view prefs, const std::string& actions, const std::string& answers = {}) {
+        const Outcome outcome = Edit(prefs, actions, answers);
         EXPECT_EQ(outcome.result, kResult_Success) << outcome.alert;
         return outcome.result == kResult_Success ? outcome.Settings() : Json();
     }
+    /// What the dialog's last state says of a control.
+    Json State(const char* id, const char* key = "value") const { return mState[id][key]; }
 
     /// `kDistinctSettings` with some members replaced.
     static std::string Changed(std::initializer_list<std::pair<const char*, Json>> members) {
@@ -132,6 +120,5 @@ class PrefsTest : public PluginTest {
         return settings.dump();
     }
 
-    Json mState;        ///< the dialog's controls, just before it closed
-    std::string mError; ///< why the script failed
+    Json mState; ///< the dialog's controls, just before it closed
 };

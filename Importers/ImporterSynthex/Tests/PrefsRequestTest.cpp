@@ -9,20 +9,6 @@
 
 namespace {
 
-TEST_F(PrefsTest, TheSizeRequestAsksNothing) {
-    for (const bool firstTime : {false, true}) {
-        auto access = corvane::HostRecord<imFileAccessRec8>();
-        access.mFilePath = u"/none";
-        auto prefs = corvane::HostRecord<imGetPrefsRec>();
-        prefs.mPrefs = nullptr;
-        prefs.mFirstTime = firstTime;
-        auto expected = prefs;
-        expected.mPrefsLength = 10240;
-        EXPECT_EQ(mBundle.Call(kSelector_GetPrefs, &access, &prefs).result, kResult_Success);
-        EXPECT_EQ(Bytes(prefs), Bytes(expected));
-    }
-}
-
 // A file's settings have width 111, the buffer's 47, the sequence's 1440.
 TEST_F(PrefsTest, SettingsComeFromTheFileTheSequenceOrTheBuffer) {
     const std::u16string file = Write("clip.synthex", Changed({{"mFrameWidth", 111}}));
@@ -45,7 +31,7 @@ TEST_F(PrefsTest, SettingsComeFromTheFileTheSequenceOrTheBuffer) {
 }
 
 TEST_F(PrefsTest, ANewClipHasTheSequencesFormat) {
-    NotingPlatform platform(Script({"cancel"}));
+    NotingPlatform platform("cancel");
     const corvane::ScopedPlatform scope(platform);
     const Outcome outcome = Request(u"/none", true, "not looked at");
     EXPECT_EQ(outcome.result, kResult_Cancelled);
@@ -58,52 +44,40 @@ TEST_F(PrefsTest, ANewClipHasTheSequencesFormat) {
 }
 
 TEST_F(PrefsTest, FailuresLeaveTheBufferAlone) {
-    const std::u16string broken = Write("broken.synthex", "{"), large = Write("large.synthex", "");
+    const std::u16string none = u"/none", broken = Write("broken.synthex", "{"),
+                         large = Write("large.synthex", "");
     std::filesystem::resize_file(mFolder / "large.synthex", Mosk::File::kSizeLimit + 1);
     const struct {
         std::u16string path;
-        std::string prefs;
-        std::vector<std::string> actions;
+        std::string prefs, actions;
         int result;
         const char* reason;
     } kRows[] = {
-        {broken, "x", {}, kResult_Unsupported, "JSON not well-formed"},
-        {large, "x", {}, kResult_FileUnreadable, ""},
-        {u"/none", "[1", {}, kResult_Unsupported, "JSON not well-formed"},
-        {u"/none", "[]", {}, kResult_Unsupported, "bad_any_cast"},
-        {u"/none", R"({"mFrameWidth": "wide"})", {}, kResult_Unsupported, "bad_any_cast"},
-        {u"/none",
-         "{}",
-         {"frameWidthID=100", "frameWidthID=none"},
-         kResult_Unsupported,
-         "\"frameWidthID\" accepts"},
-        {u"/none",
-         "{}",
-         {"frameWidthID=100", "saveToPathButtonID"},
-         kResult_Unsupported,
-         "no answer is left"},
+        {broken, "x", "", kResult_Unsupported, "JSON not well-formed"},
+        {large, "x", "", kResult_FileUnreadable, ""},
+        {none, "[1", "", kResult_Unsupported, "JSON not well-formed"},
+        {none, R"({"mFrameWidth": "wide"})", "", kResult_Unsupported, "bad_any_cast"},
+        {none, "{}", "frameWidthID=100; frameWidthID=none", kResult_Unsupported, "\"frameWidthID\" accepts"},
+        {none, "{}", "frameWidthID=100; saveToPathButtonID", kResult_Unsupported, "no answer is left"},
     };
     for (const auto& row : kRows) {
-        NotingPlatform platform(Script(row.actions));
+        NotingPlatform platform(row.actions);
         const corvane::ScopedPlatform scope(platform);
         const Outcome outcome = Request(row.path, false, row.prefs);
         EXPECT_EQ(outcome.result, row.result) << row.reason;
         EXPECT_NE(outcome.alert.find(row.reason), std::string::npos) << outcome.alert;
         EXPECT_STREQ(outcome.buffer.data(), row.prefs.c_str());
     }
-    const Outcome outcome = Request(u"/none", false, "{}");
+    const Outcome outcome = Request(none, false, "{}");
     EXPECT_EQ(outcome.result, kResult_Unsupported);
     EXPECT_NE(outcome.alert.find("without a user interface"), std::string::npos) << outcome.alert;
 }
 
 // A bundle whose layout is missing shows nothing and says nothing; one whose layout is broken says where.
-TEST(Layout, MissingAndBrokenLayouts) {
-    namespace fs = std::filesystem;
-    const fs::path folder = fs::path(testing::TempDir()) / ("layout" + std::to_string(::getpid()));
-    const fs::path copy = folder / "Copy.bundle",
-                   layout = copy / "Contents/Resources/ImporterSynthexPrefs.loom";
-    fs::create_directories(folder);
-    fs::copy(fs::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle", copy, fs::copy_options::recursive);
+TEST_F(PrefsTest, MissingAndBrokenLayouts) {
+    const std::filesystem::path copy = mFolder / "Copy.bundle",
+                                layout = copy / "Contents/Resources/ImporterSynthexPrefs.loom";
+    std::filesystem::copy(BundlePath(), copy, std::filesystem::copy_options::recursive);
     const struct {
         const char* layout; ///< null: the file is removed
         int result;
@@ -117,23 +91,16 @@ TEST(Layout, MissingAndBrokenLayouts) {
         {nullptr, kResult_Success, ""},
     };
     for (const auto& row : kRows) {
-        fs::remove(layout);
+        std::filesystem::remove(layout);
         if (row.layout) std::ofstream(layout) << row.layout;
         const corvane::Bundle bundle(copy);
         NotingPlatform platform;
         const corvane::ScopedPlatform scope(platform);
-        std::string buffer(kPrefsBufferSize, 0);
-        auto access = corvane::HostRecord<imFileAccessRec8>();
-        access.mFilePath = u"/none";
-        auto record = corvane::HostRecord<imGetPrefsRec>();
-        record.mPrefs = buffer.replace(0, 2, "{}").data();
-        record.mFirstTime = 0;
-        const corvane::Answer answer = bundle.Call(kSelector_GetPrefs, &access, &record);
-        EXPECT_EQ(answer.result, row.result) << answer.alert;
-        EXPECT_NE(answer.alert.find(row.reason), std::string::npos) << answer.alert;
+        const Outcome outcome = Request(u"/none", false, "{}", bundle);
+        EXPECT_EQ(outcome.result, row.result) << outcome.alert;
+        EXPECT_NE(outcome.alert.find(row.reason), std::string::npos) << outcome.alert;
         EXPECT_FALSE(platform.WasShown());
     }
-    fs::remove_all(folder);
 }
 
 /// An exchange that tells when it goes.
@@ -146,18 +113,18 @@ class WatchedExchange : public ImporterSynthexPrefsDialogDataExchange {
     int& mAlive;
 };
 
-TEST(DataExchange, LivesAsLongAsItsReferences) {
+TEST(DataExchange, EveryWayOfHoldingItGivesItsOneCountBack) {
     int alive = 0;
-    auto* const exchange = new WatchedExchange(alive);
-    EXPECT_EQ(exchange->AddRef(), 1);
     {
-        const Mosk::MoskUnknownRef unknown = *exchange;
-        const auto queried = Mosk::QueryInterface<IImporterSynthexPrefsDialogDataExchange>(unknown);
-        EXPECT_EQ(queried.Get(), exchange);
-        EXPECT_EQ(exchange->AddRef(), 4);
-        exchange->Release();
-        exchange->Release();
+        Mosk::MoskUnknownRef first(new WatchedExchange(alive));
+        Mosk::MoskUnknownRef second = first, third = std::move(first);
+        second = third;
+        third = Mosk::MoskUnknownRef();
+        second = *&second;
+        EXPECT_EQ(Mosk::QueryInterface<IImporterSynthexPrefsDialogDataExchange>(second)->AddRef(), 3);
+        second->Release();
         EXPECT_EQ(alive, 1);
+        EXPECT_THROW(first->GetMoskUnknown(), Mosk::NullInterfaceException);
     }
     EXPECT_EQ(alive, 0);
 }
@@ -178,26 +145,14 @@ TEST(DataExchange, AnswersItsOwnIdentifierOnly) {
     }
 }
 
-TEST(DataExchange, CarriesTheWholeRecordAndTheFlags) {
+TEST(DataExchange, OnlyCancellationIsForgotten) {
     const auto exchange = ImporterSynthexPrefsDialogDataExchange::Create();
-    const std::string defaults = exchange->SerializeOutSynthexData();
-    SynthexInfo info, back;
-    info.mSavedFilePath = u"/a path";
-    info.mClipName = u"a name";
-    info.mDrawFrameNumber = false;
-    exchange->SetPrefs(info);
-    EXPECT_EQ(exchange->SerializeOutSynthexData(), defaults) << "three members have no place in the text";
-    exchange->GetPrefs(back);
-    EXPECT_EQ(back.mSavedFilePath, u"/a path");
-    EXPECT_EQ(back.mClipName, u"a name");
-    EXPECT_FALSE(back.mDrawFrameNumber);
-
     exchange->UserCancelled();
     exchange->SetUseSavedFrameFileAsSource(true);
     EXPECT_TRUE(exchange->WasCancelled());
-    exchange->SetPrefs(info);
+    exchange->SetPrefs({});
     EXPECT_FALSE(exchange->WasCancelled());
-    EXPECT_TRUE(exchange->UsesSavedFrameFileAsSource()) << "only cancellation is forgotten";
+    EXPECT_TRUE(exchange->UsesSavedFrameFileAsSource());
 }
 
 /// The dialog's entry, from the loaded plug-in.
@@ -236,6 +191,15 @@ class DialogEntryTest : public PrefsTest {
         }
         return testing::internal::GetCapturedStderr();
     }
+    /// The settings that a dialog hands over.
+    SynthexInfo HandedOver(const std::string& actions, const std::string& answers = {}) {
+        NotingPlatform platform(actions, answers);
+        Run(mID, Unknown(), platform);
+        mState = Json::parse(platform.GetDump());
+        SynthexInfo info;
+        mExchange->GetPrefs(info);
+        return info;
+    }
 
     int mAlive = 0;
     Mosk::InterfaceRef<WatchedExchange> mExchange;
@@ -273,9 +237,8 @@ TEST_F(DialogEntryTest, ContractsAreReportedByExpressionAndLine) {
                 error.what(),
                 "$$$/lumcore/utility/Error/Contract/InputContractViolation=An input contract violation "
                 "has occurred!");
-            EXPECT_EQ(error.GetLevel(), 0);
-            EXPECT_EQ(error.GetModule(), 105);
-            EXPECT_EQ(error.GetNumber(), 25);
+            EXPECT_EQ((std::array{error.GetLevel(), error.GetModule(), error.GetNumber()}),
+                      (std::array{0, 105, 25}));
         }
     }
 }
@@ -286,38 +249,22 @@ TEST_F(DialogEntryTest, ARecordWithAFileOpensBoundToIt) {
     info.mSavedFilePath = Path("clip.synthex");
     info.mDrawFrameNumber = false;
     mExchange->SetPrefs(info);
-    NotingPlatform platform(Script({}));
-    Run(mID, Unknown(), platform);
-    const Json state = Json::parse(platform.GetDump());
-    EXPECT_EQ(state["saveToPathStaticTextID"]["value"], (mFolder / "clip.synthex").string());
-    EXPECT_EQ(Json({state["useAsCustomImporterID"]["value"], state["useAsCustomImporterID"]["enabled"]}),
+    EXPECT_EQ(HandedOver("").mClipName, u"clip.synthex") << "OK hands over the name of the file it saved";
+    EXPECT_EQ(State("saveToPathStaticTextID"), (mFolder / "clip.synthex").string());
+    EXPECT_EQ(Json({State("useAsCustomImporterID"), State("useAsCustomImporterID", "enabled")}),
               Json({true, false}));
-    EXPECT_EQ(state["saveFileButtonID"]["enabled"], true);
-    EXPECT_EQ(state["drawFrameNumberCBID"]["value"], false);
+    EXPECT_EQ(State("saveFileButtonID", "enabled"), true);
+    EXPECT_EQ(State("drawFrameNumberCBID"), false);
     EXPECT_TRUE(std::filesystem::exists(mFolder / "clip.synthex"));
-    mExchange->GetPrefs(info);
-    EXPECT_EQ(info.mClipName, u"clip.synthex") << "OK hands over the name of the file it saved";
     EXPECT_FALSE(mExchange->UsesSavedFrameFileAsSource()) << "showing the box is not checking it";
-}
-
-TEST_F(DialogEntryTest, OKHandsOverWhatHasNoPlaceInTheText) {
-    for (const bool draw : {false, true}) {
-        NotingPlatform platform(Script({draw ? "drawFrameNumberCBID=true" : "drawFrameNumberCBID=false"}));
-        Run(mID, Unknown(), platform);
-        SynthexInfo info;
-        mExchange->GetPrefs(info);
-        EXPECT_EQ(info.mDrawFrameNumber, draw);
-    }
+    EXPECT_TRUE(HandedOver("drawFrameNumberCBID=true").mDrawFrameNumber) << "what has no place in the text";
 }
 
 TEST_F(DialogEntryTest, CancelAfterASaveLeavesThatSaveInTheExchange) {
-    SynthexInfo info;
-    NotingPlatform platform(Script(
-        {"frameWidthID=100", "saveToPathButtonID", "drawFrameNumberCBID=false", "frameWidthID=200", "cancel"},
-        {"save=" + (mFolder / "clip.synthex").string()}));
-    Run(mID, Unknown(), platform);
+    const SynthexInfo info = HandedOver(
+        "frameWidthID=100; saveToPathButtonID; drawFrameNumberCBID=false; frameWidthID=200; cancel",
+        "save=" + (mFolder / "clip.synthex").string());
     EXPECT_TRUE(mExchange->WasCancelled());
-    mExchange->GetPrefs(info);
     EXPECT_EQ(info.mFrameWidth, 100u);
     EXPECT_EQ(info.mClipName, u"Default Frame")
         << "a save hands over the settings before it renames the clip";
