@@ -1,5 +1,6 @@
 // The real importer with one fault, for the tests of the checks. The environment's SYNTHEX_FAULT names the
-// fault.
+// fault: one of the table below, "SELECTOR succeeds", or "SELECTOR spoils byte OFFSET of PARAMETER".
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -42,14 +43,6 @@ char* PixelsOf(const Call& call) {
 }
 
 using Fault = std::int32_t (*)(const Call& call);
-
-/// A fault in the bytes of a record that the real importer has answered.
-template <int param, std::ptrdiff_t at>
-std::int32_t SpoiltRecord(const Call& call) {
-    const std::int32_t result = call.Real();
-    Spoil(param == 1 ? call.param1 : call.param2, at);
-    return result;
-}
 
 std::int32_t Hang(const Call&) {
     for (;;) ::pause();
@@ -107,23 +100,7 @@ struct FaultRow {
 };
 
 constexpr FaultRow kFaults[] = {
-    {"initialisation fails", kSelector_Init, AnswerSuccess},
-    {"a capability is missing", kSelector_Init, SpoiltRecord<1, 28>},
-    {"initialisation writes a reserved byte", kSelector_Init, SpoiltRecord<1, 40>},
-    {"initialisation writes behind the record", kSelector_Init, SpoiltRecord<1, 70>},
-    {"initialisation writes before the record", kSelector_Init, SpoiltRecord<1, -1>},
-    {"selector -1 is supported", -1, AnswerSuccess},
-    {"selector 3 is supported", 3, AnswerSuccess},
-    {"selector 58 writes", kSelector_Request58, SpoiltRecord<2, 100>},
-    {"format flags are wrong", kSelector_GetIndFormat, SpoiltRecord<2, 4>},
-    {"pixel formats have no end", kSelector_GetIndPixelFormat, AnswerSuccess},
     {"a missing file is kept", kSelector_OpenFile8, KeepAMissingFile},
-    {"malformed files are read", kSelector_OpenFile8, AnswerSuccess},
-    {"depth is wrong", kSelector_GetInfo8, SpoiltRecord<2, 12>},
-    {"information writes a reserved byte", kSelector_GetInfo8, SpoiltRecord<2, 60>},
-    {"information writes the path's record", kSelector_GetInfo8, SpoiltRecord<1, 28>},
-    {"preferred width is wrong", kSelector_PreferredFrameSize, SpoiltRecord<1, 24>},
-    {"preferences' size is wrong", kSelector_GetPrefs, SpoiltRecord<2, 8>},
     {"preferences are not terminated", kSelector_GetPrefs, PrefsNotTerminated},
     {"a frame is lost", kSelector_GetSourceVideo, LoseAFrame},
     {"frames differ", kSelector_GetSourceVideo, CountInAPixel},
@@ -141,8 +118,15 @@ constexpr FaultRow kFaults[] = {
 extern "C" [[gnu::visibility("default")]] std::int32_t
 xImportEntry(std::int32_t selector, imStdParms* stdParms, void* param1, void* param2) {
     const Call call{selector, stdParms, param1, param2};
-    const char* const name = std::getenv("SYNTHEX_FAULT");
+    const char* const variable = std::getenv("SYNTHEX_FAULT");
+    const char* const name = variable == nullptr ? "" : variable;
     for (const FaultRow& row : kFaults)
-        if (name != nullptr && row.name == name && row.selector == selector) return row.fault(call);
-    return call.Real();
+        if (name == row.name && row.selector == selector) return row.fault(call);
+    int spoilt = 0, at = 0, param = 0;
+    const int found = std::sscanf(name, "%d spoils byte %d of %d", &spoilt, &at, &param);
+    if (found < 1 || spoilt != selector) return call.Real();
+    if (found == 1) return AnswerSuccess(call);
+    const std::int32_t result = call.Real();
+    Spoil(param == 1 ? param1 : param2, at);
+    return result;
 }

@@ -5,6 +5,7 @@
 
 #include <sys/stat.h>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -54,21 +55,15 @@ TEST(Info, SaysWhatTheSamplesAreAndEachRenders) {
     std::string line;
     for (const Row& row : kRows) {
         ASSERT_TRUE(std::getline(lines, line)) << row.name;
-        const std::string prefix = "CvPixelFormat_";
-        const ordered_json wanted = {{"path", Sample(row.name)},
-                                     {"width", row.width},
-                                     {"height", row.height},
-                                     {"parNumerator", row.parNumerator},
-                                     {"parDenominator", row.parDenominator},
-                                     {"fieldType", row.fieldType},
-                                     {"depth", 32},
-                                     {"scale", row.scale},
-                                     {"sampleSize", row.sampleSize},
-                                     {"duration", row.frames * row.sampleSize},
-                                     {"frames", row.frames},
-                                     {"pixelFormat", prefix + row.pixelFormat},
-                                     {"deliveredFormat", prefix + row.deliveredFormat}};
-        EXPECT_EQ(line, wanted.dump());
+        EXPECT_EQ(
+            line,
+            fmt::format(
+                R"({{"path":"{}","width":{},"height":{},"parNumerator":{},"parDenominator":{},"fieldType":{},)"
+                R"("depth":32,"scale":{},"sampleSize":{},"duration":{},"frames":{},)"
+                R"("pixelFormat":"CvPixelFormat_{}","deliveredFormat":"CvPixelFormat_{}"}})",
+                Sample(row.name), row.width, row.height, row.parNumerator, row.parDenominator, row.fieldType,
+                row.scale, row.sampleSize, row.frames * row.sampleSize, row.frames, row.pixelFormat,
+                row.deliveredFormat));
         const ProcessResult picture =
             RunSynthex({"render", Sample(row.name), folder / "a.png", "--frames", "49"});
         EXPECT_THAT(picture.out, testing::HasSubstr("a.png: 1 frame, ")) << picture.err;
@@ -131,7 +126,6 @@ TEST(Info, BadFilesAreRefusedWithNameAndReason) {
         {"/dev/zero", "a pipe or a device"},
         {folder / "5 GB", "5368709120 bytes"},
         {folder.Write("empty", ""), malformed},
-        {folder.Write("cut", R"({"mFrameWidth":)"), malformed},
         {folder.Write("zero bytes", std::string(1000, '\0')), malformed},
         {folder.Write("a text for a number", R"({"mFrameWidth":"720"})"), "bad_any_cast"},
         {folder.Write("100000 levels", R"({"mFramePAR":)" + nested), malformed},

@@ -14,15 +14,10 @@ using testing::AllOf;
 using testing::HasSubstr;
 
 TEST(Usage, HelpTeachesByExample) {
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
-                                                      {"info", "--help"},
-                                                      {"render", "--help"},
-                                                      {"new", "--help"},
-                                                      {"edit", "--help"},
-                                                      {"formats", "--help"},
-                                                      {"validate", "--help"}}) {
-        const ProcessResult result = RunSynthex(arguments);
-        EXPECT_EQ(result.status, 0) << arguments.front();
+    for (const std::string subcommand : {"", "info", "render", "new", "edit", "formats", "validate"}) {
+        const ProcessResult result =
+            subcommand.empty() ? RunSynthex({"--help"}) : RunSynthex({subcommand, "--help"});
+        EXPECT_EQ(result.status, 0) << subcommand;
         EXPECT_THAT(result.out, AllOf(HasSubstr("Examples:\n  synthex "), HasSubstr("Exit status"),
                                       HasSubstr("--bundle")));
     }

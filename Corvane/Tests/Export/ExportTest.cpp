@@ -172,6 +172,8 @@ TEST(Export, WrongRequestsNameWhatWouldBeRight) {
                         {"a", "", {0, 1}, "--format"},
                         {"a.nothing", "", {0, 1}, "choose png, y4m"},
                         {"a.png", "h264", {0, 0}, "no codecs"},
+                        {"a.y4m", "411", {0, 1}, "420"},
+                        {"a.y4m", "420p9", {0, 1}, "420"},
                         {"a.mp4", "nothing", {0, 1}, "h264, ffv1"},
                         {"a.mp4", "v210", {0, 1}, "can't carry v210"},
                         {"a.mp4", "h264:nothing=1", {0, 1}, "no option nothing"},

@@ -58,11 +58,4 @@ TEST(Y4m, HeaderAndPlanesHaveTheirPlaces) {
     }
 }
 
-TEST(Y4m, UnknownSamplingIsAWrongRequest) {
-    TestFrame frame(16, 16, kRK_4444);
-    for (const char* name : {"411", "420p9", "h264", "420p"})
-        EXPECT_THROW(corvane::MakeY4mTarget("/nowhere/a.y4m", name, frame.Facts()), corvane::UsageFailure)
-            << name;
-}
-
 } // namespace

@@ -7,7 +7,6 @@
 
 #include <memory>
 #include <stdexcept>
-#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -23,26 +22,19 @@ TEST(MoskString, ValidTextIsLosslessAndInvalidTextIsRefused) {
     EXPECT_EQ(lumcore::utility::AsciiToUTF16("fps"), u"fps");
 }
 
-struct Owned {
-    explicit Owned(int& count) : deleted(count) {}
-    ~Owned() { ++deleted; }
-    int& deleted;
-};
-
 TEST(ObjectPtr, OnlyTheLastHolderDestroys) {
-    int deleted = 0;
-    auto* const counter = static_cast<std::int32_t*>(Mosk::Allocator::Allocate(sizeof(std::int32_t)));
-    *counter = 2;
+    const auto watched = std::make_shared<int>();
+    using Owned = std::shared_ptr<int>;
     Mosk::ObjectPtr<Owned, Mosk::AtomicValue> first, second;
-    first.mCounter = second.mCounter = counter;
-    first.mObject = second.mObject = new Owned(deleted);
-    first.Reset();
-    first.Reset();
-    EXPECT_EQ(deleted, 0);
+    first.mCounter = second.mCounter =
+        static_cast<std::int32_t*>(Mosk::Allocator::Allocate(sizeof(std::int32_t)));
+    *first.mCounter = 2;
+    first.mObject = second.mObject = new Owned(watched);
+    for (int i = 0; i < 2; ++i) first.Reset();
+    EXPECT_EQ(watched.use_count(), 2);
     second.Reset();
-    EXPECT_EQ(deleted, 1);
-    EXPECT_EQ(second.mCounter, nullptr);
-    EXPECT_EQ(second.mObject, nullptr);
+    EXPECT_EQ(watched.use_count(), 1);
+    EXPECT_TRUE(second.mCounter == nullptr && second.mObject == nullptr);
 }
 
 TEST(Alerts, ReachTheNewestSinkOfTheThread) {

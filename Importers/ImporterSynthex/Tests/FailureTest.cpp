@@ -43,21 +43,13 @@ class FailureTest : public PluginTest {
     ~FailureTest() override { corvane::SetSuiteRefusal(nullptr); }
 
     /// Asks a clip of these settings for its first frame, which it can't make.
-    Answer AskForFrame(const char* settings) {
-        imFileInfoRec8 info;
-        EXPECT_EQ(GetInfo(u"/none", settings, nullptr, info).result, 0);
-        auto record = HostRecord<imSourceVideoRec>();
+    Answer FailFrame(const char* settings) {
         CvVexelHandle handle = nullptr;
-        record.mPrivateData = mInstance = info.mPrivateData;
-        record.mFrameTime = 0;
-        record.mFrame = &handle;
-        const Answer answer = mBundle.CallForFrame(record);
+        const Answer answer = AskForFrame(settings, 0, handle);
+        EXPECT_EQ(answer.result, 3);
         EXPECT_EQ(handle, nullptr);
-        Close(mInstance);
         return answer;
     }
-
-    void* mInstance = nullptr;
 };
 
 TEST_F(FailureTest, TheMessageToTheLetter) {
@@ -77,8 +69,7 @@ TEST_F(FailureTest, TheMessageToTheLetter) {
 }
 
 TEST_F(FailureTest, AFrameNamesItsInstanceInTheMessage) {
-    const Answer answer = AskForFrame(R"({"mPixelFormat": 305419896, "mFrameWidth": 2, "mFrameHeight": 2})");
-    EXPECT_EQ(answer.result, 3);
+    const Answer answer = FailFrame(R"({"mPixelFormat": 305419896, "mFrameWidth": 2, "mFrameHeight": 2})");
     const auto low = static_cast<unsigned>(reinterpret_cast<std::uintptr_t>(mInstance));
     EXPECT_EQ(
         answer.alert.find(fmt::format("plugin.CvImportModule  importmod:0x{:x} Threw an EXCEPTION during  "
@@ -97,8 +88,7 @@ TEST_F(FailureTest, ARefusedSuiteIsReportedAndTheNextRequestWorks) {
     EXPECT_EQ(GetInfo(u"/none", kDistinctSettings, nullptr, info).result, 3);
     for (const char* const refused : {kCvVexelCreator2Suite, kCvVexelSuite}) {
         sRefused = refused;
-        const Answer answer = AskForFrame(kDistinctSettings);
-        EXPECT_EQ(answer.result, 3) << refused;
+        const Answer answer = FailFrame(kDistinctSettings);
         EXPECT_NE(answer.alert.find(refused), std::string::npos) << answer.alert;
     }
 }

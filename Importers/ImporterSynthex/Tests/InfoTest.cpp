@@ -4,6 +4,8 @@
 
 #include <array>
 
+#include <fmt/format.h>
+
 #include "lummediatypes.h"
 
 namespace {
@@ -74,9 +76,9 @@ TEST_F(InfoTest, RatesAndDurationsAtTheirLimits) {
         {18201359701324800, 4237833600, 60000, 1001, 4294968u * 1001u},
     };
     for (const auto& row : kRows) {
-        const std::string prefs = R"({"mVideoDuration":{"ticks":)" + std::to_string(row.ticks) +
-                                  R"(},"mVideoFrameRate":{"ticksperframe":)" +
-                                  std::to_string(row.ticksPerFrame) + "}}";
+        const std::string prefs =
+            fmt::format(R"({{"mVideoDuration":{{"ticks":{}}},"mVideoFrameRate":{{"ticksperframe":{}}}}})",
+                        row.ticks, row.ticksPerFrame);
         imFileInfoRec8 info;
         ASSERT_EQ(GetInfo(u"/none", prefs.c_str(), nullptr, info).result, 0);
         EXPECT_EQ((std::array<std::uint32_t, 3>{info.mScale, info.mSampleSize, info.mDuration}),

@@ -15,6 +15,14 @@
 #include "Mosk.h"
 #include "Tests/TestFolder.h"
 
+/// The bytes of a record.
+template <class Record>
+std::vector<unsigned char> Bytes(const Record& record) {
+    std::vector<unsigned char> bytes(sizeof record);
+    std::memcpy(bytes.data(), &record, sizeof record);
+    return bytes;
+}
+
 /// The loaded plug-in, and a folder for its files.
 class PluginTest : public testing::Test {
   protected:
@@ -49,19 +57,29 @@ class PluginTest : public testing::Test {
         return mBundle.Call(kSelector_GetInfo8, &access, &info);
     }
 
+    /// Selector 47 of a clip of these settings, which is closed again. `handle` is what is in the handle's
+    /// place.
+    corvane::Answer AskForFrame(const char* settings, std::int64_t ticks, CvVexelHandle& handle) {
+        imFileInfoRec8 info;
+        EXPECT_EQ(GetInfo(u"/none", settings, nullptr, info).result, 0) << settings;
+        handle = nullptr;
+        auto record = corvane::HostRecord<imSourceVideoRec>();
+        record.mPrivateData = mInstance = info.mPrivateData;
+        record.mFrameTime = ticks;
+        record.mFrame = &handle;
+        const auto before = Bytes(record);
+        const corvane::Answer answer = mBundle.CallForFrame(record);
+        EXPECT_EQ(Bytes(record), before) << "only the handle's place is written";
+        EXPECT_EQ(Close(mInstance), 0);
+        return answer;
+    }
+
     int Close(void* instance) const { return mBundle.Call(kSelector_CloseFile, nullptr, instance).result; }
 
     corvane::Bundle mBundle{BundlePath()};
     corvane::testing::TestFolder mFolder;
+    void* mInstance = nullptr; ///< of the last frame that was asked for, and closed
 };
-
-/// The bytes of a record.
-template <class Record>
-std::vector<unsigned char> Bytes(const Record& record) {
-    std::vector<unsigned char> bytes(sizeof record);
-    std::memcpy(bytes.data(), &record, sizeof record);
-    return bytes;
-}
 
 /// A record's expected bytes: untouched ones, with values put at offsets.
 class ExpectedBytes {

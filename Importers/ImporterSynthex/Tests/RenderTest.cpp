@@ -49,17 +49,8 @@ class RenderTest : public PluginTest {
   protected:
     /// The frame of such a clip at a time; empty where the answer is not 0, which `result` then holds.
     corvane::Frame Render(const std::string& settings, std::int64_t ticks) {
-        imFileInfoRec8 info;
-        EXPECT_EQ(GetInfo(u"/none", settings.c_str(), nullptr, info).result, 0) << settings;
         CvVexelHandle handle = nullptr;
-        auto record = corvane::HostRecord<imSourceVideoRec>();
-        record.mPrivateData = info.mPrivateData;
-        record.mFrameTime = ticks;
-        record.mFrame = &handle;
-        const auto before = Bytes(record);
-        mResult = mBundle.CallForFrame(record).result;
-        EXPECT_EQ(Bytes(record), before) << "only the handle's place is written";
-        EXPECT_EQ(Close(info.mPrivateData), 0);
+        mResult = AskForFrame(settings.c_str(), ticks, handle).result;
         if (mResult == 0) return corvane::Frame(handle);
         if (handle != nullptr) corvane::VexelSuite()->Dispose(handle);
         return {};
