@@ -2,8 +2,6 @@
 // that is not the true one, alpha lost without a word.
 #include "Export/ExportChoices.h"
 
-#include <regex>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -33,13 +31,15 @@ void ExpectReadsAgain(const TestFolder& folder, const ExportChoice& choice, cons
         EXPECT_EQ(fs::file_size(file) % (frames * clip.Info().width * clip.Info().height), 0u);
     } else if (format == "framemd5") {
         const std::string text = corvane::testing::ReadFile(file);
-        const std::regex line("\n0, .*[0-9a-f]{32}");
-        EXPECT_EQ(std::distance(std::sregex_iterator(text.begin(), text.end(), line), {}), kFrames);
+        int lines = 0;
+        for (std::size_t at = text.find("\n0, "); at != text.npos; at = text.find("\n0, ", at + 1)) ++lines;
+        EXPECT_EQ(lines, kFrames);
     } else {
         auto found = corvane::testing::Probe(file, "stream=nb_read_frames,pix_fmt,width");
         EXPECT_EQ(found["nb_read_frames"], format == "png" ? "1" : std::to_string(frames));
         EXPECT_EQ(found["width"], std::to_string(clip.Info().width));
-        EXPECT_EQ(std::regex_search(found["pix_fmt"], std::regex("yuva|bgra|rgba|gbrap")), alpha)
+        const auto holds = [&](const char* name) { return found["pix_fmt"].find(name) != std::string::npos; };
+        EXPECT_EQ(holds("yuva") || holds("bgra") || holds("rgba") || holds("gbrap"), alpha)
             << found["pix_fmt"];
     }
 }
