@@ -82,9 +82,10 @@ MainWindow::MainWindow(QtPlatform& platform, std::shared_ptr<Bundle> bundle, Opt
 
 MainWindow::~MainWindow() {
     mPlatform.SetMainWindow(nullptr);
-    // What they watch goes before them.
+    // They watch members, which go before the window's children would.
     delete mProjectActions;
     delete mClipActions;
+    delete mExports;
     delete centralWidget();
 }
 
