@@ -4,6 +4,7 @@
 
 #include <future>
 #include <map>
+#include <utility>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
