@@ -100,7 +100,14 @@ void MainWindow::RestoreState() {
 
 void MainWindow::Begin(const QStringList& files) {
     mProjectActions->OfferLost();
-    OpenFiles(files);
+    // A project that was recovered is open already, with what its file does not hold.
+    QStringList others = files;
+    others.removeIf([this](const QString& file) {
+        const std::filesystem::path path = QFile::encodeName(file).toStdString();
+        return !mDocument.GetPath().empty() &&
+               std::filesystem::absolute(path).lexically_normal() == mDocument.GetPath();
+    });
+    OpenFiles(others);
 }
 
 void MainWindow::OpenFiles(const QStringList& files) {
