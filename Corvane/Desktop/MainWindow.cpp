@@ -114,10 +114,12 @@ void MainWindow::OpenFiles(const QStringList& files) {
     QString project;
     QStringList clips;
     for (const QString& file : files) {
-        if (file.endsWith(QLatin1StringView(kProjectSuffix), Qt::CaseInsensitive))
+        if (!file.endsWith(QLatin1StringView(kProjectSuffix), Qt::CaseInsensitive))
+            clips << file;
+        else if (project.isEmpty())
             project = file;
         else
-            clips << file;
+            mMessages->Tell(tr("%1: one project is open at a time; open this one by itself.").arg(file));
     }
     if (!project.isEmpty()) mProjectActions->Open(QFile::encodeName(project).toStdString());
     if (!clips.isEmpty()) mClipActions->AddFiles(clips);
