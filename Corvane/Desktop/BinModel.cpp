@@ -5,8 +5,8 @@
 #include <utility>
 
 #include <QApplication>
-#include <QIcon>
 #include <QPainter>
+#include <QPixmap>
 #include <QStyle>
 
 #include "ClipText.h"
@@ -71,7 +71,7 @@ void BinModel::Follow() {
         const int row = static_cast<int>(place);
         if (IdAt(row) != clip->id) {
             beginInsertRows({}, row, row);
-            mRows.insert(mRows.begin() + row, Row{.wanted = clip, .loaded = {}, .picture = {}});
+            mRows.insert(mRows.begin() + row, Row{.wanted = clip, .loaded = {}, .picture = mNoPicture});
             endInsertRows();
             mLoader.Request(*clip);
         } else if (const auto before = std::exchange(mRows[place].wanted, clip); before != clip) {
@@ -95,7 +95,7 @@ void BinModel::Take(const LoadedClip& loaded) {
 }
 
 /// The thumbnail, or the mark of a clip that can't be shown, in the middle of the room that all rows have.
-QPixmap BinModel::PictureOf(const LoadedClip& loaded) const {
+QIcon BinModel::PictureOf(const LoadedClip& loaded) const {
     QPixmap picture(mThumbnail * mRatio);
     picture.setDevicePixelRatio(mRatio);
     picture.fill(Qt::transparent);
@@ -111,7 +111,11 @@ QPixmap BinModel::PictureOf(const LoadedClip& loaded) const {
         const QIcon mark = QApplication::style()->standardIcon(QStyle::SP_MessageBoxWarning);
         mark.paint(&painter, QRect(QPoint(), mThumbnail));
     }
-    return picture;
+    painter.end();
+    QIcon icon(picture);
+    // Its colors are what it is about: a style would tint those of a selected row.
+    icon.addPixmap(picture, QIcon::Selected);
+    return icon;
 }
 
 void BinModel::Reload(const std::filesystem::path& file) {
@@ -172,7 +176,7 @@ QVariant BinModel::data(const QModelIndex& index, int role) const {
         if (index.column() != kName) return {};
         // The view asks for what it shows.
         if (!row.loaded) mLoader.Hurry(row.wanted->id);
-        return row.loaded ? row.picture : mNoPicture;
+        return row.picture;
     default: return {};
     }
 }

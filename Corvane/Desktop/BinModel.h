@@ -4,7 +4,7 @@
 #include <vector>
 
 #include <QAbstractTableModel>
-#include <QPixmap>
+#include <QIcon>
 
 #include "ClipLoader.h"
 #include "Document.h"
@@ -31,6 +31,8 @@ class BinModel final : public QAbstractTableModel {
     /// What is known of a row's clip; null while it has not been opened.
     const LoadedClip* LoadedAt(int row) const;
     const ProjectClip& ClipAt(int row) const { return *mRows[static_cast<std::size_t>(row)].wanted; }
+    /// The room for a picture, in device-independent pixels.
+    QSize ThumbnailSize() const { return mThumbnail; }
     /// Opens again what can't be shown and what changed on the disk.
     void Refresh();
 
@@ -50,7 +52,7 @@ class BinModel final : public QAbstractTableModel {
     struct Row {
         std::shared_ptr<const ProjectClip> wanted;
         std::unique_ptr<LoadedClip> loaded; // of an earlier source until the wanted one is there
-        QPixmap picture;                    // as large as any other row's
+        QIcon picture;                      // as large as any other row's
     };
 
     void Follow();
@@ -59,14 +61,14 @@ class BinModel final : public QAbstractTableModel {
     void RemoveMissing(const Project& project);
     QString Text(const Row& row, int column) const;
     QString ToolTip(const Row& row) const;
-    QPixmap PictureOf(const LoadedClip& loaded) const;
+    QIcon PictureOf(const LoadedClip& loaded) const;
 
     Document& mDocument;
     const QSize mThumbnail;
     const qreal mRatio;
     FileWatcher mWatcher;
     mutable ClipLoader mLoader; // asking what a row shows lets its clip come next
-    QPixmap mNoPicture;
+    QIcon mNoPicture;
     std::vector<Row> mRows;
 };
 

@@ -23,6 +23,7 @@ BinView::BinView(BinModel& model, QWidget* parent) : QTreeView(parent), mModel(m
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     setContextMenuPolicy(Qt::ActionsContextMenu);
     setModel(&model);
+    setIconSize(model.ThumbnailSize());
     constexpr int kWidths[BinModel::kColumns] = {220, 125, 80, 90, 180, 130};
     for (int column = 0; column < BinModel::kColumns; ++column) setColumnWidth(column, kWidths[column]);
     for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})

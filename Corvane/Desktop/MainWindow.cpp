@@ -82,9 +82,10 @@ MainWindow::MainWindow(QtPlatform& platform, std::shared_ptr<Bundle> bundle, Opt
 
 MainWindow::~MainWindow() {
     mPlatform.SetMainWindow(nullptr);
-    // What they watch goes before them.
+    // They watch members, which go before the window's children would.
     delete mProjectActions;
     delete mClipActions;
+    delete mExports;
     delete centralWidget();
 }
 
@@ -99,17 +100,26 @@ void MainWindow::RestoreState() {
 
 void MainWindow::Begin(const QStringList& files) {
     mProjectActions->OfferLost();
-    OpenFiles(files);
+    // A project that was recovered is open already, with what its file does not hold.
+    QStringList others = files;
+    others.removeIf([this](const QString& file) {
+        const std::filesystem::path path = QFile::encodeName(file).toStdString();
+        return !mDocument.GetPath().empty() &&
+               std::filesystem::absolute(path).lexically_normal() == mDocument.GetPath();
+    });
+    OpenFiles(others);
 }
 
 void MainWindow::OpenFiles(const QStringList& files) {
     QString project;
     QStringList clips;
     for (const QString& file : files) {
-        if (file.endsWith(QLatin1StringView(kProjectSuffix), Qt::CaseInsensitive))
+        if (!file.endsWith(QLatin1StringView(kProjectSuffix), Qt::CaseInsensitive))
+            clips << file;
+        else if (project.isEmpty())
             project = file;
         else
-            clips << file;
+            mMessages->Tell(tr("%1: one project is open at a time; open this one by itself.").arg(file));
     }
     if (!project.isEmpty()) mProjectActions->Open(QFile::encodeName(project).toStdString());
     if (!clips.isEmpty()) mClipActions->AddFiles(clips);

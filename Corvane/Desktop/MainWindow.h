@@ -37,7 +37,7 @@ class MainWindow final : public QMainWindow {
 
     /// Offers what an earlier process left behind, and opens files.
     void Begin(const QStringList& files);
-    /// Opens projects and settings files: of projects the last one, and the settings files in it.
+    /// Opens projects and settings files: of projects the first one, and the settings files in it.
     void OpenFiles(const QStringList& files);
     /// Ends what runs and keeps what is not saved, without asking anything. For the end of the process.
     void PrepareToEnd();

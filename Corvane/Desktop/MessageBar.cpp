@@ -9,7 +9,7 @@ namespace corvane::desktop {
 namespace {
 
 /// Sentences shown at a time; further ones take the place of the first.
-constexpr int kMost = 5;
+constexpr int kMost = 12;
 
 } // namespace
 

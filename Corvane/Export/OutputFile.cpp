@@ -2,6 +2,9 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <map>
+#include <memory>
+#include <mutex>
 #include <system_error>
 #include <utility>
 
@@ -65,6 +68,41 @@ mode_t ModeForNewFiles() {
     return 0666 & ~mask;
 }
 
+/// The temporary files that there are, for the end of a process that comes in the middle of an export without
+/// the export being told, as when the display goes away: what `exit` runs removes them.
+class Temporaries {
+  public:
+    static Temporaries& Get() {
+        // Never destroyed: threads may still come here while the process ends.
+        alignas(Temporaries) static std::byte place[sizeof(Temporaries)];
+        static Temporaries* const only = std::construct_at(reinterpret_cast<Temporaries*>(place));
+        return *only;
+    }
+
+    void Add(const fs::path& file) {
+        const std::lock_guard lock(mMutex);
+        mFiles.emplace(file, getpid());
+    }
+    void Remove(const fs::path& file) {
+        const std::lock_guard lock(mMutex);
+        mFiles.erase(file);
+    }
+
+    Temporaries() {
+        std::atexit([] {
+            Temporaries& all = Get();
+            const std::lock_guard lock(all.mMutex);
+            // Not those of a process that this one was forked from.
+            for (const auto& [file, process] : all.mFiles)
+                if (process == getpid()) unlink(file.c_str());
+        });
+    }
+
+  private:
+    std::mutex mMutex;
+    std::map<fs::path, pid_t> mFiles; // with the process that made them
+};
+
 } // namespace
 
 Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
@@ -109,7 +147,9 @@ OutputFile::OutputFile(OutputFile&& other) noexcept
       mName(std::move(other.mName)), mFd(std::move(other.mFd)), mWritten(other.mWritten) {}
 
 OutputFile::~OutputFile() {
-    if (IsRegular()) unlink(mTemporary.c_str());
+    if (!IsRegular()) return;
+    unlink(mTemporary.c_str());
+    Temporaries::Get().Remove(mTemporary);
 }
 
 void OutputFile::OpenAsIs() {
@@ -126,6 +166,7 @@ void OutputFile::OpenTemporary() {
     mFd = Descriptor(mkostemp(name.data(), O_CLOEXEC));
     if (!mFd) FailToMake(mName, folder, errno);
     mTemporary = name;
+    Temporaries::Get().Add(mTemporary);
 }
 
 void OutputFile::Write(std::span<const std::byte> bytes) {
@@ -159,6 +200,7 @@ void OutputFile::Commit() {
     Close();
     if (!IsRegular()) return;
     if (rename(mTemporary.c_str(), mPath.c_str()) != 0) FailToMake(mName, FolderOf(mPath), errno);
+    Temporaries::Get().Remove(mTemporary);
     mTemporary.clear();
 }
 

@@ -60,15 +60,16 @@ TEST(Render, WhatCanNotBeWrittenIsNamedAndLeavesNothing) {
     fs::create_directory(folder / "folder.raw");
     fs::create_directory(folder / "closed");
     fs::permissions(folder / "closed", fs::perms(0555));
-    const auto expectRefused = [&](const std::string& name, const ProcessOptions& options) {
+    const auto expectRefused = [&](const std::string& name, const char* said, const ProcessOptions& options) {
         const fs::path out = folder.Path() / name;
-        ExpectRefused({"render", Sample("defaults"), out, "--frames", "0:9"}, 1, out.parent_path(), "",
+        ExpectRefused({"render", Sample("defaults"), out, "--frames", "0:9"}, 1, out.parent_path(), said,
                       options);
     };
-    for (const char* const name : {"none/out.raw", "folder.raw"}) expectRefused(name, {});
+    expectRefused("none/out.raw", "make it first", {});
+    expectRefused("folder.raw", "name a file", {});
     if (RunsUnprivileged()) // root may write there
         for (const char* const name : {"raw", "y4m", "mp4", "%d.png"})
-            expectRefused(std::string("closed/out.") + name, {.unprivileged = true});
+            expectRefused(std::string("closed/out.") + name, "may not be written to", {.unprivileged = true});
     EXPECT_THAT(folder.Names(), ElementsAre("closed", "folder.raw"));
     EXPECT_TRUE(fs::is_empty(folder / "closed"));
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <QApplication>
+#include <QTemporaryDir>
 #include <QTimer>
 
 namespace {
@@ -27,6 +28,10 @@ class PlatformEnvironment : public testing::Environment {
 
 corvane::desktop::QtPlatform& Platform() {
     if (!gPlatform) {
+        // Of each process its own, since many run at a time, and not the person's.
+        static const QTemporaryDir home;
+        for (const char* const kept : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+            qputenv(kept, home.path().toLocal8Bit());
         gPlatform = std::make_unique<corvane::desktop::QtPlatform>(corvane::DesktopOptions{});
         qInstallMessageHandler(&FailOnWarning);
     }

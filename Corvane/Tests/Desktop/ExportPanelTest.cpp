@@ -21,11 +21,11 @@
 #include <QToolButton>
 #include <gtest/gtest.h>
 
-#include "ExportTests/TestClips.h"
-#include "ExportTests/TestFrames.h"
 #include "Desktop/ExportDialog.h"
 #include "Desktop/ExportRow.h"
 #include "DesktopFixture.h"
+#include "ExportTests/TestClips.h"
+#include "ExportTests/TestFrames.h"
 
 namespace {
 

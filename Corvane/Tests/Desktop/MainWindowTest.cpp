@@ -1,5 +1,6 @@
 // Faults sought: work that is lost, a step that undo does not take back, one bad clip that spoils the others,
 // files that change unnoticed, dialogs without the main window behind them.
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -15,6 +16,7 @@
 #include <QTest>
 #include <gmock/gmock.h>
 
+#include "Desktop/ExportPanel.h"
 #include "Desktop/NumberField.h"
 #include "Engine/Failure.h"
 #include "Engine/ProjectFile.h"
@@ -24,6 +26,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using corvane::desktop::BinModel;
+using corvane::desktop::ExportPanel;
 using corvane::desktop::NumberField;
 using corvane::desktop::Viewer;
 using testing::HasSubstr;
@@ -201,36 +204,78 @@ TEST_F(WindowTest, UnsavedChangesAreAskedFor) {
     EXPECT_TRUE(fs::is_empty(unsaved)) << "what was given up is offered again";
 }
 
-TEST_F(WindowTest, WhatAKilledProgramDidNotSaveIsOffered) {
-    QProcess program;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_DATA_HOME"), mFolder.path());
-    program.setProcessEnvironment(environment);
-    program.start(QStringLiteral(SYNTHEX_BUILD_DIR "/bin/synthex"),
-                  {QStringLiteral("desktop"), QString::fromStdString(Write("file.synthex").string())});
+TEST_F(WindowTest, WhatAnEndedProgramDidNotSaveIsOffered) {
     const fs::path unsaved = Folder() / "Synthex/synthex/unsaved";
-    WaitUntil([&] { return HasUnsaved(unsaved); }, "what is kept of a running program");
-    corvane::desktop::Document document;
-    EXPECT_FALSE(corvane::desktop::Autosave(document, unsaved).TakeLost()) << "its program is still there";
-    program.kill();
-    program.waitForFinished();
+    struct Row {
+        void (QProcess::*end)();
+        QProcess::ExitStatus status;
+    };
+    for (const Row& row :
+         {Row{&QProcess::kill, QProcess::CrashExit}, Row{&QProcess::terminate, QProcess::NormalExit}}) {
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("XDG_DATA_HOME"), mFolder.path());
+        program.setProcessEnvironment(environment);
+        program.start(QStringLiteral(SYNTHEX_BUILD_DIR "/bin/synthex"),
+                      {QStringLiteral("desktop"), QString::fromStdString(Write("file.synthex").string())});
+        WaitUntil([&] { return HasUnsaved(unsaved); }, "what is kept of a running program");
+        corvane::desktop::Document document;
+        EXPECT_FALSE(corvane::desktop::Autosave(document, unsaved).TakeLost())
+            << "its program is still there";
+        (program.*row.end)();
+        program.waitForFinished();
+        EXPECT_EQ(program.exitStatus(), row.status);
+        if (row.status == QProcess::NormalExit) {
+            EXPECT_EQ(program.exitCode(), 128 + SIGTERM);
+        }
 
-    fs::remove_all(Folder() / "unsaved");
-    fs::copy(unsaved, Folder() / "unsaved");
-    Restart();
-    WhenShown([](QDialog& dialog) {
-        EXPECT_EQ(dialog.objectName(), QStringLiteral("recover"));
-        QTest::keyClick(&dialog, Qt::Key_Return);
-    });
-    mWindow->Begin({});
-    WaitForClips();
-    ASSERT_EQ(Model().rowCount(), 1);
-    EXPECT_EQ(Cell(0, BinModel::kSize), "64 × 48");
-    EXPECT_TRUE(mWindow->isWindowModified());
-    // It is this program's now, and kept until it is saved.
-    corvane::SaveProject(Project(), Folder() / "it.cvproj");
+        fs::remove_all(Folder() / "unsaved");
+        fs::rename(unsaved, Folder() / "unsaved");
+        Restart();
+        WhenShown([](QDialog& dialog) {
+            EXPECT_EQ(dialog.objectName(), QStringLiteral("recover"));
+            QTest::keyClick(&dialog, Qt::Key_Return);
+        });
+        mWindow->Begin({});
+        WaitForClips();
+        ASSERT_EQ(Model().rowCount(), 1);
+        EXPECT_EQ(Cell(0, BinModel::kSize), "64 × 48");
+        EXPECT_TRUE(mWindow->isWindowModified());
+        // It is this program's now, and kept until it is saved.
+        mWindow->GetDocument().Save(Folder() / "it.cvproj");
+        EXPECT_TRUE(fs::is_empty(Folder() / "unsaved"));
+    }
+}
+
+TEST_F(WindowTest, ExportsRunBehindTheWindow) {
+    Open(Write("file.synthex"));
     mWindow->GetDocument().Save(Folder() / "it.cvproj");
-    EXPECT_TRUE(fs::is_empty(Folder() / "unsaved"));
+    const auto exportTo = [this](const char* name) {
+        WhenShown([&, name](QDialog& dialog) {
+            EXPECT_EQ(dialog.parentWidget(), mWindow.get());
+            auto& path = Find<QLineEdit>(dialog, "exportPath");
+            EXPECT_EQ(path.text().toStdString(), Folder() / "file.mp4");
+            path.setText(mFolder.filePath(QString::fromLatin1(name)));
+            dialog.accept();
+        });
+        Choose("Export");
+    };
+    auto& panel = *mWindow->findChild<ExportPanel*>();
+    exportTo("a.mp4");
+    EXPECT_TRUE(panel.isVisible());
+    WaitUntil([&] { return !panel.HasUnfinishedJobs(); }, "the export");
+    EXPECT_GT(fs::file_size(Folder() / "a.mp4"), 1000u);
+
+    // One that would take for ever.
+    Write("file.synthex",
+          R"(,"mFrameWidth":1920,"mFrameHeight":1080,"mVideoDuration":{"ticks":25427001600000000})");
+    WaitUntil([&] { return Cell(0, BinModel::kSize) == "1920 × 1080"; }, "the long clip");
+    exportTo("b.mp4");
+    WhenShown(Press(QMessageBox::No));
+    EXPECT_FALSE(mWindow->close());
+    panel.CancelAll();
+    WaitUntil([&] { return !panel.HasUnfinishedJobs(); }, "the end of the export");
+    EXPECT_FALSE(fs::exists(Folder() / "b.mp4"));
 }
 
 TEST_F(WindowTest, NewClipsBeginWithTheSequence) {

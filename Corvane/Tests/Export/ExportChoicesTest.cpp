@@ -2,8 +2,6 @@
 // that is not the true one, alpha lost without a word.
 #include "Export/ExportChoices.h"
 
-#include <regex>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -30,12 +28,19 @@ void ExpectReadsAgain(const TestFolder& folder, const ExportChoice& choice, cons
     const fs::path file = folder / folder.Names().at(0);
     EXPECT_EQ(folder.Names().size(), choice.naming == ExportNaming::kPictures ? frames : 1);
     EXPECT_GT(fs::file_size(file), 0u);
-    if (format == "raw" || format == "framemd5") return;
-    auto found = corvane::testing::Probe(file, "stream=nb_read_frames,pix_fmt,width");
-    EXPECT_EQ(found["nb_read_frames"], format == "png" ? "1" : std::to_string(frames));
-    EXPECT_EQ(found["width"], std::to_string(clip.Info().width));
-    EXPECT_EQ(std::regex_search(found["pix_fmt"], std::regex("yuva|bgra|rgba|gbrap")), alpha)
-        << found["pix_fmt"];
+    if (format == "framemd5") {
+        const std::string text = corvane::testing::ReadFile(file);
+        int lines = 0;
+        for (std::size_t at = text.find("\n0, "); at != text.npos; at = text.find("\n0, ", at + 1)) ++lines;
+        EXPECT_EQ(lines, kFrames);
+    } else if (format != "raw") {
+        auto found = corvane::testing::Probe(file, "stream=nb_read_frames,pix_fmt,width");
+        EXPECT_EQ(found["nb_read_frames"], format == "png" ? "1" : std::to_string(frames));
+        EXPECT_EQ(found["width"], std::to_string(clip.Info().width));
+        const auto holds = [&](const char* name) { return found["pix_fmt"].find(name) != std::string::npos; };
+        EXPECT_EQ(holds("yuva") || holds("bgra") || holds("rgba") || holds("gbrap"), alpha)
+            << found["pix_fmt"];
+    }
 }
 
 /// Exports the clip by every choice, and compares with what was said of it.

@@ -4,6 +4,7 @@
 
 #include <future>
 #include <map>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -88,12 +89,13 @@ TEST(ExportQueue, CancelledJobsLeaveNothingAndTheOthersGoOn) {
     const TestFolder folder;
     Notes notes;
     std::promise<void> added, thirdRuns;
+    bool thirdRan = false;
     {
         ExportQueue queue(corvane::testing::LoadBundle(), notes.Listener());
         notes.onProgress = [&](ExportQueue::ID id) {
             if (id == 3) {
-                notes.onProgress = nullptr;
-                return thirdRuns.set_value();
+                if (!std::exchange(thirdRan, true)) thirdRuns.set_value();
+                return;
             }
             if (queue.Status(2)->IsFinished()) return;
             added.get_future().wait();

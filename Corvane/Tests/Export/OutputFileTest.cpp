@@ -89,4 +89,15 @@ TEST(OutputFile, NamesTheFileAndTheRemedy) {
     EXPECT_THAT(folder.Names(), ElementsAre("file"));
 }
 
+TEST(OutputFile, AProcessThatEndsInTheMiddleLeavesNothing) {
+    const TestFolder folder;
+    const auto end = [&] {
+        OutputFile file(folder / "file");
+        file.Write(Bytes("half"));
+        std::exit(0);
+    };
+    EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
+    EXPECT_THAT(folder.Names(), testing::IsEmpty());
+}
+
 } // namespace
