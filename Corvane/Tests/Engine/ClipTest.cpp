@@ -89,13 +89,16 @@ TEST(ThreadedRender, FramesAreTheSameFromManyThreads) {
 }
 
 TEST(ThreadedRender, ClipsOpenAndCloseWhileOthersRender) {
-    const auto clip = OpenClip("");
+    // One bundle: it is what lets the selectors wait for each other.
+    const auto bundle = std::make_shared<corvane::Bundle>(corvane::testing::BundlePath());
+    const auto open = [&] { return Clip::OpenPrefs(bundle, "clip", corvane::testing::SettingsText("")); };
+    const auto clip = open();
     const std::vector<std::byte> expected = PixelsOf(clip->GetFrame(7));
     std::vector<std::jthread> threads;
     std::atomic<int> wrong{0};
     for (int t = 0; t < 2; ++t)
         threads.emplace_back([&] {
-            for (int i = 0; i < 100; ++i) wrong += OpenClip("")->Info().frames != 10;
+            for (int i = 0; i < 100; ++i) wrong += open()->Info().frames != 10;
         });
     threads.emplace_back([&] {
         for (int i = 0; i < 100; ++i) wrong += PixelsOf(clip->GetFrame(7)) != expected;
