@@ -6,7 +6,7 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QDeadlineTimer>
-#include <QStandardPaths>
+#include <QSettings>
 #include <QTimer>
 
 using corvane::desktop::BinModel;
@@ -30,6 +30,7 @@ void WaitUntil(const std::function<bool()>& done, const char* what) {
 
 WindowTest::WindowTest() {
     Platform();
+    QSettings().clear(); // what an earlier test of this process chose
     Restart();
 }
 
