@@ -15,8 +15,8 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
-#include "Desktop/MainWindow.h"
-#include "Desktop/QtPlatform.h"
+#include "Desktop/Toolkit/QtPlatform.h"
+#include "Desktop/Window/MainWindow.h"
 
 namespace {
 

@@ -10,8 +10,8 @@
 
 #include "Engine/Bundle.h"
 #include "Engine/Records.h"
-#include "Services/ScriptedPlatform.h"
-#include "Services/Suites.h"
+#include "Services/Frames/Suites.h"
+#include "Services/UI/ScriptedPlatform.h"
 
 namespace {
 

@@ -25,7 +25,7 @@
 #include <fmt/format.h>
 
 #include "Engine/Clip.h"
-#include "Services/FrameBuffers.h"
+#include "Services/Frames/FrameBuffers.h"
 
 namespace {
 

@@ -18,8 +18,8 @@
 #include <QTimer>
 #include <benchmark/benchmark.h>
 
-#include "Desktop/Display.h"
-#include "Desktop/Viewer.h"
+#include "Desktop/Loader/Display.h"
+#include "Desktop/Viewer/Viewer.h"
 
 namespace {
 

@@ -16,6 +16,8 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# The target all_verify_interface_header_sets compiles every header alone.
+set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
 
 # The build tree has the layout of the installed tree, so that programs find the bundle in both the same way.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_BINDIR})
@@ -26,10 +28,8 @@ set(CMAKE_INSTALL_RPATH "$ORIGIN/../lib")
 set(CMAKE_BUILD_WITH_INSTALL_RPATH OFF)
 
 add_compile_options(
-    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wall -Wextra -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
     -Werror
-    # __int128, and references to packed fields only where the compiler proves them harmless
-    -Wno-pedantic
     # No fused multiply-add: the same bytes on every machine.
     -ffp-contract=off)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

@@ -12,7 +12,7 @@ namespace corvane::commandline {
 struct CheckProcessEnd {
     bool inOrder = false;  ///< whether it ended by itself and said that all is well
     bool timedOut = false; ///< whether the time limit passed; it was ended then
-    std::string how;       ///< as a clause ("while initialising, the plug-in ended the process: Aborted")
+    std::string how;       ///< as a clause ("while initializing, the plug-in ended the process: Aborted")
 };
 
 /// Told of each finished check: why it failed, or an empty text.

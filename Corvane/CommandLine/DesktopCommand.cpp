@@ -1,5 +1,5 @@
 #include "Commands.h"
-#include "Desktop/DesktopLoader.h"
+#include "Desktop/Loader/DesktopLoader.h"
 
 namespace corvane::commandline {
 

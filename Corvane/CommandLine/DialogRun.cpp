@@ -5,10 +5,10 @@
 #include <fmt/format.h>
 
 #include "Console.h"
-#include "Desktop/DesktopLoader.h"
+#include "Desktop/Loader/DesktopLoader.h"
 #include "Engine/Clip.h"
 #include "Engine/TextFile.h"
-#include "Services/ScriptedPlatform.h"
+#include "Services/UI/ScriptedPlatform.h"
 
 namespace corvane::commandline {
 

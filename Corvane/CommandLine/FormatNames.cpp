@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include "Services/PixelFormats.h"
+#include "Services/Raster/PixelFormats.h"
 
 namespace corvane::commandline {
 

@@ -8,7 +8,7 @@
 #include "Console.h"
 #include "Engine/Clip.h"
 #include "FormatNames.h"
-#include "Services/PixelFormats.h"
+#include "Services/Raster/PixelFormats.h"
 
 namespace corvane::commandline {
 

@@ -14,8 +14,8 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Engine/Bundle.h"
-#include "Engine/Checks.h"
 #include "Engine/Failure.h"
+#include "Validate/Checks.h"
 
 namespace corvane::commandline {
 

@@ -44,7 +44,7 @@ Bundle::Bundle(const std::filesystem::path& path)
     imImportInfoRec record{};
     const std::int32_t result = Call(kSelector_Init, &record, nullptr).result;
     if (result != kResult_Initialized)
-        throw Failure(fmt::format("{}: the plug-in does not initialise (result {}).", path.string(), result));
+        throw Failure(fmt::format("{}: the plug-in does not initialize (result {}).", path.string(), result));
 }
 
 Bundle::~Bundle() {

@@ -33,7 +33,7 @@ class Bundle {
     /// tree).
     static std::filesystem::path Find(const std::filesystem::path& named = {});
 
-    /// Loads the bundle and initialises it. Throws `Failure` where it is no bundle, does not load, has no
+    /// Loads the bundle and initializes it. Throws `Failure` where it is no bundle, does not load, has no
     /// entry point, or does not answer `kResult_Initialized`.
     explicit Bundle(const std::filesystem::path& path);
     ~Bundle();

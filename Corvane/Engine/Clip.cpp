@@ -12,7 +12,7 @@
 #include <fmt/format.h>
 
 #include "Records.h"
-#include "Services/FrameBuffers.h"
+#include "Services/Frames/FrameBuffers.h"
 #include "lumcore.h"
 #include "lummediatypes.h"
 

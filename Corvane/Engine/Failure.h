@@ -11,4 +11,11 @@ class Failure : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// A wrong request rather than one that failed: an unknown name, a range outside the clip. Ends as exit
+/// status 2.
+class UsageFailure : public Failure {
+  public:
+    using Failure::Failure;
+};
+
 } // namespace corvane

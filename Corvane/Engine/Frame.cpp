@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 
 #include "Failure.h"
-#include "Services/FrameBuffers.h"
+#include "Services/Frames/FrameBuffers.h"
 
 namespace corvane {
 

@@ -6,8 +6,8 @@
 #include <fmt/format.h>
 
 #include "Failure.h"
-#include "Services/AlertSink.h"
-#include "Services/Suites.h"
+#include "Services/Foundation/AlertSink.h"
+#include "Services/Frames/Suites.h"
 
 namespace corvane {
 

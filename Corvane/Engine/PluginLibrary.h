@@ -6,7 +6,7 @@
 
 #include "Bundle.h"
 #include "CvPluginAPI.h"
-#include "Services/Bundles.h"
+#include "Services/Foundation/Bundles.h"
 
 namespace corvane {
 

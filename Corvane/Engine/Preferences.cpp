@@ -8,8 +8,8 @@
 #include <fmt/format.h>
 
 #include "Records.h"
-#include "Services/Suites.h"
-#include "Services/UIPlatform.h"
+#include "Services/Frames/Suites.h"
+#include "Services/UI/UIPlatform.h"
 
 namespace corvane {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "Bundle.h"
-#include "Services/FileJournal.h"
+#include "Services/Foundation/FileJournal.h"
 
 namespace corvane {
 

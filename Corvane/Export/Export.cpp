@@ -10,14 +10,14 @@
 
 #include <fmt/format.h>
 
-#include "LibavLoader.h"
-#include "NumberedName.h"
-#include "OutputFile.h"
+#include "Export/Files/NumberedName.h"
+#include "Export/Files/OutputFile.h"
+#include "Export/Picture/StreamFacts.h"
+#include "Export/Targets/LibavLoader.h"
+#include "Export/Targets/PngTarget.h"
+#include "Export/Targets/RawTarget.h"
+#include "Export/Targets/Y4mTarget.h"
 #include "Pipeline.h"
-#include "PngTarget.h"
-#include "RawTarget.h"
-#include "StreamFacts.h"
-#include "Y4mTarget.h"
 
 namespace corvane {
 namespace {

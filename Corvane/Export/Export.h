@@ -12,13 +12,6 @@
 
 namespace corvane {
 
-/// A wrong request rather than one that failed: an unknown name, a range outside the clip. Ends as exit
-/// status 2.
-class UsageFailure : public Failure {
-  public:
-    using Failure::Failure;
-};
-
 /// What to export, and where to.
 struct ExportOptions {
     /// The file to make; "-" is standard output. A PNG name with a printf-style number (`name.%05d.png`)
@@ -59,7 +52,7 @@ struct ExportReport {
 /// frame. SIGPIPE and SIGXFSZ are ignored meanwhile.
 ///
 /// Y'CbCr is limited range with chroma sited left; it keeps the clip's own matrix, or is made of R'G'B' by
-/// BT.709 for more than 576 rows and else by BT.601. Premultiplied colour is divided by its alpha; targets
+/// BT.709 for more than 576 rows and else by BT.601. Premultiplied color is divided by its alpha; targets
 /// without alpha drop it. Linear light is coded by BT.709's transfer. A PNG name without a number gets the
 /// first frame.
 ///

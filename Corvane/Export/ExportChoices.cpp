@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include "NumberedName.h"
+#include "Export/Files/NumberedName.h"
 
 namespace corvane {
 namespace {

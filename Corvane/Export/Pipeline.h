@@ -5,7 +5,7 @@
 #include <functional>
 
 #include "Export.h"
-#include "Target.h"
+#include "Export/Targets/Target.h"
 
 namespace corvane {
 

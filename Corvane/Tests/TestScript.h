@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Services/ScriptedPlatform.h"
+#include "Services/UI/ScriptedPlatform.h"
 
 namespace corvane::testing {
 

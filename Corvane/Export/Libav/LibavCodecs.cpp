@@ -6,7 +6,7 @@
 
 #include <fmt/format.h>
 
-#include "Export/Export.h"
+#include "Engine/Failure.h"
 
 namespace corvane {
 namespace {

@@ -8,7 +8,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-#include "Export/LibavLoader.h"
+#include "Export/Targets/LibavLoader.h"
 
 namespace corvane {
 

@@ -10,7 +10,7 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
-#include "Export/Export.h"
+#include "Engine/Failure.h"
 
 namespace corvane {
 namespace {

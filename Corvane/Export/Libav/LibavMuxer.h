@@ -2,7 +2,7 @@
 
 #include <exception>
 
-#include "Export/OutputFile.h"
+#include "Export/Files/OutputFile.h"
 #include "LibavEncoder.h"
 
 namespace corvane {

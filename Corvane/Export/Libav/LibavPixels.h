@@ -8,8 +8,8 @@ extern "C" {
 #include <libavutil/pixfmt.h>
 }
 
-#include "Export/PackedReader.h"
-#include "Export/PictureConverter.h"
+#include "Export/Picture/PackedReader.h"
+#include "Export/Picture/PictureConverter.h"
 
 struct AVFrame;
 
@@ -18,7 +18,7 @@ namespace corvane {
 /// How a pixel format of libav is filled from delivered frames.
 using PixelLayout = std::variant<PlanarFormat, PackedFormat>;
 
-/// The layout of `format`; empty for those that can't be filled (grey, paletted, hardware, other byte order).
+/// The layout of `format`; empty for those that can't be filled (gray, paletted, hardware, other byte order).
 std::optional<PixelLayout> LayoutOf(AVPixelFormat format, const StreamFacts& facts);
 
 /// Whether pictures of `format` have alpha.

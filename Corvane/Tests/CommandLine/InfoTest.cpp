@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "Process.h"
+#include "Tests/Process.h"
 
 namespace {
 

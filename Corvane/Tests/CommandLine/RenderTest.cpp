@@ -13,7 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Process.h"
+#include "Tests/Process.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 TEST(Render, NativeBytesAreThePluginsOwn) {
-    // Two progressive frames of one colour: blue 64, green 128, red 255, alpha 51.
+    // Two progressive frames of one color: blue 64, green 128, red 255, alpha 51.
     const TestFolder folder;
     const fs::path clip =
         folder.Write("clip.synthex", SettingsText(R"(,"mFieldType":0,"mUpperFieldColor":{"mAlphaPart":0.2,)"
@@ -38,7 +38,7 @@ TEST(Render, NativeBytesAreThePluginsOwn) {
     EXPECT_TRUE(result.out == wanted);
 }
 
-TEST(Render, ColoursBeyondAllBoundsRender) {
+TEST(Render, ColorsBeyondAllBoundsRender) {
     const TestFolder folder;
     for (const char* const format : {"1634887522", "1281443650", "825307766"}) {
         const fs::path clip = folder.Write(

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "Engine/Clip.h"
-#include "Process.h"
+#include "Tests/Process.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <QDialog>
 #include <gtest/gtest.h>
 
-#include "Desktop/QtPlatform.h"
-#include "Services/UIModel.h"
+#include "Desktop/Toolkit/QtPlatform.h"
+#include "Services/UI/UIModel.h"
 
 /// The platform of the test program. Made when it is first needed, and gone before the program ends.
 corvane::desktop::QtPlatform& Platform();

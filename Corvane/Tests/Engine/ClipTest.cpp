@@ -10,7 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Services/FrameBuffers.h"
+#include "Services/Frames/FrameBuffers.h"
 #include "Tests/TestSettings.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "TestClips.h"
-#include "TestFrames.h"
+#include "Tests/Export/Picture/TestFrames.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // From a clip to files, read back by independent programs (ffprobe, ffmpeg). Faults sought: field order,
-// aspect, rate, range or colour description lost on the way to stream or container, colours off, frames
+// aspect, rate, range or color description lost on the way to stream or container, colors off, frames
 // missing, temporary files left.
 #include "Export/Export.h"
 
@@ -13,7 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "TestClips.h"
-#include "TestFrames.h"
+#include "Tests/Export/Picture/TestFrames.h"
 
 namespace {
 
@@ -35,7 +35,7 @@ corvane::ExportReport Export(const Settings& settings, const fs::path& out, cons
     return corvane::ExportClip(*MakeClip(settings), options, {}, kNoCancel);
 }
 
-/// The colour `c` (R, G, B) as limited-range Y'CbCr, by the published matrices.
+/// The color `c` (R, G, B) as limited-range Y'CbCr, by the published matrices.
 std::array<double, 3> Published(const std::string& matrix, const double (&c)[3]) {
     const double red = matrix == "bt709" ? 0.2126 : 0.299, blue = matrix == "bt709" ? 0.0722 : 0.114;
     const double luma = red * c[0] + (1 - red - blue) * c[1] + blue * c[2];
@@ -44,8 +44,8 @@ std::array<double, 3> Published(const std::string& matrix, const double (&c)[3])
 }
 
 /// Compares a row of each field, below the frame's number, as it was decoded: without a scaler.
-void ExpectColours(const fs::path& file, const Settings& settings, const std::string& matrix,
-                   const std::string& name) {
+void ExpectColors(const fs::path& file, const Settings& settings, const std::string& matrix,
+                  const std::string& name) {
     const std::string planes =
         OutputOf(fmt::format("ffmpeg -v error -i '{}' -frames:v 1 -f rawvideo -", file.string()));
     const std::size_t luma = std::size_t{settings.width} * settings.height;
@@ -98,13 +98,13 @@ void ExpectRoundTrip(const Kind& kind, int fieldType, std::int64_t ticksPerFrame
     EXPECT_EQ(found["sample_aspect_ratio"], square ? "1:1" : "40:33") << name;
     EXPECT_EQ(found["r_frame_rate"], rate) << name;
     EXPECT_EQ(found["avg_frame_rate"], rate) << name;
-    // QuickTime's colour atom has no range; without one Y'CbCr is limited.
+    // QuickTime's color atom has no range; without one Y'CbCr is limited.
     EXPECT_EQ(found["color_range"], std::string_view(kind.codec) == "v210" ? "unknown" : "tv") << name;
     EXPECT_EQ(found["color_space"], matrix) << name;
     EXPECT_EQ(found["color_primaries"], matrix) << name;
     EXPECT_EQ(found["color_transfer"], square ? "bt709" : "smpte170m") << name;
     EXPECT_EQ(found["nb_read_frames"], "5") << name;
-    ExpectColours(folder / kind.name, settings, matrix, name);
+    ExpectColors(folder / kind.name, settings, matrix, name);
 }
 
 TEST(Export, StreamAndContainerTellWhatTheClipIs) {
@@ -124,11 +124,11 @@ TEST(Export, StreamAndContainerTellWhatTheClipIs) {
         }
 }
 
-TEST(Export, Y4mHasTheColoursOfTheClip) {
+TEST(Export, Y4mHasTheColorsOfTheClip) {
     TestFolder folder;
     for (const int fieldType : {0, 1, 2}) {
         Export({.fieldType = fieldType}, folder / "a.y4m");
-        ExpectColours(folder / "a.y4m", {.fieldType = fieldType}, "bt470bg", "y4m");
+        ExpectColors(folder / "a.y4m", {.fieldType = fieldType}, "bt470bg", "y4m");
     }
 }
 

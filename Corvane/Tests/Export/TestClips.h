@@ -14,7 +14,7 @@
 
 namespace corvane::testing {
 
-/// Settings that differ per test. The colours are saturated and unlike in all channels.
+/// Settings that differ per test. The colors are saturated and unlike in all channels.
 struct Settings {
     std::uint32_t pixelFormat = CvPixelFormat_BGRA_4444_8u;
     std::uint32_t width = 720, height = 576;

@@ -17,7 +17,7 @@ constexpr CvPixelFormat FourCC(const char (&characters)[5]) {
 }
 
 // Names read LAYOUT_SAMPLING_SAMPLES_MATRIX. Components are named in memory order; A is straight alpha, P
-// alpha with the colour premultiplied, X an ignored component. Without a suffix Y'CbCr is BT.601 and R'G'B'
+// alpha with the color premultiplied, X an ignored component. Without a suffix Y'CbCr is BT.601 and R'G'B'
 // is gamma-coded; `_709` is BT.709, `_Linear` linear light. 8u is 8-bit unsigned, 10u packed 10-bit, 32f
 // float.
 inline constexpr CvPixelFormat CvPixelFormat_BGRA_4444_8u = FourCC("bgra");

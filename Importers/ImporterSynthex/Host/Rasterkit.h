@@ -1,4 +1,4 @@
-/// The host's raster service: fills rows with a colour and prints numbers, in any concrete pixel format.
+/// The host's raster service: fills rows with a color and prints numbers, in any concrete pixel format.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@
 /// | 1 | memory order A, R, G, B | memory order B, G, R, A |
 /// | 2 | Y'CbCr, memory order V (Cr), U (Cb), Y, A | R'G'B' |
 /// | 3 | four components a pixel, 4:4:4:4 (always set) | |
-/// | 4 | colour is premultiplied by alpha | straight |
+/// | 4 | color is premultiplied by alpha | straight |
 /// | 5 | alpha is ignored; stored opaque | alpha is meant |
 /// | 6 | linear light | gamma-coded |
 /// | 11 | BT.709 matrix | BT.601 matrix |
@@ -56,7 +56,7 @@ static_assert(sizeof(RK_Point) == 8);
 inline constexpr std::int32_t kRK_FillReplace = 260;
 inline constexpr std::int32_t kRK_PrintBoxed = 1;
 
-/// Fills `rows` rows of `width` pixels with one colour, beginning at `start` and going on `rowStep` bytes
+/// Fills `rows` rows of `width` pixels with one color, beginning at `start` and going on `rowStep` bytes
 /// from row to row. Bytes between the rows are not touched.
 ///
 /// `color` is four floats B, G, R, A: gamma-coded R'G'B' and straight alpha, nominally 0..1; any value is

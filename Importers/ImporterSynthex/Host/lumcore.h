@@ -68,11 +68,11 @@ ValuePtr JSONParse(const unsigned char* text);
 /// The same for text of `size` bytes; a zero byte in it makes it not well-formed.
 ValuePtr JSONParse(const unsigned char* data, std::size_t size);
 
-/// Conversion of a type to and from values; specialised by the owner of the type.
+/// Conversion of a type to and from values; specialized by the owner of the type.
 template <class T>
 struct JSONConvert;
 
-/// Reading a type from text; specialised by the owner of the type.
+/// Reading a type from text; specialized by the owner of the type.
 template <class T>
 struct Serializer;
 

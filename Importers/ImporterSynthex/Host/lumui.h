@@ -124,7 +124,7 @@ class UI_ControlView : public ui::UI_Node {
     /// which they were added, after the control has taken the new value. The control keeps its share until it
     /// goes.
     virtual void NotifyWhenChanged(const ui::MessageFunctionPtr& receiver) = 0;
-    /// Greys the control out, so that no person can use it, or makes it usable again. Enabled at first.
+    /// Grays the control out, so that no person can use it, or makes it usable again. Enabled at first.
     virtual void SetDisabled(bool disabled) = 0;
 };
 
@@ -152,7 +152,7 @@ class UI_Popup : public UI_ControlView {
     virtual long GetValue() const = 0;
     /// Makes all items available to people.
     virtual void EnableAllItems() = 0;
-    /// Greys an item out (`disabled` true), so that no person can choose it, or makes it available. An index
+    /// Grays an item out (`disabled` true), so that no person can choose it, or makes it available. An index
     /// that names no item is ignored.
     virtual void DisableItem(long index, bool disabled) = 0;
 };

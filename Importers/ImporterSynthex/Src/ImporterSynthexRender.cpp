@@ -18,7 +18,7 @@ struct PixelBuffer {
     char* Row(std::uint32_t row) const { return base + static_cast<std::uint32_t>(rowBytes) * row; }
 };
 
-/// A colour as the raster service takes it: blue, green, red, alpha.
+/// A color as the raster service takes it: blue, green, red, alpha.
 struct RasterColor {
     explicit RasterColor(const FloatColor& color)
         : mParts{color.mBluePart, color.mGreenPart, color.mRedPart, color.mAlphaPart} {}
@@ -91,7 +91,7 @@ void FillGradient(const PixelBuffer& buffer, const SynthexInfo& info, std::int32
     const RasterColor bottom = RasterColor::Blend(RasterColor(info.mBottomGradiantColorStart),
                                                   RasterColor(info.mBottomGradiantColorEnd), t);
     const RasterColor delta = bottom - top;
-    // Deliberate: divided by the height, not by the height less one, so the bottom colour itself is never
+    // Deliberate: divided by the height, not by the height less one, so the bottom color itself is never
     // reached.
     for (std::uint32_t row = 0; row < buffer.height; ++row) {
         const float s = static_cast<float>(row) / static_cast<float>(buffer.height);

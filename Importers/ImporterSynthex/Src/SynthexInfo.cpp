@@ -95,7 +95,7 @@ void VisitFields(Visitor visit) {
 #undef SYNTHEX_FIELD
 }
 
-/// The same for the parts of a colour.
+/// The same for the parts of a color.
 template <class Visitor>
 void VisitParts(Visitor visit) {
     visit("mAlphaPart", &FloatColor::mAlphaPart);
@@ -120,7 +120,7 @@ Value JSONConvert<FloatColor>::ToJSON(const FloatColor& color) {
     return object;
 }
 
-// Deliberate: a missing colour is opaque black, but a colour object that lacks only "mAlphaPart" is
+// Deliberate: a missing color is opaque black, but a color object that lacks only "mAlphaPart" is
 // transparent.
 FloatColor JSONConvert<FloatColor>::FromJSON(const Value& value) {
     FloatColor color;

@@ -9,7 +9,7 @@
 #include "lumcore.h"
 #include "lummediatypes.h"
 
-/// A colour: gamma-coded R'G'B' and straight alpha, nominally 0..1; any value is kept. Alpha comes first.
+/// A color: gamma-coded R'G'B' and straight alpha, nominally 0..1; any value is kept. Alpha comes first.
 struct FloatColor {
     float mAlphaPart = 1.0f;
     float mRedPart = 0.0f;
@@ -19,13 +19,13 @@ struct FloatColor {
     friend bool operator==(const FloatColor&, const FloatColor&) = default;
 };
 
-/// How frames are coloured. Every non-zero value means the gradient.
+/// How frames are colored. Every non-zero value means the gradient.
 enum ContentRenderFormat : std::uint32_t {
     kContentRenderFormat_FieldColors = 0,
     kContentRenderFormat_HorizontalGradient = 1,
 };
 
-/// Everything that describes a generated clip. A value type; the initialisers are the defaults.
+/// Everything that describes a generated clip. A value type; the initializers are the defaults.
 ///
 /// Deliberate: "Gradiant" is how the keys of settings files in the field are spelled.
 struct SynthexInfo {

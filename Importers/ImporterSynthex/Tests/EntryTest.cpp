@@ -93,7 +93,7 @@ TEST_F(EntryTest, ShutdownReleasesTheModuleOnceAndInitMakesItAnew) {
     }
 }
 
-// Where the host does not know the bundle, initialisation answers as ever.
+// Where the host does not know the bundle, initialization answers as ever.
 TEST_F(EntryTest, InitAnswersAllTheSameWithoutABundle) {
     const auto copy = mFolder / "other.bundle";
     std::filesystem::copy(BundlePath(), copy, std::filesystem::copy_options::recursive);

@@ -10,7 +10,7 @@
 
 #include <fmt/format.h>
 
-#include "Services/AlertSink.h"
+#include "Services/Foundation/AlertSink.h"
 
 namespace {
 

@@ -122,7 +122,7 @@ TEST_F(PrefsTest, APixelFormatRefreshesTheColors) {
     EXPECT_EQ(State("chooseColorRedTextID0"), static_cast<double>(0.1f));
 }
 
-// Titles, greyed items and the second button in every state that edits lead to.
+// Titles, grayed items and the second button in every state that edits lead to.
 TEST_F(PrefsTest, ColorControlsFollowTheRenderFormat) {
     const Json kFrame{"Frame Color", "[unused]"}, kFields{"Upper Field Color", "Lower Field Color"},
         kEnds{"Top Color", "Bottom Color"};

@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "PluginFixture.h"
-#include "Services/Suites.h"
+#include "Services/Frames/Suites.h"
 #include "Tests/TestScript.h"
 
 using Json = nlohmann::json;

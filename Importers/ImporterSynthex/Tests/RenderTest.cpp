@@ -1,4 +1,4 @@
-// Faults sought: colours of the wrong field or end, a gradient whose arithmetic is in another order or
+// Faults sought: colors of the wrong field or end, a gradient whose arithmetic is in another order or
 // precision, a format that collapses wrongly, a number where none belongs or the wrong one.
 #include "PluginFixture.h"
 
@@ -8,9 +8,9 @@
 #include <fmt/format.h>
 
 #include "Engine/Frame.h"
-#include "ExpectedFormats.h"
-#include "RasterOracle.h"
-#include "Services/FrameBuffers.h"
+#include "Services/Frames/FrameBuffers.h"
+#include "Tests/Services/Raster/ExpectedFormats.h"
+#include "Tests/Services/Raster/RasterOracle.h"
 
 namespace {
 
@@ -64,7 +64,7 @@ const std::byte* PixelAt(const corvane::FrameView& view, std::uint32_t x, std::u
            std::size_t{x} * OraclePixelBytes(view.format);
 }
 
-/// The first pixel of the row is the colour, and all others are the same.
+/// The first pixel of the row is the color, and all others are the same.
 void ExpectRow(const corvane::FrameView& view, std::uint32_t y, const Color& color) {
     EXPECT_TRUE(IsPixel(PixelAt(view, 0, y), {color.red, color.green, color.blue, color.alpha}, view.format))
         << "row " << y;
@@ -73,7 +73,7 @@ void ExpectRow(const corvane::FrameView& view, std::uint32_t y, const Color& col
             << "row " << y << ", column " << x;
 }
 
-/// The gradient's colour, in float and in the order that gives the published bytes.
+/// The gradient's color, in float and in the order that gives the published bytes.
 Color Gradient(float t, std::uint32_t row, std::uint32_t height) {
     const auto channel = [&](float Color::*part) {
         const float top = kTopStart.*part + (kTopEnd.*part - kTopStart.*part) * t;
@@ -84,7 +84,7 @@ Color Gradient(float t, std::uint32_t row, std::uint32_t height) {
     return {channel(&Color::alpha), channel(&Color::red), channel(&Color::green), channel(&Color::blue)};
 }
 
-TEST_F(RenderTest, EveryFormatInEveryWayOfColouring) {
+TEST_F(RenderTest, EveryFormatInEveryWayOfColoring) {
     for (const ExpectedFormat& format : kExpectedFormats) {
         SCOPED_TRACE(format.name);
         const CvPixelFormat code = format.code;

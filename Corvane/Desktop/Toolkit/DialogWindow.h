@@ -1,0 +1,44 @@
+#pragma once
+
+#include <map>
+#include <memory>
+
+#include <QDialog>
+
+#include "ControlWidgets.h"
+#include "DialogLayout.h"
+#include "Services/UI/UIModel.h"
+
+namespace corvane::desktop {
+
+/// The window of a dialog: one widget a control, named by the control's identifier.
+///
+/// Built with what the controls hold at that moment, and kept up from there on. Esc and the window's close
+/// button dismiss the dialog; Return presses its default button.
+class DialogWindow final : public QDialog, private DialogObserver {
+  public:
+    /// `dialog` outlives the window.
+    DialogWindow(DialogModel& dialog, QWidget* parent);
+    ~DialogWindow() override;
+
+    /// Shows the window and returns when the dialog has been closed.
+    void Run();
+
+    /// Esc, or the window's close button.
+    void reject() override;
+
+  protected:
+    bool eventFilter(QObject* object, QEvent* event) override;
+
+  private:
+    void ControlChanged(const ControlModel& control, ControlAspect aspect, ChangeOrigin origin) override;
+    void DialogClosed() override;
+    void FinishEntry();
+    void BuildControls();
+
+    DialogModel& mDialog;
+    std::map<const ControlModel*, ControlWidget> mControls;
+    std::unique_ptr<DialogLayout> mLayout;
+};
+
+} // namespace corvane::desktop

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QDoubleSpinBox>
+
+#include "Services/UI/UILayout.h"
+
+namespace corvane::desktop {
+
+/// A field for a number that shows it rounded and keeps it exactly.
+///
+/// The number changes when the program sets it, and when a person's entry is finished: by Return, by leaving
+/// the field, by a step, or by `interpretText`. Text that was not edited stands for the exact number and not
+/// for the rounded one that it shows. Entries are decimal text with a point, whatever the locale. They are
+/// not held to the limits here, only steps are: the dialog's model does that. `valueChanged` tells of a
+/// person's entries alone.
+class NumberField final : public QDoubleSpinBox {
+  public:
+    NumberField(const NumberLimits& limits, const QString& unit, QWidget* parent);
+
+    /// Shows the program's number.
+    void Show(double value);
+
+    QString textFromValue(double value) const override;
+    double valueFromText(const QString& text) const override;
+    QValidator::State validate(QString& text, int& position) const override;
+    void stepBy(int steps) override;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+  protected:
+    StepEnabled stepEnabled() const override;
+
+  private:
+    QString WithoutUnit(const QString& text) const;
+
+    const NumberLimits mLimits;
+};
+
+} // namespace corvane::desktop

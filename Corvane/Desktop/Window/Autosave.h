@@ -1,0 +1,67 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include <QDateTime>
+#include <QLockFile>
+#include <QObject>
+#include <QThreadPool>
+#include <QTimer>
+
+#include "Desktop/Bin/Document.h"
+
+namespace corvane::desktop {
+
+/// Keeps what the project's file does not hold on the disk, so that it survives the end of the process,
+/// however that comes. Written on a thread of its own a moment after each change, and removed when the
+/// project is saved or the person gives the changes up. UI thread.
+class Autosave final : public QObject {
+    Q_OBJECT
+
+  public:
+    /// A project that a process left behind that no longer runs.
+    struct Lost {
+        Project project;
+        std::filesystem::path path; ///< its file; empty where it had none
+        QDateTime when;             ///< of the last change that was kept
+    };
+
+    /// `folder` is where all processes of the person keep what is not saved. It is made where it is missing.
+    Autosave(Document& document, std::filesystem::path folder, QObject* parent = nullptr);
+    /// Waits for what is being written. What is not saved stays on the disk; `Discard` removes it.
+    ~Autosave() override;
+
+    /// The folder for the person who runs the program.
+    static std::filesystem::path DefaultFolder();
+
+    /// The latest project that was left behind, which belongs to this process from there on: it is given to
+    /// the document (`Document::Recover`), discarded, or left for another time. To be asked for before the
+    /// document changes.
+    std::optional<Lost> TakeLost();
+    void LeaveLost();
+    /// Writes at once what waits, and removes what was written where the document has no changes to keep.
+    void Flush();
+    /// Removes what was written: the changes are given up.
+    void Discard();
+
+  Q_SIGNALS:
+    /// The changes can't be kept; `sentence` says why. Told once until it works again.
+    void Failed(const QString& sentence);
+
+  private:
+    bool Claim(const std::filesystem::path& file);
+    void ClaimNew();
+    void Write();
+
+    Document& mDocument;
+    const std::filesystem::path mFolder;
+    std::filesystem::path mFile; // of this process, locked
+    std::unique_ptr<QLockFile> mLock;
+    bool mHasFailed = false;
+    QTimer mDelay;
+    QThreadPool mWriter; // one thread, so that the last text wins
+};
+
+} // namespace corvane::desktop

@@ -1,0 +1,240 @@
+#include "MainWindow.h"
+
+#include <utility>
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDockWidget>
+#include <QDragEnterEvent>
+#include <QFile>
+#include <QKeySequence>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QSettings>
+#include <QStatusBar>
+#include <QTimer>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "Desktop/Exports/ExportDialog.h"
+#include "Desktop/Exports/ExportPanel.h"
+#include "Engine/Failure.h"
+#include "Engine/ProjectFile.h"
+
+namespace corvane::desktop {
+
+namespace {
+
+constexpr QSize kThumbnail(96, 54);
+constexpr QSize kFirstSize(1240, 760);
+// Goes up when docks or tool bars change, so that an earlier arrangement is not applied.
+constexpr int kStateVersion = 1;
+constexpr char kGeometryKey[] = "window/geometry", kStateKey[] = "window/state",
+               kSplitterKey[] = "window/splitter", kColumnsKey[] = "window/columns";
+
+QStringList LocalFiles(const QMimeData& data) {
+    QStringList files;
+    for (const QUrl& url : data.urls())
+        if (url.isLocalFile()) files << url.toLocalFile();
+    return files;
+}
+
+} // namespace
+
+MainWindow::MainWindow(QtPlatform& platform, std::shared_ptr<Bundle> bundle, Options options)
+    : mPlatform(platform), mBundle(std::move(bundle)), mVersion(std::move(options.version)),
+      mAutosave(mDocument, std::move(options.autosaveFolder)),
+      mModel(mDocument, mBundle, kThumbnail, devicePixelRatioF()), mMessages(new MessageBar(this)),
+      mSplitter(new QSplitter(this)), mBin(new BinView(mModel, mSplitter)), mViewer(new Viewer(mSplitter)),
+      mProjectActions(new ProjectActions(mDocument, mAutosave, *mMessages, *this)),
+      mClipActions(new ClipActions(mDocument, mBundle, mModel, *mBin, *mMessages)) {
+    mProjectActions->setParent(this);
+    mClipActions->setParent(this);
+    setAcceptDrops(true);
+    mSplitter->setObjectName(QStringLiteral("splitter"));
+    mSplitter->setChildrenCollapsible(false);
+    mSplitter->setStretchFactor(1, 1);
+    auto* const center = new QWidget(this);
+    auto* const column = new QVBoxLayout(center);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(mMessages);
+    column->addWidget(mSplitter, 1);
+    setCentralWidget(center);
+    BuildExports();
+    BuildMenus();
+    BuildToolBar();
+    statusBar();
+    connect(mProjectActions, &ProjectActions::OpenWanted, this, &MainWindow::OpenFiles);
+    connect(mClipActions, &ClipActions::ExportWanted, this, &MainWindow::ExportClips);
+    connect(mBin, &BinView::ChoiceChanged, this, &MainWindow::ShowCurrent);
+    connect(&mModel, &BinModel::ClipLoaded, this, [this](std::uint64_t id) {
+        if (id == mBin->Current()) ShowCurrent();
+    });
+    connect(&mDocument, &Document::Changed, this, &MainWindow::ShowTitle);
+    connect(&mDocument, &Document::Saved, this, &MainWindow::ShowTitle);
+    ShowTitle();
+    RestoreState();
+    ShowCurrent();
+    mPlatform.SetMainWindow(this);
+    mBin->setFocus();
+}
+
+MainWindow::~MainWindow() {
+    mPlatform.SetMainWindow(nullptr);
+    // They watch members, which go before the window's children would.
+    delete mProjectActions;
+    delete mClipActions;
+    delete mExports;
+    delete centralWidget();
+}
+
+void MainWindow::RestoreState() {
+    const QSettings settings;
+    if (!restoreGeometry(settings.value(QLatin1StringView(kGeometryKey)).toByteArray())) resize(kFirstSize);
+    restoreState(settings.value(QLatin1StringView(kStateKey)).toByteArray(), kStateVersion);
+    if (!mSplitter->restoreState(settings.value(QLatin1StringView(kSplitterKey)).toByteArray()))
+        mSplitter->setSizes({kFirstSize.width() * 9 / 20, kFirstSize.width() * 11 / 20});
+    mBin->RestoreColumns(settings.value(QLatin1StringView(kColumnsKey)).toByteArray());
+}
+
+void MainWindow::Begin(const QStringList& files) {
+    mProjectActions->OfferLost();
+    // A project that was recovered is open already, with what its file does not hold.
+    QStringList others = files;
+    others.removeIf([this](const QString& file) {
+        const std::filesystem::path path = QFile::encodeName(file).toStdString();
+        return !mDocument.GetPath().empty() &&
+               std::filesystem::absolute(path).lexically_normal() == mDocument.GetPath();
+    });
+    OpenFiles(others);
+}
+
+void MainWindow::OpenFiles(const QStringList& files) {
+    QString project;
+    QStringList clips;
+    for (const QString& file : files) {
+        if (!file.endsWith(QLatin1StringView(kProjectSuffix), Qt::CaseInsensitive))
+            clips << file;
+        else if (project.isEmpty())
+            project = file;
+        else
+            mMessages->Tell(tr("%1: one project is open at a time; open this one by itself.").arg(file));
+    }
+    if (!project.isEmpty()) mProjectActions->Open(QFile::encodeName(project).toStdString());
+    if (!clips.isEmpty()) mClipActions->AddFiles(clips);
+    if (mBin->Current() == 0) mBin->Choose(mModel.IdAt(0));
+}
+
+void MainWindow::ShowCurrent() {
+    const std::uint64_t id = mBin->Current();
+    const bool same = std::exchange(mShown, id) == id;
+    const LoadedClip* const loaded = mModel.LoadedAt(mModel.RowOf(id));
+    if (loaded == nullptr) {
+        // What is there stays until its next state is known.
+        if (!same || id == 0) mViewer->SetClip(nullptr, {}, false);
+        return;
+    }
+    const QString name = QString::fromStdString(mModel.ClipAt(mModel.RowOf(id)).name);
+    if (!loaded->problem.isEmpty())
+        mViewer->SetProblem(name, loaded->problem);
+    else
+        mViewer->SetClip(loaded->clip, name, same);
+}
+
+void MainWindow::ShowTitle() {
+    setWindowTitle(tr("%1[*] – Synthex").arg(mDocument.GetName()));
+    setWindowModified(mDocument.IsModified());
+    setWindowFilePath(QFile::decodeName(mDocument.GetPath().c_str()));
+}
+
+void MainWindow::PrepareToEnd() {
+    mHasEnded = true;
+    mExports->CancelAll();
+    mAutosave.Flush();
+}
+
+void MainWindow::CloseWhenShown() {
+    connect(&mModel, &BinModel::ClipLoaded, this, [this] {
+        mBin->viewport()->repaint();
+        mHasEnded = true;
+        close();
+    });
+}
+
+void MainWindow::BuildExports() {
+    auto* const dock = new QDockWidget(tr("Exports"), this);
+    dock->setObjectName(QStringLiteral("exports"));
+    dock->setAllowedAreas(Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea);
+    mExports = new ExportPanel(mBundle, dock);
+    dock->setWidget(mExports);
+    dock->toggleViewAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X));
+    dock->toggleViewAction()->setStatusTip(tr("Show or hide the exports that run and those that are done"));
+    addDockWidget(Qt::BottomDockWidgetArea, dock);
+    constexpr int kSomeRows = 190;
+    resizeDocks({dock}, {kSomeRows}, Qt::Vertical);
+    dock->hide();
+    connect(mExports, &ExportPanel::JobFinished, this, [this](const QString& name, ExportState state) {
+        if (state == ExportState::kDone) statusBar()->showMessage(tr("%1: the export is done.").arg(name));
+    });
+}
+
+void MainWindow::ExportClips(const std::vector<std::uint64_t>& ids) {
+    for (const std::uint64_t id : ids) {
+        const int row = mModel.RowOf(id);
+        const LoadedClip* const loaded = mModel.LoadedAt(row);
+        if (loaded == nullptr || !loaded->problem.isEmpty()) continue;
+        // Both stay although the clip may change while the dialog is open.
+        const std::shared_ptr<const Clip> clip = loaded->clip;
+        const ProjectClip about = mModel.ClipAt(row);
+        const std::filesystem::path& beside = about.source.IsFile() ? about.source.file : mDocument.GetPath();
+        const ExportPlace place{.folder = QFile::decodeName(beside.parent_path().c_str()),
+                                .frame = id == mShown ? mViewer->CurrentFrame() : 0,
+                                .isTaken = [this](const auto& file) { return mExports->IsTaken(file); }};
+        ExportDialog dialog(*clip, QString::fromStdString(about.name), place, this);
+        if (dialog.exec() != QDialog::Accepted) return;
+        // The settings as they are now: those of a file may change before the export's turn comes.
+        mExports->AddJob({.name = about.name,
+                          .source = {.file = {}, .settings = clip->Settings()},
+                          .options = dialog.Options()});
+        findChild<QDockWidget*>(QStringLiteral("exports"))->show();
+    }
+}
+
+bool MainWindow::LeavesExports() {
+    if (!mExports->HasUnfinishedJobs()) return true;
+    QMessageBox box(
+        QMessageBox::Warning, tr("Exports Are Running"),
+        tr("Not all exports are finished. Do you want to cancel them? They leave no file behind."),
+        QMessageBox::Yes | QMessageBox::No, this);
+    box.setObjectName(QStringLiteral("exporting"));
+    box.setDefaultButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    if (!mHasEnded) {
+        if (!LeavesExports() || !mProjectActions->LeavesChanges()) return event->ignore();
+        mAutosave.Discard();
+        mHasEnded = true;
+    }
+    mExports->CancelAll();
+    QSettings settings;
+    settings.setValue(QLatin1StringView(kGeometryKey), saveGeometry());
+    settings.setValue(QLatin1StringView(kStateKey), saveState(kStateVersion));
+    settings.setValue(QLatin1StringView(kSplitterKey), mSplitter->saveState());
+    settings.setValue(QLatin1StringView(kColumnsKey), mBin->SaveColumns());
+    event->accept();
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (!LocalFiles(*event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    event->acceptProposedAction();
+    // The program that the files come from waits for the end of this event, and there may be questions.
+    QTimer::singleShot(0, this, [this, files = LocalFiles(*event->mimeData())] { OpenFiles(files); });
+}
+
+} // namespace corvane::desktop

@@ -1,0 +1,233 @@
+#include "PictureConverter.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "PixelRows.h"
+
+namespace corvane {
+namespace {
+
+// Columns of the narrow picture that stands for rows of one color, and the one that is spread.
+constexpr std::uint32_t kStripWidth = 32;
+// More than the reach of the chroma filter, in pixels; twice that of a field's rows.
+constexpr std::uint32_t kReach = 8;
+constexpr std::size_t kMaximumGraphs = 32;
+
+constexpr std::uint32_t Down(std::uint32_t value, std::uint32_t step) {
+    return value / step * step;
+}
+
+constexpr std::uint32_t Up(std::uint32_t value, std::uint32_t step) {
+    return Down(value + step - 1, step);
+}
+
+// The box with `margin` more on all sides and its sides at multiples of the steps, inside the frame.
+Box Grown(const Box& box, std::uint32_t margin, std::uint32_t stepX, std::uint32_t stepY, const Box& frame) {
+    return {Down(box.left - std::min(box.left, margin), stepX),
+            Down(box.top - std::min(box.top, margin), stepY),
+            std::min(Up(box.right + margin, stepX), frame.right),
+            std::min(Up(box.bottom + margin, stepY), frame.bottom)};
+}
+
+void FillSamples(std::byte* out, const std::byte* sample, std::size_t sampleBytes, std::size_t count) {
+    if (sampleBytes == 1) {
+        std::memset(out, std::to_integer<int>(*sample), count);
+        return;
+    }
+    std::uint16_t value;
+    std::memcpy(&value, sample, sizeof value);
+    std::fill_n(reinterpret_cast<std::uint16_t*>(out), count, value);
+}
+
+} // namespace
+
+std::uint32_t PlanarFormat::PlaneWidth(int plane, std::uint32_t width) const {
+    return plane == 1 || plane == 2 ? (width + (1u << subsampleW) - 1) >> subsampleW : width;
+}
+
+std::uint32_t PlanarFormat::PlaneHeight(int plane, std::uint32_t height) const {
+    return plane == 1 || plane == 2 ? (height + (1u << subsampleH) - 1) >> subsampleH : height;
+}
+
+/// Some rows of a frame: all of a region's, or every other one.
+struct PictureConverter::Field {
+    std::uint32_t first = 0; // row of the frame
+    std::uint32_t step = 1;
+    std::uint32_t rows = 0;
+    std::uint32_t paddedRows = 0; // as zimg needs them for subsampling
+    int parity = ZIMG_FIELD_PROGRESSIVE;
+
+    Field(std::uint32_t top, std::uint32_t bottom, std::uint32_t index, std::uint32_t fields, int subsampleH)
+        : first(top + index), step(fields), rows((bottom - top - index + fields - 1) / fields),
+          paddedRows(Up(rows, 1u << subsampleH)), parity(fields == 1  ? ZIMG_FIELD_PROGRESSIVE
+                                                         : index == 0 ? ZIMG_FIELD_TOP
+                                                                      : ZIMG_FIELD_BOTTOM) {}
+
+    std::uint32_t RowOfFrame(std::uint32_t row) const { return first + row * step; }
+};
+
+PictureConverter::PictureConverter(const StreamFacts& facts, const PlanarFormat& format)
+    : mFacts(facts), mFormat(format),
+      mPerField(facts.Interlaced() && format.subsampleH != 0 && facts.height > 1) {}
+
+void PictureConverter::Convert(const FrameView& frame, const PlanarPicture& out) {
+    const Box whole{0, 0, frame.width, frame.height};
+    const Box box = FindBox(frame);
+    const Box keep = box.Empty() ? Box{} : Grown(box, kReach, 2, 4, whole);
+    const Box region = box.Empty() ? Box{} : Grown(keep, kReach, 64, 4, whole);
+    if (frame.width <= 2 * kStripWidth || region.Width() > frame.width / 2) {
+        ConvertBox(frame, whole, whole, out);
+        return;
+    }
+    ConvertRows(frame, out);
+    if (!box.Empty()) ConvertBox(frame, region, keep, out);
+}
+
+void PictureConverter::ConvertWhole(const FrameView& frame, const PlanarPicture& out) {
+    const Box whole{0, 0, frame.width, frame.height};
+    ConvertBox(frame, whole, whole, out);
+}
+
+void PictureConverter::ConvertRows(const FrameView& frame, const PlanarPicture& out) {
+    for (std::uint32_t i = 0; i < FieldCount(); ++i) {
+        const Field field(0, frame.height, i, FieldCount(), mFormat.subsampleH);
+        UnpackRowStarts(frame, field);
+        RunField(field, kStripWidth);
+        Spread(field, out);
+    }
+}
+
+void PictureConverter::ConvertBox(const FrameView& frame, const Box& region, const Box& keep,
+                                  const PlanarPicture& out) {
+    for (std::uint32_t i = 0; i < FieldCount(); ++i) {
+        const Field field(region.top, region.bottom, i, FieldCount(), mFormat.subsampleH);
+        UnpackBox(frame, region, field);
+        RunField(field, Up(region.Width(), 1u << mFormat.subsampleW));
+        KeepBox(region, keep, field, out);
+    }
+}
+
+void PictureConverter::RunField(const Field& field, std::uint32_t width) {
+    for (int plane = 0; plane < mFormat.Planes(); ++plane)
+        mResult.Shape(plane, mFormat.PlaneWidth(plane, width) * mFormat.SampleBytes(),
+                      mFormat.PlaneHeight(plane, field.paddedRows));
+    GraphFor(width, field.paddedRows, field.parity).Run(mSource, mResult);
+}
+
+void PictureConverter::UnpackBox(const FrameView& frame, const Box& region, const Field& field) {
+    const std::uint32_t padded = Up(region.Width(), 1u << mFormat.subsampleW);
+    const std::size_t sample = mFacts.IsFloat() ? 4 : 1;
+    for (int plane = 0; plane < mFormat.Planes(); ++plane)
+        mSource.Shape(plane, padded * sample, field.paddedRows);
+    for (std::uint32_t row = 0; row < field.rows; ++row) {
+        const std::byte* pixels =
+            RowOf(frame, field.RowOfFrame(row)) + std::size_t{region.left} * BytesPerPixel(mFacts.format);
+        RowPlanes planes;
+        for (int plane = 0; plane < mFormat.Planes(); ++plane) planes.plane[plane] = mSource.Row(plane, row);
+        UnpackRow(pixels, region.Width(), mFacts.format, planes);
+    }
+    PadRows(field, region.Width(), padded);
+}
+
+void PictureConverter::UnpackRowStarts(const FrameView& frame, const Field& field) {
+    const std::size_t sample = mFacts.IsFloat() ? 4 : 1;
+    for (int plane = 0; plane < mFormat.Planes(); ++plane)
+        mSource.Shape(plane, kStripWidth * sample, field.paddedRows);
+    for (std::uint32_t row = 0; row < field.rows; ++row) {
+        RowPlanes planes;
+        for (int plane = 0; plane < mFormat.Planes(); ++plane) planes.plane[plane] = mSource.Row(plane, row);
+        UnpackRow(RowOf(frame, field.RowOfFrame(row)), 1, mFacts.format, planes);
+    }
+    PadRows(field, 1, kStripWidth);
+}
+
+// Repeats the last column up to the width and the last row up to the padded number of rows.
+void PictureConverter::PadRows(const Field& field, std::uint32_t width, std::uint32_t paddedWidth) {
+    const std::size_t sample = mFacts.IsFloat() ? 4 : 1;
+    for (int plane = 0; plane < mFormat.Planes(); ++plane) {
+        for (std::uint32_t row = 0; width != paddedWidth && row < field.rows; ++row) {
+            std::byte* const start = mSource.Row(plane, row);
+            const std::byte* const last = start + (width - 1) * sample;
+            if (sample == 1)
+                std::memset(start + width, std::to_integer<int>(*last), paddedWidth - width);
+            else
+                std::fill_n(reinterpret_cast<float*>(start) + width, paddedWidth - width,
+                            *reinterpret_cast<const float*>(last));
+        }
+        for (std::uint32_t row = field.rows; row < field.paddedRows; ++row)
+            std::memcpy(mSource.Row(plane, row), mSource.Row(plane, field.rows - 1), paddedWidth * sample);
+    }
+}
+
+void PictureConverter::KeepBox(const Box& region, const Box& keep, const Field& field,
+                               const PlanarPicture& out) {
+    const std::size_t sample = mFormat.SampleBytes();
+    for (int plane = 0; plane < mFormat.Planes(); ++plane) {
+        const std::uint32_t planeHeight = mFormat.PlaneHeight(plane, mFacts.height);
+        const std::uint32_t top = mFormat.PlaneHeight(plane, keep.top);
+        const std::uint32_t bottom = std::min(mFormat.PlaneHeight(plane, keep.bottom), planeHeight);
+        const std::uint32_t left = mFormat.PlaneWidth(plane, keep.left);
+        const std::size_t bytes = (mFormat.PlaneWidth(plane, keep.right) - left) * sample;
+        const std::size_t skip = (left - mFormat.PlaneWidth(plane, region.left)) * sample;
+        const std::uint32_t first = mFormat.PlaneHeight(plane, region.top) + field.first - region.top;
+        for (std::uint32_t row = 0; row < mFormat.PlaneHeight(plane, field.paddedRows); ++row) {
+            const std::uint32_t y = first + row * field.step;
+            if (y < top || y >= bottom) continue;
+            std::memcpy(out.plane[std::size_t(plane)] + out.stride[std::size_t(plane)] * y + left * sample,
+                        mResult.Row(plane, row) + skip, bytes);
+        }
+    }
+}
+
+void PictureConverter::Spread(const Field& field, const PlanarPicture& out) {
+    const std::size_t sample = mFormat.SampleBytes();
+    for (int plane = 0; plane < mFormat.Planes(); ++plane) {
+        const std::uint32_t width = mFormat.PlaneWidth(plane, mFacts.width);
+        const std::uint32_t height = mFormat.PlaneHeight(plane, mFacts.height);
+        const std::size_t middle = mFormat.PlaneWidth(plane, kStripWidth) / 2 * sample;
+        for (std::uint32_t row = 0; row < mFormat.PlaneHeight(plane, field.paddedRows); ++row) {
+            const std::uint32_t y = field.first + row * field.step;
+            if (y >= height) break;
+            FillSamples(out.plane[std::size_t(plane)] + out.stride[std::size_t(plane)] * y,
+                        mResult.Row(plane, row) + middle, sample, width);
+        }
+    }
+}
+
+ZimgGraph& PictureConverter::GraphFor(std::uint32_t width, std::uint32_t rows, int parity) {
+    const auto key = std::make_tuple(width, rows, parity);
+    if (const auto found = mGraphs.find(key); found != mGraphs.end()) return found->second;
+    if (mGraphs.size() >= kMaximumGraphs) mGraphs.clear();
+    return mGraphs
+        .emplace(key, ZimgGraph(FormatOf(false, width, rows, parity), FormatOf(true, width, rows, parity)))
+        .first->second;
+}
+
+zimg_image_format PictureConverter::FormatOf(bool result, std::uint32_t width, std::uint32_t rows,
+                                             int parity) const {
+    zimg_image_format format;
+    zimg_image_format_default(&format, ZIMG_API_VERSION);
+    const bool yCbCr = result ? mFormat.yCbCr : mFacts.IsYCbCr();
+    format.width = width;
+    format.height = rows;
+    format.field_parity = static_cast<zimg_field_parity_e>(parity);
+    format.color_family = yCbCr ? ZIMG_COLOR_YUV : ZIMG_COLOR_RGB;
+    format.matrix_coefficients =
+        yCbCr ? static_cast<zimg_matrix_coefficients_e>(mFacts.tags.matrix) : ZIMG_MATRIX_RGB;
+    format.pixel_range = !yCbCr || (result && mFormat.fullRange) ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
+    format.alpha = mFormat.alpha ? ZIMG_ALPHA_STRAIGHT : ZIMG_ALPHA_NONE;
+    if (result) {
+        format.pixel_type = mFormat.bits > 8 ? ZIMG_PIXEL_WORD : ZIMG_PIXEL_BYTE;
+        format.depth = static_cast<unsigned>(mFormat.bits);
+        format.subsample_w = static_cast<unsigned>(mFormat.subsampleW);
+        format.subsample_h = static_cast<unsigned>(mFormat.subsampleH);
+        format.chroma_location = ZIMG_CHROMA_LEFT;
+    } else {
+        format.pixel_type = mFacts.IsFloat() ? ZIMG_PIXEL_FLOAT : ZIMG_PIXEL_BYTE;
+        format.depth = mFacts.IsFloat() ? 32 : 8;
+    }
+    return format;
+}
+
+} // namespace corvane

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+
+#include "Engine/Frame.h"
+
+namespace corvane {
+
+/// A rectangle of pixels; the right column and the bottom row are outside.
+struct Box {
+    std::uint32_t left = 0;
+    std::uint32_t top = 0;
+    std::uint32_t right = 0;
+    std::uint32_t bottom = 0;
+
+    bool Empty() const { return left >= right || top >= bottom; }
+    std::uint32_t Width() const { return right - left; }
+    std::uint32_t Height() const { return bottom - top; }
+};
+
+/// The start of row `y`.
+inline const std::byte* RowOf(const FrameView& frame, std::uint32_t y) {
+    return frame.pixels + std::int64_t{frame.rowBytes} * y;
+}
+
+/// Whether all pixels of row `y` are alike, byte for byte.
+bool RowIsUniform(const FrameView& frame, std::uint32_t y);
+
+/// The smallest rectangle that holds every pixel which differs from the first pixel of its row. Generated
+/// frames are rows of one color with at most a number on them, so that converters work on little more than
+/// this box.
+Box FindBox(const FrameView& frame);
+
+} // namespace corvane

@@ -1,0 +1,62 @@
+#include "PngTarget.h"
+
+#include <optional>
+#include <vector>
+
+#include "Export/Files/NumberedName.h"
+#include "Export/Files/OutputFile.h"
+#include "PngImage.h"
+
+namespace corvane {
+namespace {
+
+struct PngPacket final : Packet {
+    explicit PngPacket(const StreamFacts& facts) : encoder(facts) {}
+
+    PngImage encoder;
+    std::span<const std::byte> image;
+    std::int64_t index = 0;
+};
+
+class PngTarget final : public Target {
+  public:
+    PngTarget(const std::filesystem::path& path, const StreamFacts& facts)
+        : mPath(path), mNumbered(NumberedName::Parse(path)), mFacts(facts) {}
+
+    std::unique_ptr<Packet> NewPacket() override { return std::make_unique<PngPacket>(mFacts); }
+
+    void Prepare(const FrameView& frame, std::int64_t index, Packet& packet) override {
+        auto& png = static_cast<PngPacket&>(packet);
+        png.image = png.encoder.Encode(frame);
+        png.index = index;
+    }
+
+    void Consume(Packet& packet) override {
+        const auto& png = static_cast<PngPacket&>(packet);
+        OutputFile& file = mFiles.emplace_back(mNumbered ? mNumbered->For(png.index) : mPath);
+        file.Write(png.image);
+        mWritten += png.image.size();
+        file.Close();
+    }
+
+    void Finish() override {
+        for (OutputFile& file : mFiles) file.Commit();
+    }
+
+    std::uint64_t BytesWritten() const override { return mWritten; }
+
+  private:
+    const std::filesystem::path mPath;
+    const std::optional<NumberedName> mNumbered;
+    const StreamFacts mFacts;
+    std::vector<OutputFile> mFiles;
+    std::uint64_t mWritten = 0;
+};
+
+} // namespace
+
+std::unique_ptr<Target> MakePngTarget(const std::filesystem::path& path, const StreamFacts& facts) {
+    return std::make_unique<PngTarget>(path, facts);
+}
+
+} // namespace corvane

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "Export/Picture/StreamFacts.h"
+#include "Target.h"
+
+namespace corvane {
+
+/// PNG images: one file, or with a number in the name one file a frame. The files of a sequence take their
+/// places together at the end, so that a sequence is whole or not there.
+std::unique_ptr<Target> MakePngTarget(const std::filesystem::path& path, const StreamFacts& facts);
+
+} // namespace corvane

@@ -1,0 +1,93 @@
+#include "RawTarget.h"
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "Export/Files/StreamWriter.h"
+#include "Export/Picture/PackedReader.h"
+
+namespace corvane {
+namespace {
+
+PackedFormat FormatFor(const StreamFacts& facts) {
+    PackedFormat format;
+    if (facts.IsFloat())
+        format.bits = 16;
+    else
+        format = {{2, 1, 0, 3}, 4, 8, false};
+    return format;
+}
+
+// Whether the delivered bytes are already what is to be written.
+bool IsAsDelivered(const StreamFacts& facts) {
+    constexpr RK_PixelFormat kOther = kRK_Float | kRK_YCbCr | kRK_AlphaFirst | kRK_Premultiplied;
+    return (facts.format & kOther) == 0;
+}
+
+struct RawPacket final : Packet {
+    FrameView frame;                    // rows to write, of `rowBytes` used bytes each
+    std::optional<PackedReader> reader; // none where the frame's own rows are written
+    std::vector<std::byte> converted;
+};
+
+class RawTarget final : public Target {
+  public:
+    RawTarget(const std::filesystem::path& path, bool native, const StreamFacts& facts)
+        : mFacts(facts), mFormat(FormatFor(facts)), mAsDelivered(native || IsAsDelivered(facts)),
+          mRowBytes(std::size_t{facts.width} *
+                    (mAsDelivered ? BytesPerPixel(facts.format) : mFormat.PixelBytes())),
+          mWriter(path, std::uint64_t{mRowBytes} * facts.height * static_cast<std::uint64_t>(facts.frames)) {}
+
+    std::unique_ptr<Packet> NewPacket() override {
+        auto packet = std::make_unique<RawPacket>();
+        if (mAsDelivered) return packet;
+        packet->reader.emplace(mFacts, mFormat);
+        packet->converted.resize(mRowBytes * mFacts.height);
+        return packet;
+    }
+
+    void Prepare(const FrameView& frame, std::int64_t, Packet& packet) override {
+        auto& raw = static_cast<RawPacket&>(packet);
+        raw.frame = frame;
+        if (mAsDelivered) return;
+        raw.reader->Begin(frame);
+        for (std::uint32_t y = 0; y < frame.height; ++y)
+            raw.reader->Read(y, frame.width, raw.converted.data() + mRowBytes * y);
+    }
+
+    void Consume(Packet& packet) override {
+        const auto& raw = static_cast<RawPacket&>(packet);
+        if (!mAsDelivered)
+            mWriter.Write(raw.converted);
+        else if (raw.frame.rowBytes == static_cast<std::int64_t>(mRowBytes))
+            mWriter.Write({raw.frame.pixels, mRowBytes * mFacts.height});
+        else
+            for (std::uint32_t y = 0; y < mFacts.height; ++y) mWriter.Write({RowOf(raw.frame, y), mRowBytes});
+    }
+
+    void Finish() override { mWriter.Finish(); }
+    bool KeepsFrames() const override { return mAsDelivered; }
+    // A frame in the cache of the thread that made it is written sooner than a second thread makes another;
+    // only a pipe keeps the one thread waiting.
+    unsigned UsefulJobs(unsigned jobs) const override {
+        return !mAsDelivered ? jobs : mWriter.MayBlock() ? std::min(jobs, 2u) : 1;
+    }
+    std::uint64_t BytesWritten() const override { return mWriter.BytesWritten(); }
+
+  private:
+    const StreamFacts mFacts;
+    const PackedFormat mFormat;
+    const bool mAsDelivered;
+    const std::size_t mRowBytes;
+    StreamWriter mWriter;
+};
+
+} // namespace
+
+std::unique_ptr<Target> MakeRawTarget(const std::filesystem::path& path, bool native,
+                                      const StreamFacts& facts) {
+    return std::make_unique<RawTarget>(path, native, facts);
+}
+
+} // namespace corvane

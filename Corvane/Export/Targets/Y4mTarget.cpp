@@ -1,0 +1,115 @@
+#include "Y4mTarget.h"
+
+#include <cstring>
+#include <span>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "Engine/Failure.h"
+#include "Export/Files/OutputFile.h"
+#include "Export/Picture/PictureConverter.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::string_view kFrameMark = "FRAME\n";
+
+struct Sampling {
+    PlanarFormat planes;
+    std::string tag; // after the letter C
+};
+
+Sampling ParseSampling(const std::string& name) {
+    struct Row {
+        std::string_view name;
+        int subsampleW;
+        int subsampleH;
+    };
+    constexpr Row kSamplings[] = {{"420", 1, 1}, {"422", 1, 0}, {"444", 0, 0}};
+    constexpr std::pair<std::string_view, int> kDepths[] = {
+        {"", 8}, {"p10", 10}, {"p12", 12}, {"p14", 14}, {"p16", 16}};
+    for (const Row& row : kSamplings)
+        for (const auto& [suffix, bits] : kDepths)
+            if (name == fmt::format("{}{}", row.name, suffix)) {
+                PlanarFormat planes;
+                planes.bits = bits;
+                planes.subsampleW = row.subsampleW;
+                planes.subsampleH = row.subsampleH;
+                // Of 8-bit 4:2:0 the plain tag means chroma in the center.
+                return {planes, name == "420" ? "420mpeg2" : name};
+            }
+    throw UsageFailure(fmt::format(
+        "y4m has no codec {}; choose 420, 422 or 444, or one with more bits such as 422p10", name));
+}
+
+std::string HeaderOf(const StreamFacts& facts, const std::string& tag) {
+    constexpr char kOrder[] = {'p', 't', 'b'};
+    return fmt::format("YUV4MPEG2 W{} H{} F{}:{} I{} A{}:{} C{} XYSCSS={} XCOLORRANGE=LIMITED\n", facts.width,
+                       facts.height, facts.rate.numerator, facts.rate.denominator,
+                       kOrder[static_cast<int>(facts.order)], facts.aspect.numerator,
+                       facts.aspect.denominator, tag, tag == "420mpeg2" ? "420MPEG2" : tag);
+}
+
+/// One frame as it stands in the file: the mark, then the planes without gaps.
+struct Y4mPacket final : Packet {
+    Y4mPacket(const StreamFacts& facts, const PlanarFormat& format, std::size_t size)
+        : converter(facts, format), bytes(size + kFrameMark.size()) {
+        std::memcpy(bytes.data(), kFrameMark.data(), kFrameMark.size());
+        std::byte* next = bytes.data() + kFrameMark.size();
+        for (int plane = 0; plane < 3; ++plane) {
+            const std::size_t row = format.PlaneWidth(plane, facts.width) * format.SampleBytes();
+            picture.plane[std::size_t(plane)] = next;
+            picture.stride[std::size_t(plane)] = static_cast<std::ptrdiff_t>(row);
+            next += row * format.PlaneHeight(plane, facts.height);
+        }
+    }
+
+    PictureConverter converter;
+    std::vector<std::byte> bytes;
+    PlanarPicture picture;
+};
+
+class Y4mTarget final : public Target {
+  public:
+    Y4mTarget(const std::filesystem::path& path, const Sampling& sampling, const StreamFacts& facts)
+        : mFacts(facts), mPlanes(sampling.planes), mFile(path) {
+        const std::string header = HeaderOf(facts, sampling.tag);
+        mFile.Write(std::as_bytes(std::span(header)));
+    }
+
+    std::unique_ptr<Packet> NewPacket() override {
+        std::size_t size = 0;
+        for (int plane = 0; plane < 3; ++plane)
+            size += std::size_t{mPlanes.PlaneWidth(plane, mFacts.width)} *
+                    mPlanes.PlaneHeight(plane, mFacts.height) * mPlanes.SampleBytes();
+        return std::make_unique<Y4mPacket>(mFacts, mPlanes, size);
+    }
+
+    void Prepare(const FrameView& frame, std::int64_t, Packet& packet) override {
+        auto& y4m = static_cast<Y4mPacket&>(packet);
+        y4m.converter.Convert(frame, y4m.picture);
+    }
+
+    void Consume(Packet& packet) override { mFile.Write(static_cast<Y4mPacket&>(packet).bytes); }
+    void Finish() override { mFile.Commit(); }
+    bool KeepsAlpha() const override { return false; }
+    std::uint64_t BytesWritten() const override { return mFile.BytesWritten(); }
+
+  private:
+    const StreamFacts mFacts;
+    const PlanarFormat mPlanes;
+    OutputFile mFile;
+};
+
+} // namespace
+
+std::unique_ptr<Target> MakeY4mTarget(const std::filesystem::path& path, const std::string& sampling,
+                                      const StreamFacts& facts) {
+    const std::string name = !sampling.empty() ? sampling : facts.IsFloat() ? "420p16" : "420";
+    return std::make_unique<Y4mTarget>(path, ParseSampling(name), facts);
+}
+
+} // namespace corvane

@@ -1,0 +1,131 @@
+// Faults sought: a shortcut whose bytes differ from the conversion of every pixel, fields mixed by
+// subsampling, a matrix or range that is not the published one, planes of odd sizes written past their end.
+#include "Export/Picture/PictureConverter.h"
+
+#include <array>
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "TestFrames.h"
+
+namespace {
+
+using corvane::FieldOrder;
+using corvane::PictureConverter;
+using corvane::PlanarFormat;
+using corvane::testing::TestFrame;
+
+/// Planes with guard bytes after each row.
+struct Planes {
+    Planes(const PlanarFormat& format, std::uint32_t width, std::uint32_t height) {
+        for (std::size_t plane = 0; plane < static_cast<std::size_t>(format.Planes()); ++plane) {
+            const int p = static_cast<int>(plane);
+            row[plane] = format.PlaneWidth(p, width) * format.SampleBytes();
+            picture.stride[plane] = static_cast<std::ptrdiff_t>(row[plane] + 6);
+            bytes[plane].assign((row[plane] + 6) * format.PlaneHeight(p, height), std::byte{0xCD});
+            picture.plane[plane] = bytes[plane].data();
+        }
+    }
+    int At(std::size_t plane, std::size_t x, std::size_t y) const {
+        return std::to_integer<int>(bytes[plane][y * (row[plane] + 6) + x]);
+    }
+    bool GuardsIntact() const {
+        for (std::size_t plane = 0; plane < 4; ++plane)
+            for (std::size_t at = 0; at < bytes[plane].size(); ++at)
+                if (at % (row[plane] + 6) >= row[plane] && bytes[plane][at] != std::byte{0xCD}) return false;
+        return true;
+    }
+
+    std::vector<std::byte> bytes[4];
+    std::size_t row[4] = {};
+    corvane::PlanarPicture picture;
+};
+
+PlanarFormat Format(bool yCbCr, int bits, int subsampleW, int subsampleH, bool alpha = false) {
+    return {.yCbCr = yCbCr, .bits = bits, .subsampleW = subsampleW, .subsampleH = subsampleH, .alpha = alpha};
+}
+
+TEST(PictureConverter, TheShortcutGivesTheBytesOfTheWholeConversion) {
+    const PlanarFormat formats[] = {Format(true, 8, 1, 1),         Format(true, 10, 1, 0),
+                                    Format(true, 16, 0, 0, true),  Format(true, 10, 1, 1),
+                                    Format(false, 16, 0, 0, true), Format(true, 8, 2, 0)};
+    const RK_PixelFormat sources[] = {kRK_4444, kRK_4444 | kRK_YCbCr, kRK_4444 | kRK_Float,
+                                      kRK_4444 | kRK_Float | kRK_Linear,
+                                      kRK_4444 | kRK_AlphaFirst | kRK_Premultiplied};
+    struct Size {
+        std::uint32_t width, height;
+    };
+    const corvane::Box boxes[] = {
+        {0, 0, 0, 0}, {20, 6, 70, 23}, {60, 1, 63, 2}, {3, 5, 40, 9}, {130, 20, 171, 35}};
+    for (const Size size : {Size{320, 64}, Size{171, 35}, Size{320, 66}, Size{47, 33}})
+        for (const RK_PixelFormat source : sources)
+            for (const FieldOrder order : {FieldOrder::kProgressive, FieldOrder::kLowerFirst})
+                for (const corvane::Box& box : boxes) {
+                    TestFrame frame(size.width, size.height, source);
+                    frame.Facts().order = order;
+                    frame.Draw(box.left, box.top, box.right, box.bottom);
+                    for (const PlanarFormat& format : formats) {
+                        PictureConverter converter(frame.Facts(), format);
+                        Planes quick(format, size.width, size.height);
+                        Planes whole(format, size.width, size.height);
+                        converter.Convert(frame.View(), quick.picture);
+                        converter.ConvertWhole(frame.View(), whole.picture);
+                        for (int plane = 0; plane < format.Planes(); ++plane)
+                            ASSERT_TRUE(quick.bytes[plane] == whole.bytes[plane])
+                                << size.width << "x" << size.height << " source " << source << " box at "
+                                << box.left << " order " << int(order) << " plane " << plane << " bits "
+                                << format.bits;
+                        ASSERT_TRUE(quick.GuardsIntact());
+                    }
+                }
+}
+
+TEST(FindBox, HoldsEveryPixelThatDiffersFromItsRow) {
+    const corvane::Box boxes[] = {{1, 0, 2, 1}, {40, 3, 300, 8}, {299, 9, 300, 10}, {5, 0, 290, 10}};
+    for (const RK_PixelFormat source : {kRK_4444, kRK_4444 | kRK_Float})
+        for (const corvane::Box& box : boxes) {
+            TestFrame frame(300, 10, source);
+            frame.Draw(box.left, box.top, box.right, box.bottom);
+            const corvane::Box found = corvane::FindBox(frame.View());
+            EXPECT_EQ((std::array{found.left, found.top, found.right, found.bottom}),
+                      (std::array{box.left, box.top, box.right, box.bottom}));
+        }
+}
+
+TEST(PictureConverter, ChromaOfAFieldIsMadeOfThatFieldAlone) {
+    for (const std::uint32_t height : {32u, 34u, 33u}) {
+        TestFrame frame(96, height, kRK_4444);
+        frame.Facts().order = FieldOrder::kUpperFirst;
+        for (std::uint32_t y = 0; y < height; ++y)
+            for (std::uint32_t x = 0; x < 96; ++x) frame.SetBytes(x, y, y % 2 ? 0xFF0000FFu : 0xFFFF0000u);
+        const PlanarFormat format = Format(true, 8, 1, 1);
+        Planes planes(format, 96, height);
+        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture);
+        for (std::uint32_t y = 0; y < (height + 1) / 2; ++y)
+            EXPECT_EQ(planes.At(2, 20, y), planes.At(2, 20, y % 2)) << "row " << y << " of " << height;
+        EXPECT_GT(std::abs(planes.At(2, 20, 0) - planes.At(2, 20, 1)), 100);
+    }
+}
+
+TEST(TagsFor, FollowTheRasterAndKeepTheMatrixOfYCbCr) {
+    struct Row {
+        std::uint32_t height;
+        corvane::Ratio rate;
+        RK_PixelFormat format;
+        std::array<int, 3> tags; // matrix, primaries, transfer
+    };
+    const Row rows[] = {{1080, {25, 1}, kRK_4444, {1, 1, 1}},
+                        {576, {25, 1}, kRK_4444, {5, 5, 6}},
+                        {480, {30000, 1001}, kRK_4444, {6, 6, 6}},
+                        {300, {25, 2}, kRK_4444, {5, 5, 6}},
+                        {300, {24000, 1001}, kRK_4444, {6, 6, 6}},
+                        {1080, {25, 1}, kRK_4444 | kRK_YCbCr, {6, 1, 1}},
+                        {576, {25, 1}, kRK_4444 | kRK_YCbCr | kRK_709, {1, 5, 6}}};
+    for (const Row& row : rows) {
+        const corvane::ColorTags tags = corvane::TagsFor(row.height, row.rate, row.format);
+        EXPECT_EQ((std::array{tags.matrix, tags.primaries, tags.transfer}), row.tags) << row.height;
+    }
+}
+
+} // namespace

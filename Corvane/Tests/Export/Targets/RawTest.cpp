@@ -1,0 +1,104 @@
+// Faults sought: row padding in the file, a wrong order of components, bytes lost or doubled where direct I/O
+// goes over into the tail, a full disk seen only at the end.
+#include "Export/Targets/RawTarget.h"
+
+#include <array>
+#include <thread>
+
+#include <sys/stat.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Export/Files/StreamWriter.h"
+#include "Tests/Export/Picture/TestFrames.h"
+
+namespace {
+
+using corvane::testing::ReadFile;
+using corvane::testing::TestFolder;
+using corvane::testing::TestFrame;
+
+std::string WriteFrame(TestFrame& frame, bool native) {
+    TestFolder folder;
+    const auto target = corvane::MakeRawTarget(folder / "a.raw", native, frame.Facts());
+    const auto packet = target->NewPacket();
+    target->Prepare(frame.View(), 0, *packet);
+    target->Consume(*packet);
+    target->Finish();
+    return ReadFile(folder / "a.raw");
+}
+
+TEST(Raw, NativeIsTheBytesAsDeliveredWithoutPadding) {
+    for (const RK_PixelFormat format :
+         {kRK_4444 | kRK_YCbCr, kRK_4444 | kRK_AlphaFirst, kRK_4444 | kRK_Float}) {
+        TestFrame frame(47, 33, format);
+        frame.Draw(3, 3, 20, 20);
+        std::string expected;
+        for (std::uint32_t y = 0; y < 33; ++y)
+            expected.append(reinterpret_cast<const char*>(frame.Pixel(0, y)),
+                            47 * corvane::BytesPerPixel(format));
+        EXPECT_TRUE(WriteFrame(frame, true) == expected) << format;
+    }
+}
+
+TEST(Raw, OtherwiseOneOrderForAllFormats) {
+    TestFrame bytes(47, 33, kRK_4444 | kRK_AlphaFirst);
+    bytes.Draw(3, 3, 20, 20);
+    const std::string bgra = WriteFrame(bytes, false);
+    ASSERT_EQ(bgra.size(), 47u * 33 * 4);
+    for (std::uint32_t i = 0; i < 47 * 33; ++i)
+        for (std::uint32_t part = 0; part < 4; ++part)
+            ASSERT_EQ(static_cast<std::byte>(bgra[i * 4 + part]), bytes.Pixel(i % 47, i / 47)[3 - part]);
+
+    TestFrame floats(5, 2, kRK_4444 | kRK_Float);
+    for (std::uint32_t i = 0; i < 10; ++i) floats.SetFloats(i % 5, i / 5, {0.0f, 0.5f, 1.0f, 0.25f});
+    const std::string words = WriteFrame(floats, false);
+    ASSERT_EQ(words.size(), 5u * 2 * 8);
+    std::array<std::uint16_t, 4> pixel;
+    std::memcpy(pixel.data(), words.data() + 72, 8);
+    EXPECT_THAT(pixel, testing::Pointwise(testing::FloatNear(1), {65535, 32768, 0, 16384}));
+}
+
+TEST(StreamWriter, LargeFilesHoldWhatWasWritten) {
+    TestFolder folder;
+    // Pieces that fit neither blocks nor chunks; ends in the middle of a block, at one's end, and at a
+    // chunk's end.
+    for (const std::size_t size :
+         {(std::size_t{70} << 20) + 12345, (std::size_t{65} << 20) + 4096, std::size_t{72} << 20}) {
+        std::string data(size, '\0');
+        // Each 512 bytes tell their place.
+        for (std::size_t i = 0; i < size; i += 512) {
+            const std::uint32_t value = TestFrame::Noise(static_cast<std::uint32_t>(i));
+            std::memcpy(data.data() + i, &value, std::min<std::size_t>(4, size - i));
+        }
+        corvane::StreamWriter writer(folder / "large", size);
+        const auto bytes = std::as_bytes(std::span(data));
+        for (std::size_t at = 0; at < size; at += 3333333)
+            writer.Write(bytes.subspan(at, std::min<std::size_t>(3333333, size - at)));
+        writer.Finish();
+        EXPECT_EQ(writer.BytesWritten(), size);
+        EXPECT_TRUE(ReadFile(folder / "large") == data) << size;
+    }
+}
+
+TEST(StreamWriter, AFullDiskShowsBeforeTheFirstFrame) {
+    TestFolder folder;
+    EXPECT_THROW(corvane::StreamWriter(folder / "huge", std::uint64_t{1} << 52), corvane::Failure);
+    EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(StreamWriter, APipeGetsEveryByte) {
+    TestFolder folder;
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    std::string read;
+    std::thread reader([&] { read = ReadFile(folder / "pipe"); });
+    const std::string data(5 << 20, 'x');
+    corvane::StreamWriter writer(folder / "pipe", data.size());
+    writer.Write(std::as_bytes(std::span(data)));
+    writer.Finish();
+    reader.join();
+    EXPECT_TRUE(read == data);
+}
+
+} // namespace
