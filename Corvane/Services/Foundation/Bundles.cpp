@@ -9,6 +9,8 @@
 
 #include <pugixml.hpp>
 
+#include "NeverDestroyed.h"
+
 namespace corvane {
 
 namespace {
@@ -20,9 +22,9 @@ struct Registry {
 };
 
 Registry& TheRegistry() {
-    // Leaked: bundles may still be looked up while static objects are being destroyed.
-    static Registry* const registry = new Registry;
-    return *registry;
+    // Bundles may still be looked up while static objects are being destroyed.
+    static NeverDestroyed<Registry> registry;
+    return registry.Get();
 }
 
 /// The string that follows the key `name` in the property list's dictionary; empty where there is none.

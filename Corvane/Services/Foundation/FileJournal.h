@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,13 +25,13 @@ class FileJournal {
     void Undo();
 
     /// For `Mosk::File`: `path` is about to be created or replaced, and `target` is where its text goes.
-    static void Note(const Mosk::String& path, const std::string& target);
+    static void Note(const Mosk::String& path, const std::filesystem::path& target);
 
   private:
     struct Before {
-        std::string target;
+        std::filesystem::path target;
         bool existed;
-        std::optional<std::string> text; ///< nothing where it could not be read
+        std::optional<std::string> text; ///< nothing if it could not be read
     };
 
     std::vector<Mosk::String> mPaths;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -110,7 +111,8 @@ class File {
     /// The largest file that `Open` takes, in bytes. Its users read files whole, so this bounds their memory.
     static constexpr std::uint64_t kSizeLimit = 16u << 20;
 
-    File() = default;
+    File();
+    /// Closes the file, as `Close` does.
     ~File();
     File(const File&) = delete;
     File& operator=(const File&) = delete;
@@ -143,9 +145,8 @@ class File {
     void Close() noexcept;
 
   private:
-    int mDescriptor = -1;
-    std::string mTarget;    // of a created file: where the text goes
-    std::string mTemporary; // of a created file that was not written: its temporary name
+    struct State; // the host's
+    std::unique_ptr<State> mState;
 };
 
 /// Questions about paths. Any thread.
