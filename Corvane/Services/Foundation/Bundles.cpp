@@ -27,7 +27,7 @@ Registry& TheRegistry() {
     return registry.Get();
 }
 
-/// The string that follows the key `name` in the property list's dictionary; empty where there is none.
+/// The string that follows the key `name` in the property list's dictionary; empty if there is none.
 std::string PropertyString(const pugi::xml_document& plist, const char* name) {
     for (const pugi::xml_node key : plist.child("plist").child("dict").children("key"))
         if (std::strcmp(key.child_value(), name) == 0) return key.next_sibling().child_value();

@@ -11,6 +11,7 @@ namespace corvane {
 /// sentences such as "NAME: TEXT; REMEDY.".
 class FileError : public std::runtime_error {
   public:
+    /// `why` is the clause, and `remedy` what a person can do.
     FileError(Mosk::Result result, const std::string& why, std::string remedy)
         : std::runtime_error(why), mResult(result), mRemedy(std::move(remedy)) {}
 

@@ -12,6 +12,7 @@
 #include "FrameMemory.h"
 #include "Services/Foundation/NeverDestroyed.h"
 #include "Services/Raster/PixelFormats.h"
+#include "Services/TestHooks.h"
 
 /// What a handle points to. Never freed, only reused, so that a handle which was disposed of can be told.
 struct CvVexel {
