@@ -11,6 +11,7 @@
 #include "Engine/Bundle.h"
 #include "Engine/Records.h"
 #include "Services/Frames/Suites.h"
+#include "Services/TestHooks.h"
 #include "Services/UI/ScriptedPlatform.h"
 
 namespace {

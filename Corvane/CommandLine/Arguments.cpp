@@ -14,9 +14,11 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <fmt/format.h>
 
 #include "Commands.h"
 #include "Console.h"
+#include "Services/Frames/FrameBuffers.h"
 
 namespace corvane::commandline {
 
@@ -211,8 +213,8 @@ bool ParsePair(std::string_view text, char separator, std::uint32_t limit, std::
 
 /// An option that takes two numbers; what it does not understand is answered with `expected`.
 template <class Parse>
-void AddPair(CLI::App& command, const char* name, const char* form, const char* about, const char* expected,
-             Parse parse) {
+void AddPair(CLI::App& command, const char* name, const char* form, const char* about,
+             const std::string& expected, Parse parse) {
     const auto read = [=](const std::string& text) {
         if (!parse(text))
             throw CLI::ValidationError(name, "'" + text + "' is not understood; write " + expected);
@@ -221,10 +223,11 @@ void AddPair(CLI::App& command, const char* name, const char* form, const char* 
 }
 
 void AddSequenceOptions(CLI::App& command, SequenceFormat& sequence) {
-    constexpr std::uint32_t kAny = std::numeric_limits<std::uint32_t>::max(), kLongestSide = 32768;
+    constexpr std::uint32_t kAny = std::numeric_limits<std::uint32_t>::max();
     AddPair(command, "--size", "WxH", "Frame size to begin with (default: 1920x1080)",
-            "WIDTHxHEIGHT, both from 1 to 32768", [&](const std::string& text) {
-                return ParsePair(text, 'x', kLongestSide, sequence.width, sequence.height);
+            fmt::format("WIDTHxHEIGHT, both from 1 to {}", kDefaultMaxFrameSide),
+            [&](const std::string& text) {
+                return ParsePair(text, 'x', kDefaultMaxFrameSide, sequence.width, sequence.height);
             });
     AddPair(command, "--par", "N:D", "Pixel aspect ratio to begin with (default: 1:1)", "N:D, both above 0",
             [&](const std::string& text) {

@@ -15,11 +15,11 @@ struct CheckProcessEnd {
     std::string how;       ///< as a clause ("while initializing, the plug-in ended the process: Aborted")
 };
 
-/// Told of each finished check: why it failed, or an empty text.
+/// Told of each finished check: why it failed, or an empty text. Called on the thread of `RunCheckProcess`.
 using OnCheckMade = std::function<void(const std::string& why)>;
 
 /// Makes the checks from number `first` on in a process of their own, which is ended at `deadline`. Throws
-/// `Failure` where no process can be started.
+/// `Failure` if no process can be started. One thread at a time.
 CheckProcessEnd RunCheckProcess(const std::filesystem::path& bundle, std::size_t first,
                                 std::chrono::steady_clock::time_point deadline, const OnCheckMade& onMade);
 

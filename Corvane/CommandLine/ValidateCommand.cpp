@@ -79,7 +79,7 @@ void MakeAll(const std::filesystem::path& bundle, std::chrono::steady_clock::tim
 void Report(int pipe, const char* word, std::string text) {
     std::ranges::replace(text, '\n', ' ');
     const std::string line = word + text + "\n";
-    // Where the starter is gone, the reports are of no use to anybody.
+    // Without the one who started it, the reports are of no use to anybody.
     if (::write(pipe, line.data(), line.size()) < 0) ::_exit(kExitFailed);
 }
 

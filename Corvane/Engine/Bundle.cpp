@@ -3,10 +3,13 @@
 #include <cstdlib>
 #include <string_view>
 
+#include <boost/algorithm/string/classification.hpp>
+#include <boost/algorithm/string/trim.hpp>
 #include <fmt/format.h>
 
 #include "Failure.h"
 #include "PluginLibrary.h"
+#include "Services/Foundation/ProgramFolder.h"
 
 namespace corvane {
 
@@ -14,27 +17,20 @@ namespace {
 
 constexpr char kBundleName[] = "ImporterSynthex.bundle";
 
-/// The text without white space at its ends.
-std::string Trimmed(const std::string& text) {
-    const std::size_t first = text.find_first_not_of(" \n");
-    return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(" \n") - first + 1);
-}
-
 } // namespace
 
 std::string Answer::Reason() const {
     constexpr std::string_view kMarker = "what() returned ";
     const std::size_t marker = alert.find(kMarker);
-    return Trimmed(marker == std::string::npos ? alert : alert.substr(marker + kMarker.size()));
+    return boost::trim_copy_if(marker == std::string::npos ? alert : alert.substr(marker + kMarker.size()),
+                               boost::is_any_of(" \n"));
 }
 
 std::filesystem::path Bundle::Find(const std::filesystem::path& named) {
     if (!named.empty()) return named;
     if (const char* const variable = std::getenv("SYNTHEX_BUNDLE"); variable != nullptr && *variable != '\0')
         return variable;
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return program.parent_path().parent_path() / "lib" / kBundleName;
+    return InLibraryFolder(kBundleName);
 }
 
 Bundle::Bundle(const std::filesystem::path& path)

@@ -5,13 +5,13 @@
 
 namespace corvane {
 
-/// Reads a whole file of text. Throws `Failure` with the file's name and why, as for a folder, a device or a
-/// file over 64 MiB.
+/// The text of the file at `path`. Throws `Failure`, whose sentence names the file and says why, if there is
+/// none, if it is a folder, a pipe or a device, if it has more than 64 MiB, or if it may not be read. Any
+/// thread.
 std::string ReadTextFile(const std::filesystem::path& path);
 
-/// Writes a file of text so that no half of one can be left: it takes the place of an older one only when all
-/// of it is on the disk. A link keeps pointing. Throws `Failure` with the file's name, why, and that nothing
-/// was changed.
+/// Makes `text` all that is in the file at `path`, as `AtomicFile` replaces files: never half of it. Throws
+/// `Failure`, whose sentence names the file and says why, and that nothing was changed. Any thread.
 void WriteTextFile(const std::filesystem::path& path, const std::string& text);
 
 } // namespace corvane

@@ -1,16 +1,15 @@
 #include "Process.h"
 
-#include <array>
+#include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <stdexcept>
 
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -18,98 +17,58 @@
 
 namespace {
 
-constexpr unsigned kTimeLimit = 60; // seconds
-constexpr uid_t kNobody = 65534;
+using corvane::FileDescriptor;
 
-void Limit(int resource, std::uint64_t bytes) {
-    const rlimit limit{bytes, bytes};
-    if (bytes != 0) ::setrlimit(static_cast<__rlimit_resource>(resource), &limit);
+/// The command that gives `program` what the options say: the system has a program for each.
+std::vector<std::string> Command(const std::vector<std::string>& program, const ProcessOptions& options) {
+    std::vector<std::string> command = {"env"};
+    for (const auto& [name, value] : options.environment) command.push_back(name + "=" + value);
+    if (options.addressSpace != 0 || options.fileSize != 0) command.push_back("prlimit");
+    if (options.addressSpace != 0) command.push_back(fmt::format("--as={}", options.addressSpace));
+    if (options.fileSize != 0) command.push_back(fmt::format("--fsize={}", options.fileSize));
+    if (options.unprivileged && ::geteuid() == 0) command.insert(command.end(), {"setpriv", "--reuid=65534"});
+    command.insert(command.end(), program.begin(), program.end());
+    return command;
 }
 
-[[noreturn]] void Become(const std::vector<std::string>& arguments, const ProcessOptions& options, int out,
-                         int err) {
-    if (!options.output.empty()) out = ::open(options.output.c_str(), O_WRONLY | O_CLOEXEC);
-    ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
-    ::dup2(out, STDOUT_FILENO);
-    ::dup2(err, STDERR_FILENO);
-    for (const auto& [name, value] : options.environment) ::setenv(name.c_str(), value.c_str(), 1);
-    if (options.unprivileged && ::geteuid() == 0 && ::setuid(kNobody) != 0) ::_exit(127);
-    Limit(RLIMIT_AS, options.addressSpace);
-    Limit(RLIMIT_FSIZE, options.fileSize);
-    Limit(RLIMIT_CORE, 0);
-    ::alarm(kTimeLimit); // stays over exec
-    std::vector<char*> argv;
-    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-    argv.push_back(nullptr);
-    ::execv(argv[0], argv.data());
-    ::_exit(127);
-}
-
-/// Opens the two ends of a terminal.
-void OpenTerminal(int (&ends)[2]) {
-    ends[0] = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (ends[0] < 0 || ::grantpt(ends[0]) != 0 || ::unlockpt(ends[0]) != 0)
+/// The two ends of a terminal.
+std::pair<FileDescriptor, FileDescriptor> MakeTerminal() {
+    FileDescriptor master(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (!master || ::grantpt(master.Get()) != 0 || ::unlockpt(master.Get()) != 0)
         throw std::runtime_error("no terminal");
-    ends[1] = ::open(::ptsname(ends[0]), O_RDWR | O_NOCTTY | O_CLOEXEC);
+    return {std::move(master),
+            FileDescriptor(::open(::ptsname(master.Get()), O_RDWR | O_NOCTTY | O_CLOEXEC))};
 }
 
 } // namespace
 
 Process::Process(const std::vector<std::string>& arguments, const ProcessOptions& options) {
-    int out[2], err[2];
-    if (::pipe2(out, O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
-    if (options.terminal)
-        OpenTerminal(err);
-    else if (::pipe2(err, O_CLOEXEC) != 0)
-        throw std::runtime_error("no pipe");
-    mChild = ::fork();
-    if (mChild == 0) Become(arguments, options, out[1], err[1]);
-    ::close(out[1]);
-    ::close(err[1]);
-    mOut = out[0];
-    mErr = err[0];
-}
-
-Process::~Process() {
-    if (mChild > 0) {
-        ::kill(mChild, SIGKILL);
-        Wait();
-    }
+    const rlimit none{};
+    ::setrlimit(RLIMIT_CORE, &none); // for the children of this process
+    auto [outRead, out] = corvane::MakePipe();
+    auto [errRead, err] = options.terminal ? MakeTerminal() : corvane::MakePipe();
+    if (!options.output.empty()) out = FileDescriptor(::open(options.output.c_str(), O_WRONLY | O_CLOEXEC));
+    const std::vector<std::string> command = Command(arguments, options);
+    mChild.emplace(
+        corvane::ChildStart{command[0], command, {{out.Get(), STDOUT_FILENO}, {err.Get(), STDERR_FILENO}}});
+    mOutputs[0] = {std::move(outRead), [this](std::string_view bytes) { mResult.out += bytes; }};
+    mOutputs[1] = {std::move(errRead), [this](std::string_view bytes) { mResult.err += bytes; }};
 }
 
 void Process::Signal(int number) const {
-    ::kill(mChild, number);
+    mChild->Signal(number);
 }
 
 void Process::CloseOutput() {
-    ::close(std::exchange(mOut, -1));
+    mOutputs[0].descriptor.Close();
 }
 
 ProcessResult Process::Wait() {
-    ProcessResult result;
-    std::array<char, 65536> bytes;
-    while (mOut >= 0 || mErr >= 0) {
-        pollfd waits[] = {{mOut, POLLIN, 0}, {mErr, POLLIN, 0}};
-        ::poll(waits, 2, -1);
-        const auto take = [&](const pollfd& wait, int& descriptor, std::string& text) {
-            if (wait.revents == 0) return;
-            // A terminal without a writer is an error rather than an end.
-            const ssize_t count = ::read(descriptor, bytes.data(), bytes.size());
-            if (count > 0)
-                text.append(bytes.data(), static_cast<std::size_t>(count));
-            else
-                ::close(std::exchange(descriptor, -1));
-        };
-        take(waits[0], mOut, result.out);
-        take(waits[1], mErr, result.err);
-    }
-    int status = 0;
-    rusage usage{};
-    ::wait4(mChild, &status, 0, &usage);
-    mChild = -1;
-    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
-    result.peakMiB = usage.ru_maxrss / 1024;
-    return result;
+    mChild->Follow(mOutputs, std::chrono::steady_clock::now() + std::chrono::minutes(1));
+    const auto [status, peakKiB] = mChild->End();
+    mResult.status = WIFEXITED(status) ? WEXITSTATUS(status) : 1000 + WTERMSIG(status);
+    mResult.peakMiB = peakKiB / 1024;
+    return std::move(mResult);
 }
 
 std::vector<std::string> Synthex(std::vector<std::string> arguments) {

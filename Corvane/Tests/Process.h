@@ -2,12 +2,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <sys/types.h>
-
+#include "Services/Foundation/ChildProcess.h"
 #include "TestFolder.h"
 #include "TestSettings.h"
 
@@ -32,11 +32,10 @@ struct ProcessOptions {
     std::filesystem::path output = {}; ///< where standard output goes; empty: into the result
 };
 
-/// A process that is running. Ended by an alarm where it takes longer than a minute.
+/// A process that is running. Killed if it is not waited for, or takes longer than a minute.
 class Process {
   public:
     explicit Process(const std::vector<std::string>& arguments, const ProcessOptions& options = {});
-    ~Process();
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
@@ -47,16 +46,16 @@ class Process {
     ProcessResult Wait();
 
   private:
-    pid_t mChild = -1;
-    int mOut = -1;
-    int mErr = -1;
+    ProcessResult mResult;
+    corvane::ChildOutput mOutputs[2];
+    std::optional<corvane::ChildProcess> mChild;
 };
 
 /// The program with these arguments.
 std::vector<std::string> Synthex(std::vector<std::string> arguments);
 ProcessResult RunSynthex(std::vector<std::string> arguments, const ProcessOptions& options = {});
 
-/// Whether a user who is not root may run the program: not where the tree lies in a folder of root's own.
+/// Whether a user who is not root may run the program: not if the tree lies in a folder of root's own.
 bool RunsUnprivileged();
 
 /// The path of a sample clip.

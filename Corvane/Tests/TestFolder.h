@@ -49,7 +49,7 @@ class TestFolder {
     std::filesystem::path mPath;
 };
 
-/// Empty where there is no such file.
+/// Empty if there is no such file.
 inline std::string ReadFile(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};

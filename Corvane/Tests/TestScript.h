@@ -3,6 +3,9 @@
 #include <string>
 #include <vector>
 
+#include <boost/algorithm/string/finder.hpp>
+#include <boost/algorithm/string/iter_find.hpp>
+
 #include "Services/UI/ScriptedPlatform.h"
 
 namespace corvane::testing {
@@ -10,11 +13,7 @@ namespace corvane::testing {
 /// The parts of a text between its "; ".
 inline std::vector<std::string> Parts(const std::string& text) {
     std::vector<std::string> parts;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find("; ", at), text.size());
-        parts.push_back(text.substr(at, end - at));
-        at = end + 2;
-    }
+    if (!text.empty()) boost::iter_split(parts, text, boost::first_finder("; "));
     return parts;
 }
 

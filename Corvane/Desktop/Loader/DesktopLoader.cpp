@@ -5,23 +5,18 @@
 
 #include "Display.h"
 #include "Engine/Failure.h"
+#include "Services/Foundation/ProgramFolder.h"
 
 namespace corvane {
 
 namespace {
-
-std::filesystem::path FindModule() {
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    return program.parent_path().parent_path() / "lib" / "corvane" / "corvane-desktop.so";
-}
 
 /// A function of the module, which is loaded for it.
 template <class Function>
 Function LoadFunction(const char* name, const DesktopOptions& options) {
     if (const std::string why = WhyNoDisplay(); !why.empty())
         throw Failure(fmt::format("No window can be shown: {}; {}.", why, options.remedy));
-    const std::filesystem::path module = FindModule();
+    const std::filesystem::path module = InLibraryFolder("corvane/corvane-desktop.so");
     // Never unloaded: Qt does not survive that.
     void* const library = ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (library == nullptr)

@@ -10,6 +10,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "Services/Frames/FrameBuffers.h"
+
 namespace corvane::desktop {
 
 namespace {
@@ -84,11 +86,9 @@ void Choose(QComboBox& box, Terms terms) {
 }
 
 QSpinBox* MakeSize(const char* name, QWidget* parent) {
-    // What the host makes frames of.
-    constexpr int kMost = 32768;
     auto* const box = new QSpinBox(parent);
     box->setObjectName(QString::fromLatin1(name));
-    box->setRange(1, kMost);
+    box->setRange(1, static_cast<int>(kDefaultMaxFrameSide));
     box->setGroupSeparatorShown(false);
     box->setLocale(QLocale::c());
     return box;

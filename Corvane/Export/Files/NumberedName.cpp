@@ -11,8 +11,8 @@ namespace {
 
 constexpr int kMaximumDigits = 18;
 
-// The digits asked for by what follows a percent sign (`d`, `5d`, `05d`); moves `rest` behind it. Negative
-// where it is none of these.
+// The digits asked for by what follows a percent sign (`d`, `5d`, `05d`); moves `rest` behind it. Negative if
+// it is none of these.
 int TakeNumber(std::string_view& rest) {
     int digits = 0;
     const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), digits);

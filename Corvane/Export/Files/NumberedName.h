@@ -10,10 +10,11 @@ namespace corvane {
 /// A file name with one printf-style number in it: `name.%05d.png` or `name.%d.png`; `%%` is a percent sign.
 class NumberedName {
   public:
-    /// Empty where the name has no number. Throws `UsageFailure` where it has several, or anything else after
-    /// a percent sign. The folder part is left as it is.
+    /// The name that `path` is; none if it has no number. Throws `UsageFailure` if it has several, or
+    /// anything else after a percent sign. Percent signs of the folder are left as they are. Any thread.
     static std::optional<NumberedName> Parse(const std::filesystem::path& path);
 
+    /// The path for that number, which is not negative. Any thread.
     std::filesystem::path For(std::int64_t number) const;
 
   private:

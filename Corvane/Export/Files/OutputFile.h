@@ -3,82 +3,69 @@
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <string>
 
 #include <signal.h>
 
 #include "Engine/Failure.h"
+#include "Services/Foundation/AtomicFile.h"
 
 namespace corvane {
 
-/// Closes a file descriptor when it goes, unless it is standard output.
-class Descriptor {
-  public:
-    Descriptor() = default;
-    explicit Descriptor(int fd) : mFd(fd) {}
-    ~Descriptor() { Close(); }
-    Descriptor(Descriptor&& other) noexcept : mFd(other.Release()) {}
-    Descriptor& operator=(Descriptor&& other) noexcept;
-
-    int Get() const { return mFd; }
-    explicit operator bool() const { return mFd >= 0; }
-    /// Closes; false where the system reports that earlier writes failed (errno tells why).
-    bool Close();
-
-  private:
-    int Release();
-    int mFd = -1;
-};
-
-/// A file in the making. A regular file is written under a temporary name in its own folder and takes its
-/// place in one step with `Commit`; until then an older file of that name stays as it was, and without
-/// `Commit` nothing is left. A symbolic link keeps pointing and its target is replaced; the mode of an
-/// existing file is kept. A pipe, a device and standard output ("-") are written as they are.
+/// A file that an export makes. A regular file is replaced whole, as `AtomicFile` says: it takes its name
+/// with `Commit`, and without `Commit` nothing is left. A pipe, a device and standard output ("-") are
+/// written as they are.
 ///
-/// Everything throws `Failure` with the file's name, the reason and the remedy.
+/// Everything throws `Failure` with the file's name, the reason and the remedy. One thread at a time, except
+/// `WriteAt`.
 class OutputFile {
   public:
+    /// Opens what is at `path`, or makes the file. Throws if it is a folder, is read-only or can't be made.
     explicit OutputFile(const std::filesystem::path& path);
-    ~OutputFile();
-    OutputFile(OutputFile&& other) noexcept;
-    OutputFile& operator=(OutputFile&&) = delete;
 
+    /// Writes on. Throws if the disk is full, a size limit is reached or the reader of a pipe is gone.
     void Write(std::span<const std::byte> bytes);
-    /// Writes at a place of its own, which does not move the file's position.
+    /// Writes at `offset` bytes from the start, which does not move the file's position. Throws as `Write`
+    /// does. Any thread.
     void WriteAt(std::span<const std::byte> bytes, std::uint64_t offset);
 
     /// Closes the file but leaves it under its temporary name.
     void Close();
-    /// Closes the file and puts it in its place.
+    /// Closes the file and puts it in its place, on the disk.
     void Commit();
+    /// The same for several files, none of which gets its name before all are on the disk.
+    static void CommitAll(std::span<OutputFile> files);
 
-    int Fd() const { return mFd.Get(); }
+    /// The descriptor's number; negative after `Close` and `Commit`.
+    int Fd() const { return Descriptor().Get(); }
     /// Whether it is a file on a disk, which can be read back and written out of order.
-    bool IsRegular() const { return !mTemporary.empty(); }
+    bool IsRegular() const { return mFile.has_value(); }
     /// Where the bytes are until `Commit`; the path itself for what is no regular file.
-    const std::filesystem::path& WorkingPath() const { return IsRegular() ? mTemporary : mPath; }
+    const std::filesystem::path& WorkingPath() const { return IsRegular() ? mFile->TemporaryPath() : mPath; }
     /// What to call it in messages.
     const std::string& Name() const { return mName; }
-    /// Bytes given to `Write` and `WriteAt`; after `Commit`, the size of the file.
+    /// Bytes given to `Write`; after `Commit`, the size of a regular file.
     std::uint64_t BytesWritten() const { return mWritten; }
 
     /// Throws the `Failure` for `error` (an errno) met while writing.
     [[noreturn]] void Fail(int error) const;
 
   private:
+    const FileDescriptor& Descriptor() const { return IsRegular() ? mFile->Descriptor() : mAsIs; }
     void OpenAsIs();
-    void OpenTemporary();
+    [[noreturn]] void Fail(const FileError& error) const;
 
-    std::filesystem::path mPath; // symbolic links followed
-    std::filesystem::path mTemporary;
+    std::filesystem::path mPath;
     std::string mName;
-    Descriptor mFd;
+    std::optional<AtomicFile> mFile;
+    FileDescriptor mAsIs; // of what is no regular file
     std::uint64_t mWritten = 0;
 };
 
 /// While it lives, writing to a closed pipe or over a size limit is an error of the write and not a signal
-/// that kills.
+/// that kills. Sets the process's handlers and puts the earlier ones back: one at a time in a process.
 class WriteSignalGuard {
   public:
     WriteSignalGuard();

@@ -4,15 +4,14 @@
 
 #include <fmt/format.h>
 
+#include "Services/Foundation/ProgramFolder.h"
+
 namespace corvane {
 namespace {
 
 // The module stays loaded: libav keeps tables that are not made to go.
 MakeLibavTargetFunction* LoadModule(const std::string& kind) {
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    const std::filesystem::path module =
-        (program.parent_path() / "../lib/corvane/corvane-libav.so").lexically_normal();
+    const std::filesystem::path module = InLibraryFolder("corvane/corvane-libav.so");
     void* const library = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
         throw Failure(fmt::format("{} can't be loaded, which writing {} needs: {}; install it and its "

@@ -39,9 +39,7 @@ class PngTarget final : public Target {
         file.Close();
     }
 
-    void Finish() override {
-        for (OutputFile& file : mFiles) file.Commit();
-    }
+    void Finish() override { OutputFile::CommitAll(mFiles); }
 
     std::uint64_t BytesWritten() const override { return mWritten; }
 

@@ -8,15 +8,18 @@ namespace corvane {
 /// time: the one made last on that thread. Without one, messages go to standard error.
 class AlertSink {
   public:
-    /// What the sink asks of the reporter.
+    /// What the sink asks of the reporter: to go on, to say nothing any more, or to throw the exception
+    /// again.
     enum class Reply { kContinue, kSilence, kRethrow };
 
+    /// Becomes its thread's active sink until it goes. Sinks of a thread go in the reverse order of their
+    /// making.
     AlertSink();
     virtual ~AlertSink();
     AlertSink(const AlertSink&) = delete;
     AlertSink& operator=(const AlertSink&) = delete;
 
-    /// Takes one message. Called on the thread that made the sink.
+    /// Takes one message, and says what the reporter is to do. Called on the thread that made the sink.
     virtual Reply OnAlert(const std::string& message) = 0;
 
   private:
@@ -26,7 +29,9 @@ class AlertSink {
 /// Keeps the messages of the calls made while it lives, for one request.
 class AlertCollector : public AlertSink {
   public:
+    /// Keeps the message.
     Reply OnAlert(const std::string& message) override;
+    /// The messages so far, one after the other; empty if there was none.
     const std::string& Text() const { return mText; }
 
   private:

@@ -9,6 +9,8 @@
 
 #include <pugixml.hpp>
 
+#include "NeverDestroyed.h"
+
 namespace corvane {
 
 namespace {
@@ -20,12 +22,12 @@ struct Registry {
 };
 
 Registry& TheRegistry() {
-    // Leaked: bundles may still be looked up while static objects are being destroyed.
-    static Registry* const registry = new Registry;
-    return *registry;
+    // Bundles may still be looked up while static objects are being destroyed.
+    static NeverDestroyed<Registry> registry;
+    return registry.Get();
 }
 
-/// The string that follows the key `name` in the property list's dictionary; empty where there is none.
+/// The string that follows the key `name` in the property list's dictionary; empty if there is none.
 std::string PropertyString(const pugi::xml_document& plist, const char* name) {
     for (const pugi::xml_node key : plist.child("plist").child("dict").children("key"))
         if (std::strcmp(key.child_value(), name) == 0) return key.next_sibling().child_value();

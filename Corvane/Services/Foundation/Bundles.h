@@ -17,13 +17,14 @@ namespace corvane {
 /// it. Of two with one identifier the later is found. Any thread.
 class BundleRegistration {
   public:
-    /// Reads `folder`/Contents/Info.plist. Throws `std::runtime_error` where it is missing or names no
-    /// identifier.
+    /// Reads `folder`/Contents/Info.plist. Throws `std::runtime_error` if it is missing or damaged, or names
+    /// no identifier or no executable.
     explicit BundleRegistration(const std::filesystem::path& folder);
     ~BundleRegistration();
     BundleRegistration(const BundleRegistration&) = delete;
     BundleRegistration& operator=(const BundleRegistration&) = delete;
 
+    /// The bundle's identifier.
     const std::string& Identifier() const { return mBundle->identifier; }
     /// The name of the executable in `Contents/Linux`.
     const std::string& Executable() const { return mExecutable; }

@@ -1,9 +1,9 @@
 #include "FileJournal.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
+
+#include "AtomicFile.h"
+#include "RegularFile.h"
 
 namespace corvane {
 
@@ -11,23 +11,24 @@ namespace {
 
 thread_local FileJournal* gJournal = nullptr;
 
-/// The text of a settings file; nothing where it can't be read, or is too large to be one.
-std::optional<std::string> ReadText(const std::string& path) {
-    std::error_code error;
-    const auto size = std::filesystem::file_size(path, error);
-    if (error || size > Mosk::File::kSizeLimit) return std::nullopt;
-    std::ifstream file(path, std::ios::binary);
-    std::string text(std::istreambuf_iterator<char>(file), {});
-    return file && text.size() == size ? std::optional(std::move(text)) : std::nullopt;
+/// The text of a settings file; nothing if it can't be read, or is too large to be one.
+std::optional<std::string> ReadText(const std::filesystem::path& path) {
+    try {
+        return ReadWholeFile(path, Mosk::File::kSizeLimit);
+    } catch (const FileError&) {
+        return std::nullopt;
+    }
 }
 
-void WriteText(const std::string& path, const std::string& text) {
-    Mosk::File file;
-    std::uint32_t written = 0;
-    if (file.Create(Mosk::FromUTF8(path), Mosk::FileAccessFlags::kReadWrite,
-                    Mosk::FileShareModeFlags::kShareReadWrite, Mosk::FileCreateDispositionFlags::kReplace,
-                    Mosk::FileAttributesFlags::kNormal, false) >= 0)
-        file.Write(text.data(), static_cast<std::uint32_t>(text.size()), written);
+/// Puts a text back, if it can be.
+void WriteText(const std::filesystem::path& path, const std::string& text) {
+    try {
+        AtomicFile file(path);
+        file.Write(std::as_bytes(std::span(text)));
+        file.Commit();
+    } catch (const FileError&) {
+        return;
+    }
 }
 
 } // namespace
@@ -40,7 +41,7 @@ FileJournal::~FileJournal() {
     gJournal = nullptr;
 }
 
-void FileJournal::Note(const Mosk::String& path, const std::string& target) {
+void FileJournal::Note(const Mosk::String& path, const std::filesystem::path& target) {
     if (gJournal == nullptr) return;
     gJournal->mPaths.push_back(path);
     auto& before = gJournal->mBefore;
@@ -50,7 +51,6 @@ void FileJournal::Note(const Mosk::String& path, const std::string& target) {
 }
 
 void FileJournal::Undo() {
-    gJournal = nullptr; // what is put back is no request's doing
     for (const Before& file : mBefore) {
         std::error_code error;
         if (!file.existed)
@@ -58,7 +58,6 @@ void FileJournal::Undo() {
         else if (file.text && ReadText(file.target) != file.text)
             WriteText(file.target, *file.text);
     }
-    gJournal = this;
 }
 
 } // namespace corvane

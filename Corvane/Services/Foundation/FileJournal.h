@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,7 +13,9 @@ namespace corvane {
 /// lives, so that the host knows what a request did on disk. One journal a thread at a time.
 class FileJournal {
   public:
+    /// Begins the account of the calling thread.
     FileJournal();
+    /// Ends it, on the same thread.
     ~FileJournal();
     FileJournal(const FileJournal&) = delete;
     FileJournal& operator=(const FileJournal&) = delete;
@@ -20,17 +23,17 @@ class FileJournal {
     /// The paths as they were named, in the order of the attempts; those whose writing failed are among them.
     const std::vector<Mosk::String>& Paths() const { return mPaths; }
     /// Puts the files back to what they were when each was first named, and removes those that did not exist.
-    /// For a request that turns out to be wrong half way.
+    /// For a request that turns out to be wrong half way. What can't be put back stays as it is.
     void Undo();
 
     /// For `Mosk::File`: `path` is about to be created or replaced, and `target` is where its text goes.
-    static void Note(const Mosk::String& path, const std::string& target);
+    static void Note(const Mosk::String& path, const std::filesystem::path& target);
 
   private:
     struct Before {
-        std::string target;
+        std::filesystem::path target;
         bool existed;
-        std::optional<std::string> text; ///< nothing where it could not be read
+        std::optional<std::string> text; ///< nothing if it could not be read
     };
 
     std::vector<Mosk::String> mPaths;

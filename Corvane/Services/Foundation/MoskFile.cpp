@@ -1,38 +1,25 @@
-#include <algorithm>
-#include <cerrno>
-#include <climits>
-#include <cstdlib>
-#include <cstring>
-#include <memory>
+#include "Mosk.h"
+
+#include <optional>
 #include <stdexcept>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
+#include "AtomicFile.h"
 #include "FileJournal.h"
-#include "Mosk.h"
+#include "RegularFile.h"
 
 namespace Mosk {
 
+/// What is open: one of the two.
+struct File::State {
+    std::optional<corvane::RegularFile> read;
+    std::optional<corvane::AtomicFile> written;
+};
+
 namespace {
 
-Result ResultOfErrno(int error) {
-    switch (error) {
-    case ENOENT:
-    case ENOTDIR: return kResult_NotFound;
-    case EACCES:
-    case EPERM:
-    case EROFS: return kResult_AccessDenied;
-    case EISDIR: return kResult_NotAFile;
-    case ENOSPC:
-    case EDQUOT:
-    case EFBIG: return kResult_DiskFull;
-    default: return kResult_Failed;
-    }
-}
-
-/// The path as the system takes it; empty where it is no valid text.
+/// The path as the system takes it; empty if it is no valid text.
 std::string SystemPath(const String& path) {
     try {
         return ToUTF8(path);
@@ -41,138 +28,71 @@ std::string SystemPath(const String& path) {
     }
 }
 
-/// Follows symbolic links to where the text is to go, the last link pointing to nothing included.
-std::string ResolveTarget(const std::string& path) {
-    std::string target = path;
-    for (int links = 0; links < 40; ++links) {
-        char link[PATH_MAX];
-        const ssize_t length = ::readlink(target.c_str(), link, sizeof link);
-        if (length < 0) return target;
-        const std::string next(link, static_cast<std::size_t>(length));
-        target = next.starts_with('/') ? next : target.substr(0, target.rfind('/') + 1) + next;
+/// The result of `step`, which may throw `FileError`.
+template <class Step>
+Result ResultOf(const Step& step) {
+    try {
+        step();
+        return kResult_OK;
+    } catch (const corvane::FileError& error) {
+        return error.GetResult();
     }
-    return {};
-}
-
-bool WriteWhole(int descriptor, const char* bytes, std::size_t size) {
-    while (size > 0) {
-        const ssize_t written = ::write(descriptor, bytes, size);
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
-        bytes += written;
-        size -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
-/// Makes a rename durable: without it a crash of the machine may bring the old name back.
-void SyncFolderOf(const std::string& path) {
-    const std::string folder = path.substr(0, path.rfind('/') + 1);
-    const int descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor < 0) return;
-    ::fsync(descriptor);
-    ::close(descriptor);
 }
 
 } // namespace
 
-File::~File() {
-    Close();
-}
+File::File() = default;
+File::~File() = default;
 
 Result File::Open(const String& path, FileAccessFlags) {
     Close();
-    // Not blocking: opening a FIFO would wait for a writer.
-    const int descriptor = ::open(SystemPath(path).c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
-    if (descriptor < 0) return ResultOfErrno(errno);
-    struct stat status {};
-    Result result = kResult_OK;
-    if (::fstat(descriptor, &status) != 0)
-        result = kResult_Failed;
-    else if (!S_ISREG(status.st_mode))
-        result = kResult_NotAFile;
-    else if (static_cast<std::uint64_t>(status.st_size) > kSizeLimit)
-        result = kResult_TooLarge;
-    if (result < 0)
-        ::close(descriptor);
-    else
-        mDescriptor = descriptor;
-    return result;
+    mState = std::make_unique<State>();
+    return ResultOf([&] { mState->read.emplace(SystemPath(path), kSizeLimit); });
 }
 
 Result File::Create(const String& path, FileAccessFlags, FileShareModeFlags,
                     FileCreateDispositionFlags disposition, FileAttributesFlags, bool) {
     Close();
-    const std::string target = ResolveTarget(SystemPath(path));
-    if (target.empty()) return kResult_NotFound;
-    corvane::FileJournal::Note(path, target);
-
-    struct stat status {};
-    const bool exists = ::stat(target.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode)) return kResult_NotAFile;
-    if (exists && disposition == FileCreateDispositionFlags::kFailIfExists) return kResult_Failed;
-    if (exists && ::access(target.c_str(), W_OK) != 0) return kResult_AccessDenied;
-
-    std::string temporary = target + ".XXXXXX";
-    const int descriptor = ::mkostemp(temporary.data(), O_CLOEXEC);
-    if (descriptor < 0) return ResultOfErrno(errno);
-    // mkostemp makes files for their owner alone; a new file gets what the process makes by default.
-    mode_t mode = status.st_mode & 07777;
-    if (!exists) {
-        const mode_t mask = ::umask(0);
-        ::umask(mask);
-        mode = 0666 & ~mask;
-    }
-    if (::fchmod(descriptor, mode) != 0) {
-        const Result result = ResultOfErrno(errno);
-        ::close(descriptor);
-        ::unlink(temporary.c_str());
-        return result;
-    }
-    mDescriptor = descriptor;
-    mTarget = target;
-    mTemporary = temporary;
-    return kResult_OK;
+    const std::string name = SystemPath(path);
+    if (name.empty()) return kResult_NotFound;
+    mState = std::make_unique<State>();
+    return ResultOf([&] {
+        const std::filesystem::path target = corvane::FollowLinks(name);
+        corvane::FileJournal::Note(path, target);
+        struct stat status {};
+        if (disposition == FileCreateDispositionFlags::kFailIfExists &&
+            ::stat(target.c_str(), &status) == 0 && S_ISREG(status.st_mode))
+            throw corvane::FileError(kResult_Failed, "the file exists", "choose another name");
+        mState->written.emplace(target);
+    });
 }
 
 std::uint64_t File::SizeOnDisk() const {
-    struct stat status {};
-    return mDescriptor >= 0 && ::fstat(mDescriptor, &status) == 0 ? static_cast<std::uint64_t>(status.st_size)
-                                                                  : 0;
+    return mState && mState->read ? mState->read->Size() : 0;
 }
 
 Result File::Read(void* buffer, std::uint32_t size, std::uint32_t& bytesRead) {
     bytesRead = 0;
-    while (bytesRead < size) {
-        const ssize_t count = ::read(mDescriptor, static_cast<char*>(buffer) + bytesRead, size - bytesRead);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return ResultOfErrno(errno);
-        if (count == 0) break;
-        bytesRead += static_cast<std::uint32_t>(count);
-    }
-    return kResult_OK;
+    if (!mState || !mState->read) return kResult_Failed;
+    return ResultOf([&] {
+        bytesRead = static_cast<std::uint32_t>(mState->read->Read({static_cast<std::byte*>(buffer), size}));
+    });
 }
 
 Result File::Write(const void* bytes, std::uint32_t size, std::uint32_t& bytesWritten) {
     bytesWritten = 0;
-    if (mTemporary.empty()) return kResult_Failed;
-    if (!WriteWhole(mDescriptor, static_cast<const char*>(bytes), size) || ::fsync(mDescriptor) != 0 ||
-        ::rename(mTemporary.c_str(), mTarget.c_str()) != 0) {
-        const Result result = ResultOfErrno(errno);
-        Close();
-        return result;
-    }
-    mTemporary.clear();
-    SyncFolderOf(mTarget);
-    bytesWritten = size;
-    return kResult_OK;
+    if (!mState || !mState->written) return kResult_Failed;
+    const Result result = ResultOf([&] {
+        mState->written->Write({static_cast<const std::byte*>(bytes), size});
+        mState->written->Commit();
+    });
+    Close();
+    if (result >= 0) bytesWritten = size;
+    return result;
 }
 
 void File::Close() noexcept {
-    if (mDescriptor >= 0) ::close(std::exchange(mDescriptor, -1));
-    if (!mTemporary.empty()) ::unlink(mTemporary.c_str());
-    mTemporary.clear();
-    mTarget.clear();
+    mState.reset();
 }
 
 bool PathUtils::ExistsOnDisk(const String& path) {

@@ -3,12 +3,12 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string_view>
 
 #include <fmt/format.h>
 
 #include "Bundles.h"
+#include "RegularFile.h"
 
 namespace lumcore {
 
@@ -25,10 +25,12 @@ bool utility::GetBinaryFromModule(CFBundleRef bundle, const Mosk::String& name, 
     if (bundle == nullptr) return false;
     const std::filesystem::path path =
         bundle->folder / "Contents" / "Resources" / (Mosk::ToUTF8(name) + "." + Mosk::ToUTF8(type));
-    std::ifstream file(path, std::ios::binary);
-    if (!file) return false;
-    const std::string text(std::istreambuf_iterator<char>(file), {});
-    if (file.bad()) return false;
+    std::string text;
+    try {
+        text = corvane::ReadWholeFile(path, Mosk::File::kSizeLimit);
+    } catch (const corvane::FileError&) {
+        return false;
+    }
     const auto* const first = reinterpret_cast<const std::byte*>(text.data());
     bytes.assign(first, first + text.size());
     return true;

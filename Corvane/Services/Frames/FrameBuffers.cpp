@@ -10,7 +10,9 @@
 #include <vector>
 
 #include "FrameMemory.h"
+#include "Services/Foundation/NeverDestroyed.h"
 #include "Services/Raster/PixelFormats.h"
+#include "Services/TestHooks.h"
 
 /// What a handle points to. Never freed, only reused, so that a handle which was disposed of can be told.
 struct CvVexel {
@@ -29,9 +31,6 @@ namespace {
 
 constexpr std::int32_t kSucceeded = 0;
 constexpr std::int32_t kFailed = -1;
-
-// --- The pool
-// ---------------------------------------------------------------------------------------------------
 
 class FramePool {
   public:
@@ -161,15 +160,10 @@ FrameStatistics FramePool::Statistics() {
 }
 
 FramePool& Pool() {
-    // Deliberate: never destroyed. A frame may be given back while the statics of other modules are
-    // destroyed.
-    alignas(FramePool) static std::byte sStorage[sizeof(FramePool)];
-    static FramePool& sPool = *new (sStorage) FramePool;
-    return sPool;
+    // A frame may be given back while the statics of other modules are being destroyed.
+    static NeverDestroyed<FramePool> pool;
+    return pool.Get();
 }
-
-// --- Limits
-// -----------------------------------------------------------------------------------------------------
 
 constexpr std::uint64_t kRowAlignment = 64;
 
@@ -201,9 +195,6 @@ Layout LayOut(CvPixelFormat format, std::uint32_t width, std::uint32_t height) {
     if (bytes > gMaxBytes) return {};
     return {rowBytes, bytes};
 }
-
-// --- The suites' functions
-// --------------------------------------------------------------------------------------
 
 std::int32_t Create(CvVexelHandle* handle, std::int32_t access, CvPixelFormat format, std::uint32_t width,
                     std::uint32_t height, std::int32_t /*reserved1*/, std::int32_t /*reserved2*/,

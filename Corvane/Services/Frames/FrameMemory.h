@@ -8,6 +8,7 @@ namespace corvane {
 /// Owns a block of memory for pixels. Moved, never copied. Any thread; one block by one thread at a time.
 class FrameMemory {
   public:
+    /// Owns nothing.
     FrameMemory() = default;
     /// Takes at least `bytes` bytes from the system, which begin at a page; their contents are whatever the
     /// memory held. Large blocks use huge pages where the kernel has them. The result is empty when memory
@@ -18,7 +19,9 @@ class FrameMemory {
     FrameMemory& operator=(FrameMemory&& other) noexcept;
 
     explicit operator bool() const { return mBase != nullptr; }
+    /// Its first byte, at the start of a page; null if it owns nothing.
     std::byte* Base() const { return mBase; }
+    /// How many bytes it has: what `RoundUp` says of those asked for.
     std::size_t Bytes() const { return mBytes; }
 
     /// What `Allocate` really takes for that many bytes.

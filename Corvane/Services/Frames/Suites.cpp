@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "FrameBuffers.h"
+#include "Services/TestHooks.h"
 
 namespace corvane {
 

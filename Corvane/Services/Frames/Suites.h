@@ -6,8 +6,11 @@
 
 namespace corvane {
 
-/// "Corvane Legacy Suite", versions 1 and 2.
+// What the host hands to plug-ins. All of it lives as long as the process. Any thread; nothing here fails.
+
+/// "Corvane Legacy Suite", version 1.
 const CvLegacySuite1* LegacySuite1();
+/// "Corvane Legacy Suite", version 2.
 const CvLegacySuite2* LegacySuite2();
 
 /// The basic suite: hands out the host's suites by name and version.
@@ -19,15 +22,7 @@ const CvMemoryFunctions* MemoryFunctions();
 /// The standard parameters of every call of this process's plug-ins.
 imStdParms* StandardParameters();
 
-/// For tests of what happens when a suite can't be had: `AcquireSuite` fails, and stores null, while `refuse`
-/// is not null and returns true for the suite. Any thread.
-using SuiteRefusal = bool (*)(const char* name, std::int32_t version);
-void SetSuiteRefusal(SuiteRefusal refuse);
-
-/// Blocks handed out by the memory functions and not freed yet. Any thread.
-std::int64_t HostBlocksInUse();
-
-/// The size in bytes that was asked for a block of the memory functions. Any thread.
+/// The size in bytes that was asked for a block of the memory functions, which must not have been freed.
 std::uint32_t HostBlockSize(const void* block);
 
 } // namespace corvane

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "Services/TestHooks.h"
 #include "UIPlatform.h"
 
 namespace corvane {

@@ -86,7 +86,4 @@ class ScopedPlatform {
 /// does not add it.
 Mosk::String WithDefaultExtension(Mosk::String path, const SaveFileRequest& request);
 
-/// How many of the toolkit's controls and dialogs exist at this moment, for tests that watch for leaks.
-std::int64_t CountLiveNodes();
-
 } // namespace corvane

@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Services/Frames/Suites.h"
+#include "Services/TestHooks.h"
 #include "Tests/TestFolder.h"
 #include "Tests/TestScript.h"
 #include "Tests/TestSettings.h"

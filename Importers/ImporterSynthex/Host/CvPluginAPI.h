@@ -61,7 +61,7 @@ struct CvBasicSuite {
     /// Stores the suite of that name and version at `suite`. An unknown name or version stores null and
     /// fails. The host owns the suite and keeps it for the life of the process.
     std::int32_t (*AcquireSuite)(const char* name, std::int32_t version, const void** suite);
-    /// Gives a suite back; the count of acquisitions is the host's business.
+    /// Gives a suite back; the count of acquisitions is the host's business. Never fails.
     std::int32_t (*ReleaseSuite)(const char* name, std::int32_t version);
 };
 
@@ -73,6 +73,7 @@ struct CvMemoryFunctions {
     void (*Free)(void* block);
 };
 
+/// The name of a suite and its versions, for `CvBasicSuite::AcquireSuite`.
 inline constexpr char kCvLegacySuite[] = "Corvane Legacy Suite";
 inline constexpr std::int32_t kCvLegacySuiteVersion1 = 1;
 inline constexpr std::int32_t kCvLegacySuiteVersion2 = 2;
@@ -80,16 +81,16 @@ inline constexpr std::int32_t kCvLegacySuiteVersion2 = 2;
 /// "Corvane Legacy Suite", version 1: rates as whole numbers. Any thread.
 struct CvLegacySuite1 {
     /// Frame duration in ticks of the rate `scale / sampleSize` frames per second, rounded to the nearest
-    /// tick. A scale of 0 gives 0.
+    /// tick. A scale of 0 gives 0 and fails.
     std::int32_t (*RateToTicks)(std::uint32_t scale, std::uint32_t sampleSize, std::int64_t* ticksPerFrame);
 };
 
-/// "Corvane Legacy Suite", version 2.
+/// "Corvane Legacy Suite", version 2: rates both ways. Any thread.
 struct CvLegacySuite2 {
     /// As in version 1.
     std::int32_t (*RateToTicks)(std::uint32_t scale, std::uint32_t sampleSize, std::int64_t* ticksPerFrame);
-    /// The rate `scale / sampleSize` of a frame duration, in lowest terms; the nearest such fraction where a
-    /// term does not fit 32 bits. For 0 or negative ticks the outputs stay as they were and the call fails.
+    /// The rate `scale / sampleSize` of a frame duration, in lowest terms; the nearest such fraction if
+    /// a term does not fit 32 bits. For 0 or negative ticks the outputs stay as they were and the call fails.
     std::int32_t (*TicksToRate)(std::int64_t ticksPerFrame, std::uint32_t* scale, std::uint32_t* sampleSize);
 };
 
@@ -105,6 +106,7 @@ struct CvRect {
 /// Access asked of a frame's pixels, and given at creation: reading and writing.
 inline constexpr std::int32_t kCvVexelAccess_ReadWrite = 2;
 
+/// The name of a suite and its version, for `CvBasicSuite::AcquireSuite`.
 inline constexpr char kCvVexelCreator2Suite[] = "Corvane Vexel Creator 2 Suite";
 inline constexpr std::int32_t kCvVexelCreator2SuiteVersion = 3;
 
@@ -118,6 +120,7 @@ struct CvVexelCreator2Suite3 {
                            std::int32_t reserved2, std::uint32_t parNumerator, std::uint32_t parDenominator);
 };
 
+/// The name of a suite and its version, for `CvBasicSuite::AcquireSuite`.
 inline constexpr char kCvVexelSuite[] = "Corvane Vexel Suite";
 inline constexpr std::int32_t kCvVexelSuiteVersion = 1;
 
@@ -128,7 +131,7 @@ struct CvVexelSuite1 {
     std::int32_t (*Dispose)(CvVexelHandle handle);
     /// The address of the top-left pixel.
     std::int32_t (*GetPixels)(CvVexelHandle handle, std::int32_t access, char** pixels);
-    /// The frame's bounds: 0, 0, width, height.
+    /// The frame's bounds in pixels: 0, 0, width, height.
     std::int32_t (*GetBounds)(CvVexelHandle handle, CvRect* bounds);
     /// The distance from row to row, in bytes.
     std::int32_t (*GetRowBytes)(CvVexelHandle handle, std::int32_t* rowBytes);
@@ -139,12 +142,13 @@ struct CvVexelSuite1 {
                                         std::uint32_t* denominator);
 };
 
+/// The name of a suite and its version, for `CvBasicSuite::AcquireSuite`.
 inline constexpr char kCvPixelFormatSuite[] = "Corvane Pixel Format Suite";
 inline constexpr std::int32_t kCvPixelFormatSuiteVersion = 1;
 
 /// "Corvane Pixel Format Suite", version 1. Any thread.
 struct CvPixelFormatSuite1 {
-    /// Stores 1 where frames of that format can be created, else 0.
+    /// Stores 1 if frames of that format can be created, else 0. Fails only if `answer` is null.
     std::int32_t (*CanCreate)(CvPixelFormat format, std::int32_t* answer);
 };
 
@@ -155,16 +159,17 @@ inline constexpr std::int32_t kCvImporterAPIVersion = 1;
 
 /// What every call of the entry point gets. Owned by the host; outlives all instances.
 struct [[gnu::packed]] imStdParms {
-    std::int32_t mAPIVersion;
+    std::int32_t mAPIVersion; ///< `kCvImporterAPIVersion`
     std::int32_t mReserved4;
-    const CvBasicSuite* mBasicSuite;
-    const CvMemoryFunctions* mMemoryFunctions;
+    const CvBasicSuite* mBasicSuite;           ///< how to get all other suites
+    const CvMemoryFunctions* mMemoryFunctions; ///< memory that the host can free
 };
 
 /// A platform file reference. The importer of this project keeps no file open and ignores it.
 using imFileRef = void*;
 
-/// Selector 0: capabilities of the importer.
+/// Selector 0: capabilities of the importer, each named by its position. The importer sets those that it has
+/// to 1.
 struct [[gnu::packed]] imImportInfoRec {
     std::byte mReserved0[28];
     std::int32_t mCapability28;
@@ -180,8 +185,8 @@ struct [[gnu::packed]] imImportInfoRec {
 
 /// Selector 14: one file format.
 struct [[gnu::packed]] imIndFormatRec {
-    std::uint32_t mFileType; ///< four-character constant, most significant byte first character
-    std::uint32_t mFlags;
+    std::uint32_t mFileType;      ///< four-character constant, most significant byte first character
+    std::uint32_t mFlags;         ///< what files of the format can do, as bits
     std::uint32_t mReserved8;     ///< set to 0
     char mFormatName[256];        ///< zero-terminated
     char mFormatShortName[32];    ///< zero-terminated
@@ -223,14 +228,14 @@ struct [[gnu::packed]] imFileInfoRec8 {
     std::byte mReserved19[3];
     std::uint8_t mFlag22; ///< set to 1
     std::byte mReserved23[11];
-    std::uint32_t mParNumerator;
-    std::uint32_t mParDenominator;
+    std::uint32_t mParNumerator;   ///< the pixel aspect ratio, width over height, ...
+    std::uint32_t mParDenominator; ///< ... as two terms
     std::byte mReserved42[12];
     std::uint32_t mFlag54; ///< set to 1
     std::byte mReserved58[104];
-    std::uint32_t mScale; ///< the rate is scale / sample size frames per second
-    std::uint32_t mSampleSize;
-    std::uint32_t mDuration; ///< frames times sample size, low 32 bits
+    std::uint32_t mScale;      ///< the rate is scale / sample size ...
+    std::uint32_t mSampleSize; ///< ... frames per second
+    std::uint32_t mDuration;   ///< frames times sample size, low 32 bits
     std::byte mReserved174[24];
     void* mPrivateData; ///< the instance; kept by the host, destroyed by selector 9
     const char* mPrefs; ///< the clip's preferences data, zero-terminated UTF-8, or null; the host's
@@ -245,21 +250,21 @@ struct [[gnu::packed]] imGetPrefsRec {
     std::int32_t mPrefsLength; ///< receives `kPrefsBufferSize`
     std::uint8_t mFirstTime;   ///< not 0: a new clip
     std::byte mReserved13[24];
-    std::uint32_t mSequenceWidth; ///< the host sequence's frame size in pixels, ...
-    std::uint32_t mSequenceHeight;
-    std::uint32_t mSequenceParNumerator; ///< ... its pixel aspect ratio, ...
-    std::uint32_t mSequenceParDenominator;
-    std::uint32_t mSequenceScale; ///< ... and its rate, scale / sample size frames per second
-    std::uint32_t mSequenceSampleSize;
+    std::uint32_t mSequenceWidth;          ///< of the host sequence's frame, in pixels
+    std::uint32_t mSequenceHeight;         ///< of the host sequence's frame, in pixels
+    std::uint32_t mSequenceParNumerator;   ///< its pixel aspect ratio, width over height, ...
+    std::uint32_t mSequenceParDenominator; ///< ... as two terms
+    std::uint32_t mSequenceScale;          ///< its rate is scale / sample size ...
+    std::uint32_t mSequenceSampleSize;     ///< ... frames per second
 };
 
 /// Selector 45: frame sizes the clip prefers.
 struct [[gnu::packed]] imPreferredFrameSizeRec {
     void* mPrivateData; ///< the instance
     std::byte mReserved8[12];
-    std::int32_t mIndex;
-    std::uint32_t mWidth;
-    std::uint32_t mHeight;
+    std::int32_t mIndex;   ///< which of the sizes is asked for, from 0
+    std::uint32_t mWidth;  ///< receives it, in pixels
+    std::uint32_t mHeight; ///< receives it, in pixels
 };
 
 /// Selector 47: one frame.
@@ -271,10 +276,12 @@ struct [[gnu::packed]] imSourceVideoRec {
     CvVexelHandle* mFrame; ///< where the new frame's handle is stored; the host disposes of the frame
 };
 
-/// The importer's one exported function.
+/// The importer's one exported function: answers the selector with a `CvResult`. What `param1` and `param2`
+/// are stands at the selector. No exception leaves it. The host sends selectors one at a time, except
+/// `kSelector_GetSourceVideo`, which may come on several threads at once.
 extern "C" std::int32_t xImportEntry(std::int32_t selector, imStdParms* stdParms, void* param1, void* param2);
 
-/// The type of `xImportEntry`, for hosts that look it up.
+/// The type of `xImportEntry`, and its name, for hosts that look it up.
 using CvImportEntry = std::int32_t (*)(std::int32_t, imStdParms*, void*, void*);
 inline constexpr char kCvImportEntryName[] = "xImportEntry";
 

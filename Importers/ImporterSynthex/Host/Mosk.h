@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <exception>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,13 +16,13 @@ namespace Mosk {
 /// A status: 0 or positive is success, negative is failure.
 using Result = std::int32_t;
 
-inline constexpr Result kResult_OK = 0;
+inline constexpr Result kResult_OK = 0;            ///< done
 inline constexpr Result kResult_Failed = -1;       ///< any failure that has no value of its own
 inline constexpr Result kResult_NotFound = -2;     ///< no such file or folder
 inline constexpr Result kResult_AccessDenied = -3; ///< permission, or a read-only place
-inline constexpr Result kResult_NotAFile = -4; ///< a folder, pipe or device where a regular file is needed
-inline constexpr Result kResult_TooLarge = -5; ///< the file is over `File::kSizeLimit`
-inline constexpr Result kResult_DiskFull = -6; ///< no room, or a quota is used up
+inline constexpr Result kResult_NotAFile = -4;     ///< a folder, pipe or device instead of a regular file
+inline constexpr Result kResult_TooLarge = -5;     ///< the file is over `File::kSizeLimit`
+inline constexpr Result kResult_DiskFull = -6;     ///< no room, or a quota or size limit is reached
 
 /// The interface asked for is not one that the object has.
 inline constexpr Result kResult_NoInterface = static_cast<Result>(0xA00A0001);
@@ -48,7 +49,7 @@ class Allocator {
     static void Dispose(void* block, std::size_t size) noexcept;
 };
 
-/// A source of named resources.
+/// A source of named resources; here only a base to hand on.
 class ResourceCollection {
   public:
     virtual ~ResourceCollection() = default;
@@ -88,6 +89,7 @@ class Module : public ResourceCollection {
     /// released. Throws `std::bad_alloc`, and leaves `module` as it was then.
     static void Create(CFBundleRef bundle, ObjectPtr<Module, AtomicValue>& module);
 
+    /// The bundle it was made of. Any thread.
     CFBundleRef GetBundle() const { return mBundle; }
 
   private:
@@ -98,41 +100,51 @@ class Module : public ResourceCollection {
 
 // Files.
 
+/// What a file is opened for. `Open` always reads and `Create` always writes.
 enum class FileAccessFlags : std::uint32_t { kRead = 1, kWrite = 2, kReadWrite = 3 };
+/// What others may do with the file meanwhile. This host keeps nobody out.
 enum class FileShareModeFlags : std::uint32_t { kShareRead = 1, kShareWrite = 2, kShareReadWrite = 3 };
 /// What `File::Create` does with a file that exists.
 enum class FileCreateDispositionFlags : std::uint32_t { kFailIfExists = 1, kReplace = 2 };
+/// Attributes of a new file; there are no others.
 enum class FileAttributesFlags : std::uint32_t { kNormal = 1 };
 
-/// One open file. Not copyable; the destructor closes it. One thread at a time.
+/// One open file. Not copyable; the destructor closes it. Every function answers with a negative result if it
+/// can't do what it says. One thread at a time.
 class File {
   public:
     /// The largest file that `Open` takes, in bytes. Its users read files whole, so this bounds their memory.
     static constexpr std::uint64_t kSizeLimit = 16u << 20;
 
-    File() = default;
+    /// Nothing is open.
+    File();
+    /// Closes the file, as `Close` does.
     ~File();
     File(const File&) = delete;
     File& operator=(const File&) = delete;
 
     /// Opens an existing regular file for reading. Anything else (a folder, a FIFO, a device) fails with
     /// `kResult_NotAFile` at once, so that no path can make the host wait; larger than `kSizeLimit` fails
-    /// with `kResult_TooLarge`.
+    /// with `kResult_TooLarge`, one that is not there with `kResult_NotFound`, one that may not be read with
+    /// `kResult_AccessDenied`.
     Result Open(const String& path, FileAccessFlags access);
 
     /// Prepares to replace the text of the file at `path`, or to create it.
     ///
     /// Nothing at `path` changes until `Write`: the text goes to a temporary file beside the target, and
     /// takes the target's place only when it is on disk whole. The target's permissions are kept; of a
-    /// symbolic link the file it points to is replaced. A target that is read-only or no regular file fails,
-    /// and so does a folder in which no file can be made.
+    /// symbolic link the file it points to is replaced. A target that is read-only fails with
+    /// `kResult_AccessDenied`, and so does one in a folder in which no file can be made; a target that is no
+    /// regular file fails with `kResult_NotAFile`, a missing folder with `kResult_NotFound`, and a file that
+    /// exists, if `disposition` wants none, with `kResult_Failed`.
     Result Create(const String& path, FileAccessFlags access, FileShareModeFlags share,
                   FileCreateDispositionFlags disposition, FileAttributesFlags attributes, bool temporary);
 
-    /// The size in bytes of the opened file.
+    /// The size in bytes of the file when it was opened; 0 if none is open for reading.
     std::uint64_t SizeOnDisk() const;
 
-    /// Reads up to `size` bytes and stores how many came.
+    /// Reads on, up to `size` bytes, and stores how many came: fewer only at the end of the file. Fails if no
+    /// file is open for reading, or if the system can't read.
     Result Read(void* buffer, std::uint32_t size, std::uint32_t& bytesRead);
 
     /// Writes the whole text of a created file in one call and puts it in the target's place. A failure (disk
@@ -143,9 +155,8 @@ class File {
     void Close() noexcept;
 
   private:
-    int mDescriptor = -1;
-    std::string mTarget;    // of a created file: where the text goes
-    std::string mTemporary; // of a created file that was not written: its temporary name
+    struct State; // the host's
+    std::unique_ptr<State> mState;
 };
 
 /// Questions about paths. Any thread.
@@ -153,7 +164,7 @@ class PathUtils {
   public:
     /// Whether `path` names an existing regular file (a symbolic link to one counts).
     static bool ExistsOnDisk(const String& path);
-    /// The part after the last slash.
+    /// The part after the last slash; all of a path without one.
     static String GetFilePart(const String& path);
 };
 
@@ -170,9 +181,9 @@ class MoskUnknown {
     virtual std::int32_t Release() noexcept = 0;
     virtual ~MoskUnknown() = default;
     /// Stores the address of the interface that `identifier` names and returns 0; stores null and returns
-    /// `kResult_NoInterface` where the object has none such. Adds no reference.
+    /// `kResult_NoInterface` if the object has none such. Adds no reference.
     virtual Result QueryMap(const CFUUIDBytes& identifier, void** out) = 0;
-    /// This object as its base interface. Adds no reference.
+    /// This object as its base interface; never null. Adds no reference.
     virtual MoskUnknown* GetMoskUnknown() = 0;
 };
 
@@ -202,8 +213,9 @@ class InterfaceRef {
     }
 
     explicit operator bool() const { return mObject != nullptr; }
+    /// The object, still owned by this reference; null if empty.
     T* Get() const { return mObject; }
-    /// Throws `NullInterfaceException` where the reference is empty.
+    /// Throws `NullInterfaceException` if the reference is empty.
     T* operator->() const {
         if (!mObject) throw NullInterfaceException();
         return mObject;
@@ -213,9 +225,10 @@ class InterfaceRef {
     T* mObject = nullptr;
 };
 
+/// A reference to any interface.
 using MoskUnknownRef = InterfaceRef<MoskUnknown>;
 
-/// Looks the interface `T` up in an object; empty where `unknown` is empty or the object does not have it.
+/// Looks the interface `T` up in an object; empty if `unknown` is empty or the object does not have it.
 /// The identifier is found by the overload `GuidOf(T*)`.
 template <class T>
 InterfaceRef<T> QueryInterface(const MoskUnknownRef& unknown) {
@@ -229,7 +242,7 @@ InterfaceRef<T> QueryInterface(const MoskUnknownRef& unknown) {
 /// Tells the person that the exception being handled was not handled by the plug-in.
 ///
 /// `disabled` is the reporter's own flag: the host may set it, and the reporter then stays silent from there
-/// on. Returns true where the exception is to be thrown again, for a debugger's sake. Any thread.
+/// on. Returns true if the exception is to be thrown again, for a debugger's sake. Any thread.
 bool ThrowAfterUnhandledExceptionAlert(bool& disabled, const std::string& message);
 
 } // namespace Mosk

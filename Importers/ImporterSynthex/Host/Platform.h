@@ -31,8 +31,8 @@ using CFBundleRef = const CFBundle*;
 /// The bundle identifier in the form that `CFBundleGetBundleWithIdentifier` takes.
 #define PLATFORM_BUNDLE_ID(literal) (literal)
 
-/// Finds the loaded bundle whose Info.plist names `identifier` (UTF-8, zero-terminated).
-/// Returns null when no loaded bundle has it. Any thread.
+/// Finds the loaded bundle whose Info.plist names `identifier` (UTF-8, zero-terminated). Returns null if no
+/// loaded bundle has it. Any thread.
 CFBundleRef CFBundleGetBundleWithIdentifier(const char* identifier);
 
 /// Adds `amount` to `*value` as one atomic step with a full memory barrier and returns the new value.

@@ -24,6 +24,7 @@
 /// bits that remain tell the members of a family apart.
 using RK_PixelFormat = std::uint32_t;
 
+/// The bits of a concrete format, as in the table.
 inline constexpr RK_PixelFormat kRK_Float = 1u << 0;
 inline constexpr RK_PixelFormat kRK_AlphaFirst = 1u << 1;
 inline constexpr RK_PixelFormat kRK_YCbCr = 1u << 2;
@@ -64,14 +65,13 @@ inline constexpr std::int32_t kRK_PrintBoxed = 1;
 /// is stored:
 /// - 8-bit: the exact value rounded half up and clamped to 0..255.
 /// - float: neither rounded nor clamped.
-/// - Y'CbCr: ITU-R BT.601-7, 2.5.1 to 2.5.3, or BT.709-6, items 3.2 to 3.5. 8-bit is limited range
-/// (Y' 16..235, Cb
-///   and Cr 16..240 about 128), float is Y' 0..1 and Cb, Cr -0.5..0.5.
+/// - Y'CbCr: ITU-R BT.601-7, 2.5.1 to 2.5.3, or BT.709-6, items 3.2 to 3.5. 8-bit is limited range, Y'
+///   16..235, Cb and Cr 16..240 about 128; float is Y' 0..1, Cb and Cr -0.5..0.5.
 /// - premultiplied: the converted components times alpha (for Y'CbCr, the conversion of R'G'B' times alpha).
 /// - linear: the inverse of the transfer of BT.709-6, item 1.2.
 ///
-/// `format` must be concrete and `mode` `kRK_FillReplace`, otherwise `std::invalid_argument` is thrown. Any
-/// thread.
+/// `start` is the caller's memory. `format` must be concrete and `mode` `kRK_FillReplace`, otherwise
+/// `std::invalid_argument` is thrown. Any thread.
 void RK_FillWithColor(void* start, std::int32_t rowStep, std::uint32_t width, std::uint32_t rows,
                       RK_PixelFormat format, const float* color, std::int32_t mode);
 

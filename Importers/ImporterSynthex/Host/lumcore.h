@@ -23,6 +23,7 @@ namespace lumcore::serialization {
 /// integer), `std::int64_t` (a negative one, or one written by the program), `double` (a number with a
 /// fraction or an exponent, or too large for 64 bits), `bool`, or `Null`.
 using Value = boost::any;
+/// A share in a value; the parts of a tree are held by these.
 using ValuePtr = boost::shared_ptr<Value>;
 
 /// UTF-8 text as unsigned bytes; compares by byte.
@@ -38,20 +39,25 @@ struct ByteOrder {
     }
 };
 
+/// A JSON object: members by their keys, in ascending order.
 using Object = std::map<UTF8String, ValuePtr, ByteOrder>;
+/// A JSON array.
 using Array = std::vector<ValuePtr>;
+/// JSON's null.
 struct Null {};
 
 /// The nesting of arrays and objects over which text is refused: neither parsing nor freeing a tree of this
 /// depth can exhaust a small stack.
 inline constexpr int kMaximumNesting = 256;
 
-/// Inserts or replaces a member. Throws `boost::bad_any_cast` where `object` holds no object.
+/// Inserts or replaces a member. Throws `boost::bad_any_cast` if `object` holds no object. This and the
+/// functions below may be called from any thread; a tree is one thread's at a time while it is changed.
 void AddToObject(Value& object, const char* key, const Value& member);
 /// The same; takes the member over instead of copying it.
 void AddToObject(Value& object, const char* key, Value&& member);
 
-/// The member of that name, or an empty pointer. Throws `boost::bad_any_cast` where `object` holds no object.
+/// The member of that name, or an empty pointer; shared with the tree. Throws `boost::bad_any_cast` if
+/// `object` holds no object.
 ValuePtr GetVariantInObject(const Value& object, const char* key);
 
 /// The text of a tree: compact, members in ascending order of their keys, integers as integers, doubles in
@@ -61,7 +67,7 @@ ValuePtr GetVariantInObject(const Value& object, const char* key);
 std::string GetJSONUTF8String(const Value& value, bool pretty);
 
 /// Parses zero-terminated text by RFC 8259, strictly: valid UTF-8, one value, no byte-order mark. Returns an
-/// empty pointer where the text is not well-formed, nests deeper than `kMaximumNesting`, or holds a number
+/// empty pointer if the text is not well-formed, nests deeper than `kMaximumNesting`, or holds a number
 /// over the range of a double. Of duplicate members the last wins.
 ValuePtr JSONParse(const unsigned char* text);
 
@@ -80,7 +86,7 @@ struct Serializer;
 
 namespace lumcore::utility {
 
-/// ASCII text to UTF-16, one code unit a byte.
+/// ASCII text, zero-terminated, to UTF-16, one code unit a byte. Any thread.
 Mosk::String AsciiToUTF16(const char* text);
 
 /// A set of flags in one number.
@@ -88,6 +94,7 @@ template <class Number>
 class Flags {
   public:
     constexpr explicit Flags(Number bits) : mBits(bits) {}
+    /// The flags as bits of the number.
     constexpr Number GetBits() const { return mBits; }
 
   private:
@@ -95,7 +102,7 @@ class Flags {
 };
 
 /// Reads the resource `name` of the type `type` from a bundle (`Contents/Resources/NAME.TYPE`) into `bytes`.
-/// Returns false and leaves `bytes` empty where there is none.
+/// Returns false and leaves `bytes` empty if there is none, or if it can't be read. Any thread.
 bool GetBinaryFromModule(CFBundleRef bundle, const Mosk::String& name, const Mosk::String& type,
                          std::vector<std::byte>& bytes);
 
@@ -107,7 +114,7 @@ namespace lumcore::filesupport {
 class File {
   public:
     explicit File(Mosk::String path) : mPath(std::move(path)) {}
-    /// The whole path; empty where no file was chosen.
+    /// The whole path; empty if no file was chosen.
     const Mosk::String& FullPath() const { return mPath; }
 
   private:
@@ -121,12 +128,13 @@ namespace lumcore::config {
 /// A localized error: a key path and the English text, as in "$$$/path/Name=Text.".
 class Error : public std::runtime_error {
   public:
+    /// `level` is how grave it is (1 is an error), `module` and `number` tell where it was raised.
     Error(int level, const std::string& key, int module, int number)
         : std::runtime_error(key), mLevel(level), mModule(module), mNumber(number) {}
 
-    int GetLevel() const { return mLevel; }
-    int GetModule() const { return mModule; }
-    int GetNumber() const { return mNumber; }
+    int GetLevel() const { return mLevel; }   ///< as given
+    int GetModule() const { return mModule; } ///< as given
+    int GetNumber() const { return mNumber; } ///< as given
     /// The text after the key's equals sign.
     std::string GetText() const;
 
@@ -134,8 +142,8 @@ class Error : public std::runtime_error {
     int mLevel, mModule, mNumber;
 };
 
-/// Raises `Error`. `report` says whether the host may show it; the replacement values fill placeholders of
-/// the text and are empty for all errors of this project.
+/// Raises `Error`. Any thread. `report` says whether the host may show it; the replacement values fill
+/// placeholders of the text and are empty for all errors of this project.
 [[noreturn]] void ThrowError(int level, const char* key, int module, int number, bool report,
                              const Mosk::String& value0, const Mosk::String& value1,
                              const Mosk::String& value2, const Mosk::String& value3);
@@ -143,6 +151,7 @@ class Error : public std::runtime_error {
 /// The host's texts in the person's language.
 class Localizer {
   public:
+    /// The process's one. Any thread.
     static Localizer& Get();
 };
 
@@ -150,10 +159,11 @@ class Localizer {
 
 namespace lumcore::debug {
 
-/// Tells a developer that a contract failed. Returns whether to break into the debugger.
+/// Tells a developer that a contract failed: the expression, and where it stands. Returns whether to break
+/// into the debugger. Any thread.
 bool BreakAfterContractDialog(const char* expression, const char* file, const char* function, int line);
 
-/// Whether a debugger watches this process.
+/// Whether a debugger watches this process. Any thread.
 bool IsDebuggerAttached();
 
 } // namespace lumcore::debug
@@ -161,6 +171,7 @@ bool IsDebuggerAttached();
 namespace lumcore::utility {
 
 /// Down-casts `pointer`; a null pointer and one to another class raise the localized error `key` at level 1.
+/// Any thread.
 template <class Target, class Source>
 Target* NonOptionalDynamicCast(Source* pointer, const char* key, int module, int number) {
     if (auto* const target = dynamic_cast<Target*>(pointer)) return target;

@@ -1,7 +1,7 @@
 /// Dialogs that the host builds from a layout script.
 ///
-/// The script is XML; which elements it may hold is told in the bench's `UILayout.h` and in the documentation
-/// of the layout script. UI thread only.
+/// The script is XML; the bench's `UILayout.h` tells which elements and attributes it may hold. UI thread
+/// only.
 #pragma once
 
 #include <memory>
@@ -23,6 +23,7 @@ class UI_Loom {
     /// host's and outlive the dialog.
     UI_Loom(const Mosk::String& layoutName, const lumui::drawbot::SupplierInterface* supplier,
             lumui::ui::UI_Node* parent);
+    /// Gives up the dialog's controls.
     virtual ~UI_Loom();
     UI_Loom(const UI_Loom&) = delete;
     UI_Loom& operator=(const UI_Loom&) = delete;
@@ -50,11 +51,11 @@ class UI_Loom {
     /// The dialog's view; empty before the layout has been built and after the dialog has closed.
     lumui::ui::UI_NodePtr<lumui::ui::UI_DialogView> GetView() const;
 
-    /// The node with that identifier, or an empty reference where the layout has none. `deep` searches the
+    /// The node with that identifier, or an empty reference if the layout has none. `deep` searches the
     /// whole layout, else only what lies directly in the dialog.
     lumui::ui::UI_NodePtr<lumui::ui::UI_Node> GetUINodePtr(const std::string& id, bool deep) const;
 
-    /// The draw supplier given at construction.
+    /// The draw supplier given at construction; the host's.
     const lumui::drawbot::SupplierInterface* GetDrawSupplier() const;
 
   private:

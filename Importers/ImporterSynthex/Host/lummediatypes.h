@@ -29,7 +29,8 @@ class FrameRate {
     std::int64_t mTicksPerFrame = 0;
 };
 
-/// The rate of `numerator / denominator` frames per second. Exact for the rates named below.
+/// The rate of `numerator / denominator` frames per second; the numerator is not 0. Exact for the rates named
+/// below.
 constexpr FrameRate FramesPerSecond(std::int64_t numerator, std::int64_t denominator = 1) {
     return FrameRate(kTicksPerSecond / numerator * denominator);
 }
@@ -60,6 +61,7 @@ class TickTime {
     constexpr TickTime() = default;
     constexpr explicit TickTime(std::int64_t ticks) : mTicks(ticks) {}
 
+    /// The ticks, as they were given.
     constexpr std::int64_t GetTicks() const { return mTicks; }
 
     /// The index of the frame that holds this time: ticks divided by the frame duration, rounded towards
@@ -100,6 +102,7 @@ class TickTime {
     std::int64_t mTicks = 0;
 };
 
+/// The start of a clip.
 inline constexpr TickTime kTime_Zero{0};
 
 constexpr std::int64_t TickTime::ToFrame64(FrameRate rate) const {
@@ -128,10 +131,12 @@ class PixelAspectRatio {
     constexpr PixelAspectRatio(std::uint32_t numerator, std::uint32_t denominator)
         : mNumerator(numerator), mDenominator(denominator) {}
 
+    /// The term for the width, as it was given.
     constexpr std::uint32_t GetNumerator() const { return mNumerator; }
+    /// The term for the height, as it was given.
     constexpr std::uint32_t GetDenominator() const { return mDenominator; }
 
-    /// Compares the ratios (10/11 equals 20/22); where a denominator is 0 there is no ratio, and the terms
+    /// Compares the ratios (10/11 equals 20/22); if a denominator is 0, there is no ratio, and the terms
     /// themselves are compared.
     friend constexpr bool operator==(PixelAspectRatio a, PixelAspectRatio b) {
         if (a.mDenominator == 0 || b.mDenominator == 0)

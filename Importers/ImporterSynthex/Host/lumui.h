@@ -81,8 +81,9 @@ class UI_Message {
     virtual ~UI_Message() = default;
 };
 
-/// A receiver of messages, and a share in one.
+/// A receiver of messages.
 using MessageFunction = boost::function<void(UI_Message*)>;
+/// A share in a receiver.
 using MessageFunctionPtr = boost::shared_ptr<MessageFunction>;
 
 namespace detail {
@@ -109,7 +110,7 @@ class UI_NodeManager {
   public:
     /// The manager. It exists as long as the host runs; `create` matters only to the host while it starts.
     static UI_NodeManager* Get(bool create);
-    /// What windows draw with where nothing else is asked for. Never null.
+    /// What windows draw with unless something else is asked for. Never null; the host's.
     const drawbot::SupplierInterface* GetDefaultDrawSupplier() const;
 };
 
@@ -131,6 +132,7 @@ class UI_ControlView : public ui::UI_Node {
 /// A person changed a control, or pressed a button.
 class UI_ControlChangedMessage : public ui::UI_Message {
   public:
+    /// `control` is not owned and outlives the message.
     explicit UI_ControlChangedMessage(UI_ControlView* control) : mControl(control) {}
     /// The control; valid during the delivery.
     UI_ControlView* GetControl() const { return mControl; }
@@ -148,7 +150,7 @@ class UI_Popup : public UI_ControlView {
     virtual bool HasItems() const = 0;
     /// Chooses an item, a disabled one included. Any index that names no item leaves nothing chosen.
     virtual void SetValue(long index) = 0;
-    /// The index of the chosen item; -1 where none is (at first).
+    /// The index of the chosen item; -1 if none is (at first).
     virtual long GetValue() const = 0;
     /// Makes all items available to people.
     virtual void EnableAllItems() = 0;
@@ -170,9 +172,11 @@ class UI_NumberEdit : public UI_ControlView {
 /// A box that is checked or not.
 class UI_Checkbox : public UI_ControlView {
   public:
+    /// Checks the box or clears it; clear at first.
     virtual void SetChecked(bool checked) = 0;
+    /// Whether the box is checked.
     virtual bool IsChecked() const = 0;
-    /// 1 where the box is checked, else 0.
+    /// 1 if the box is checked, else 0.
     virtual long GetValue() const = 0;
 };
 
@@ -192,6 +196,7 @@ enum class TextTruncation : std::int32_t { kNone = 0, kEnd = 1, kStart = 2, kMid
 /// A line of text that people read and do not edit.
 class UI_StaticText : public UI_ControlView {
   public:
+    /// Sets the text; an empty one is allowed.
     virtual void SetValue(const Mosk::String& text) = 0;
     /// Says where the text is shortened when it does not fit. `kEnd` at first; for paths `kMiddle`, which
     /// keeps both the drive or home folder and the file's name in sight.
@@ -250,13 +255,14 @@ class OS_FileSaveAsDialog {
                         unsigned long filterIndex, const Mosk::String& defaultName,
                         lumcore::utility::Flags<unsigned int> flags);
 
-    /// How the last run ended: `kFileDialogOutcome_Confirmed`, or 0 where it was cancelled.
+    /// How the last run ended: `kFileDialogOutcome_Confirmed`, or 0 if it was cancelled.
     virtual std::int32_t GetOutcome() const;
     /// The confirmed file; without a confirmed run its path is empty.
     virtual lumcore::filesupport::File GetChosenFile() const;
     virtual ~OS_FileSaveAsDialog();
 
-    /// Shows the dialog and returns when it has closed.
+    /// Shows the dialog and returns when it has closed. Throws what the host's platform throws if it can't be
+    /// shown.
     void RunModal();
 
   private:
@@ -277,8 +283,8 @@ class UI_MessageBox {
     /// What the box is about.
     enum Icon : std::int32_t { kIcon_None = 0, kIcon_Warning = 1 };
 
-    /// `parent` may be null. `flags`, `left` and `top` are 0 for a box that the host places; `callback`,
-    /// where there is one, gets no message of this project's boxes.
+    /// `parent` may be null. `flags`, `left` and `top` are 0 for a box that the host places; `callback`
+    /// may be null, and gets no message of this project's boxes.
     UI_MessageBox(const drawbot::SupplierInterface* supplier, const Mosk::String& title,
                   const Mosk::String& message, int buttons, Button defaultButton, Icon icon,
                   ui::UI_Node* parent, unsigned int flags, float left, float top,

@@ -13,7 +13,7 @@ class Workspace : public lumui::ui::UI_Node {};
 /// A window of the host's own, with its menus.
 class TopLevelWindow : public lumui::ui::UI_Node {
   public:
-    /// The window's workspace, or null where it has none.
+    /// The window's workspace, or null if it has none; the host's.
     virtual Workspace* GetWorkspace() = 0;
 };
 

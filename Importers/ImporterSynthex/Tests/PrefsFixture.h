@@ -10,6 +10,7 @@
 
 #include "PluginFixture.h"
 #include "Services/Frames/Suites.h"
+#include "Services/TestHooks.h"
 #include "Tests/TestScript.h"
 
 using Json = nlohmann::json;

@@ -9,6 +9,7 @@
 
 #include "Engine/Frame.h"
 #include "Services/Frames/FrameBuffers.h"
+#include "Services/TestHooks.h"
 #include "Tests/Services/Raster/ExpectedFormats.h"
 #include "Tests/Services/Raster/RasterOracle.h"
 

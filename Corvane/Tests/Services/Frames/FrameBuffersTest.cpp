@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Services/TestHooks.h"
 #include "Tests/Services/Raster/ExpectedFormats.h"
 
 namespace {
@@ -34,7 +35,7 @@ std::int32_t Dispose(CvVexelHandle handle) {
     return VexelSuite()->Dispose(handle);
 }
 
-/// How many of the suite's questions about a frame fail, and their answers; 1 to 8 where there is none.
+/// How many of the suite's questions about a frame fail, and their answers; 1 to 8 if there is none.
 std::array<std::int64_t, 9> Facts(CvVexelHandle handle) {
     CvRect bounds{1, 2, 3, 4};
     std::int32_t rowBytes = 5;

@@ -11,7 +11,7 @@ using corvane::LegacySuite2;
 
 using Terms = std::pair<std::uint32_t, std::uint32_t>;
 
-/// Scale and sample size of a rate; as they were, 7 and 9, where there is none.
+/// Scale and sample size of a rate; as they were, 7 and 9, if there is none.
 Terms RateOf(std::int64_t ticks) {
     Terms rate{7, 9};
     EXPECT_EQ(LegacySuite2()->TicksToRate(ticks, &rate.first, &rate.second) < 0, ticks <= 0);

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Services/TestHooks.h"
 #include "Tests/TestScript.h"
 #include "lumloom.h"
 

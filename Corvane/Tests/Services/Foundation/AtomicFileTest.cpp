@@ -1,0 +1,118 @@
+// Faults sought: a partial file under the final name, a temporary file left, a link replaced by a file, a
+// mode lost, a name too long to have a temporary one beside it, a fault told as another.
+#include "Services/Foundation/AtomicFile.h"
+
+#include <sys/stat.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Tests/TestFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using corvane::AtomicFile;
+using corvane::testing::ReadFile;
+using testing::ElementsAre;
+
+constexpr char kOldText[] = "the old and longer text";
+
+std::span<const std::byte> Bytes(std::string_view text) {
+    return std::as_bytes(std::span(text));
+}
+
+/// Makes that text the whole of that file. Returns why it fails.
+std::string Save(const fs::path& path, std::string_view text) {
+    try {
+        AtomicFile file(path);
+        file.Write(Bytes(text));
+        file.Commit();
+        return {};
+    } catch (const corvane::FileError& error) {
+        return error.what();
+    }
+}
+
+class AtomicFileTest : public testing::Test {
+  protected:
+    const corvane::testing::TestFolder mFolder;
+    const fs::path mOld = mFolder.Write("old", kOldText);
+};
+
+TEST_F(AtomicFileTest, ReplacesOrMakesWhatTheNameLeadsTo) {
+    const std::string longest(255, 'n');
+    fs::permissions(mOld, fs::perms(0604));
+    fs::create_symlink("old", mFolder / "link");
+    fs::create_symlink(mFolder / "new", mFolder / "dangling");
+    const mode_t mask = ::umask(027);
+    for (const std::string& name :
+         {std::string("old"), std::string("link"), std::string("dangling"), longest}) {
+        EXPECT_EQ(Save(mFolder / name, name), "");
+        EXPECT_EQ(ReadFile(mFolder / name), name);
+        EXPECT_EQ(fs::is_symlink(mFolder / name), name == "link" || name == "dangling");
+        EXPECT_EQ(fs::status(mFolder / name).permissions(),
+                  fs::perms(name == "old" || name == "link" ? 0604 : 0640));
+    }
+    ::umask(mask);
+    EXPECT_THAT(mFolder.Names(), ElementsAre("dangling", "link", "new", longest, "old"));
+}
+
+TEST_F(AtomicFileTest, NothingHasItsNameBeforeAllHave) {
+    std::vector<AtomicFile> files;
+    for (const char* const name : {"old", "new"}) {
+        files.emplace_back(mFolder / name).Write(Bytes(name));
+        files.back().Close();
+    }
+    const AtomicFile abandoned(mFolder / "abandoned");
+    EXPECT_EQ(ReadFile(mOld), kOldText);
+    AtomicFile* const both[] = {&files[0], &files[1]};
+    AtomicFile::CommitAll(both);
+    for (const char* const name : {"old", "new"}) EXPECT_EQ(ReadFile(mFolder / name), name);
+}
+
+TEST_F(AtomicFileTest, SaysWhyItFailsAndLeavesEverything) {
+    for (const char* const name : {"locked", "closed"}) fs::create_directory(mFolder / name);
+    const fs::path inLocked = mFolder.Write("locked/file", "x"), readOnly = mFolder.Write("read-only", "x");
+    fs::permissions(inLocked, fs::perms(0666));
+    fs::permissions(readOnly, fs::perms(0444));
+    for (const char* const name : {"locked", "closed"}) fs::permissions(mFolder / name, fs::perms(0555));
+    fs::permissions(mFolder.Path(), fs::perms(0777));
+    fs::create_symlink("circle", mFolder / "circle");
+    const std::vector<std::string> names = mFolder.Names();
+    const std::pair<fs::path, const char*> kRows[] = {
+        {mFolder.Path(), "this is a folder"},
+        {"/dev/full", "a device"},
+        {mFolder / "none/file", "does not exist"},
+        {mFolder / "old/file", "is no folder"},
+        {mFolder / "circle", "in a circle"},
+        {mFolder / std::string(256, 'n'), "File name too long"},
+        {mFolder / "closed/file", "closed may not be written to"},
+        {inLocked, "the file may be written, but"},
+        {readOnly, "read-only"},
+    };
+    {
+        const corvane::testing::AsNobody nobody;
+        for (const auto& [path, why] : kRows) EXPECT_THAT(Save(path, "new"), testing::HasSubstr(why)) << path;
+    }
+    {
+        const corvane::testing::FullDisk full(10);
+        EXPECT_THAT(Save(mOld, "longer than ten bytes"), testing::HasSubstr("size limit"));
+    }
+    { AtomicFile(mOld).Write(Bytes("half")); }
+    EXPECT_EQ(ReadFile(mOld), kOldText);
+    EXPECT_EQ(mFolder.Names(), names);
+    for (const char* const name : {"locked", "closed"}) fs::permissions(mFolder / name, fs::perms(0755));
+    EXPECT_TRUE(fs::is_empty(mFolder / "closed"));
+}
+
+TEST_F(AtomicFileTest, AProcessThatEndsInTheMiddleLeavesNothing) {
+    const auto end = [&] {
+        AtomicFile file(mFolder / "new");
+        std::exit(0);
+    };
+    EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
+    EXPECT_THAT(mFolder.Names(), ElementsAre("old"));
+}
+
+} // namespace
