@@ -1,25 +1,16 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 
 #include "Bundle.h"
+#include "ClipFormat.h"
 #include "Services/Foundation/FileJournal.h"
 
 namespace corvane {
 
-/// What a new clip begins with: the format of the sequence that it is made for.
-struct SequenceFormat {
-    std::uint32_t width = 1920; ///< pixels
-    std::uint32_t height = 1080;
-    std::uint32_t parNumerator = 1;
-    std::uint32_t parDenominator = 1;
-    std::uint32_t scale = 30; ///< the rate is scale / sampleSize frames per second
-    std::uint32_t sampleSize = 1;
-
-    bool operator==(const SequenceFormat&) const = default;
-};
+/// The sequence that a new clip is made for unless the person says otherwise.
+inline constexpr ClipFormat kDefaultSequence{.size = {1920, 1080}, .rate = {30, 1}};
 
 /// A request to let the person edit a clip's settings.
 struct PreferencesRequest {
@@ -27,7 +18,9 @@ struct PreferencesRequest {
     std::filesystem::path file;
     /// Of a clip without a file, its settings text; empty for a new clip.
     std::string settings;
-    SequenceFormat sequence; ///< of a new clip
+    /// Of a new clip: the format of the sequence that it is made for, whose size, aspect and rate it begins
+    /// with.
+    ClipFormat sequence = kDefaultSequence;
 };
 
 /// How a request ended.

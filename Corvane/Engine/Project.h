@@ -37,7 +37,7 @@ struct ProjectClip {
 
 /// What a project holds. A value: a copy is cheap, since the clips are shared, and undo is going back to one.
 struct Project {
-    SequenceFormat sequence; ///< what new clips begin with
+    ClipFormat sequence = kDefaultSequence; ///< whose size, aspect and rate new clips begin with
     std::vector<std::shared_ptr<const ProjectClip>> clips;
 
     /// The place of a clip; `clips.size()` where there is none of that id.

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstring>
 #include <initializer_list>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -39,7 +38,7 @@ class CheckedMemory {
     void Arm() { mBefore = mBytes; }
     /// The bytes outside `allowed` that changed since `Arm`, as a clause ("it touched bytes 40 to 43"); empty
     /// where none did.
-    std::string Touched(std::span<const RecordField> allowed) const;
+    std::string Touched(std::initializer_list<RecordField> allowed = {}) const;
 
   private:
     static constexpr std::size_t kMargin = 64;
@@ -60,9 +59,6 @@ class CheckedRecord {
     Record* Get() { return reinterpret_cast<Record*>(mMemory.Data()); }
     void Arm() { mMemory.Arm(); }
     std::string Touched(std::initializer_list<RecordField> allowed = {}) const {
-        return mMemory.Touched({allowed.begin(), allowed.size()});
-    }
-    std::string TouchedOutside(std::span<const RecordField> allowed) const {
         return mMemory.Touched(allowed);
     }
 
