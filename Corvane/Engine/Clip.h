@@ -13,7 +13,7 @@
 
 namespace corvane {
 
-/// What a clip is, as the plug-in told it.
+/// What a clip is, as the plug-in told it. A value for any thread.
 struct ClipInfo {
     ClipFormat format;
 
@@ -36,10 +36,10 @@ std::optional<CvPixelFormat> DeliveredFormat(const std::shared_ptr<Bundle>& bund
 /// called from many threads at once.
 class Clip {
   public:
-    /// Opens a settings file. Throws `Failure` with the file's name and the reason.
+    /// Opens a settings file. Throws `Failure` with the file's name and the reason. Any thread.
     static std::unique_ptr<Clip> OpenFile(std::shared_ptr<Bundle> bundle, const std::filesystem::path& path);
     /// Opens a clip that lives in a project: `prefs` is the settings text, `name` what to call it in
-    /// messages.
+    /// messages. Throws `Failure` with the name and the reason. Any thread.
     static std::unique_ptr<Clip> OpenPrefs(std::shared_ptr<Bundle> bundle, std::string name,
                                            std::string prefs);
 
@@ -53,12 +53,13 @@ class Clip {
     /// The settings text as the plug-in writes it.
     const std::string& Settings() const { return mPrefs; }
 
-    /// Frame `index`, counted from 0: its time is index times ticks per frame, exactly. Throws `Failure` for
-    /// an index outside the clip, and with the reason where the plug-in can't make the frame.
+    /// Frame `index`, counted from 0: its time is index times ticks per frame, exactly. Throws `Failure` if
+    /// the index is outside the clip, and with the reason if the plug-in can't make the frame. Any number of
+    /// threads at once.
     Frame GetFrame(std::int64_t index) const;
 
-    /// Says why no frame can be rendered (no rate, no duration, an impossible size or format); empty where
-    /// they can.
+    /// Says, as a clause, why no frame can be rendered (no rate, no duration, an impossible size or format);
+    /// empty if they can. Any thread.
     std::string WhyNotRenderable() const;
 
   private:

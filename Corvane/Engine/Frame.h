@@ -26,7 +26,7 @@ constexpr std::uint32_t BytesPerPixel(RK_PixelFormat format) {
 class Frame {
   public:
     Frame() = default;
-    /// Takes over `handle`, which must not be null. Throws `Failure` where the buffer can't be examined.
+    /// Takes over `handle`, which must not be null. Throws `Failure` if the buffer can't be examined.
     explicit Frame(CvVexelHandle handle);
     ~Frame();
     Frame(Frame&& other) noexcept;

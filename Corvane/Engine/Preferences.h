@@ -14,7 +14,7 @@ inline constexpr ClipFormat kDefaultSequence{.size = {1920, 1080}, .rate = {30, 
 
 /// A request to let the person edit a clip's settings.
 struct PreferencesRequest {
-    /// The clip's settings file; empty where it has none.
+    /// The clip's settings file; empty if it has none.
     std::filesystem::path file;
     /// Of a clip without a file, its settings text; empty for a new clip.
     std::string settings;
@@ -32,6 +32,7 @@ enum class PreferencesOutcome {
     kFailed
 };
 
+/// What came of a request.
 struct PreferencesAnswer {
     PreferencesOutcome outcome = PreferencesOutcome::kFailed;
     std::string settings;       ///< the settings text; of `kDone` and `kCancelled`
@@ -41,7 +42,7 @@ struct PreferencesAnswer {
 
 /// Sends the preferences request (selector 38) as a host does, which shows the plug-in's dialog on the
 /// process's platform and returns when it has closed. `journal` tells which files the plug-in wrote
-/// meanwhile. UI thread.
+/// meanwhile. Never fails: the answer says what went wrong. UI thread.
 PreferencesAnswer RequestPreferences(const Bundle& bundle, const PreferencesRequest& request,
                                      const FileJournal& journal);
 

@@ -31,7 +31,7 @@ void VisitSequence(Format& sequence, const Visit& visit) {
     visit("sampleSize", sequence.rate.sampleSize);
 }
 
-/// The path from `folder` where the file lies in it or below it, else the whole path.
+/// The path from `folder` if the file lies in it or below it, else the whole path.
 fs::path Stored(const fs::path& file, const fs::path& folder) {
     if (folder.empty()) return file;
     const fs::path relative = file.lexically_relative(folder.lexically_normal());

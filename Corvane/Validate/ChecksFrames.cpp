@@ -21,7 +21,7 @@ std::int64_t LiveFrames() {
     return GetFrameStatistics().liveFrames;
 }
 
-/// Asks for frame `index` of a clip. Empty where none came, which is noted.
+/// Asks for frame `index` of a clip. Empty if none came, which is noted.
 Frame AskForFrame(CheckRun& run, const Bundle& bundle, void* instance, const ClipSettings& settings,
                   std::int64_t index) {
     CvVexelHandle handle = nullptr;

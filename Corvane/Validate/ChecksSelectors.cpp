@@ -21,7 +21,7 @@ struct SelectorRow {
     std::int32_t selector;
     InstanceAt place;
     std::int32_t without; ///< the result without an instance
-    std::int32_t with;    ///< the result with one; `kOwnCheck` where it has a record of its own
+    std::int32_t with;    ///< the result with one; `kOwnCheck` if it has a record of its own
 };
 constexpr std::int32_t kOwnCheck = -1;
 

@@ -35,7 +35,7 @@ struct PrefsRequest {
     CheckedMemory buffer;
 };
 
-/// The text in the form in which the host's core services write it; empty where it is not well-formed.
+/// The text in the form in which the host's core services write it; empty if it is not well-formed.
 std::string Canonical(std::string_view text) {
     using namespace lumcore::serialization;
     const ValuePtr tree = JSONParse(reinterpret_cast<const unsigned char*>(text.data()), text.size());
