@@ -222,21 +222,22 @@ void AddPair(CLI::App& command, const char* name, const char* form, const char* 
     command.add_option_function<std::string>(name, read, about)->type_name(form);
 }
 
-void AddSequenceOptions(CLI::App& command, SequenceFormat& sequence) {
+void AddSequenceOptions(CLI::App& command, ClipFormat& sequence) {
     constexpr std::uint32_t kAny = std::numeric_limits<std::uint32_t>::max();
     AddPair(command, "--size", "WxH", "Frame size to begin with (default: 1920x1080)",
             fmt::format("WIDTHxHEIGHT, both from 1 to {}", kDefaultMaxFrameSide),
             [&](const std::string& text) {
-                return ParsePair(text, 'x', kDefaultMaxFrameSide, sequence.width, sequence.height);
+                return ParsePair(text, 'x', kDefaultMaxFrameSide, sequence.size.width, sequence.size.height);
             });
     AddPair(command, "--par", "N:D", "Pixel aspect ratio to begin with (default: 1:1)", "N:D, both above 0",
             [&](const std::string& text) {
-                return ParsePair(text, ':', kAny, sequence.parNumerator, sequence.parDenominator);
+                return ParsePair(text, ':', kAny, sequence.aspect.numerator, sequence.aspect.denominator);
             });
     AddPair(command, "--rate", "N/D", "Frames per second to begin with (default: 30)",
             "N/D or one whole number, above 0", [&](const std::string& text) {
                 const bool whole = text.find('/') == std::string::npos;
-                return ParsePair(whole ? text + "/1" : text, '/', kAny, sequence.scale, sequence.sampleSize);
+                return ParsePair(whole ? text + "/1" : text, '/', kAny, sequence.rate.scale,
+                                 sequence.rate.sampleSize);
             });
 }
 

@@ -47,7 +47,7 @@ struct DialogOptions {
 struct NewRequest {
     std::filesystem::path bundle;
     std::filesystem::path output;
-    SequenceFormat sequence;
+    ClipFormat sequence = kDefaultSequence;
     bool force = false;
     DialogOptions dialog;
 };

@@ -18,7 +18,7 @@ int RunEdit(const EditRequest& request) {
         throw Failure(fmt::format("{}: you are not allowed to write this file; edit a copy of it.",
                                   request.clip.string()));
     FileJournal journal;
-    const PreferencesRequest preferences{.file = request.clip, .settings = {}, .sequence = {}};
+    const PreferencesRequest preferences{.file = request.clip, .settings = {}};
     const auto answer = RunPreferencesDialog(*bundle, preferences, request.dialog, request.clip, journal);
     return FinishDialog(bundle, answer, request.dialog, request.clip, true);
 }

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <fmt/format.h>
@@ -7,59 +9,31 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Engine/Clip.h"
+#include "Engine/ClipText.h"
 #include "FormatNames.h"
-#include "lummediatypes.h"
+#include "Services/Raster/PixelFormats.h"
 
 namespace corvane::commandline {
 
 namespace {
 
-std::string SizeText(const ClipInfo& info) {
-    return fmt::format("{} x {} pixels", info.width, info.height);
-}
-
 /// The pixel aspect ratio, and the size at which the picture is to be shown.
-std::string AspectText(const ClipInfo& info) {
-    const std::string ratio = fmt::format("{}:{}", info.parNumerator, info.parDenominator);
-    if (info.parNumerator == 0 || info.parDenominator == 0) return ratio + " (none)";
-    if (info.parNumerator == info.parDenominator) return ratio + " (square)";
-    const double shown = static_cast<double>(info.width) * info.parNumerator / info.parDenominator;
-    return fmt::format("{}, shown at {:.0f} x {}", ratio, shown, info.height);
+std::string ShownText(const ClipFormat& format) {
+    const auto [numerator, denominator] = Reduced(format.aspect);
+    const std::string ratio = AspectText(format.aspect);
+    if (numerator == denominator) return ratio;
+    const double width = static_cast<double>(format.size.width) * numerator / denominator;
+    return fmt::format("{}, shown at {:.0f} x {}", ratio, width, format.size.height);
 }
 
-std::string FieldOrderText(const ClipInfo& info) {
-    using namespace lummediatypes;
-    switch (info.fieldType) {
-    case kFieldType_Progressive: return "progressive";
-    case kFieldType_UpperFirst: return "upper field first";
-    case kFieldType_LowerFirst: return "lower field first";
-    default: return fmt::format("interlaced, of the unknown order {}", info.fieldType);
-    }
+/// The code of the format in which frames arrive; empty if none can be made.
+std::optional<CvPixelFormat> DeliveredCode(RasterFormat raster) {
+    const auto table = PixelFormatTable();
+    const auto row = std::ranges::find(table, raster, &PixelFormatRow::raster);
+    return row == table.end() ? std::nullopt : std::optional(row->code);
 }
 
-std::string RateText(const ClipInfo& info) {
-    if (info.ticksPerFrame <= 0) return fmt::format("none ({} ticks a frame)", info.ticksPerFrame);
-    const double rate =
-        static_cast<double>(lummediatypes::kTicksPerSecond) / static_cast<double>(info.ticksPerFrame);
-    return fmt::format("{}/{} ({:.6g} frames a second)", info.scale, info.sampleSize, rate);
-}
-
-/// Hours, minutes, seconds and thousandths, rounded down.
-std::string TimeText(std::int64_t ticks) {
-    constexpr std::int64_t kTicksPerThousandth = lummediatypes::kTicksPerSecond / 1000;
-    const std::int64_t thousandths = ticks / kTicksPerThousandth;
-    const std::int64_t seconds = thousandths / 1000;
-    return fmt::format("{:02}:{:02}:{:02}.{:03}", seconds / 3600, seconds / 60 % 60, seconds % 60,
-                       thousandths % 1000);
-}
-
-std::string DurationText(const ClipInfo& info) {
-    if (info.durationTicks <= 0) return fmt::format("none ({} ticks)", info.durationTicks);
-    return fmt::format("{} frame{}, {}", info.frames, info.frames == 1 ? "" : "s",
-                       TimeText(info.durationTicks));
-}
-
-std::string FormatText(CvPixelFormat format) {
+std::string PixelFormatText(CvPixelFormat format) {
     const std::string name = FormatName(format);
     return fmt::format("{} ({}, {})", name.empty() ? "unknown" : name, FormatCharacters(format),
                        FormatHex(format));
@@ -71,13 +45,13 @@ std::string Text(const Clip& clip) {
     const auto add = [&](const char* label, const std::string& value) {
         text += fmt::format("  {:<14} {}\n", label, value);
     };
-    add("Size", SizeText(info));
-    add("Pixel aspect", AspectText(info));
-    add("Field order", FieldOrderText(info));
-    add("Rate", RateText(info));
+    add("Size", SizeText(info.format.size));
+    add("Pixel aspect", ShownText(info.format));
+    add("Field order", FieldOrderText(info.format.order));
+    add("Rate", RateText(info.format.rate));
     add("Duration", DurationText(info));
-    add("Pixel format", FormatText(info.pixelFormat));
-    if (info.deliveredFormat) add("Delivered as", FormatText(*info.deliveredFormat));
+    add("Pixel format", PixelFormatText(info.pixelFormat));
+    if (const auto code = DeliveredCode(info.format.raster)) add("Delivered as", PixelFormatText(*code));
     if (const std::string why = clip.WhyNotRenderable(); !why.empty()) add("Not renderable", why);
     return text;
 }
@@ -86,19 +60,19 @@ std::string JSONLine(const Clip& clip) {
     const ClipInfo& info = clip.Info();
     nlohmann::ordered_json line;
     line["path"] = clip.Name();
-    line["width"] = info.width;
-    line["height"] = info.height;
-    line["parNumerator"] = info.parNumerator;
-    line["parDenominator"] = info.parDenominator;
+    line["width"] = info.format.size.width;
+    line["height"] = info.format.size.height;
+    line["parNumerator"] = info.format.aspect.numerator;
+    line["parDenominator"] = info.format.aspect.denominator;
     line["fieldType"] = info.fieldType;
     line["depth"] = info.depth;
-    line["scale"] = info.scale;
-    line["sampleSize"] = info.sampleSize;
+    line["scale"] = info.format.rate.scale;
+    line["sampleSize"] = info.format.rate.sampleSize;
     line["duration"] = info.duration;
     line["frames"] = info.frames;
     line["pixelFormat"] = FormatNameOrHex(info.pixelFormat);
-    line["deliveredFormat"] =
-        info.deliveredFormat ? nlohmann::ordered_json(FormatNameOrHex(*info.deliveredFormat)) : nullptr;
+    const auto code = DeliveredCode(info.format.raster);
+    line["deliveredFormat"] = code ? nlohmann::ordered_json(FormatNameOrHex(*code)) : nullptr;
     // A path may hold any bytes; what is not UTF-8 is replaced.
     return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

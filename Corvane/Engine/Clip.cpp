@@ -11,17 +11,14 @@
 
 #include <fmt/format.h>
 
+#include "Mosk.h"
 #include "Records.h"
 #include "Services/Frames/FrameBuffers.h"
-#include "lumcore.h"
-#include "lummediatypes.h"
+#include "SettingsText.h"
 
 namespace corvane {
 
 namespace {
-
-using lumcore::serialization::JSONParse;
-using lumcore::serialization::ValuePtr;
 
 /// The path as the plug-in takes it.
 std::u16string PluginPath(const std::filesystem::path& path) {
@@ -46,29 +43,11 @@ std::string WhyUnreadable(const std::filesystem::path& path) {
     return "the plug-in can't read this file";
 }
 
-/// The member of that name; empty where there is none.
-ValuePtr MemberOf(const ValuePtr& value, const char* key) {
-    using namespace lumcore::serialization;
-    return value && boost::any_cast<Object>(value.get()) ? GetVariantInObject(*value, key) : ValuePtr();
-}
-
-/// An integer at `keys` in the settings text's tree; 0 where it is missing.
-std::int64_t IntegerAt(ValuePtr value, std::initializer_list<const char*> keys) {
-    for (const char* const key : keys) value = MemberOf(value, key);
-    if (!value) return 0;
-    if (const auto* const natural = boost::any_cast<std::uint64_t>(value.get()))
-        return static_cast<std::int64_t>(*natural);
-    if (const auto* const integer = boost::any_cast<std::int64_t>(value.get())) return *integer;
-    return 0;
-}
-
 } // namespace
 
 std::optional<CvPixelFormat> DeliveredFormat(const std::shared_ptr<Bundle>& bundle, CvPixelFormat format) {
     const std::string prefs =
-        fmt::format(R"({{"mPixelFormat":{},"mFrameWidth":2,"mFrameHeight":2,"mVideoDuration":{{"ticks":1}},)"
-                    R"("mVideoFrameRate":{{"ticksperframe":1}}}})",
-                    format);
+        WriteSettings({.pixelFormat = format, .size = {2, 2}, .ticksPerFrame = 1, .durationTicks = 1});
     imFileAccessRec8 access = HostRecord<imFileAccessRec8>();
     access.mFilePath = u"";
     imFileInfoRec8 info = HostRecord<imFileInfoRec8>();
@@ -99,15 +78,15 @@ std::unique_ptr<Clip> Clip::OpenFile(std::shared_ptr<Bundle> bundle, const std::
     std::unique_ptr<Clip> clip(new Clip(std::move(bundle), path.string()));
     clip->mPath = PluginPath(path);
     clip->OpenInstance(path);
-    clip->ReadSettings();
-    clip->ReadInfo();
+    clip->AskForSettings();
+    clip->AskForInfo();
     return clip;
 }
 
 std::unique_ptr<Clip> Clip::OpenPrefs(std::shared_ptr<Bundle> bundle, std::string name, std::string prefs) {
     std::unique_ptr<Clip> clip(new Clip(std::move(bundle), std::move(name)));
     clip->mPrefs = std::move(prefs);
-    clip->ReadInfo();
+    clip->AskForInfo();
     return clip;
 }
 
@@ -133,7 +112,7 @@ void Clip::OpenInstance(const std::filesystem::path& path) {
                      answer.alert.empty() ? fmt::format("result {}", answer.result) : answer.Reason()));
 }
 
-void Clip::ReadSettings() {
+void Clip::AskForSettings() {
     // For a file that exists and a first-time flag the plug-in shows no dialog and writes the file's
     // settings.
     std::string buffer(kPrefsBufferSize, '\0');
@@ -147,7 +126,7 @@ void Clip::ReadSettings() {
     if (answer.result != kResult_Success) Fail("the file changed while it was being opened; try again");
 }
 
-void Clip::ReadInfo() {
+void Clip::AskForInfo() {
     imFileAccessRec8 access = HostRecord<imFileAccessRec8>();
     access.mFilePath = mPath.c_str();
     imFileInfoRec8 info = HostRecord<imFileInfoRec8>();
@@ -160,25 +139,23 @@ void Clip::ReadInfo() {
     if (answer.result != kResult_Success)
         Fail(fmt::format("the plug-in does not say what this clip is ({})",
                          answer.alert.empty() ? fmt::format("result {}", answer.result) : answer.Reason()));
-    mInfo.width = info.mWidth;
-    mInfo.height = info.mHeight;
-    mInfo.parNumerator = info.mParNumerator;
-    mInfo.parDenominator = info.mParDenominator;
+    mInfo.format = {.size = {info.mWidth, info.mHeight},
+                    .aspect = {info.mParNumerator, info.mParDenominator},
+                    .rate = {info.mScale, info.mSampleSize},
+                    .order = FieldOrderOf(info.mFieldType)};
     mInfo.fieldType = info.mFieldType;
     mInfo.depth = info.mDepth;
-    mInfo.scale = info.mScale;
-    mInfo.sampleSize = info.mSampleSize;
     mInfo.duration = info.mDuration;
     ReadTiming();
-    mInfo.deliveredFormat = DeliveredFormat(mBundle, mInfo.pixelFormat);
+    if (const auto delivered = DeliveredFormat(mBundle, mInfo.pixelFormat))
+        mInfo.format.raster = BEPixelFormatToRKPixelFormat(SDKToBEPixelFormat(*delivered));
 }
 
 void Clip::ReadTiming() {
-    ValuePtr tree = JSONParse(reinterpret_cast<const unsigned char*>(mPrefs.c_str()));
-    if (const ValuePtr wrapped = MemberOf(tree, "SerializerWrappedObject")) tree = wrapped;
-    mInfo.pixelFormat = static_cast<CvPixelFormat>(IntegerAt(tree, {"mPixelFormat"}));
-    mInfo.ticksPerFrame = IntegerAt(tree, {"mVideoFrameRate", "ticksperframe"});
-    mInfo.durationTicks = IntegerAt(tree, {"mVideoDuration", "ticks"});
+    const ClipSettings settings = ReadSettings(mPrefs);
+    mInfo.pixelFormat = settings.pixelFormat;
+    mInfo.ticksPerFrame = settings.ticksPerFrame;
+    mInfo.durationTicks = settings.durationTicks;
     if (mInfo.ticksPerFrame > 0 && mInfo.durationTicks > 0)
         mInfo.frames = mInfo.durationTicks / mInfo.ticksPerFrame;
 }
@@ -187,9 +164,9 @@ std::string Clip::WhyNotRenderable() const {
     if (mInfo.ticksPerFrame <= 0) return "the clip has no frame rate (its frame duration is not above 0)";
     if (mInfo.durationTicks <= 0) return "the clip has no duration (it is not above 0)";
     if (mInfo.frames == 0) return "the clip is shorter than one frame";
-    if (!mInfo.deliveredFormat)
+    if (mInfo.format.raster == 0)
         return fmt::format("the host has no pixel format 0x{:08x}", mInfo.pixelFormat);
-    return WhyNoFrame(mInfo.width, mInfo.height, *mInfo.deliveredFormat);
+    return WhyNoFrame(mInfo.format);
 }
 
 Frame Clip::GetFrame(std::int64_t index) const {

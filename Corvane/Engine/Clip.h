@@ -7,47 +7,39 @@
 #include <string>
 
 #include "Bundle.h"
+#include "ClipFormat.h"
 #include "Failure.h"
 #include "Frame.h"
 
 namespace corvane {
 
-/// What a clip is, as the plug-in told it.
+/// What a clip is, as the plug-in told it. A value for any thread.
 struct ClipInfo {
-    // From the info record.
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    std::uint32_t parNumerator = 0;
-    std::uint32_t parDenominator = 0;
-    std::uint8_t fieldType = 0; ///< `lummediatypes::FieldType`; every non-zero value is interlaced
+    ClipFormat format;
+
+    // More of the info record.
+    std::uint8_t fieldType = 0; ///< which `format.order` was made from
     std::uint16_t depth = 0;    ///< bits a pixel
-    std::uint32_t scale = 0;    ///< the rate is scale / sampleSize frames per second
-    std::uint32_t sampleSize = 0;
     std::uint32_t duration = 0; ///< frames times sample size, low 32 bits
 
     // From the settings text that the plug-in gave.
     CvPixelFormat pixelFormat = 0;  ///< the format asked for; it may be unknown to the host
-    std::int64_t ticksPerFrame = 0; ///< exact; 0 or negative where the clip has no rate
+    std::int64_t ticksPerFrame = 0; ///< exact, unlike `format.rate`; not above 0 if the clip has no rate
     std::int64_t durationTicks = 0;
-    std::int64_t frames = 0; ///< whole frames; 0 where rate or duration are not positive
-
-    /// The format in which frames arrive; empty where the plug-in can't make any.
-    std::optional<CvPixelFormat> deliveredFormat;
-
-    bool Interlaced() const { return fieldType != 0; }
+    std::int64_t frames = 0; ///< whole frames; 0 if the rate or the duration is not above 0
 };
 
-/// The format in which the plug-in delivers frames of `format`; empty where it can't make any.
+/// The format in which the plug-in delivers frames of `format`; empty if it can't make any. Any thread.
 std::optional<CvPixelFormat> DeliveredFormat(const std::shared_ptr<Bundle>& bundle, CvPixelFormat format);
 
 /// An open clip. Owns the plug-in's instance. May be opened and closed on any thread, and `GetFrame` may be
 /// called from many threads at once.
 class Clip {
   public:
-    /// Opens a settings file. Throws `Failure` with the file's name and the reason.
+    /// Opens a settings file. Throws `Failure` with the file's name and the reason. Any thread.
     static std::unique_ptr<Clip> OpenFile(std::shared_ptr<Bundle> bundle, const std::filesystem::path& path);
     /// Opens a clip that lives in a project: `prefs` is the settings text, `name` what to call it in
-    /// messages.
+    /// messages. Throws `Failure` with the name and the reason. Any thread.
     static std::unique_ptr<Clip> OpenPrefs(std::shared_ptr<Bundle> bundle, std::string name,
                                            std::string prefs);
 
@@ -61,19 +53,20 @@ class Clip {
     /// The settings text as the plug-in writes it.
     const std::string& Settings() const { return mPrefs; }
 
-    /// Frame `index`, counted from 0: its time is index times ticks per frame, exactly. Throws `Failure` for
-    /// an index outside the clip, and with the reason where the plug-in can't make the frame.
+    /// Frame `index`, counted from 0: its time is index times ticks per frame, exactly. Throws `Failure` if
+    /// the index is outside the clip, and with the reason if the plug-in can't make the frame. Any number of
+    /// threads at once.
     Frame GetFrame(std::int64_t index) const;
 
-    /// Says why no frame can be rendered (no rate, no duration, an impossible size or format); empty where
-    /// they can.
+    /// Says, as a clause, why no frame can be rendered (no rate, no duration, an impossible size or format);
+    /// empty if they can. Any thread.
     std::string WhyNotRenderable() const;
 
   private:
     Clip(std::shared_ptr<Bundle> bundle, std::string name);
     void OpenInstance(const std::filesystem::path& path);
-    void ReadSettings();
-    void ReadInfo();
+    void AskForSettings();
+    void AskForInfo();
     void ReadTiming();
     [[noreturn]] void Fail(const std::string& reason) const;
 

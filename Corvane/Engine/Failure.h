@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-/// A request that can't be done, as one sentence for the person: it names the file and, where there is one,
-/// the remedy. Thrown by the engine and by everything above it; ends as exit status 1.
+/// A request that can't be done, as one sentence for the person: it names the file and, if there is one, the
+/// remedy. Thrown by the engine and by everything above it; ends as exit status 1.
 class Failure : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

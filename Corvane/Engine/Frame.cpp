@@ -2,26 +2,10 @@
 
 #include <utility>
 
-#include <fmt/format.h>
-
 #include "Failure.h"
 #include "Services/Frames/FrameBuffers.h"
 
 namespace corvane {
-
-std::string WhyNoFrame(std::uint32_t width, std::uint32_t height, CvPixelFormat format) {
-    const FrameLimits limits = GetFrameLimits();
-    if (width == 0 || height == 0) return fmt::format("a frame of {} x {} has no pixels", width, height);
-    if (width > limits.maxSide || height > limits.maxSide)
-        return fmt::format("a frame of {} x {} is too large; the host makes up to {} pixels a side", width,
-                           height, limits.maxSide);
-    const RK_PixelFormat raster = BEPixelFormatToRKPixelFormat(SDKToBEPixelFormat(format));
-    const std::uint64_t bytes = std::uint64_t{width} * height * BytesPerPixel(raster);
-    if (bytes > limits.maxBytes)
-        return fmt::format("a frame of {} x {} is too large: it takes {} bytes, and the host makes up to {}",
-                           width, height, bytes, limits.maxBytes);
-    return {};
-}
 
 Frame::Frame(CvVexelHandle handle) : mHandle(handle) {
     const CvVexelSuite1& suite = *VexelSuite();

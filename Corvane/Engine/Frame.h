@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 
 #include "CvPluginAPI.h"
 
@@ -22,15 +21,12 @@ constexpr std::uint32_t BytesPerPixel(RK_PixelFormat format) {
     return (format & kRK_Float) ? 16 : 4;
 }
 
-/// Says why the host makes no frame of that size and format; empty where it does.
-std::string WhyNoFrame(std::uint32_t width, std::uint32_t height, CvPixelFormat format);
-
 /// One frame as the plug-in delivered it. Owns the host's buffer and gives it back to the pool when
 /// destroyed. May be moved to and destroyed on any thread.
 class Frame {
   public:
     Frame() = default;
-    /// Takes over `handle`, which must not be null. Throws `Failure` where the buffer can't be examined.
+    /// Takes over `handle`, which must not be null. Throws `Failure` if the buffer can't be examined.
     explicit Frame(CvVexelHandle handle);
     ~Frame();
     Frame(Frame&& other) noexcept;

@@ -11,10 +11,10 @@
 namespace corvane {
 
 /// A bundle's executable in memory, and its entry point. Nothing has been asked of the plug-in yet: `Bundle`
-/// does that.
+/// does that. One thread at a time.
 class PluginLibrary {
   public:
-    /// Loads `bundle` and makes it known to the process. Throws `Failure` where it is no bundle or does not
+    /// Loads `bundle` and makes it known to the process. Throws `Failure` if it is no bundle or does not
     /// load.
     explicit PluginLibrary(const std::filesystem::path& bundle);
     /// Unloads the executable.
@@ -27,10 +27,11 @@ class PluginLibrary {
     /// Whether the entry point is exported.
     bool HasEntry() const { return mEntry != nullptr; }
 
-    /// Sends a selector and collects what the plug-in tells the person meanwhile. Needs an entry point.
+    /// Sends a selector and collects what the plug-in tells the person meanwhile. Never fails, but needs an
+    /// entry point.
     Answer Call(std::int32_t selector, void* param1, void* param2) const;
 
-    /// Whether the executable at that path is still in memory.
+    /// Whether the executable at that path is still in memory. Any thread.
     static bool IsLoaded(const std::filesystem::path& executable);
     /// Whether libraries leave memory when they are unloaded: not in builds whose leak reports need their
     /// symbols.

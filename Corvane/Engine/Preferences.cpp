@@ -59,12 +59,12 @@ void FillRecords(const PreferencesRequest& request, Records& records) {
     records.access.mNewFilePath = nullptr;
     records.prefs.mPrefs = nullptr;
     records.prefs.mFirstTime = request.file.empty() && request.settings.empty() ? 1 : 0;
-    records.prefs.mSequenceWidth = request.sequence.width;
-    records.prefs.mSequenceHeight = request.sequence.height;
-    records.prefs.mSequenceParNumerator = request.sequence.parNumerator;
-    records.prefs.mSequenceParDenominator = request.sequence.parDenominator;
-    records.prefs.mSequenceScale = request.sequence.scale;
-    records.prefs.mSequenceSampleSize = request.sequence.sampleSize;
+    records.prefs.mSequenceWidth = request.sequence.size.width;
+    records.prefs.mSequenceHeight = request.sequence.size.height;
+    records.prefs.mSequenceParNumerator = request.sequence.aspect.numerator;
+    records.prefs.mSequenceParDenominator = request.sequence.aspect.denominator;
+    records.prefs.mSequenceScale = request.sequence.rate.scale;
+    records.prefs.mSequenceSampleSize = request.sequence.rate.sampleSize;
 }
 
 /// The path that a block holds the beginning of. The block has as many bytes as the path has code units, its

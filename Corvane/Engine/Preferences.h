@@ -1,33 +1,26 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 
 #include "Bundle.h"
+#include "ClipFormat.h"
 #include "Services/Foundation/FileJournal.h"
 
 namespace corvane {
 
-/// What a new clip begins with: the format of the sequence that it is made for.
-struct SequenceFormat {
-    std::uint32_t width = 1920; ///< pixels
-    std::uint32_t height = 1080;
-    std::uint32_t parNumerator = 1;
-    std::uint32_t parDenominator = 1;
-    std::uint32_t scale = 30; ///< the rate is scale / sampleSize frames per second
-    std::uint32_t sampleSize = 1;
-
-    bool operator==(const SequenceFormat&) const = default;
-};
+/// The sequence that a new clip is made for unless the person says otherwise.
+inline constexpr ClipFormat kDefaultSequence{.size = {1920, 1080}, .rate = {30, 1}};
 
 /// A request to let the person edit a clip's settings.
 struct PreferencesRequest {
-    /// The clip's settings file; empty where it has none.
+    /// The clip's settings file; empty if it has none.
     std::filesystem::path file;
     /// Of a clip without a file, its settings text; empty for a new clip.
     std::string settings;
-    SequenceFormat sequence; ///< of a new clip
+    /// Of a new clip: the format of the sequence that it is made for, whose size, aspect and rate it begins
+    /// with.
+    ClipFormat sequence = kDefaultSequence;
 };
 
 /// How a request ended.
@@ -39,6 +32,7 @@ enum class PreferencesOutcome {
     kFailed
 };
 
+/// What came of a request.
 struct PreferencesAnswer {
     PreferencesOutcome outcome = PreferencesOutcome::kFailed;
     std::string settings;       ///< the settings text; of `kDone` and `kCancelled`
@@ -48,7 +42,7 @@ struct PreferencesAnswer {
 
 /// Sends the preferences request (selector 38) as a host does, which shows the plug-in's dialog on the
 /// process's platform and returns when it has closed. `journal` tells which files the plug-in wrote
-/// meanwhile. UI thread.
+/// meanwhile. Never fails: the answer says what went wrong. UI thread.
 PreferencesAnswer RequestPreferences(const Bundle& bundle, const PreferencesRequest& request,
                                      const FileJournal& journal);
 

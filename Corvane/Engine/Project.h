@@ -22,33 +22,36 @@ struct ClipSource {
 };
 
 /// Opens a clip from where its settings are. `name` is what messages call a clip that has no file. Throws
-/// `Failure`.
+/// `Failure`. Any thread.
 std::unique_ptr<Clip> OpenClip(const std::shared_ptr<Bundle>& bundle, const std::string& name,
                                const ClipSource& source);
 
 /// One clip of a project. Never changed once it is in one: a change puts another in its place.
 struct ProjectClip {
-    std::uint64_t id = 0; ///< unlike that of any other clip as long as the process lives; not stored
+    std::uint64_t id = 0; ///< no other clip has it while the process lives; not stored
     std::string name;     ///< what the person calls it; UTF-8
     ClipSource source;
 
     bool operator==(const ProjectClip&) const = default;
 };
 
-/// What a project holds. A value: a copy is cheap, since the clips are shared, and undo is going back to one.
+/// What a project holds. A value: a copy is cheap, since the clips are shared, and undo goes back to one.
+/// Nothing here fails. One thread at a time; copies may be on others.
 struct Project {
-    SequenceFormat sequence; ///< what new clips begin with
+    ClipFormat sequence = kDefaultSequence; ///< whose size, aspect and rate new clips begin with
     std::vector<std::shared_ptr<const ProjectClip>> clips;
 
-    /// The place of a clip; `clips.size()` where there is none of that id.
+    /// The place of a clip; `clips.size()` if there is none of that id.
     std::size_t Find(std::uint64_t id) const;
     /// Adds a clip at the end, or before `place`, and returns its id.
     std::uint64_t Add(std::string name, ClipSource source, std::size_t place = SIZE_MAX);
-    /// Puts another name or source in the place of a clip's. Does nothing where there is no such clip.
+    /// Gives a clip another name. As with the two below, nothing happens if there is no such clip.
     void Rename(std::uint64_t id, std::string name);
+    /// Says that a clip's settings are somewhere else.
     void SetSource(std::uint64_t id, ClipSource source);
+    /// Takes a clip out.
     void Remove(std::uint64_t id);
-    /// `name` where no clip has it, else with the first number behind it that makes it one of its own.
+    /// `name` if no clip has it; otherwise with the first number from 2 after it that no clip has.
     std::string FreeName(const std::string& name) const;
 
     /// Whether both hold the same, whatever the ids.

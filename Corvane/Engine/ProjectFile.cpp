@@ -20,21 +20,18 @@ using Json = nlohmann::ordered_json;
 constexpr char kFormatName[] = "corvane-project";
 constexpr std::uint64_t kVersion = 1;
 
-/// One member of a sequence format; writing and reading go by the same rows.
-struct SequenceRow {
-    const char* key;
-    std::uint32_t SequenceFormat::*member;
-};
-constexpr SequenceRow kSequenceRows[] = {
-    {"width", &SequenceFormat::width},
-    {"height", &SequenceFormat::height},
-    {"parNumerator", &SequenceFormat::parNumerator},
-    {"parDenominator", &SequenceFormat::parDenominator},
-    {"scale", &SequenceFormat::scale},
-    {"sampleSize", &SequenceFormat::sampleSize},
-};
+/// Calls `visit(key, member)` for what a project keeps of its sequence's format.
+template <class Format, class Visit>
+void VisitSequence(Format& sequence, const Visit& visit) {
+    visit("width", sequence.size.width);
+    visit("height", sequence.size.height);
+    visit("parNumerator", sequence.aspect.numerator);
+    visit("parDenominator", sequence.aspect.denominator);
+    visit("scale", sequence.rate.scale);
+    visit("sampleSize", sequence.rate.sampleSize);
+}
 
-/// The path from `folder` where the file lies in it or below it, else the whole path.
+/// The path from `folder` if the file lies in it or below it, else the whole path.
 fs::path Stored(const fs::path& file, const fs::path& folder) {
     if (folder.empty()) return file;
     const fs::path relative = file.lexically_relative(folder.lexically_normal());
@@ -91,7 +88,8 @@ Project ReadTree(const Json& tree, const fs::path& folder) {
     Project project;
     const Json& sequence = Need(tree, "sequence");
     if (!sequence.is_object()) throw Damage{"\"sequence\" is no object"};
-    for (const SequenceRow& row : kSequenceRows) project.sequence.*row.member = NeedNumber(sequence, row.key);
+    VisitSequence(project.sequence,
+                  [&](const char* key, std::uint32_t& member) { member = NeedNumber(sequence, key); });
     const Json& clips = Need(tree, "clips");
     if (!clips.is_array()) throw Damage{"\"clips\" is no list"};
     for (const Json& clip : clips) {
@@ -105,7 +103,7 @@ Project ReadTree(const Json& tree, const fs::path& folder) {
 
 std::string WriteProject(const Project& project, const fs::path& folder) {
     Json sequence;
-    for (const SequenceRow& row : kSequenceRows) sequence[row.key] = project.sequence.*row.member;
+    VisitSequence(project.sequence, [&](const char* key, std::uint32_t member) { sequence[key] = member; });
     Json clips = Json::array();
     for (const auto& clip : project.clips) {
         const ClipSource& source = clip->source;

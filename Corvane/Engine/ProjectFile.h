@@ -11,21 +11,20 @@ namespace corvane {
 inline constexpr char kProjectSuffix[] = ".cvproj";
 
 /// A project as the text of a project file: JSON, one member a line. Clips whose files lie beside or below
-/// `folder` are written relative to it, the others whole; an empty `folder` writes all of them whole.
-/// Throws `Failure` where a name or a path is no valid UTF-8.
+/// `folder` are written relative to it, the others whole; an empty `folder` writes all of them whole. Throws
+/// `Failure` if a name or a path is not valid UTF-8. Any thread, as for all functions here.
 std::string WriteProject(const Project& project, const std::filesystem::path& folder);
 
-/// A project from its text. `name` is what messages call it, `folder` where relative paths begin. A file that
-/// does not exist is no error here: the clip is missing, not the project.
+/// A project from its text. `name` is what messages call it; relative paths begin at `folder`. It is no error
+/// that a clip's file does not exist: the clip is missing, not the project.
 ///
-/// Throws `Failure` with the reason where the text is cut or damaged, is no project, or is of a newer
-/// version.
+/// Throws `Failure` with the reason if the text is cut or damaged, is no project, or is of a newer version.
 Project ReadProject(const std::string& text, const std::string& name, const std::filesystem::path& folder);
 
-/// Opens a project file. Throws `Failure`.
+/// Opens a project file. Throws `Failure`, also if it can't be read.
 Project LoadProject(const std::filesystem::path& path);
 
-/// Saves a project file, as a whole or not at all. Throws `Failure`; an older file is as it was then.
+/// Saves a project file, whole or not at all. Throws `Failure`, and an older file is as it was then.
 void SaveProject(const Project& project, const std::filesystem::path& path);
 
 } // namespace corvane

@@ -9,7 +9,7 @@ namespace corvane {
 CheckedMemory::CheckedMemory(std::size_t size)
     : mBytes(size + 2 * kMargin, std::byte{kUndefinedByte}), mBefore(mBytes) {}
 
-std::string CheckedMemory::Touched(std::span<const RecordField> allowed) const {
+std::string CheckedMemory::Touched(std::initializer_list<RecordField> allowed) const {
     const auto touched = [&](std::size_t index) {
         if (mBytes[index] == mBefore[index]) return false;
         return std::ranges::none_of(allowed, [&](const RecordField& field) {

@@ -1,16 +1,11 @@
 #include "Checks.h"
 
-#include <algorithm>
-#include <cstring>
-#include <new>
-
 #include <malloc.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
 
-#include "CheckedRecord.h"
 #include "ChecksShared.h"
 #include "Engine/Failure.h"
 #include "Mosk.h"
@@ -67,9 +62,6 @@ std::string CheckRun::Unexpected(const char* what, const std::string& found, con
     return fmt::format("{} is {} instead of {}", what, found, wanted);
 }
 
-// --- What the checks share
-// ------------------------------------------------------------------------------------
-
 MemoryFile::MemoryFile(std::string_view text) : mDescriptor(::memfd_create("clip.synthex", MFD_CLOEXEC)) {
     if (mDescriptor < 0 ||
         ::write(mDescriptor, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
@@ -83,24 +75,8 @@ MemoryFile::~MemoryFile() {
     ::close(mDescriptor);
 }
 
-std::string CheckSettings::Text() const {
-    const auto color = [](const char* key, const float(&bgra)[4]) {
-        return fmt::format(R"("{}":{{"mAlphaPart":{},"mBluePart":{},"mGreenPart":{},"mRedPart":{}}})", key,
-                           bgra[3], bgra[0], bgra[1], bgra[2]);
-    };
-    // In the order and the form in which the plug-in writes them.
-    return fmt::format(
-        R"({{{},{},"mFieldType":{},"mFrameHeight":{},"mFramePAR":{{"denominator":{},"numerator":{}}},)"
-        R"("mFrameWidth":{},{},"mPixelFormat":{},"mRenderFormat":{},{},{},{},"mVideoDuration":{{"ticks":{}}},)"
-        R"("mVideoFrameRate":{{"ticksperframe":{}}}}})",
-        color("mBottomGradiantColorEnd", kBottomEnd), color("mBottomGradiantColorStart", kBottomStart),
-        fieldType, height, parDenominator, parNumerator, width, color("mLowerFieldColor", kLower), format,
-        renderFormat, color("mTopGradiantColorEnd", kTopEnd), color("mTopGradiantColorStart", kTopStart),
-        color("mUpperFieldColor", kUpper), frames * ticksPerFrame, ticksPerFrame);
-}
-
-CheckedInstance::CheckedInstance(const Bundle& bundle, const std::string& text) : mBundle(bundle) {
-    const MemoryFile file(text);
+CheckedInstance::CheckedInstance(const Bundle& bundle, const ClipSettings& settings) : mBundle(bundle) {
+    const MemoryFile file(WriteSettings(settings));
     CheckedRecord<imFileOpenRec8> record;
     record->mFilePath = file.Path();
     record->mPrivateData = nullptr;

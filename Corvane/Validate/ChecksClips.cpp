@@ -10,7 +10,7 @@ namespace corvane {
 namespace {
 
 /// The fields that clip information writes.
-constexpr RecordField kInfoFields[] = {
+constexpr std::initializer_list<RecordField> kInfoFields = {
     CV_RECORD_FIELD(imFileInfoRec8, mHasVideo),     CV_RECORD_FIELD(imFileInfoRec8, mWidth),
     CV_RECORD_FIELD(imFileInfoRec8, mHeight),       CV_RECORD_FIELD(imFileInfoRec8, mDepth),
     CV_RECORD_FIELD(imFileInfoRec8, mFieldType),    CV_RECORD_FIELD(imFileInfoRec8, mFlag22),
@@ -29,31 +29,33 @@ CheckedRecord<imFileAccessRec8> AccessTo(const char16_t* path) {
 }
 
 /// Compares what a plug-in says of the clip of `settings`, whose rate is 30000/1001.
-void ExpectInfo(CheckRun& run, const imFileInfoRec8& info, const CheckSettings& settings) {
-    run.Expect<std::uint32_t>("the flag for video", info.mHasVideo, 1);
-    run.Expect<std::uint32_t>("the width", info.mWidth, settings.width);
-    run.Expect<std::uint32_t>("the height", info.mHeight, settings.height);
-    run.Expect<std::uint32_t>("the depth", info.mDepth, 32);
-    run.Expect<std::int32_t>("the field type", info.mFieldType, settings.fieldType);
-    run.Expect<std::uint32_t>("the flag at byte 22", info.mFlag22, 1);
-    run.Expect<std::uint32_t>("the pixel aspect's numerator", info.mParNumerator, settings.parNumerator);
-    run.Expect<std::uint32_t>("the pixel aspect's denominator", info.mParDenominator,
-                              settings.parDenominator);
-    run.Expect<std::uint32_t>("the flag at byte 54", info.mFlag54, 1);
-    run.Expect<std::uint32_t>("the rate's scale", info.mScale, 30000);
-    run.Expect<std::uint32_t>("the rate's sample size", info.mSampleSize, 1001);
-    run.Expect<std::int64_t>("the duration", info.mDuration, settings.frames * 1001);
+void ExpectInfo(CheckRun& run, const imFileInfoRec8& info, const ClipSettings& settings) {
+    const struct {
+        const char* what;
+        std::int64_t found, wanted;
+    } kRows[] = {
+        {"the flag for video", info.mHasVideo, 1},
+        {"the width", info.mWidth, settings.size.width},
+        {"the height", info.mHeight, settings.size.height},
+        {"the depth", info.mDepth, 32},
+        {"the field type", info.mFieldType, settings.fieldType},
+        {"the flag at byte 22", info.mFlag22, 1},
+        {"the pixel aspect's numerator", info.mParNumerator, settings.aspect.numerator},
+        {"the pixel aspect's denominator", info.mParDenominator, settings.aspect.denominator},
+        {"the flag at byte 54", info.mFlag54, 1},
+        {"the rate's scale", info.mScale, 30000},
+        {"the rate's sample size", info.mSampleSize, 1001},
+        {"the duration", info.mDuration, settings.durationTicks / settings.ticksPerFrame * 1001},
+    };
+    for (const auto& [what, found, wanted] : kRows) run.Expect(what, found, wanted);
 }
 
-/// Asks for clip information in `info`, which is armed already, and compares what comes.
+/// Asks for clip information in `info` and compares what comes.
 void AskForInfo(CheckRun& run, const Bundle& bundle, const char16_t* path,
-                CheckedRecord<imFileInfoRec8>& info, const CheckSettings& settings) {
+                CheckedRecord<imFileInfoRec8>& info, const ClipSettings& settings) {
     CheckedRecord<imFileAccessRec8> access = AccessTo(path);
-    info.Arm();
-    run.Expect("the result", bundle.Call(kSelector_GetInfo8, access.Get(), info.Get()).result,
-               +kResult_Success);
+    Ask(run, bundle, kSelector_GetInfo8, access.Get(), info, kResult_Success, kInfoFields);
     ExpectInfo(run, *info.Get(), settings);
-    run.FailIf(info.TouchedOutside(kInfoFields));
     run.FailIf(access.Touched());
 }
 
@@ -61,23 +63,18 @@ void AskForInfo(CheckRun& run, const Bundle& bundle, const char16_t* path,
 
 void CheckOpenAndClose(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const MemoryFile file(CheckSettings().Text());
+    const MemoryFile file(WriteSettings(kCheckSettings));
     CheckedRecord<imFileOpenRec8> record;
     record->mFilePath = file.Path();
     record->mPrivateData = nullptr;
-    record.Arm();
     run.Doing("opening a settings file");
-    run.Expect("the result", bundle.Call(kSelector_OpenFile8, nullptr, record.Get()).result,
-               +kResult_Success);
-    run.FailIf(record.Touched({CV_RECORD_FIELD(imFileOpenRec8, mPrivateData)}));
+    Ask(run, bundle, kSelector_OpenFile8, nullptr, record, kResult_Success,
+        {CV_RECORD_FIELD(imFileOpenRec8, mPrivateData)});
     void* const instance = record->mPrivateData;
     if (instance == nullptr) return run.Fail("no instance is left in the record");
 
-    record.Arm();
     run.Doing("opening the file again with its instance");
-    run.Expect("the result", bundle.Call(kSelector_OpenFile8, nullptr, record.Get()).result,
-               +kResult_Success);
-    run.FailIf(record.Touched());
+    Ask(run, bundle, kSelector_OpenFile8, nullptr, record, kResult_Success);
     run.Doing("quieting the file");
     run.Expect("the result", bundle.Call(kSelector_QuietFile, nullptr, &record->mPrivateData).result,
                +kResult_Success);
@@ -90,25 +87,19 @@ void CheckMissingFile(CheckRun& run) {
     CheckedRecord<imFileOpenRec8> record;
     record->mFilePath = kMissingPath;
     record->mPrivateData = nullptr;
-    record.Arm();
     run.Doing("opening a file that does not exist");
-    run.Expect("the result", bundle.Call(kSelector_OpenFile8, nullptr, record.Get()).result,
-               +kResult_FileUnreadable);
-    run.FailIf(record.Touched());
+    Ask(run, bundle, kSelector_OpenFile8, nullptr, record, kResult_FileUnreadable);
 
-    CheckedInstance instance(bundle, CheckSettings().Text());
+    CheckedInstance instance(bundle, kCheckSettings);
     record->mPrivateData = instance.Get();
-    record.Arm();
     run.Doing("opening a file that does not exist with an instance");
-    run.Expect("the result", bundle.Call(kSelector_OpenFile8, nullptr, record.Get()).result,
-               +kResult_FileUnreadable);
-    run.FailIf(record.Touched());
+    Ask(run, bundle, kSelector_OpenFile8, nullptr, record, kResult_FileUnreadable);
 }
 
 void CheckMalformedFile(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
     // With an instance, too: on a new one the contract lets the instance go.
-    const CheckedInstance instance(bundle, CheckSettings().Text());
+    const CheckedInstance instance(bundle, kCheckSettings);
     for (const MalformedText& malformed : kMalformedTexts) {
         for (void* const given : {static_cast<void*>(nullptr), instance.Get()}) {
             const MemoryFile file(malformed.text);
@@ -122,19 +113,19 @@ void CheckMalformedFile(CheckRun& run) {
         }
     }
     run.Doing("asking for information after malformed files");
-    const MemoryFile file(CheckSettings().Text());
+    const MemoryFile file(WriteSettings(kCheckSettings));
     CheckedRecord<imFileInfoRec8> info;
     info->mPrivateData = instance.Get();
     info->mPrefs = nullptr;
-    AskForInfo(run, bundle, file.Path(), info, CheckSettings());
+    AskForInfo(run, bundle, file.Path(), info, kCheckSettings);
 }
 
 void CheckInfoOfFile(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
     for (const std::int32_t fieldType : {0, 1, 2}) {
-        const CheckSettings settings{.fieldType = fieldType};
-        const CheckedInstance instance(bundle, settings.Text());
-        const MemoryFile file(settings.Text());
+        const ClipSettings settings = With(&ClipSettings::fieldType, fieldType);
+        const CheckedInstance instance(bundle, settings);
+        const MemoryFile file(WriteSettings(settings));
         CheckedRecord<imFileInfoRec8> info;
         info->mPrivateData = instance.Get();
         info->mPrefs = "not to be read while the file exists";
@@ -146,8 +137,8 @@ void CheckInfoOfFile(CheckRun& run) {
 
 void CheckInfoOfPrefs(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const CheckSettings settings{.width = 64, .height = 48, .fieldType = 2};
-    const std::string prefs = settings.Text();
+    const ClipSettings settings = With(&ClipSettings::fieldType, 2, With(&ClipSettings::size, {64, 48}));
+    const std::string prefs = WriteSettings(settings);
     CheckedRecord<imFileInfoRec8> info;
     info->mPrivateData = nullptr;
     info->mPrefs = prefs.c_str();
@@ -173,8 +164,7 @@ void CheckInfoOfPrefs(CheckRun& run) {
 
 void CheckPreferredSize(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const CheckSettings settings;
-    const CheckedInstance instance(bundle, settings.Text());
+    const CheckedInstance instance(bundle, kCheckSettings);
     CheckedRecord<imPreferredFrameSizeRec> record;
     record->mPrivateData = instance.Get();
     record->mIndex = 0;
@@ -182,8 +172,8 @@ void CheckPreferredSize(CheckRun& run) {
     run.Doing("asking for the first preferred size");
     run.Expect("the result", bundle.Call(kSelector_PreferredFrameSize, record.Get(), nullptr).result,
                +kResult_Success);
-    run.Expect<std::uint32_t>("the width", record->mWidth, settings.width);
-    run.Expect<std::uint32_t>("the height", record->mHeight, settings.height);
+    run.Expect<std::uint32_t>("the width", record->mWidth, kCheckSettings.size.width);
+    run.Expect<std::uint32_t>("the height", record->mHeight, kCheckSettings.size.height);
     run.FailIf(record.Touched({CV_RECORD_FIELD(imPreferredFrameSizeRec, mWidth),
                                CV_RECORD_FIELD(imPreferredFrameSizeRec, mHeight)}));
     for (const std::int32_t index : {1, -1}) {
@@ -199,13 +189,12 @@ void CheckPreferredSize(CheckRun& run) {
 void CheckInstancesAreFreed(CheckRun& run) {
     constexpr int kRounds = 200;
     const Bundle bundle(run.BundlePath());
-    const std::string settings = CheckSettings().Text();
-    const MemoryFile file(settings);
+    const MemoryFile file(WriteSettings(kCheckSettings));
     std::uint64_t before = 0;
     run.Doing("opening and closing a clip");
     for (int round = 0; round < 2 * kRounds; ++round) {
         if (round == kRounds) before = HeapInUse();
-        const CheckedInstance instance(bundle, settings);
+        const CheckedInstance instance(bundle, kCheckSettings);
         CheckedRecord<imFileInfoRec8> info;
         info->mPrivateData = instance.Get();
         info->mPrefs = nullptr;

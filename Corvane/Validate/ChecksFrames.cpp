@@ -21,8 +21,8 @@ std::int64_t LiveFrames() {
     return GetFrameStatistics().liveFrames;
 }
 
-/// Asks for frame `index` of a clip. Empty where none came, which is noted.
-Frame AskForFrame(CheckRun& run, const Bundle& bundle, void* instance, const CheckSettings& settings,
+/// Asks for frame `index` of a clip. Empty if none came, which is noted.
+Frame AskForFrame(CheckRun& run, const Bundle& bundle, void* instance, const ClipSettings& settings,
                   std::int64_t index) {
     CvVexelHandle handle = nullptr;
     CheckedRecord<imSourceVideoRec> record;
@@ -40,11 +40,11 @@ Frame AskForFrame(CheckRun& run, const Bundle& bundle, void* instance, const Che
     std::uint32_t numerator = 0;
     std::uint32_t denominator = 0;
     VexelSuite()->GetPixelAspectRatio(handle, &numerator, &denominator);
-    run.Expect("the frame's pixel aspect numerator", numerator, settings.parNumerator);
-    run.Expect("the frame's pixel aspect denominator", denominator, settings.parDenominator);
+    run.Expect("the frame's pixel aspect numerator", numerator, settings.aspect.numerator);
+    run.Expect("the frame's pixel aspect denominator", denominator, settings.aspect.denominator);
     Frame frame(handle);
-    run.Expect("the frame's width", frame.View().width, settings.width);
-    run.Expect("the frame's height", frame.View().height, settings.height);
+    run.Expect("the frame's width", frame.View().width, settings.size.width);
+    run.Expect("the frame's height", frame.View().height, settings.size.height);
     return frame;
 }
 
@@ -57,10 +57,10 @@ const std::byte* Row(const FrameView& view, std::uint32_t row) {
 }
 
 /// A row of one color (blue, green, red, alpha), made by the host.
-std::vector<std::byte> RowOf(const FrameView& view, const float (&color)[4]) {
+std::vector<std::byte> RowOf(const FrameView& view, const SettingsColor& color) {
     std::vector<std::byte> row(RowSize(view));
-    RK_FillWithColor(row.data(), static_cast<std::int32_t>(row.size()), view.width, 1, view.format, color,
-                     kRK_FillReplace);
+    RK_FillWithColor(row.data(), static_cast<std::int32_t>(row.size()), view.width, 1, view.format,
+                     color.data(), kRK_FillReplace);
     return row;
 }
 
@@ -98,8 +98,8 @@ bool IsRightFormat(const PixelFormatRow& asked, RK_PixelFormat delivered) {
 void CheckFrames(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
     for (const PixelFormatRow& format : PixelFormatTable()) {
-        const CheckSettings settings{.format = format.code};
-        const CheckedInstance instance(bundle, settings.Text());
+        const ClipSettings settings = With(&ClipSettings::pixelFormat, format.code);
+        const CheckedInstance instance(bundle, settings);
         run.Doing(fmt::format("asking for a frame of {}", format.name));
         for (int time = 0; time < 2; ++time) {
             const Frame frame = AskForFrame(run, bundle, instance.Get(), settings, 3);
@@ -107,7 +107,7 @@ void CheckFrames(CheckRun& run) {
             const FrameView& view = frame.View();
             if (!IsRightFormat(format, view.format))
                 run.Fail(fmt::format("the frame arrives in format 0x{:08x}", frame.Format()));
-            const std::vector<std::byte> wanted = RowOf(view, CheckSettings::kUpper);
+            const std::vector<std::byte> wanted = RowOf(view, settings.upper);
             for (std::uint32_t row = 0; row < view.height; ++row) ExpectRow(run, view, row, wanted);
             Spoil(frame);
         }
@@ -117,16 +117,15 @@ void CheckFrames(CheckRun& run) {
 void CheckFields(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
     for (const std::int32_t fieldType : {1, 2}) {
-        const CheckSettings settings{.fieldType = fieldType};
-        const CheckedInstance instance(bundle, settings.Text());
+        const ClipSettings settings = With(&ClipSettings::fieldType, fieldType);
+        const CheckedInstance instance(bundle, settings);
         run.Doing(fmt::format("asking for a frame of field type {}", fieldType));
         const Frame frame = AskForFrame(run, bundle, instance.Get(), settings, 0);
         if (!frame) return;
         const FrameView& view = frame.View();
         // The number is printed over the upper rows.
         for (std::uint32_t row = view.height / 2; row < view.height; ++row)
-            ExpectRow(run, view, row,
-                      RowOf(view, row % 2 == 0 ? CheckSettings::kUpper : CheckSettings::kLower));
+            ExpectRow(run, view, row, RowOf(view, row % 2 == 0 ? settings.upper : settings.lower));
         if (Pixels(frame) == Pixels(AskForFrame(run, bundle, instance.Get(), settings, 1)))
             run.Fail("frames 0 and 1 are alike: no frame number is printed");
     }
@@ -134,24 +133,25 @@ void CheckFields(CheckRun& run) {
 
 void CheckGradient(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const CheckSettings settings{.format = CvPixelFormat_ARGB_4444_32f, .renderFormat = 1};
-    const CheckedInstance instance(bundle, settings.Text());
+    const ClipSettings settings =
+        With(&ClipSettings::pixelFormat, CvPixelFormat_ARGB_4444_32f, With(&ClipSettings::renderFormat, 1u));
+    const CheckedInstance instance(bundle, settings);
+    const std::int64_t frames = settings.durationTicks / settings.ticksPerFrame;
     // The last one lies after the end: it extrapolates.
-    for (const std::int64_t index :
-         {std::int64_t{0}, std::int64_t{7}, settings.frames - 1, settings.frames + 5}) {
+    for (const std::int64_t index : {std::int64_t{0}, std::int64_t{7}, frames - 1, frames + 5}) {
         run.Doing(fmt::format("asking for frame {} of a gradient", index));
         const Frame frame = AskForFrame(run, bundle, instance.Get(), settings, index);
         if (!frame) return;
-        const auto t = static_cast<float>(static_cast<double>(index) / static_cast<double>(settings.frames));
-        for (std::uint32_t row = 0; row < settings.height; ++row) {
-            const float s = static_cast<float>(row) / static_cast<float>(settings.height);
-            float color[4];
-            for (int part = 0; part < 4; ++part) {
-                const auto blend = [&](const float(&start)[4], const float(&end)[4]) {
+        const auto t = static_cast<float>(static_cast<double>(index) / static_cast<double>(frames));
+        for (std::uint32_t row = 0; row < settings.size.height; ++row) {
+            const float s = static_cast<float>(row) / static_cast<float>(settings.size.height);
+            SettingsColor color;
+            for (std::size_t part = 0; part < color.size(); ++part) {
+                const auto blend = [&](const SettingsColor& start, const SettingsColor& end) {
                     return start[part] + (end[part] - start[part]) * t;
                 };
-                const float top = blend(CheckSettings::kTopStart, CheckSettings::kTopEnd);
-                const float bottom = blend(CheckSettings::kBottomStart, CheckSettings::kBottomEnd);
+                const float top = blend(settings.topStart, settings.topEnd);
+                const float bottom = blend(settings.bottomStart, settings.bottomEnd);
                 color[part] = top + (bottom - top) * s;
             }
             ExpectRow(run, frame.View(), row, RowOf(frame.View(), color));
@@ -163,8 +163,9 @@ void CheckRepeatedFrame(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
     const std::int64_t inUse = LiveFrames();
     for (const std::uint32_t renderFormat : {0u, 1u}) {
-        const CheckSettings settings{.fieldType = 1, .renderFormat = renderFormat};
-        const CheckedInstance instance(bundle, settings.Text());
+        const ClipSettings settings =
+            With(&ClipSettings::fieldType, 1, With(&ClipSettings::renderFormat, renderFormat));
+        const CheckedInstance instance(bundle, settings);
         run.Doing(fmt::format("asking for a frame of render format {} twice", renderFormat));
         std::vector<std::byte> first;
         for (int time = 0; time < 2; ++time) {
@@ -184,22 +185,22 @@ void CheckRepeatedFrame(CheckRun& run) {
 void CheckImpossibleFrames(CheckRun& run) {
     struct Row {
         const char* what;
-        CheckSettings settings;
+        ClipSettings settings;
         std::int32_t result;
     };
     const Row kRows[] = {
-        {"an unknown pixel format", {.format = FourCC("zzzz")}, kResult_Unsupported},
-        {"no width", {.width = 0}, kResult_NoInstance},
-        {"no height", {.height = 0}, kResult_NoInstance},
-        {"4294967295 rows", {.height = 4294967295}, kResult_NoInstance},
-        {"70000 x 70000 pixels", {.width = 70000, .height = 70000}, kResult_NoInstance},
+        {"an unknown pixel format", With(&ClipSettings::pixelFormat, FourCC("zzzz")), kResult_Unsupported},
+        {"no width", With(&ClipSettings::size, {0, 34}), kResult_NoInstance},
+        {"no height", With(&ClipSettings::size, {46, 0}), kResult_NoInstance},
+        {"4294967295 rows", With(&ClipSettings::size, {46, 4294967295}), kResult_NoInstance},
+        {"70000 x 70000 pixels", With(&ClipSettings::size, {70000, 70000}), kResult_NoInstance},
         // In 32 bits its size wraps to a plausible one.
-        {"46341 x 46341 pixels", {.width = 46341, .height = 46341}, kResult_NoInstance},
+        {"46341 x 46341 pixels", With(&ClipSettings::size, {46341, 46341}), kResult_NoInstance},
     };
     const Bundle bundle(run.BundlePath());
     const std::int64_t inUse = LiveFrames();
     for (const Row& row : kRows) {
-        const CheckedInstance instance(bundle, row.settings.Text());
+        const CheckedInstance instance(bundle, row.settings);
         CvVexelHandle handle = nullptr;
         CheckedRecord<imSourceVideoRec> record;
         record->mPrivateData = instance.Get();

@@ -89,12 +89,11 @@ void CheckReload(CheckRun& run) {
     // smallest size.
     constexpr std::uint64_t kSmallestBlock = 32;
     constexpr int kRounds = 100;
-    const std::string settings = CheckSettings().Text();
     const auto load = [&](int first) {
         for (int round = first; round < first + kRounds; ++round) {
             run.Doing(fmt::format("loading for time {}", round + 1));
             const Bundle bundle(run.BundlePath());
-            const CheckedInstance instance(bundle, settings);
+            const CheckedInstance instance(bundle, kCheckSettings);
         }
         return Holdings::Now();
     };

@@ -21,7 +21,7 @@ struct SelectorRow {
     std::int32_t selector;
     InstanceAt place;
     std::int32_t without; ///< the result without an instance
-    std::int32_t with;    ///< the result with one; `kOwnCheck` where it has a record of its own
+    std::int32_t with;    ///< the result with one; `kOwnCheck` if it has a record of its own
 };
 constexpr std::int32_t kOwnCheck = -1;
 
@@ -79,8 +79,8 @@ void Send(CheckRun& run, const Bundle& bundle, const SelectorRow& row, void* ins
     void* const param2 = row.place == InstanceAt::kParam2Itself ? instance : second.Data();
     run.Doing(fmt::format("sending selector {} {} an instance", row.selector, instance ? "with" : "without"));
     run.Expect("the result", bundle.Call(row.selector, first.Data(), param2).result, wanted);
-    run.FailIf(first.Touched({}));
-    run.FailIf(second.Touched({}));
+    run.FailIf(first.Touched());
+    run.FailIf(second.Touched());
 }
 
 } // namespace
@@ -92,7 +92,7 @@ void CheckSelectorsWithoutInstance(CheckRun& run) {
 
 void CheckSelectorsWithInstance(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const CheckedInstance instance(bundle, CheckSettings().Text());
+    const CheckedInstance instance(bundle, kCheckSettings);
     for (const SelectorRow& row : SelectorsToSend())
         if (row.with != kOwnCheck) Send(run, bundle, row, instance.Get(), row.with);
 }
@@ -102,10 +102,15 @@ void CheckFormatRegistration(CheckRun& run) {
     constexpr char kExtension[] = "synthex";
     const Bundle bundle(run.BundlePath());
     CheckedRecord<imIndFormatRec> record;
-    record.Arm();
     run.Doing("asking for the first format");
-    run.Expect("the result", bundle.Call(kSelector_GetIndFormat, nullptr, record.Get()).result,
-               +kResult_Success);
+    Ask(run, bundle, kSelector_GetIndFormat, nullptr, record, kResult_Success,
+        {CV_RECORD_FIELD(imIndFormatRec, mFileType),
+         CV_RECORD_FIELD(imIndFormatRec, mFlags),
+         CV_RECORD_FIELD(imIndFormatRec, mReserved8),
+         CV_RECORD_FIELD(imIndFormatRec, mReserved760),
+         {"mFormatName", offsetof(imIndFormatRec, mFormatName), sizeof kName},
+         {"mFormatShortName", offsetof(imIndFormatRec, mFormatShortName), sizeof kName},
+         {"mPlatformExtension", offsetof(imIndFormatRec, mPlatformExtension), sizeof kExtension}});
     if (std::memcmp(&record->mFileType, "XNYS", 4) != 0)
         run.Fail("the file type is not SYNX, lowest byte first");
     run.Expect<std::uint32_t>("the flags", record->mFlags, 0xE008);
@@ -117,39 +122,22 @@ void CheckFormatRegistration(CheckRun& run) {
         run.Fail("the format's short name is not Synthex");
     if (std::memcmp(record->mPlatformExtension, kExtension, sizeof kExtension) != 0)
         run.Fail("the extension is not synthex");
-    run.FailIf(record.Touched(
-        {CV_RECORD_FIELD(imIndFormatRec, mFileType),
-         CV_RECORD_FIELD(imIndFormatRec, mFlags),
-         CV_RECORD_FIELD(imIndFormatRec, mReserved8),
-         CV_RECORD_FIELD(imIndFormatRec, mReserved760),
-         {"mFormatName", offsetof(imIndFormatRec, mFormatName), sizeof kName},
-         {"mFormatShortName", offsetof(imIndFormatRec, mFormatShortName), sizeof kName},
-         {"mPlatformExtension", offsetof(imIndFormatRec, mPlatformExtension), sizeof kExtension}}));
     CheckedRecord<imIndFormatRec> none;
     run.Doing("asking for a second format");
-    run.Expect("the result",
-               bundle.Call(kSelector_GetIndFormat, reinterpret_cast<void*>(1), none.Get()).result,
-               +kResult_NoSuchIndex);
-    run.FailIf(none.Touched());
+    Ask(run, bundle, kSelector_GetIndFormat, reinterpret_cast<void*>(1), none, kResult_NoSuchIndex);
 }
 
 void CheckPixelFormatList(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const CheckedInstance instance(bundle, CheckSettings().Text());
+    const CheckedInstance instance(bundle, kCheckSettings);
     CheckedRecord<imIndPixelFormatRec> record;
     record->mPrivateData = instance.Get();
-    record.Arm();
     run.Doing("asking for the first pixel format");
-    run.Expect("the result", bundle.Call(kSelector_GetIndPixelFormat, nullptr, record.Get()).result,
-               +kResult_Success);
+    Ask(run, bundle, kSelector_GetIndPixelFormat, nullptr, record, kResult_Success,
+        {CV_RECORD_FIELD(imIndPixelFormatRec, mPixelFormat)});
     run.Expect<std::uint32_t>("the pixel format", record->mPixelFormat, 0);
-    run.FailIf(record.Touched({CV_RECORD_FIELD(imIndPixelFormatRec, mPixelFormat)}));
-    record.Arm();
     run.Doing("asking for a second pixel format");
-    run.Expect("the result",
-               bundle.Call(kSelector_GetIndPixelFormat, reinterpret_cast<void*>(1), record.Get()).result,
-               +kResult_NoSuchIndex);
-    run.FailIf(record.Touched());
+    Ask(run, bundle, kSelector_GetIndPixelFormat, reinterpret_cast<void*>(1), record, kResult_NoSuchIndex);
 }
 
 } // namespace corvane

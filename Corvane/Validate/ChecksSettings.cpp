@@ -35,7 +35,7 @@ struct PrefsRequest {
     CheckedMemory buffer;
 };
 
-/// The text in the form in which the host's core services write it; empty where it is not well-formed.
+/// The text in the form in which the host's core services write it; empty if it is not well-formed.
 std::string Canonical(std::string_view text) {
     using namespace lumcore::serialization;
     const ValuePtr tree = JSONParse(reinterpret_cast<const unsigned char*>(text.data()), text.size());
@@ -54,7 +54,7 @@ void ExpectSettings(CheckRun& run, const Bundle& bundle, const std::string& file
     const std::size_t length = ::strnlen(request.Text(), kPrefsBufferSize);
     if (length == kPrefsBufferSize) return run.Fail("the text does not end with a zero byte");
     const RecordField text{"text", 0, length + 1};
-    run.FailIf(request.buffer.Touched({&text, 1}));
+    run.FailIf(request.buffer.Touched({text}));
     if (Canonical({request.Text(), length}) != Canonical(wanted))
         run.Fail(fmt::format("the text is {} instead of {}", request.Text(), wanted));
 }
@@ -63,7 +63,7 @@ void ExpectSettings(CheckRun& run, const Bundle& bundle, const std::string& file
 
 void CheckPrefsSize(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const MemoryFile file(CheckSettings().Text());
+    const MemoryFile file(WriteSettings(kCheckSettings));
     for (const bool firstTime : {false, true}) {
         for (const char16_t* const path : {file.Path(), kMissingPath}) {
             PrefsRequest request(path, firstTime);
@@ -80,7 +80,8 @@ void CheckPrefsSize(CheckRun& run) {
 
 void CheckPrefsOfFile(CheckRun& run) {
     const Bundle bundle(run.BundlePath());
-    const std::string text = CheckSettings{.fieldType = 1, .renderFormat = 1}.Text();
+    const std::string text =
+        WriteSettings(With(&ClipSettings::fieldType, 1, With(&ClipSettings::renderFormat, 1u)));
     run.Doing("asking for the preferences of a file");
     ExpectSettings(run, bundle, text, text);
     run.Doing("asking for the preferences of a wrapped document");
@@ -89,15 +90,7 @@ void CheckPrefsOfFile(CheckRun& run) {
     run.Doing("asking for the preferences of a file with bytes after a zero byte");
     ExpectSettings(run, bundle, text + '\0' + "{ not settings", text);
     run.Doing("asking for the preferences of a file of an empty object");
-    constexpr char kBlack[] = R"({"mAlphaPart":1.0,"mBluePart":0.0,"mGreenPart":0.0,"mRedPart":0.0})";
-    ExpectSettings(
-        run, bundle, "{}",
-        fmt::format(R"({{"mBottomGradiantColorEnd":{0},"mBottomGradiantColorStart":{0},"mFieldType":0,)"
-                    R"("mFrameHeight":0,"mFramePAR":{{"denominator":1,"numerator":1}},"mFrameWidth":0,)"
-                    R"("mLowerFieldColor":{0},"mPixelFormat":0,"mRenderFormat":0,"mTopGradiantColorEnd":{0},)"
-                    R"("mTopGradiantColorStart":{0},"mUpperFieldColor":{0},"mVideoDuration":{{"ticks":0}},)"
-                    R"("mVideoFrameRate":{{"ticksperframe":0}}}})",
-                    kBlack));
+    ExpectSettings(run, bundle, "{}", WriteSettings({}));
 }
 
 void CheckMalformedPrefs(CheckRun& run) {
@@ -108,12 +101,12 @@ void CheckMalformedPrefs(CheckRun& run) {
         run.Doing(fmt::format("asking for the preferences of {}", malformed.what));
         run.FailIf(WrongRefusal(request.Send(bundle)));
         run.FailIf(request.prefs.Touched());
-        run.FailIf(request.buffer.Touched({}));
+        run.FailIf(request.buffer.Touched());
 
         CheckedRecord<imFileAccessRec8> access;
         access->mFilePath = kMissingPath;
         CheckedRecord<imFileInfoRec8> info;
-        const CheckedInstance instance(bundle, CheckSettings().Text());
+        const CheckedInstance instance(bundle, kCheckSettings);
         info->mPrivateData = instance.Get();
         info->mPrefs = malformed.text;
         info.Arm();

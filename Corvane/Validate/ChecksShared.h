@@ -1,18 +1,20 @@
-/// What the sources of the checks share. Not for others.
+/// What the sources of the checks share. Not for others. None of it is to be shared by threads.
 #pragma once
 
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <type_traits>
 
+#include "CheckedRecord.h"
 #include "Checks.h"
 #include "Engine/Bundle.h"
+#include "Engine/SettingsText.h"
 
 namespace corvane {
 
-// The checks, by subject.
+// The checks of `AllChecks`, by subject: each notes in `run` what it finds. They may throw `Failure`.
 void CheckLoads(CheckRun& run);
 void CheckEntry(CheckRun& run);
 void CheckInit(CheckRun& run);
@@ -46,6 +48,7 @@ void CheckImpossibleFrames(CheckRun& run);
 /// ended.
 class MemoryFile {
   public:
+    /// Throws `Failure` if there is no memory for it.
     explicit MemoryFile(std::string_view text);
     ~MemoryFile();
     MemoryFile(const MemoryFile&) = delete;
@@ -62,42 +65,40 @@ class MemoryFile {
 /// A path that names nothing.
 inline constexpr char16_t kMissingPath[] = u"/no such folder/no such clip.synthex";
 
-/// Settings that a check asks for; the colors are different in every channel.
-struct CheckSettings {
-    CvPixelFormat format = CvPixelFormat_BGRA_4444_8u;
-    std::uint32_t width = 46;
-    std::uint32_t height = 34;
-    std::uint32_t parNumerator = 12;
-    std::uint32_t parDenominator = 11;
-    std::int32_t fieldType = 0;
-    std::uint32_t renderFormat = 0;
-    std::int64_t ticksPerFrame = 8475667200; ///< 30000/1001
-    std::int64_t frames = 25;
-
-    /// The colors as the raster service takes them: blue, green, red, alpha.
-    static constexpr float kUpper[4] = {0.25f, 0.5f, 0.75f, 0.625f};
-    static constexpr float kLower[4] = {0.875f, 0.375f, 0.125f, 0.5f};
-    static constexpr float kTopStart[4] = {0.0625f, 0.6875f, 0.3125f, 0.9375f};
-    static constexpr float kTopEnd[4] = {0.8125f, 0.1875f, 0.4375f, 0.5625f};
-    static constexpr float kBottomStart[4] = {0.96875f, 0.03125f, 0.71875f, 0.28125f};
-    static constexpr float kBottomEnd[4] = {0.15625f, 0.84375f, 0.40625f, 0.59375f};
-
-    /// The text of the settings file.
-    std::string Text() const;
+/// The settings that checks ask for unless they say otherwise: no two members are alike, nor two channels of
+/// a color.
+inline constexpr ClipSettings kCheckSettings{
+    .pixelFormat = CvPixelFormat_BGRA_4444_8u,
+    .size = {46, 34},
+    .aspect = {12, 11},
+    .ticksPerFrame = 8475667200, // 30000/1001
+    .durationTicks = 25 * 8475667200,
+    .upper = {0.25f, 0.5f, 0.75f, 0.625f},
+    .lower = {0.875f, 0.375f, 0.125f, 0.5f},
+    .topStart = {0.0625f, 0.6875f, 0.3125f, 0.9375f},
+    .topEnd = {0.8125f, 0.1875f, 0.4375f, 0.5625f},
+    .bottomStart = {0.96875f, 0.03125f, 0.71875f, 0.28125f},
+    .bottomEnd = {0.15625f, 0.84375f, 0.40625f, 0.59375f},
 };
+
+/// Settings with another value for one member: `With(&ClipSettings::fieldType, 1)`.
+template <class T>
+constexpr ClipSettings With(T ClipSettings::*member, std::type_identity_t<T> value,
+                            ClipSettings settings = kCheckSettings) {
+    settings.*member = value;
+    return settings;
+}
 
 /// An instance that a plug-in made, closed at the end.
 class CheckedInstance {
   public:
-    /// Opens a settings file with that text. Throws `Failure` where that fails.
-    CheckedInstance(const Bundle& bundle, const std::string& text);
+    /// Opens a file of those settings. Throws `Failure` if that fails.
+    CheckedInstance(const Bundle& bundle, const ClipSettings& settings);
     ~CheckedInstance();
     CheckedInstance(const CheckedInstance&) = delete;
     CheckedInstance& operator=(const CheckedInstance&) = delete;
 
     void* Get() const { return mInstance; }
-    /// Gives the instance away to somebody who closes it.
-    void* Release() { return std::exchange(mInstance, nullptr); }
 
   private:
     const Bundle& mBundle;
@@ -120,10 +121,21 @@ inline constexpr MalformedText kMalformedTexts[] = {
     {"a number where an object is due", R"({"mFramePAR":1})"},
 };
 
-/// A clause that says what is wrong with the answer to settings that are refused; empty where it is right.
+/// A clause that says what is wrong with the answer to settings that are to be refused; empty if it is right.
 std::string WrongRefusal(const Answer& answer);
 
-/// Bytes of the heap in use by this process.
+/// Sends a selector with a record for its second parameter. Notes a result that is not `wanted`, and whatever
+/// of the record changed but for the fields that may be `written`.
+template <class Record>
+void Ask(CheckRun& run, const Bundle& bundle, std::int32_t selector, void* param1,
+         CheckedRecord<Record>& record, std::int32_t wanted,
+         std::initializer_list<RecordField> written = {}) {
+    record.Arm();
+    run.Expect("the result", bundle.Call(selector, param1, record.Get()).result, wanted);
+    run.FailIf(record.Touched(written));
+}
+
+/// Bytes of the heap that this process uses.
 std::uint64_t HeapInUse();
 
 } // namespace corvane

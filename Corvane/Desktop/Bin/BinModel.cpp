@@ -9,7 +9,7 @@
 #include <QPixmap>
 #include <QStyle>
 
-#include "ClipText.h"
+#include "Engine/ClipText.h"
 
 namespace corvane::desktop {
 
@@ -146,10 +146,10 @@ QString BinModel::Text(const Row& row, int column) const {
     if (!row.loaded->clip) return QStringLiteral("–");
     const ClipInfo& info = row.loaded->clip->Info();
     switch (column) {
-    case kSize: return SizeText(info);
-    case kRate: return RateText(info);
-    case kFields: return FieldOrderText(info);
-    default: return DurationText(info);
+    case kSize: return QString::fromStdString(ShapeText(info.format));
+    case kRate: return QString::fromStdString(RateText(info.format.rate));
+    case kFields: return QString::fromStdString(FieldOrderText(info.format.order));
+    default: return QString::fromStdString(DurationText(info));
     }
 }
 

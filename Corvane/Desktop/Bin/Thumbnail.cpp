@@ -19,10 +19,10 @@ constexpr PackedFormat kBgra{.order = {2, 1, 0, 3}, .components = 4, .bits = 8, 
 constexpr int kCheckerSquare = 4;
 
 /// The largest size of the clip's shape that fits into `size`.
-QSize FittingSize(const ClipInfo& info, QSize size) {
-    const bool square = info.parNumerator == 0 || info.parDenominator == 0;
-    const double aspect = square ? 1.0 : static_cast<double>(info.parNumerator) / info.parDenominator;
-    const QSizeF shape(info.width * aspect, info.height);
+QSize FittingSize(const ClipFormat& clip, QSize size) {
+    const PixelAspect aspect = Reduced(clip.aspect);
+    const QSizeF shape(clip.size.width * (static_cast<double>(aspect.numerator) / aspect.denominator),
+                       clip.size.height);
     const double factor = std::min(size.width() / shape.width(), size.height() / shape.height());
     return {std::max(1, static_cast<int>(std::lround(shape.width() * factor))),
             std::max(1, static_cast<int>(std::lround(shape.height() * factor)))};
@@ -55,7 +55,7 @@ QImage ReadSparsely(const Clip& clip, QSize size) {
 } // namespace
 
 QImage MakeThumbnail(const Clip& clip, QSize size) {
-    const QSize fitting = FittingSize(clip.Info(), size);
+    const QSize fitting = FittingSize(clip.Info().format, size);
     const QImage frame = ReadSparsely(clip, fitting);
     QImage thumbnail(fitting, QImage::Format_RGB32);
     QPainter painter(&thumbnail);

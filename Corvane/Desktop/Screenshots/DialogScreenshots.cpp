@@ -36,12 +36,7 @@ bool Take(const corvane::Bundle& bundle, const std::string& path, const std::fun
     });
     const corvane::FileJournal journal;
     corvane::PreferencesRequest request;
-    request.sequence = {.width = 1920,
-                        .height = 1080,
-                        .parNumerator = 1,
-                        .parDenominator = 1,
-                        .scale = 30000,
-                        .sampleSize = 1001};
+    request.sequence.rate = {30000, 1001};
     corvane::RequestPreferences(bundle, request, journal);
     std::printf("%s%s\n", path.c_str(), saved ? "" : ": not saved");
     return saved;

@@ -35,7 +35,7 @@ PictureArea::PictureArea(QWidget* parent) : QAbstractScrollArea(parent) {
     setAccessibleName(tr("Picture"));
 }
 
-void PictureArea::SetClip(const ClipInfo& clip) {
+void PictureArea::SetClip(const ClipFormat& clip) {
     mClip = clip;
     LayOut();
 }
@@ -90,7 +90,7 @@ PictureLook PictureArea::GetLook() const {
 }
 
 double PictureArea::GetZoom() const {
-    return mClip.height == 0 ? 0 : 100.0 * mSize.height() / mClip.height;
+    return mClip.size.height == 0 ? 0 : 100.0 * mSize.height() / mClip.size.height;
 }
 
 void PictureArea::ShowPicture(const PicturePointer& picture, std::int64_t tag) {
@@ -214,10 +214,10 @@ void PictureArea::Pan(QPoint way) {
 
 /// By a pixel of the frame, or of the screen where those are larger.
 void PictureArea::MoveProbe(QPoint way) {
-    if (mClip.width == 0 || mClip.height == 0) return;
+    if (mClip.size.width == 0 || mClip.size.height == 0) return;
     const qreal ratio = viewport()->devicePixelRatioF();
-    const QPointF step(std::max(1.0, mSize.width() / static_cast<qreal>(mClip.width)),
-                       std::max(1.0, mSize.height() / static_cast<qreal>(mClip.height)));
+    const QPointF step(std::max(1.0, mSize.width() / static_cast<qreal>(mClip.size.width)),
+                       std::max(1.0, mSize.height() / static_cast<qreal>(mClip.size.height)));
     const QPointF from = mProbe.value_or(QRectF(viewport()->rect()).center());
     const QPointF to = from + QPointF(way.x() * step.x(), way.y() * step.y()) / ratio;
     if (!PixelAt(to)) return;

@@ -21,7 +21,7 @@ class PictureArea final : public QAbstractScrollArea {
     explicit PictureArea(QWidget* parent);
 
     /// Shows pictures of such a clip. The picture that is shown stays until the next one.
-    void SetClip(const ClipInfo& clip);
+    void SetClip(const ClipFormat& clip);
     void SetFit(bool fit);
     void SetFields(FieldView fields);
     /// What picture fills the area now.
@@ -73,7 +73,7 @@ class PictureArea final : public QAbstractScrollArea {
     void Pan(QPoint way);
     void MoveProbe(QPoint way);
 
-    ClipInfo mClip;
+    ClipFormat mClip;
     bool mFit = true;
     FieldView mFields = FieldView::kBoth;
     QSize mSize; // of the whole picture, in device pixels

@@ -18,10 +18,10 @@ struct Shape {
     Wide width = 1;
     Wide height = 1;
 
-    explicit Shape(const ClipInfo& clip) {
-        const bool square = clip.parNumerator == 0 || clip.parDenominator == 0;
-        width = Wide{std::max(clip.width, 1u)} * (square ? 1 : clip.parNumerator);
-        height = Wide{std::max(clip.height, 1u)} * (square ? 1 : clip.parDenominator);
+    explicit Shape(const ClipFormat& clip) {
+        const PixelAspect aspect = Reduced(clip.aspect);
+        width = Wide{std::max(clip.size.width, 1u)} * aspect.numerator;
+        height = Wide{std::max(clip.size.height, 1u)} * aspect.denominator;
     }
 };
 
@@ -33,13 +33,13 @@ ShownLines LinesOf(std::uint32_t height, FieldView fields) {
     return {first, 2, (height - first + 1) / 2};
 }
 
-QSize FullSize(const ClipInfo& clip) {
+QSize FullSize(const ClipFormat& clip) {
     const Shape shape(clip);
-    const Wide height = std::clamp<Wide>(clip.height, 1, kMaxPictureSide);
+    const Wide height = std::clamp<Wide>(clip.size.height, 1, kMaxPictureSide);
     return {Rounded(height * shape.width, shape.height), static_cast<int>(height)};
 }
 
-QSize FittedSize(const ClipInfo& clip, QSize room) {
+QSize FittedSize(const ClipFormat& clip, QSize room) {
     const Shape shape(clip);
     const Wide width = static_cast<Wide>(std::max(room.width(), 1));
     const Wide height = static_cast<Wide>(std::max(room.height(), 1));

@@ -4,7 +4,7 @@
 
 #include <QSize>
 
-#include "Engine/Clip.h"
+#include "Engine/ClipFormat.h"
 
 namespace corvane::desktop {
 
@@ -28,10 +28,10 @@ inline constexpr int kMaxPictureSide = 1 << 24;
 
 /// The picture of a clip with one device pixel row a frame row, in device pixels. A pixel aspect with a term
 /// of 0 is square.
-QSize FullSize(const ClipInfo& clip);
+QSize FullSize(const ClipFormat& clip);
 
 /// The largest picture of the clip's shape that fits into `room`, in device pixels; no side is below 1.
-QSize FittedSize(const ClipInfo& clip, QSize room);
+QSize FittedSize(const ClipFormat& clip, QSize room);
 
 /// The column, or row, of a frame with `extent` of them that lies under place `at` of a picture which has
 /// `result` device pixels. Held to the frame.

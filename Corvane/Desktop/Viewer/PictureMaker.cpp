@@ -105,7 +105,7 @@ ShownLines Thinned(ShownLines lines, int result) {
 } // namespace
 
 std::uint64_t FrameBytes(const Clip& clip) {
-    return FactsOf(clip, 1).BytesPerFrame();
+    return clip.Info().format.BytesPerFrame();
 }
 
 Picture PictureMaker::Make(PictureRequest request) {
@@ -184,10 +184,9 @@ void PictureMaker::OpenReaders(const Clip& clip, const FrameView& view, const Bo
 void PictureMaker::LineReader::Open(const Clip& clip, const FrameView& view) {
     constexpr PackedFormat kBGRA{{2, 1, 0, 3}, 4, 8, false};
     StreamFacts facts = FactsOf(clip, 1);
-    facts.width = view.width;
-    facts.height = view.height;
+    facts.size = {view.width, view.height};
     const auto key = [](const StreamFacts& of) {
-        return std::tuple(of.width, of.height, of.format, of.tags.matrix, of.tags.primaries,
+        return std::tuple(of.size.width, of.size.height, of.raster, of.tags.matrix, of.tags.primaries,
                           of.tags.transfer);
     };
     if (!mReader || key(facts) != key(mFacts)) {

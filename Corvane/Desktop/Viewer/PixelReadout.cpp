@@ -52,7 +52,7 @@ std::string NameOf(CvPixelFormat format) {
 
 std::string RGB(const Clip& clip, const FrameView& pixel) {
     StreamFacts facts = FactsOf(clip, 1);
-    facts.width = facts.height = 1;
+    facts.size = {1, 1};
     PackedReader reader(facts, {{0, 1, 2, 3}, 3, 8, false});
     reader.Begin(pixel);
     std::byte rgb[3];

@@ -15,8 +15,8 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "Engine/ClipText.h"
 #include "FrameSlider.h"
-#include "TransportText.h"
 
 namespace corvane::desktop {
 
@@ -123,7 +123,7 @@ void TransportBar::SetFrame(std::int64_t frame) {
     // What a person is typing stays.
     if (mField->isModified() && mField->hasFocus()) {
         mSlider->SetFrame(frame);
-        mTime->setText(TimeText(frame, mTicksPerFrame));
+        mTime->setText(QString::fromStdString(TimeText(frame, mTicksPerFrame)));
         return;
     }
     ShowFrame();
@@ -132,7 +132,7 @@ void TransportBar::SetFrame(std::int64_t frame) {
 void TransportBar::ShowFrame() {
     mSlider->SetFrame(mFrame);
     mField->setText(mFrames > 0 ? QString::number(mFrame) : QString());
-    mTime->setText(mFrames > 0 ? TimeText(mFrame, mTicksPerFrame) : QString());
+    mTime->setText(mFrames > 0 ? QString::fromStdString(TimeText(mFrame, mTicksPerFrame)) : QString());
 }
 
 void TransportBar::ReadField() {

@@ -10,27 +10,15 @@
 #include <QVBoxLayout>
 
 #include "Desktop/Toolkit/ElidedLabel.h"
+#include "Engine/ClipText.h"
 #include "PictureArea.h"
 #include "PixelReadout.h"
 #include "TransportBar.h"
-#include "TransportText.h"
 #include "ViewerActions.h"
 
 namespace corvane::desktop {
 
 namespace {
-
-QString FactsText(const ClipInfo& info) {
-    QString text = QStringLiteral("%1 × %2").arg(QString::number(info.width), QString::number(info.height));
-    if (info.parNumerator != info.parDenominator)
-        text += QStringLiteral(", %1:%2").arg(QString::number(info.parNumerator),
-                                              QString::number(info.parDenominator));
-    const bool lower = info.fieldType == 2;
-    if (info.Interlaced())
-        text += lower ? Viewer::tr(", lower field first") : Viewer::tr(", upper field first");
-    if (info.ticksPerFrame > 0) text += QStringLiteral(", ") + RateText(info.ticksPerFrame);
-    return text;
-}
 
 ElidedLabel* MakeLine(const char* name, const QString& accessibleName, QWidget* parent) {
     auto* const label = new ElidedLabel(parent);
@@ -67,7 +55,7 @@ Viewer::Viewer(QWidget* parent)
 }
 
 Viewer::~Viewer() {
-    // They go after what the connections would reach.
+    // What their signals are connected to is destroyed before them.
     mArea->disconnect(this);
     mTransport->disconnect(this);
 }
@@ -142,7 +130,7 @@ QList<QAction*> Viewer::ViewActions() const {
 
 void Viewer::ShowTitle(const QString& name) {
     QString text = name;
-    if (mClip) text += QStringLiteral("  —  ") + FactsText(mClip->Info());
+    if (mClip) text += QStringLiteral("  —  ") + QString::fromStdString(FormatText(mClip->Info().format));
     mTitle->SetLine(text, Qt::ElideMiddle);
 }
 
@@ -167,12 +155,13 @@ void Viewer::SetClip(std::shared_ptr<const Clip> clip, const QString& name, bool
     if (!keepPlace || !mClip) mArea->ShowMessage(mClip ? QString() : tr("Choose a clip to see it here."));
     if (!keepPlace) mDropped->clear();
     ShowTitle(name);
-    mActions->Enable(mClip != nullptr, mClip && mClip->Info().Interlaced());
-    if (mClip && !mClip->Info().Interlaced()) mActions->bothFields->trigger();
+    const ClipFormat format = mClip ? mClip->Info().format : ClipFormat();
+    mActions->Enable(mClip != nullptr, format.Interlaced());
+    if (mClip && !format.Interlaced()) mActions->bothFields->trigger();
     mTransport->SetClip(frames, mClip ? mClip->Info().ticksPerFrame : 0);
     const std::int64_t place = keepPlace ? std::min(mFrame, frames - 1) : 0;
     MovePlayhead(std::max<std::int64_t>(place, 0));
-    mArea->SetClip(mClip ? mClip->Info() : ClipInfo());
+    mArea->SetClip(format);
     ShowReadout();
     if (mClip && resume) StartPlaying(mFrame);
 }
@@ -181,7 +170,7 @@ void Viewer::SetProblem(const QString& name, const QString& sentence) {
     StopClip();
     mActions->Enable(false, false);
     mTransport->SetClip(0, 0);
-    mArea->SetClip(ClipInfo());
+    mArea->SetClip(ClipFormat());
     mArea->ShowMessage(sentence);
     ShowTitle(name);
     ShowReadout();

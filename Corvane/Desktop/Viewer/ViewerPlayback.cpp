@@ -94,7 +94,7 @@ void Viewer::TakePicturePlaying(const PicturePointer& picture) {
     if (request.look != mArea->GetLook()) return;
     if (request.frame == mFrame) return Show(picture, mStep);
     if (request.order < mFirstPlayed) return;
-    // Late, but newer than what is seen; else it is for a step to come.
+    // It is late, but newer than what is seen; otherwise it is kept until its step is due.
     if (request.step < mStep && request.step > mShownStep) return Show(picture, request.step);
     if (request.step > mStep) mReady[request.frame] = picture;
 }
@@ -108,7 +108,7 @@ void Viewer::Show(const PicturePointer& picture, std::int64_t step) {
 }
 
 void Viewer::NotePainted(const PicturePointer& picture, std::int64_t step) {
-    // A step to come is one of a playback before this one.
+    // A step that is not due yet was counted by an earlier playback.
     if (IsPlaying() && picture->request.clip == mClip && step <= mStep) {
         mPlayback.Shown(step);
         ShowDropped();

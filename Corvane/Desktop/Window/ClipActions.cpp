@@ -158,8 +158,8 @@ void ClipActions::EditSettings() {
             tr("%1: you are not allowed to write this file; duplicate the clip and edit the copy.")
                 .arg(QString::fromStdString(clip.source.file.string())));
     const FileJournal journal;
-    const PreferencesAnswer answer = RequestPreferences(
-        *mBundle, {.file = clip.source.file, .settings = clip.source.settings, .sequence = {}}, journal);
+    const PreferencesAnswer answer =
+        RequestPreferences(*mBundle, {.file = clip.source.file, .settings = clip.source.settings}, journal);
     Follow(clip, answer);
 }
 

@@ -44,24 +44,24 @@ constexpr Choice kRates[] = {
 
 struct Preset {
     const char* label;
-    SequenceFormat sequence;
+    ClipFormat sequence;
 };
 
 constexpr Preset kPresets[] = {
-    {"HD 1080, 24 fps", {1920, 1080, 1, 1, 24, 1}},
-    {"HD 1080, 25 fps", {1920, 1080, 1, 1, 25, 1}},
-    {"HD 1080, 29.97 fps", {1920, 1080, 1, 1, 30000, 1001}},
-    {"HD 1080, 30 fps", {1920, 1080, 1, 1, 30, 1}},
-    {"HD 1080, 50 fps", {1920, 1080, 1, 1, 50, 1}},
-    {"HD 1080, 59.94 fps", {1920, 1080, 1, 1, 60000, 1001}},
-    {"HD 720, 50 fps", {1280, 720, 1, 1, 50, 1}},
-    {"HD 720, 59.94 fps", {1280, 720, 1, 1, 60000, 1001}},
-    {"UHD 2160, 25 fps", {3840, 2160, 1, 1, 25, 1}},
-    {"UHD 2160, 59.94 fps", {3840, 2160, 1, 1, 60000, 1001}},
-    {"DV NTSC", {720, 480, 10, 11, 30000, 1001}},
-    {"DV NTSC wide", {720, 480, 40, 33, 30000, 1001}},
-    {"DV PAL", {720, 576, 12, 11, 25, 1}},
-    {"DV PAL wide", {720, 576, 16, 11, 25, 1}},
+    {"HD 1080, 24 fps", {{1920, 1080}, {1, 1}, {24, 1}}},
+    {"HD 1080, 25 fps", {{1920, 1080}, {1, 1}, {25, 1}}},
+    {"HD 1080, 29.97 fps", {{1920, 1080}, {1, 1}, {30000, 1001}}},
+    {"HD 1080, 30 fps", {{1920, 1080}, {1, 1}, {30, 1}}},
+    {"HD 1080, 50 fps", {{1920, 1080}, {1, 1}, {50, 1}}},
+    {"HD 1080, 59.94 fps", {{1920, 1080}, {1, 1}, {60000, 1001}}},
+    {"HD 720, 50 fps", {{1280, 720}, {1, 1}, {50, 1}}},
+    {"HD 720, 59.94 fps", {{1280, 720}, {1, 1}, {60000, 1001}}},
+    {"UHD 2160, 25 fps", {{3840, 2160}, {1, 1}, {25, 1}}},
+    {"UHD 2160, 59.94 fps", {{3840, 2160}, {1, 1}, {60000, 1001}}},
+    {"DV NTSC", {{720, 480}, {10, 11}, {30000, 1001}}},
+    {"DV NTSC wide", {{720, 480}, {40, 33}, {30000, 1001}}},
+    {"DV PAL", {{720, 576}, {12, 11}, {25, 1}}},
+    {"DV PAL wide", {{720, 576}, {16, 11}, {25, 1}}},
 };
 
 QVariant Data(Terms terms) {
@@ -96,7 +96,7 @@ QSpinBox* MakeSize(const char* name, QWidget* parent) {
 
 } // namespace
 
-SequenceDialog::SequenceDialog(const SequenceFormat& sequence, QWidget* parent)
+SequenceDialog::SequenceDialog(const ClipFormat& sequence, QWidget* parent)
     : QDialog(parent), mPreset(new QComboBox(this)), mWidth(MakeSize("width", this)),
       mHeight(MakeSize("height", this)), mAspect(MakeBox(kAspects, "aspect", this)),
       mRate(MakeBox(kRates, "rate", this)) {
@@ -134,28 +134,26 @@ SequenceDialog::SequenceDialog(const SequenceFormat& sequence, QWidget* parent)
         connect(box, &QComboBox::currentIndexChanged, this, &SequenceDialog::ShowPreset);
 }
 
-SequenceFormat SequenceDialog::GetSequence() const {
+ClipFormat SequenceDialog::GetSequence() const {
     const auto [parNumerator, parDenominator] = mAspect->currentData().value<Terms>();
     const auto [scale, sampleSize] = mRate->currentData().value<Terms>();
-    return {.width = static_cast<std::uint32_t>(mWidth->value()),
-            .height = static_cast<std::uint32_t>(mHeight->value()),
-            .parNumerator = parNumerator,
-            .parDenominator = parDenominator,
-            .scale = scale,
-            .sampleSize = sampleSize};
+    return {
+        .size = {static_cast<std::uint32_t>(mWidth->value()), static_cast<std::uint32_t>(mHeight->value())},
+        .aspect = {parNumerator, parDenominator},
+        .rate = {scale, sampleSize}};
 }
 
-void SequenceDialog::Show(const SequenceFormat& sequence) {
-    mWidth->setValue(static_cast<int>(sequence.width));
-    mHeight->setValue(static_cast<int>(sequence.height));
-    Choose(*mAspect, {sequence.parNumerator, sequence.parDenominator});
-    Choose(*mRate, {sequence.scale, sequence.sampleSize});
+void SequenceDialog::Show(const ClipFormat& sequence) {
+    mWidth->setValue(static_cast<int>(sequence.size.width));
+    mHeight->setValue(static_cast<int>(sequence.size.height));
+    Choose(*mAspect, {sequence.aspect.numerator, sequence.aspect.denominator});
+    Choose(*mRate, {sequence.rate.scale, sequence.rate.sampleSize});
     ShowPreset();
 }
 
 /// Names the preset that is set, whichever way it came to be.
 void SequenceDialog::ShowPreset() {
-    const SequenceFormat now = GetSequence();
+    const ClipFormat now = GetSequence();
     int index = 0;
     for (int preset = 0; preset < static_cast<int>(std::size(kPresets)); ++preset)
         if (kPresets[preset].sequence == now) index = preset + 1;

@@ -4,7 +4,7 @@
 #include <QDialog>
 #include <QSpinBox>
 
-#include "Engine/Preferences.h"
+#include "Engine/ClipFormat.h"
 
 namespace corvane::desktop {
 
@@ -13,13 +13,13 @@ class SequenceDialog final : public QDialog {
     Q_OBJECT
 
   public:
-    SequenceDialog(const SequenceFormat& sequence, QWidget* parent);
+    SequenceDialog(const ClipFormat& sequence, QWidget* parent);
 
     /// What is set now.
-    SequenceFormat GetSequence() const;
+    ClipFormat GetSequence() const;
 
   private:
-    void Show(const SequenceFormat& sequence);
+    void Show(const ClipFormat& sequence);
     void ShowPreset();
 
     QComboBox* mPreset;

@@ -18,8 +18,8 @@ namespace {
 constexpr int kRowAlignment = 64;
 constexpr int kBitstreamSlack = 64; // encoders may read a little past the last row
 
-AVRational Rational(Ratio ratio) {
-    return {ratio.numerator, ratio.denominator};
+AVRational Rational(std::uint32_t numerator, std::uint32_t denominator) {
+    return {static_cast<int>(numerator), static_cast<int>(denominator)};
 }
 
 // For interlaced frames: TB is "top coded first, bottom displayed second" of frames that hold both fields.
@@ -82,11 +82,11 @@ LibavEncoder::LibavEncoder(const LibavRequest& request, CodecChoice choice, bool
 
 void LibavEncoder::Describe(const StreamFacts& facts) {
     AVCodecContext& context = *mContext;
-    context.width = static_cast<int>(facts.width);
-    context.height = static_cast<int>(facts.height);
-    context.framerate = Rational(facts.rate);
+    context.width = static_cast<int>(facts.size.width);
+    context.height = static_cast<int>(facts.size.height);
+    context.framerate = Rational(facts.rate.scale, facts.rate.sampleSize);
     context.time_base = av_inv_q(context.framerate);
-    context.sample_aspect_ratio = Rational(facts.aspect);
+    context.sample_aspect_ratio = Rational(facts.aspect.numerator, facts.aspect.denominator);
     context.field_order = FieldOrderOf(facts.order);
     if (facts.Interlaced()) context.flags |= AV_CODEC_FLAG_INTERLACED_DCT | AV_CODEC_FLAG_INTERLACED_ME;
     const auto* const planar = std::get_if<PlanarFormat>(&mLayout);
@@ -118,12 +118,12 @@ void LibavEncoder::FailToOpen(int error) const {
     const std::uint32_t columns = planar != nullptr ? 1u << planar->subsampleW : 1;
     const std::uint32_t rows =
         planar != nullptr ? (1u << planar->subsampleH) * (mFacts.Interlaced() ? 2 : 1) : 1;
-    if (mFacts.width % columns != 0 || mFacts.height % rows != 0)
+    if (mFacts.size.width % columns != 0 || mFacts.size.height % rows != 0)
         throw Failure(
             fmt::format("{}: {} can't encode frames of {}x{} as {}: their width must be a multiple of {} and "
                         "their height of {}; change the clip's size, or choose codec ffv1 in mkv",
-                        mName, codec, mFacts.width, mFacts.height, av_get_pix_fmt_name(mContext->pix_fmt),
-                        columns, rows));
+                        mName, codec, mFacts.size.width, mFacts.size.height,
+                        av_get_pix_fmt_name(mContext->pix_fmt), columns, rows));
     throw Failure(fmt::format("{}: {} can't encode this clip: {}; choose another codec or other options",
                               mName, codec, mLog.Reason(error)));
 }

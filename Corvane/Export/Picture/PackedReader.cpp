@@ -10,7 +10,7 @@ namespace {
 
 bool NeedsOnlyOrder(const StreamFacts& facts, const PackedFormat& format) {
     constexpr RK_PixelFormat kConverted = kRK_Float | kRK_YCbCr | kRK_Premultiplied | kRK_Linear;
-    return (facts.format & kConverted) == 0 && format.bits == 8;
+    return (facts.raster & kConverted) == 0 && format.bits == 8;
 }
 
 template <class Sample>
@@ -39,7 +39,7 @@ PackedReader::PackedReader(const StreamFacts& facts, const PackedFormat& format)
     planar.alpha = facts.HasAlpha() && format.components == 4;
     mConverter.emplace(facts, planar);
     for (int plane = 0; plane < planar.Planes(); ++plane)
-        mPlanes.Shape(plane, facts.width * planar.SampleBytes(), facts.height);
+        mPlanes.Shape(plane, facts.size.width * planar.SampleBytes(), facts.size.height);
 }
 
 void PackedReader::Begin(const FrameView& frame) {
@@ -56,7 +56,7 @@ void PackedReader::Begin(const FrameView& frame) {
 
 void PackedReader::Read(std::uint32_t y, std::uint32_t count, std::byte* out) {
     if (!mConverter) {
-        SwizzleRow(RowOf(mFrame, y), count, mFacts.format, mFormat.order, mFormat.components, out);
+        SwizzleRow(RowOf(mFrame, y), count, mFacts.raster, mFormat.order, mFormat.components, out);
     } else if (mFormat.bits == 8) {
         const std::uint8_t* planes[4];
         for (int i = 0; i < 4; ++i) planes[i] = reinterpret_cast<std::uint8_t*>(mPlanes.Row(i, y));

@@ -69,7 +69,7 @@ struct PictureConverter::Field {
 
 PictureConverter::PictureConverter(const StreamFacts& facts, const PlanarFormat& format)
     : mFacts(facts), mFormat(format),
-      mPerField(facts.Interlaced() && format.subsampleH != 0 && facts.height > 1) {}
+      mPerField(facts.Interlaced() && format.subsampleH != 0 && facts.size.height > 1) {}
 
 void PictureConverter::Convert(const FrameView& frame, const PlanarPicture& out) {
     const Box whole{0, 0, frame.width, frame.height};
@@ -122,10 +122,10 @@ void PictureConverter::UnpackBox(const FrameView& frame, const Box& region, cons
         mSource.Shape(plane, padded * sample, field.paddedRows);
     for (std::uint32_t row = 0; row < field.rows; ++row) {
         const std::byte* pixels =
-            RowOf(frame, field.RowOfFrame(row)) + std::size_t{region.left} * BytesPerPixel(mFacts.format);
+            RowOf(frame, field.RowOfFrame(row)) + std::size_t{region.left} * BytesPerPixel(mFacts.raster);
         RowPlanes planes;
         for (int plane = 0; plane < mFormat.Planes(); ++plane) planes.plane[plane] = mSource.Row(plane, row);
-        UnpackRow(pixels, region.Width(), mFacts.format, planes);
+        UnpackRow(pixels, region.Width(), mFacts.raster, planes);
     }
     PadRows(field, region.Width(), padded);
 }
@@ -137,7 +137,7 @@ void PictureConverter::UnpackRowStarts(const FrameView& frame, const Field& fiel
     for (std::uint32_t row = 0; row < field.rows; ++row) {
         RowPlanes planes;
         for (int plane = 0; plane < mFormat.Planes(); ++plane) planes.plane[plane] = mSource.Row(plane, row);
-        UnpackRow(RowOf(frame, field.RowOfFrame(row)), 1, mFacts.format, planes);
+        UnpackRow(RowOf(frame, field.RowOfFrame(row)), 1, mFacts.raster, planes);
     }
     PadRows(field, 1, kStripWidth);
 }
@@ -164,7 +164,7 @@ void PictureConverter::KeepBox(const Box& region, const Box& keep, const Field& 
                                const PlanarPicture& out) {
     const std::size_t sample = mFormat.SampleBytes();
     for (int plane = 0; plane < mFormat.Planes(); ++plane) {
-        const std::uint32_t planeHeight = mFormat.PlaneHeight(plane, mFacts.height);
+        const std::uint32_t planeHeight = mFormat.PlaneHeight(plane, mFacts.size.height);
         const std::uint32_t top = mFormat.PlaneHeight(plane, keep.top);
         const std::uint32_t bottom = std::min(mFormat.PlaneHeight(plane, keep.bottom), planeHeight);
         const std::uint32_t left = mFormat.PlaneWidth(plane, keep.left);
@@ -183,8 +183,8 @@ void PictureConverter::KeepBox(const Box& region, const Box& keep, const Field& 
 void PictureConverter::Spread(const Field& field, const PlanarPicture& out) {
     const std::size_t sample = mFormat.SampleBytes();
     for (int plane = 0; plane < mFormat.Planes(); ++plane) {
-        const std::uint32_t width = mFormat.PlaneWidth(plane, mFacts.width);
-        const std::uint32_t height = mFormat.PlaneHeight(plane, mFacts.height);
+        const std::uint32_t width = mFormat.PlaneWidth(plane, mFacts.size.width);
+        const std::uint32_t height = mFormat.PlaneHeight(plane, mFacts.size.height);
         const std::size_t middle = mFormat.PlaneWidth(plane, kStripWidth) / 2 * sample;
         for (std::uint32_t row = 0; row < mFormat.PlaneHeight(plane, field.paddedRows); ++row) {
             const std::uint32_t y = field.first + row * field.step;

@@ -33,12 +33,11 @@ void Ignore(png_structp, png_const_charp) {}
 void WriteHeader(png_structp png, png_infop info, const StreamFacts& facts, const PackedFormat& format) {
     // Rows are compressed here, so the library's limit on the size of a picture is of no use.
     png_set_user_limits(png, 0x7FFFFFFF, 0x7FFFFFFF);
-    png_set_IHDR(png, info, facts.width, facts.height, format.bits,
+    png_set_IHDR(png, info, facts.size.width, facts.size.height, format.bits,
                  format.components == 4 ? PNG_COLOR_TYPE_RGB_ALPHA : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     // Pixels a unit: the inverse of the width and height of one.
-    png_set_pHYs(png, info, static_cast<png_uint_32>(facts.aspect.denominator),
-                 static_cast<png_uint_32>(facts.aspect.numerator), PNG_RESOLUTION_UNKNOWN);
+    png_set_pHYs(png, info, facts.aspect.denominator, facts.aspect.numerator, PNG_RESOLUTION_UNKNOWN);
     char key[] = "Software";
     char value[] = "synthex";
     png_text text{};
@@ -78,15 +77,15 @@ void FilterSub(std::span<std::byte> row, std::size_t pixelBytes) {
 
 PngImage::PngImage(const StreamFacts& facts)
     : mFacts(facts), mFormat(FormatFor(facts)), mReader(facts, mFormat) {
-    mRow.resize(1 + facts.width * mFormat.PixelBytes());
+    mRow.resize(1 + facts.size.width * mFormat.PixelBytes());
 }
 
 std::span<const std::byte> PngImage::Encode(const FrameView& frame) {
     const std::span<const std::byte> compressed = Compress(frame);
     mFile.clear();
     if (compressed.size() > PNG_UINT_31_MAX || !WritePng(mFile, mFacts, mFormat, compressed))
-        throw Failure(fmt::format("a frame of {}x{} is too large for a PNG; export to raw", mFacts.width,
-                                  mFacts.height));
+        throw Failure(fmt::format("a frame of {}x{} is too large for a PNG; export to raw", mFacts.size.width,
+                                  mFacts.size.height));
     return mFile;
 }
 

@@ -22,7 +22,7 @@ PackedFormat FormatFor(const StreamFacts& facts) {
 // Whether the delivered bytes are already what is to be written.
 bool IsAsDelivered(const StreamFacts& facts) {
     constexpr RK_PixelFormat kOther = kRK_Float | kRK_YCbCr | kRK_AlphaFirst | kRK_Premultiplied;
-    return (facts.format & kOther) == 0;
+    return (facts.raster & kOther) == 0;
 }
 
 struct RawPacket final : Packet {
@@ -35,15 +35,16 @@ class RawTarget final : public Target {
   public:
     RawTarget(const std::filesystem::path& path, bool native, const StreamFacts& facts)
         : mFacts(facts), mFormat(FormatFor(facts)), mAsDelivered(native || IsAsDelivered(facts)),
-          mRowBytes(std::size_t{facts.width} *
-                    (mAsDelivered ? BytesPerPixel(facts.format) : mFormat.PixelBytes())),
-          mWriter(path, std::uint64_t{mRowBytes} * facts.height * static_cast<std::uint64_t>(facts.frames)) {}
+          mRowBytes(std::size_t{facts.size.width} *
+                    (mAsDelivered ? BytesPerPixel(facts.raster) : mFormat.PixelBytes())),
+          mWriter(path,
+                  std::uint64_t{mRowBytes} * facts.size.height * static_cast<std::uint64_t>(facts.frames)) {}
 
     std::unique_ptr<Packet> NewPacket() override {
         auto packet = std::make_unique<RawPacket>();
         if (mAsDelivered) return packet;
         packet->reader.emplace(mFacts, mFormat);
-        packet->converted.resize(mRowBytes * mFacts.height);
+        packet->converted.resize(mRowBytes * mFacts.size.height);
         return packet;
     }
 
@@ -61,9 +62,10 @@ class RawTarget final : public Target {
         if (!mAsDelivered)
             mWriter.Write(raw.converted);
         else if (raw.frame.rowBytes == static_cast<std::int64_t>(mRowBytes))
-            mWriter.Write({raw.frame.pixels, mRowBytes * mFacts.height});
+            mWriter.Write({raw.frame.pixels, mRowBytes * mFacts.size.height});
         else
-            for (std::uint32_t y = 0; y < mFacts.height; ++y) mWriter.Write({RowOf(raw.frame, y), mRowBytes});
+            for (std::uint32_t y = 0; y < mFacts.size.height; ++y)
+                mWriter.Write({RowOf(raw.frame, y), mRowBytes});
     }
 
     void Finish() override { mWriter.Finish(); }

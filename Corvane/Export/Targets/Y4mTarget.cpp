@@ -47,8 +47,8 @@ Sampling ParseSampling(const std::string& name) {
 
 std::string HeaderOf(const StreamFacts& facts, const std::string& tag) {
     constexpr char kOrder[] = {'p', 't', 'b'};
-    return fmt::format("YUV4MPEG2 W{} H{} F{}:{} I{} A{}:{} C{} XYSCSS={} XCOLORRANGE=LIMITED\n", facts.width,
-                       facts.height, facts.rate.numerator, facts.rate.denominator,
+    return fmt::format("YUV4MPEG2 W{} H{} F{}:{} I{} A{}:{} C{} XYSCSS={} XCOLORRANGE=LIMITED\n",
+                       facts.size.width, facts.size.height, facts.rate.scale, facts.rate.sampleSize,
                        kOrder[static_cast<int>(facts.order)], facts.aspect.numerator,
                        facts.aspect.denominator, tag, tag == "420mpeg2" ? "420MPEG2" : tag);
 }
@@ -60,10 +60,10 @@ struct Y4mPacket final : Packet {
         std::memcpy(bytes.data(), kFrameMark.data(), kFrameMark.size());
         std::byte* next = bytes.data() + kFrameMark.size();
         for (int plane = 0; plane < 3; ++plane) {
-            const std::size_t row = format.PlaneWidth(plane, facts.width) * format.SampleBytes();
+            const std::size_t row = format.PlaneWidth(plane, facts.size.width) * format.SampleBytes();
             picture.plane[std::size_t(plane)] = next;
             picture.stride[std::size_t(plane)] = static_cast<std::ptrdiff_t>(row);
-            next += row * format.PlaneHeight(plane, facts.height);
+            next += row * format.PlaneHeight(plane, facts.size.height);
         }
     }
 
@@ -83,8 +83,8 @@ class Y4mTarget final : public Target {
     std::unique_ptr<Packet> NewPacket() override {
         std::size_t size = 0;
         for (int plane = 0; plane < 3; ++plane)
-            size += std::size_t{mPlanes.PlaneWidth(plane, mFacts.width)} *
-                    mPlanes.PlaneHeight(plane, mFacts.height) * mPlanes.SampleBytes();
+            size += std::size_t{mPlanes.PlaneWidth(plane, mFacts.size.width)} *
+                    mPlanes.PlaneHeight(plane, mFacts.size.height) * mPlanes.SampleBytes();
         return std::make_unique<Y4mPacket>(mFacts, mPlanes, size);
     }
 

@@ -29,9 +29,7 @@ class PreferencesTest : public testing::Test {
         const corvane::ScopedPlatform scope(platform);
         return corvane::RequestPreferences(bundle, request, journal);
     }
-    static PreferencesRequest OfText(const std::string& text) {
-        return {.file = {}, .settings = text, .sequence = {}};
-    }
+    static PreferencesRequest OfText(const std::string& text) { return {.file = {}, .settings = text}; }
 
     const corvane::Bundle bundle{corvane::testing::BundlePath()};
     corvane::FileJournal journal;

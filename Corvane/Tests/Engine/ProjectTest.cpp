@@ -16,7 +16,7 @@ using testing::HasSubstr;
 
 Project TwoClips(const fs::path& file) {
     Project project;
-    project.sequence = {720, 576, 12, 11, 25000, 1001};
+    project.sequence = {{720, 576}, {12, 11}, {25000, 1001}};
     project.Add("Gr\u00fc\u00df \"e\"", {.file = file, .settings = {}});
     project.Add("own", {.file = {}, .settings = "{\"a\":\n1.5}"});
     return project;

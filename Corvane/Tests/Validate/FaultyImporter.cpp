@@ -34,7 +34,7 @@ void Spoil(void* record, std::ptrdiff_t at) {
     bytes[at] = static_cast<unsigned char>(~bytes[at]);
 }
 
-/// The pixels of the frame that was made for `call`; null where none was.
+/// The pixels of the frame that was made for `call`; null if none was.
 char* PixelsOf(const Call& call) {
     CvVexelHandle* const frame = static_cast<imSourceVideoRec*>(call.param2)->mFrame;
     char* pixels = nullptr;

@@ -34,7 +34,7 @@ corvane::PreferencesAnswer Edit(const std::string& settings, const std::function
     const corvane::ScopedPlatform scope(Platform());
     const corvane::FileJournal journal;
     WhenShown(act);
-    return corvane::RequestPreferences(bundle, {.file = {}, .settings = settings, .sequence = {}}, journal);
+    return corvane::RequestPreferences(bundle, {.file = {}, .settings = settings}, journal);
 }
 
 /// What the plug-in makes of settings that nobody edits.

@@ -14,7 +14,6 @@
 
 #include "Desktop/Viewer/PictureArea.h"
 #include "Desktop/Viewer/PixelReadout.h"
-#include "Desktop/Viewer/TransportText.h"
 #include "Desktop/Viewer/Viewer.h"
 #include "Tests/Desktop/DesktopFixture.h"
 
@@ -164,7 +163,7 @@ TEST_F(ViewerTest, ShapeOfThePicture) {
     };
     for (const Row& row : rows) {
         const ClipPointer clip = MakeClip(std::string(R"(,"mFramePAR":{"numerator":)") + row.par + "}");
-        EXPECT_EQ(FittedSize(clip->Info(), row.room), row.fitted) << row.par;
+        EXPECT_EQ(FittedSize(clip->Info().format, row.room), row.fitted) << row.par;
         Trigger("fullSizeAction");
         Open(clip);
         EXPECT_EQ(area->GetLook().size, row.full) << row.par;
@@ -273,12 +272,6 @@ TEST_F(ViewerTest, SaysWhyThereIsNoPicture) {
         viewer->SetCurrentFrame(3);
         EXPECT_FALSE(viewer->IsPlaying());
     }
-}
-
-TEST(TransportText, TimesAreExact) {
-    EXPECT_EQ(corvane::desktop::TimeText(107892, 8475667200), QStringLiteral("0:59:59.996")); // 29.97 fps
-    EXPECT_EQ(corvane::desktop::TimeText(INT64_MAX, 1).left(6), QStringLiteral("10086:"));
-    EXPECT_EQ(corvane::desktop::RateText(4237833600), QStringLiteral("60000/1001 fps"));
 }
 
 } // namespace

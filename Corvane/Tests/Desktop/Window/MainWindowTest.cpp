@@ -68,13 +68,13 @@ TEST_F(WindowTest, AProjectIsMadeEditedUndoneSavedAndOpenedAgain) {
     Choose("New Clip");
     WaitForClips();
     ASSERT_EQ(Model().rowCount(), 2);
-    EXPECT_EQ(Cell(1, BinModel::kSize), "320 × 1080");
+    EXPECT_EQ(Cell(1, BinModel::kSize), "320 x 1080");
     EXPECT_EQ(Cell(1, BinModel::kSource), "the project");
 
     WhenShown(Settings([](QDialog& dialog) { SetWidth(dialog, 640); }));
     QTest::keyClick(&Bin(), Qt::Key_Return);
     WaitForClips();
-    EXPECT_EQ(Cell(1, BinModel::kSize), "640 × 1080");
+    EXPECT_EQ(Cell(1, BinModel::kSize), "640 x 1080");
     Choose("Duplicate");
     Model().setData(Model().index(2, BinModel::kName), QStringLiteral("Another"), Qt::EditRole);
     const corvane::Project whole = Project();
@@ -95,7 +95,7 @@ TEST_F(WindowTest, AProjectIsMadeEditedUndoneSavedAndOpenedAgain) {
     Restart();
     Open(file);
     EXPECT_TRUE(Project().HoldsSameAs(whole));
-    EXPECT_EQ(Cell(1, BinModel::kSize), "640 × 1080");
+    EXPECT_EQ(Cell(1, BinModel::kSize), "640 x 1080");
     EXPECT_EQ(Messages(), "");
 }
 
@@ -105,10 +105,10 @@ TEST_F(WindowTest, AFileHoldsWhatItsDialogClosedWithAndUndoPutsItBack) {
     Open(file);
     WhenShown(Settings([](QDialog& dialog) { SetWidth(dialog, 96); }));
     Choose("Edit Settings");
-    WaitUntil([&] { return Cell(0, BinModel::kSize) == "96 × 48"; }, "the edited file");
+    WaitUntil([&] { return Cell(0, BinModel::kSize) == "96 x 48"; }, "the edited file");
     EXPECT_THAT(Read(file), HasSubstr(R"("mFrameWidth":96)"));
     Choose("Undo Edit Settings of file");
-    WaitUntil([&] { return Cell(0, BinModel::kSize) == "64 × 48"; }, "the file as it was");
+    WaitUntil([&] { return Cell(0, BinModel::kSize) == "64 x 48"; }, "the file as it was");
     EXPECT_EQ(Read(file), before);
     Write("file.synthex", R"(,"mFrameHeight":20)");
     Choose("Redo Edit Settings of file");
@@ -172,15 +172,15 @@ TEST_F(WindowTest, AFileThatChangesIsReadAgainInItsPlace) {
         WaitUntil([&] { return Cell(0, BinModel::kSize) == size; }, size);
     };
     Write("file.synthex", R"(,"mFrameWidth":32)"); // in place
-    waitFor("32 × 48");
+    waitFor("32 x 48");
     EXPECT_EQ(viewer.CurrentFrame(), 200);
     fs::rename(Write("other", R"(,"mFrameWidth":16)"), file); // under its name
-    waitFor("16 × 48");
+    waitFor("16 x 48");
     fs::remove(file);
     waitFor("–");
     EXPECT_THAT(Model().LoadedAt(0)->problem.toStdString(), HasSubstr("file.synthex: there is no such file"));
     Write("file.synthex", R"(,"mFrameWidth":8)"); // back again
-    waitFor("8 × 48");
+    waitFor("8 x 48");
     EXPECT_EQ(viewer.CurrentFrame(), 200);
 }
 
@@ -239,7 +239,7 @@ TEST_F(WindowTest, WhatAnEndedProgramDidNotSaveIsOffered) {
         mWindow->Begin({});
         WaitForClips();
         ASSERT_EQ(Model().rowCount(), 1);
-        EXPECT_EQ(Cell(0, BinModel::kSize), "64 × 48");
+        EXPECT_EQ(Cell(0, BinModel::kSize), "64 x 48");
         EXPECT_TRUE(mWindow->isWindowModified());
         // It is this program's now, and kept until it is saved.
         mWindow->GetDocument().Save(Folder() / "it.cvproj");
@@ -269,7 +269,7 @@ TEST_F(WindowTest, ExportsRunBehindTheWindow) {
     // One that would take for ever.
     Write("file.synthex",
           R"(,"mFrameWidth":1920,"mFrameHeight":1080,"mVideoDuration":{"ticks":25427001600000000})");
-    WaitUntil([&] { return Cell(0, BinModel::kSize) == "1920 × 1080"; }, "the long clip");
+    WaitUntil([&] { return Cell(0, BinModel::kSize) == "1920 x 1080"; }, "the long clip");
     exportTo("b.mp4");
     WhenShown(Press(QMessageBox::No));
     EXPECT_FALSE(mWindow->close());
@@ -292,11 +292,11 @@ TEST_F(WindowTest, NewClipsBeginWithTheSequence) {
     WhenShown(Settings([](QDialog&) {}));
     Choose("New Clip");
     WaitForClips();
-    EXPECT_EQ(Cell(0, BinModel::kSize), "720 × 570 (12:11)");
+    EXPECT_EQ(Cell(0, BinModel::kSize), "720 x 570 (12:11)");
     EXPECT_EQ(Cell(0, BinModel::kRate), "25 fps");
     Choose("Undo New Clip");
     Choose("Undo Sequence Settings");
-    EXPECT_EQ(Project().sequence, corvane::SequenceFormat());
+    EXPECT_EQ(Project().sequence, corvane::kDefaultSequence);
 }
 
 TEST_F(WindowTest, FilesAreDroppedIn) {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "TestFrames.h"
+#include "Tests/Export/TestClips.h"
 
 namespace {
 
@@ -111,7 +112,7 @@ TEST(PictureConverter, ChromaOfAFieldIsMadeOfThatFieldAlone) {
 TEST(TagsFor, FollowTheRasterAndKeepTheMatrixOfYCbCr) {
     struct Row {
         std::uint32_t height;
-        corvane::Ratio rate;
+        corvane::Rate rate;
         RK_PixelFormat format;
         std::array<int, 3> tags; // matrix, primaries, transfer
     };
@@ -123,9 +124,20 @@ TEST(TagsFor, FollowTheRasterAndKeepTheMatrixOfYCbCr) {
                         {1080, {25, 1}, kRK_4444 | kRK_YCbCr, {6, 1, 1}},
                         {576, {25, 1}, kRK_4444 | kRK_YCbCr | kRK_709, {1, 5, 6}}};
     for (const Row& row : rows) {
-        const corvane::ColorTags tags = corvane::TagsFor(row.height, row.rate, row.format);
+        const corvane::ColorTags tags =
+            corvane::TagsFor({.size = {720, row.height}, .rate = row.rate, .raster = row.format});
         EXPECT_EQ((std::array{tags.matrix, tags.primaries, tags.transfer}), row.tags) << row.height;
     }
+}
+
+TEST(FactsOf, AreWhatFilesCanSay) {
+    // A field order without a name, terms with a common factor, and a rate with a term of 32 bits.
+    const auto clip = corvane::testing::MakeClip(
+        {.parNumerator = 80, .parDenominator = 66, .fieldType = 3, .ticksPerFrame = 60});
+    const corvane::StreamFacts facts = corvane::FactsOf(*clip, 1);
+    EXPECT_EQ(facts.order, FieldOrder::kUpperFirst);
+    EXPECT_EQ(facts.aspect, (corvane::PixelAspect{40, 33}));
+    EXPECT_EQ(facts.rate, (corvane::Rate{2147483647, 1}));
 }
 
 } // namespace

@@ -16,20 +16,19 @@ class TestFrame {
     TestFrame(std::uint32_t width, std::uint32_t height, RK_PixelFormat format)
         : mRowBytes(std::size_t{width} * BytesPerPixel(format) + 20),
           mBytes(mRowBytes * height, std::byte{0xCD}) {
-        mFacts.width = width;
-        mFacts.height = height;
-        mFacts.format = format;
-        mFacts.tags = TagsFor(height, mFacts.rate, format);
+        mFacts.size = {width, height};
+        mFacts.raster = format;
+        mFacts.tags = TagsFor(mFacts);
         mFacts.frames = 1;
     }
 
     StreamFacts& Facts() { return mFacts; }
     FrameView View() const {
-        return {mBytes.data(), static_cast<std::int32_t>(mRowBytes), mFacts.width, mFacts.height,
-                mFacts.format};
+        return {mBytes.data(), static_cast<std::int32_t>(mRowBytes), mFacts.size.width, mFacts.size.height,
+                mFacts.raster};
     }
     std::byte* Pixel(std::uint32_t x, std::uint32_t y) {
-        return mBytes.data() + mRowBytes * y + std::size_t{x} * BytesPerPixel(mFacts.format);
+        return mBytes.data() + mRowBytes * y + std::size_t{x} * BytesPerPixel(mFacts.raster);
     }
     void SetBytes(std::uint32_t x, std::uint32_t y, std::uint32_t pixel) {
         std::memcpy(Pixel(x, y), &pixel, 4);
@@ -39,7 +38,7 @@ class TestFrame {
     }
     /// Sets a pixel of either kind from four values 0..255 in memory order.
     void Set(std::uint32_t x, std::uint32_t y, std::uint32_t pixel) {
-        if (BytesPerPixel(mFacts.format) == 4) return SetBytes(x, y, pixel);
+        if (BytesPerPixel(mFacts.raster) == 4) return SetBytes(x, y, pixel);
         float values[4];
         for (int i = 0; i < 4; ++i) values[i] = static_cast<float>(pixel >> (8 * i) & 255) / 255.0f;
         SetFloats(x, y, values);
@@ -47,8 +46,8 @@ class TestFrame {
 
     /// Rows of one color each, all different; on them a box of noise with these sides.
     void Draw(std::uint32_t left, std::uint32_t top, std::uint32_t right, std::uint32_t bottom) {
-        for (std::uint32_t y = 0; y < mFacts.height; ++y)
-            for (std::uint32_t x = 0; x < mFacts.width; ++x) {
+        for (std::uint32_t y = 0; y < mFacts.size.height; ++y)
+            for (std::uint32_t x = 0; x < mFacts.size.width; ++x) {
                 const bool inside = x >= left && x < right && y >= top && y < bottom;
                 Set(x, y, Noise(inside ? y * 7919 + x + 1 : y * 7919));
             }
