@@ -4,10 +4,12 @@
 
 #include <fmt/format.h>
 
+#include "ExportKinds.h"
+
 namespace corvane {
 namespace {
 
-// The module stays loaded: libav keeps tables that are not made to go.
+// The module stays loaded: libav keeps tables that it can't free.
 MakeLibavTargetFunction* LoadModule(const std::string& kind) {
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
@@ -16,8 +18,8 @@ MakeLibavTargetFunction* LoadModule(const std::string& kind) {
     void* const library = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
         throw Failure(fmt::format("{} can't be loaded, which writing {} needs: {}; install it and its "
-                                  "libraries, or choose png, y4m or raw",
-                                  module.string(), kind, dlerror()));
+                                  "libraries, or choose {}",
+                                  module.string(), kind, dlerror(), ListKinds(false)));
     void* const function = dlsym(library, kMakeLibavTargetName);
     if (function == nullptr)
         throw Failure(
