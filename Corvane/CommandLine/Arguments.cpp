@@ -8,6 +8,7 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -18,6 +19,7 @@
 
 #include "Commands.h"
 #include "Console.h"
+#include "Export/Targets/ExportKinds.h"
 #include "Services/Frames/FrameBuffers.h"
 
 namespace corvane::commandline {
@@ -53,8 +55,8 @@ height, parNumerator, parDenominator, fieldType (0 progressive, 1 upper field
 first, 2 lower field first), depth (bits a pixel), scale, sampleSize (the rate
 is scale / sampleSize frames a second), duration (frames times sampleSize,
 lowest 32 bits), frames, pixelFormat (a name of 'synthex formats', or the code
-as "0x........" where it is unknown), deliveredFormat (the format in which
-frames arrive; null where none can be made).
+as "0x........" if it is unknown), deliveredFormat (the format in which
+frames arrive; null if none can be made).
 
 All clips are tried. Exit status: 0 all were read, 1 some were not.)";
 
@@ -140,30 +142,39 @@ What is not saved is kept, and offered on the next start, however the program
 ends.
 
 Exit status: 0 closed, 1 no window can be shown, 128 plus the signal's number
-where a signal ended it.)";
+if a signal ended it.)";
 
-/// Takes a number from the front of `text`.
-bool TakeNumber(std::string_view& text, std::int64_t& number) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || number < 0) return false;
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    return true;
+/// How the two whole numbers of an option are written.
+struct PairForm {
+    char separator;
+    std::int64_t least, most; ///< of each number
+    bool oneWillDo;           ///< whether the second number may be missing
+    std::string expected;     ///< what to write, for the sentence that refuses something else
+};
+
+/// Reads a decimal number that is all of `text`. CLI11 would take 010 as octal, and people do write frame
+/// 00010.
+std::optional<std::int64_t> ReadNumber(std::string_view text, const PairForm& form) {
+    std::int64_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, number);
+    const bool good = result.ec == std::errc() && result.ptr == end;
+    return good && number >= form.least && number <= form.most ? std::optional(number) : std::nullopt;
 }
 
-/// Reads "FIRST:LAST" or one number.
-std::pair<std::int64_t, std::int64_t> ParseFrames(std::string_view text) {
-    std::string_view rest = text;
-    std::int64_t first = 0;
-    bool good = TakeNumber(rest, first);
-    std::int64_t last = first;
-    if (good && rest.starts_with(':')) {
-        rest.remove_prefix(1);
-        good = TakeNumber(rest, last);
-    }
-    if (good && rest.empty() && first <= last) return {first, last};
-    throw CLI::ValidationError("--frames",
-                               "'" + std::string(text) +
-                                   "' is no range; write FIRST:LAST (both included, from 0) or one number");
+/// Adds an option that takes two numbers in one argument. `take` gets them, and may refuse them by false.
+template <class Take>
+void AddPair(CLI::App& command, const char* name, const char* typeName, const char* about,
+             const PairForm& form, Take take) {
+    const auto read = [=](const std::string& text) {
+        const std::size_t at = text.find(form.separator);
+        const bool two = at != std::string::npos;
+        const auto first = ReadNumber(std::string_view(text).substr(0, at), form);
+        const auto second = two ? ReadNumber(std::string_view(text).substr(at + 1), form) : std::nullopt;
+        if (!first || (two ? !second : !form.oneWillDo) || !take(*first, second))
+            throw CLI::ValidationError(name, "'" + text + "' is not understood; write " + form.expected);
+    };
+    command.add_option_function<std::string>(name, read, about)->type_name(typeName);
 }
 
 void AddInfoOptions(CLI::App& command, InfoRequest& request) {
@@ -175,19 +186,25 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
     ExportOptions& options = request.options;
     command.add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
     command
-        .add_option(
-            "OUT", options.output,
-            "The file to make: .png, .y4m, .raw, .mp4, .mov, .mkv, .framemd5 ...; - is standard output")
+        .add_option("OUT", options.output,
+                    "The file to make; its suffix says of which kind: " + ListKinds(true, ", ") +
+                        " ...; - is standard output")
         ->required()
         ->type_name("");
-    command
-        .add_option_function<std::string>(
-            "--frames", [&options](const std::string& text) { options.frames = ParseFrames(text); },
-            "Frames to render, both included, from 0 (default: all); or one frame")
-        ->type_name("FIRST:LAST");
-    command.add_option("--format", options.format, "What to make, where the name of OUT does not say")
+    AddPair(command, "--frames", "FIRST:LAST",
+            "Frames to render, both included, from 0 (default: all); or one frame",
+            {':', 0, std::numeric_limits<std::int64_t>::max(), true,
+             "FIRST:LAST (both included, from 0) or one number"},
+            [&options](std::int64_t first, std::optional<std::int64_t> last) {
+                options.frames = {first, last.value_or(first)};
+                return first <= options.frames->second;
+            });
+    command.add_option("--format", options.format, "What to make, if the name of OUT does not say")
         ->type_name("SUFFIX");
-    command.add_option("--codec", options.codec, "Codec to use (default: the usual one of the format)")
+    command
+        .add_option("--codec", options.codec,
+                    "Codec to use: " + ListCodecs() +
+                        " or any encoder of libav (default: the usual one of the format)")
         ->type_name("NAME");
     command.add_option("--jobs", options.jobs, "Threads to work with (default: one a processor)")
         ->type_name("N")
@@ -197,48 +214,25 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
     command.add_flag("--quiet", request.quiet, "No progress bar, and no word about what was written");
 }
 
-/// Reads "A<separator>B", both from 1 to `limit`.
-bool ParsePair(std::string_view text, char separator, std::uint32_t limit, std::uint32_t& first,
-               std::uint32_t& second) {
-    std::int64_t numbers[2]{};
-    if (!TakeNumber(text, numbers[0]) || !text.starts_with(separator)) return false;
-    text.remove_prefix(1);
-    if (!TakeNumber(text, numbers[1]) || !text.empty()) return false;
-    for (const std::int64_t number : numbers)
-        if (number < 1 || number > limit) return false;
-    first = static_cast<std::uint32_t>(numbers[0]);
-    second = static_cast<std::uint32_t>(numbers[1]);
-    return true;
-}
-
-/// An option that takes two numbers; what it does not understand is answered with `expected`.
-template <class Parse>
-void AddPair(CLI::App& command, const char* name, const char* form, const char* about,
-             const std::string& expected, Parse parse) {
-    const auto read = [=](const std::string& text) {
-        if (!parse(text))
-            throw CLI::ValidationError(name, "'" + text + "' is not understood; write " + expected);
-    };
-    command.add_option_function<std::string>(name, read, about)->type_name(form);
-}
-
 void AddSequenceOptions(CLI::App& command, ClipFormat& sequence) {
-    constexpr std::uint32_t kAny = std::numeric_limits<std::uint32_t>::max();
+    constexpr std::int64_t kAny = std::numeric_limits<std::uint32_t>::max();
+    const auto into = [](std::uint32_t& a, std::uint32_t& b) {
+        return [&a, &b](std::int64_t first, std::optional<std::int64_t> second) {
+            a = static_cast<std::uint32_t>(first);
+            b = static_cast<std::uint32_t>(second.value_or(1));
+            return true;
+        };
+    };
     AddPair(command, "--size", "WxH", "Frame size to begin with (default: 1920x1080)",
-            fmt::format("WIDTHxHEIGHT, both from 1 to {}", kDefaultMaxFrameSide),
-            [&](const std::string& text) {
-                return ParsePair(text, 'x', kDefaultMaxFrameSide, sequence.size.width, sequence.size.height);
-            });
-    AddPair(command, "--par", "N:D", "Pixel aspect ratio to begin with (default: 1:1)", "N:D, both above 0",
-            [&](const std::string& text) {
-                return ParsePair(text, ':', kAny, sequence.aspect.numerator, sequence.aspect.denominator);
-            });
+            {'x', 1, kDefaultMaxFrameSide, false,
+             fmt::format("WIDTHxHEIGHT, both from 1 to {}", kDefaultMaxFrameSide)},
+            into(sequence.size.width, sequence.size.height));
+    AddPair(command, "--par", "N:D", "Pixel aspect ratio to begin with (default: 1:1)",
+            {':', 1, kAny, false, "N:D, both above 0"},
+            into(sequence.aspect.numerator, sequence.aspect.denominator));
     AddPair(command, "--rate", "N/D", "Frames per second to begin with (default: 30)",
-            "N/D or one whole number, above 0", [&](const std::string& text) {
-                const bool whole = text.find('/') == std::string::npos;
-                return ParsePair(whole ? text + "/1" : text, '/', kAny, sequence.rate.scale,
-                                 sequence.rate.sampleSize);
-            });
+            {'/', 1, kAny, true, "N/D or one whole number, above 0"},
+            into(sequence.rate.scale, sequence.rate.sampleSize));
 }
 
 void AddDialogOptions(CLI::App& command, DialogOptions& options) {
@@ -259,7 +253,7 @@ void AddNewOptions(CLI::App& command, NewRequest& request) {
         ->required()
         ->type_name("");
     AddSequenceOptions(command, request.sequence);
-    command.add_flag("--force", request.force, "Replace OUT where it exists");
+    command.add_flag("--force", request.force, "Replace OUT if it exists");
     AddDialogOptions(command, request.dialog);
 }
 

@@ -16,75 +16,92 @@ inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitCancelled = 3; ///< of `new` and `edit`
 
-// What each subcommand was asked for, and the function that does it. Functions return the exit status; what
-// they throw is told to the person by `Main.cpp`. `bundle` is empty where none was named.
+// What each subcommand was asked for, and the function that does it on the main thread. Functions return the
+// exit status, and throw `UsageFailure` and `Failure`, which `Main.cpp` tells the person. `bundle` is empty
+// if none was named.
 
+/// `synthex info`: say what clips are.
 struct InfoRequest {
     std::filesystem::path bundle;
     std::vector<std::filesystem::path> clips;
     bool json = false;
 };
+/// Tries every clip; a clip that can't be read is told at once and makes the status `kExitFailed`.
 int RunInfo(const InfoRequest& request);
 
+/// `synthex render`: export a clip.
 struct RenderRequest {
     std::filesystem::path bundle;
     std::filesystem::path clip;
     ExportOptions options;
-    bool quiet = false;
+    bool quiet = false; ///< no progress, and no word about what was written
 };
+/// A signal that ends programs cancels the export; the status is then 128 plus the signal's number.
 int RunRender(const RenderRequest& request);
 
-/// How the preferences dialog is worked: with any of these by a script, else in a window by a person.
+/// How the settings dialog is worked: by a script if any of these is given, else by a person in a window.
 struct DialogOptions {
     std::vector<std::string> actions; ///< "ID=VALUE" or "ID", in order
     std::vector<std::string> answers; ///< "save=PATH" and the like, in order
     bool cancel = false;              ///< instead of OK
     bool dump = false;                ///< print the dialog's state just before it closes
 
+    /// Whether any of them is given.
     bool Scripted() const { return !actions.empty() || !answers.empty() || cancel || dump; }
 };
 
+/// `synthex new`: make a clip in the dialog.
 struct NewRequest {
     std::filesystem::path bundle;
     std::filesystem::path output;
-    ClipFormat sequence = kDefaultSequence;
-    bool force = false;
+    ClipFormat sequence = kDefaultSequence; ///< what the dialog begins with
+    bool force = false;                     ///< replace `output` if it exists
     DialogOptions dialog;
 };
+/// Returns `kExitCancelled`, and makes no file, if the dialog is cancelled.
 int RunNew(const NewRequest& request);
 
+/// `synthex edit`: edit a clip's settings in the dialog.
 struct EditRequest {
     std::filesystem::path bundle;
     std::filesystem::path clip;
     DialogOptions dialog;
 };
+/// Returns `kExitCancelled`, and changes nothing, if the dialog is cancelled.
 int RunEdit(const EditRequest& request);
 
+/// `synthex formats`: list the pixel formats.
 struct FormatsRequest {
     std::filesystem::path bundle;
     bool json = false;
 };
+/// Prints one line a format.
 int RunFormats(const FormatsRequest& request);
 
+/// `synthex validate`: check a plug-in as a host does.
 struct ValidateRequest {
     std::filesystem::path bundle;
     std::chrono::milliseconds timeLimit = std::chrono::seconds(20); ///< for all checks together
 };
+/// Prints one line a check, as each is made. Returns `kExitFailed` if one of them fails.
 int RunValidate(const ValidateRequest& request);
 
+/// `synthex desktop`: work with clips in a window.
 struct DesktopRequest {
     std::filesystem::path bundle;
     std::vector<std::filesystem::path> files; ///< projects and settings files
     bool once = false;                        ///< end when the first clip's picture is on the screen
 };
+/// Returns when the window is closed. Throws `Failure` if no window can be shown.
 int RunDesktop(const DesktopRequest& request);
 
-/// Makes checks in this process and reports on a pipe; what `RunValidate` starts.
+/// `synthex make-checks`, which `RunValidate` starts: make checks in this process.
 struct ChecksRequest {
     std::filesystem::path bundle;
     int pipe = -1;         ///< descriptor to report on
     std::size_t first = 0; ///< number of the first check to make
 };
+/// Reports on the pipe. Ends the process at once if nobody reads there.
 int RunChecks(const ChecksRequest& request);
 
 } // namespace corvane::commandline

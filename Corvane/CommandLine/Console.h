@@ -4,13 +4,15 @@
 
 namespace corvane::commandline {
 
-/// Writes text to standard output. What can't be written is noticed by `FlushOutput`.
+// What the program says. Any thread; none of these throws.
+
+/// Writes text to standard output. `FlushOutput` notices if it can't be written.
 void Print(std::string_view text);
 
 /// Writes "synthex: `message`" to standard error as one sentence on one line.
 void PrintError(std::string_view message);
 
-/// Hands standard output to the system. Returns false, and tells the person, where it could not all be
+/// Hands standard output to the system. Returns false, and tells the person, if not all of it could be
 /// written.
 bool FlushOutput();
 

@@ -50,7 +50,8 @@ PreferencesAnswer RunWindow(const Bundle& bundle, const PreferencesRequest& requ
     return RequestPreferences(bundle, request, journal);
 }
 
-/// Tells the person what was done. Beside a dump, which is for programs, not on standard output.
+/// Tells the person what was done: on standard error if a dump, which is for programs, goes to standard
+/// output.
 void Say(const DialogOptions& options, const std::string& sentence) {
     if (options.dump)
         PrintError(sentence);

@@ -12,7 +12,7 @@ namespace corvane::commandline {
 
 int RunEdit(const EditRequest& request) {
     const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
-    // Says what is wrong with a file that can't be read, which the dialog would not.
+    // The dialog would not say what is wrong with a file that can't be read.
     Clip::OpenFile(bundle, request.clip);
     if (!request.dialog.cancel && ::access(request.clip.c_str(), W_OK) != 0)
         throw Failure(fmt::format("{}: you are not allowed to write this file; edit a copy of it.",

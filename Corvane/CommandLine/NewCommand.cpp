@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Says at once what would otherwise only come up when the person has set everything.
+/// Says at once what would otherwise come up only after the person has set everything.
 void CheckOutput(const fs::path& output, bool force) {
     const auto fail = [&](const char* why) { throw Failure(fmt::format("{}: {}.", output.string(), why)); };
     std::error_code error;

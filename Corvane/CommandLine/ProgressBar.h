@@ -7,10 +7,11 @@
 namespace corvane::commandline {
 
 /// A line on a terminal that tells how far a render is: a bar, frames, frames a second, time left. Shown on
-/// standard error, and only where that is a terminal; the line is wiped when the object is destroyed. One
-/// thread at a time.
+/// standard error, and only if that is a terminal; the line is wiped when the object is destroyed. One thread
+/// at a time; never fails.
 class ProgressBar {
   public:
+    /// `wanted`: whether to show it at all.
     explicit ProgressBar(bool wanted);
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;

@@ -28,8 +28,8 @@ void OnEndingSignal(int signal) {
     gCancel = true;
 }
 
-/// Whether the export makes files that have to be tidied up. A pipe or device is written as it is; there a
-/// signal may end the program at once, which helps where nobody reads the pipe.
+/// Whether the export makes files that have to be tidied up. A pipe or device is written as it is, and a
+/// signal may end the program at once, which helps if nobody reads the pipe.
 bool MakesFiles(const std::filesystem::path& output) {
     std::error_code error;
     const auto type = std::filesystem::status(output, error).type();
@@ -37,8 +37,8 @@ bool MakesFiles(const std::filesystem::path& output) {
            (type == std::filesystem::file_type::not_found || type == std::filesystem::file_type::regular);
 }
 
-/// Lets the signals that end a program end the export instead, which then tidies up. A second one is taken in
-/// the same way: ending at once would leave a half-written file.
+/// Lets the signals that end a program end the export instead, which then tidies up. A second signal does no
+/// more: ending at once would leave a half-written file.
 void TakeEndingSignals() {
     struct sigaction action {};
     action.sa_handler = OnEndingSignal;
@@ -72,8 +72,7 @@ int RunRender(const RenderRequest& request) {
         return 128 + gSignal;
     }
     if (!request.quiet && !toOutput)
-        Print(fmt::format("{}: {} frame{}, {}\n", output, report.frames, report.frames == 1 ? "" : "s",
-                          BytesText(report.bytes)));
+        Print(fmt::format("{}: {}, {}\n", output, FramesText(report.frames), BytesText(report.bytes)));
     return kExitDone;
 }
 

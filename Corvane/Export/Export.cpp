@@ -1,18 +1,21 @@
 #include "Export.h"
 
 #include <algorithm>
-#include <array>
-#include <cctype>
+#include <locale>
 #include <memory>
+#include <string>
 #include <thread>
+#include <utility>
 
 #include <sched.h>
 
+#include <boost/algorithm/string/case_conv.hpp>
 #include <fmt/format.h>
 
 #include "Export/Files/NumberedName.h"
 #include "Export/Files/OutputFile.h"
 #include "Export/Picture/StreamFacts.h"
+#include "Export/Targets/ExportKinds.h"
 #include "Export/Targets/LibavLoader.h"
 #include "Export/Targets/PngTarget.h"
 #include "Export/Targets/RawTarget.h"
@@ -22,21 +25,23 @@
 namespace corvane {
 namespace {
 
-constexpr std::string_view kKnownKinds = "png, y4m, raw, mp4, mov, mkv or framemd5";
-
-std::string KindOf(const ExportOptions& options) {
-    std::string kind = options.format;
-    if (kind.empty() && options.output.has_extension()) kind = options.output.extension().string().substr(1);
-    std::transform(kind.begin(), kind.end(), kind.begin(),
-                   [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
-    if (kind.empty())
+std::string NameOfKind(const ExportOptions& options) {
+    std::string name = options.format;
+    if (name.empty() && options.output.has_extension()) name = options.output.extension().string().substr(1);
+    if (name.empty())
         throw UsageFailure(
             fmt::format("{}: the name does not tell the kind of output; name it with --format: {}",
-                        options.output == "-" ? "standard output" : options.output.string(), kKnownKinds));
-    return kind;
+                        options.output == "-" ? "standard output" : options.output.string(), ListKinds()));
+    return boost::algorithm::to_lower_copy(name, std::locale::classic());
 }
 
-// Takes everything that is written to it.
+// Our row of this name, or one for a container that libav may know by it.
+ExportKind KindCalled(const std::string& name) {
+    const ExportKind* const row = FindExportKind(name);
+    return row != nullptr ? *row : ExportKind{name.c_str(), ExportWriter::kLibav};
+}
+
+// A destination that takes everything.
 constexpr const char* kNowhere = "/dev/null";
 
 struct Range {
@@ -70,21 +75,24 @@ unsigned JobsOf(const ExportOptions& options, const Target& target) {
     return options.jobs != 0 ? options.jobs : target.UsefulJobs(Processors());
 }
 
-void CheckOptions(const ExportOptions& options, const std::string& kind) {
-    if (options.native && kind != "raw")
+void CheckOptions(const ExportOptions& options, const ExportKind& kind) {
+    if (options.native && !kind.TakesNative())
         throw UsageFailure(fmt::format("{}: frames as delivered can only go to raw, not to {}",
-                                       options.output.string(), kind));
-    if (!options.codec.empty() && (kind == "png" || kind == "raw"))
+                                       options.output.string(), kind.name));
+    if (!options.codec.empty() && !kind.TakesCodec())
         throw UsageFailure(fmt::format("{}: {} has no codecs to choose from; leave out the codec",
-                                       options.output.string(), kind));
+                                       options.output.string(), kind.name));
 }
 
-std::unique_ptr<Target> MakeTarget(const ExportOptions& options, const std::string& kind,
+std::unique_ptr<Target> MakeTarget(const ExportOptions& options, const ExportKind& kind,
                                    const StreamFacts& facts) {
-    if (kind == "png") return MakePngTarget(options.output, facts);
-    if (kind == "raw") return MakeRawTarget(options.output, options.native, facts);
-    if (kind == "y4m") return MakeY4mTarget(options.output, options.codec, facts);
-    return MakeLibavTarget({options.output, kind, options.codec, facts});
+    switch (kind.writer) {
+    case ExportWriter::kPng: return MakePngTarget(options.output, facts);
+    case ExportWriter::kRaw: return MakeRawTarget(options.output, options.native, facts);
+    case ExportWriter::kY4m: return MakeY4mTarget(options.output, options.codec, facts);
+    case ExportWriter::kLibav: break;
+    }
+    return MakeLibavTarget({options.output, kind.name, options.codec, facts});
 }
 
 } // namespace
@@ -93,7 +101,8 @@ ExportPreview PreviewExport(const Clip& clip, const ExportOptions& options) {
     ExportOptions nowhere = options;
     nowhere.output = kNowhere;
     try {
-        const std::string kind = KindOf(options);
+        const std::string name = NameOfKind(options);
+        const ExportKind kind = KindCalled(name);
         CheckOptions(options, kind);
         if (std::string reason = clip.WhyNotRenderable(); !reason.empty()) return {std::move(reason), false};
         const StreamFacts facts = FactsOf(clip, clip.Info().frames);
@@ -101,19 +110,20 @@ ExportPreview PreviewExport(const Clip& clip, const ExportOptions& options) {
         return {{}, facts.HasAlpha() && !target->KeepsAlpha()};
     } catch (const Failure& failure) {
         std::string reason = failure.what();
-        const std::string name = fmt::format("{}: ", kNowhere);
-        if (reason.starts_with(name)) reason.erase(0, name.size());
+        if (const std::string start = fmt::format("{}: ", kNowhere); reason.starts_with(start))
+            reason.erase(0, start.size());
         return {std::move(reason), false};
     }
 }
 
 ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const ExportProgress& progress,
                         const std::atomic<bool>& cancel) {
-    const std::string kind = KindOf(options);
+    const std::string name = NameOfKind(options);
+    const ExportKind kind = KindCalled(name);
     CheckOptions(options, kind);
     if (const std::string reason = clip.WhyNotRenderable(); !reason.empty())
         throw Failure(fmt::format("{}: {}", clip.Name(), reason));
-    const bool single = kind == "png" && !NumberedName::Parse(options.output);
+    const bool single = kind.IsPicture() && !NumberedName::Parse(options.output);
     const Range range = RangeOf(clip, options, single);
     const std::int64_t total = range.last - range.first + 1;
 

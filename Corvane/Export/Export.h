@@ -17,25 +17,26 @@ struct ExportOptions {
     /// The file to make; "-" is standard output. A PNG name with a printf-style number (`name.%05d.png`)
     /// makes one file a frame.
     std::filesystem::path output;
-    /// The kind of output as a suffix without its dot (`png`, `y4m`, `raw`, `mp4`, `mov`, `mkv`, `framemd5`,
-    /// ...). Empty: from the suffix of `output`.
+    /// The kind of output: a name of `ExportKinds`, or a container of libav by its suffix or name. Upper and
+    /// lower case are alike. Empty: from the suffix of `output`.
     std::string format;
     /// The codec, NAME[:option=value[:option=value...]], such as `h264:preset=ultrafast:crf=23` or
-    /// `ffv1:pix_fmt=yuv420p`. NAME is h264, ffv1, prores, v210 or any encoder of libav; the options are the
+    /// `ffv1:pix_fmt=yuv420p`. NAME is one of `ExportCodecs` or any encoder of libav; the options are the
     /// encoder's own, and `pix_fmt` and `threads`. For `y4m` it is the sampling: 420, 422 or 444, with p10,
-    /// p12, p14 or p16 behind it for more bits. Empty: H.264 of quality 18 in MP4, MOV and MKV, raw video in
-    /// the checksum kinds, 420 (420p16 for float formats) in `y4m`.
+    /// p12, p14 or p16 behind it for more bits. Empty: the kind's default, with the defaults of
+    /// `H264Settings`.
     std::string codec;
-    /// First and last frame, both included, from 0. Empty: the whole clip.
+    /// First and last frame, both included, from 0. Empty: the whole clip, or its first frame for one
+    /// picture.
     std::optional<std::pair<std::int64_t, std::int64_t>> frames;
     /// Threads that render and convert. 0: as many as are of use on this machine.
     unsigned jobs = 0;
-    /// The bytes exactly as the plug-in delivered them, row padding removed. For `raw` only, which else is B,
-    /// G, R, A in bytes for 8-bit formats and R, G, B, A in 16-bit little-endian words for float ones.
+    /// The bytes exactly as the plug-in delivered them, row padding removed. Only for `raw`, which otherwise
+    /// is B, G, R, A in bytes for 8-bit formats and R, G, B, A in 16-bit little-endian words for float ones.
     bool native = false;
 };
 
-/// Told after each finished frame, on one thread at a time.
+/// Told after each finished frame, by one thread at a time. What it throws ends the export.
 using ExportProgress = std::function<void(std::int64_t done, std::int64_t total)>;
 
 /// What an export made.
@@ -47,29 +48,30 @@ struct ExportReport {
 };
 
 /// Renders frames of `clip` into a file, files or a stream. Worker threads render; frames arrive in order. A
-/// file is made under a temporary name beside its place and renamed when complete; a pipe or device is
+/// file is made under a temporary name beside its place and renamed when it is complete; a pipe or device is
 /// written as it is. Setting `cancel` (from any thread or a signal handler) ends the export at the next
-/// frame. SIGPIPE and SIGXFSZ are ignored meanwhile.
+/// frame. SIGPIPE and SIGXFSZ are ignored meanwhile. Any thread; several exports may run side by side.
 ///
-/// Y'CbCr is limited range with chroma sited left; it keeps the clip's own matrix, or is made of R'G'B' by
-/// BT.709 for more than 576 rows and else by BT.601. Premultiplied color is divided by its alpha; targets
-/// without alpha drop it. Linear light is coded by BT.709's transfer. A PNG name without a number gets the
-/// first frame.
+/// Y'CbCr is limited range with chroma sited left. It keeps the clip's own matrix; made of R'G'B' it has
+/// BT.709 for more than 576 rows, else BT.601. Premultiplied color is divided by its alpha; targets without
+/// alpha drop it. Linear light is coded by BT.709's transfer.
 ///
-/// Throws `UsageFailure` and `Failure`; no partial file remains.
+/// Throws `UsageFailure` for options that can't be and `Failure` for what goes wrong; no partial file
+/// remains.
 ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const ExportProgress& progress,
                         const std::atomic<bool>& cancel);
 
-/// What can be told of an export without making it.
+/// What can be said of an export without making it.
 struct ExportPreview {
-    /// Why it would fail, as a sentence without the name of the output; empty where it can be made.
+    /// Why it would fail, as a sentence without the name of the output; empty if it can be made.
     std::string whyNot;
-    /// Whether the clip has alpha, and the output has no place for it.
+    /// Whether the clip has alpha and the output has no place for it.
     bool dropsAlpha = false;
 };
 
 /// Sets up everything that `ExportClip` would, encoder and container included, but renders no frame and makes
 /// no file. Says nothing about the destination. Takes some milliseconds. Any thread, also beside an export.
+/// Fails only for want of memory.
 ExportPreview PreviewExport(const Clip& clip, const ExportOptions& options);
 
 } // namespace corvane

@@ -30,7 +30,7 @@ double SecondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Of the calling thread and those that it starts: Linux has a priority a thread.
+// Of the calling thread and those that it will start: on Linux every thread has its own priority.
 void LowerPriority() {
     constexpr int kBackground = 10;
     ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), kBackground);

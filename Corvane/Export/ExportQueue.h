@@ -17,17 +17,23 @@
 
 namespace corvane {
 
-/// An export to come. It holds the clip's settings, so that later changes of the clip don't reach it; those
-/// of a clip in a file are read when its turn comes.
+/// An export to be made. It holds the clip's settings, so that later changes to the clip don't reach it; the
+/// settings of a clip in a file are read when the job's turn comes.
 struct ExportJob {
     std::string name; ///< of the clip, for people; UTF-8
     ClipSource source;
     ExportOptions options;
 };
 
+/// What a job is at. It waits, runs, and then stays in one of the other states.
 enum class ExportState { kWaiting, kRunning, kDone, kCancelled, kFailed };
 
-/// How far a job is.
+/// Whether a job in this state is done, cancelled or failed.
+inline bool IsFinished(ExportState state) {
+    return state != ExportState::kWaiting && state != ExportState::kRunning;
+}
+
+/// How far along a job is.
 struct ExportStatus {
     ExportState state = ExportState::kWaiting;
     std::int64_t framesDone = 0;
@@ -36,39 +42,42 @@ struct ExportStatus {
     ExportReport report;          ///< once it is done
     std::string failure;          ///< why it failed, as a sentence
 
-    bool IsFinished() const { return state != ExportState::kWaiting && state != ExportState::kRunning; }
-    double FramesPerSecond() const;
-    /// Empty where it can't be told yet.
+    bool IsFinished() const { return corvane::IsFinished(state); }
+    double FramesPerSecond() const; ///< 0 until it can be told
+    /// Empty until it can be told.
     std::optional<double> SecondsLeft() const;
 };
 
-/// Exports one job after the other on a thread of its own, which leaves the processors to others that want
-/// them. All members: any thread.
+/// Exports one job after the other on a thread of its own, which has a low priority. A job that fails does
+/// not hold up the others. All members: any thread; they fail only for want of memory.
 class ExportQueue {
   public:
     using ID = std::uint64_t;
-    /// Told of every change of a job's state, and of its progress a few times a second: on the queue's
-    /// thread, or for a job that was cancelled while it waited on the thread that did so. It may call the
-    /// queue.
+    /// Told of every change of a job's state, and a few times a second of its progress, on the queue's
+    /// thread. If a waiting job is cancelled, told on the thread that cancels it. It may call the queue and
+    /// must not throw.
     using Listener = std::function<void(ID, const ExportStatus&)>;
 
+    /// `bundle` makes the clips. `listener` may be empty.
     ExportQueue(std::shared_ptr<Bundle> bundle, Listener listener);
     /// Cancels what is unfinished and waits until the running job has tidied up, which takes a frame's time.
-    /// No listener is called afterwards.
+    /// The listener is not called afterwards.
     ~ExportQueue();
     ExportQueue(const ExportQueue&) = delete;
     ExportQueue& operator=(const ExportQueue&) = delete;
 
+    /// Puts a job behind the others. IDs count from 1.
     ID Add(ExportJob job);
-    /// Cancels a job that waits or runs; nothing of it is left behind. The one that runs ends at its next
-    /// frame.
+    /// Cancels a job that waits or runs; nothing of it is left behind. A running job ends at its next frame.
     void Cancel(ID id);
+    /// Cancels all of them.
     void CancelAll();
-    /// Forgets a finished job; does nothing with another.
+    /// Forgets a job if it is finished.
     void Forget(ID id);
 
-    /// Empty for a job that was never there or is forgotten.
+    /// How far along a job is; empty if it was never there or is forgotten.
     std::optional<ExportStatus> Status(ID id) const;
+    /// How many jobs wait or run.
     std::size_t CountUnfinished() const;
     /// Whether an unfinished job is to make this file.
     bool IsTaken(const std::filesystem::path& output) const;

@@ -5,10 +5,15 @@
 
 namespace corvane {
 
-/// An amount of data for a person, as in "12.3 MB". Never depends on the locale.
+// Texts for people, without a locale. Any thread; they fail only for want of memory.
+
+/// "1 frame", "5 frames".
+std::string FramesText(std::int64_t frames);
+
+/// An amount of data, as in "12.3 MB".
 std::string BytesText(std::uint64_t bytes);
 
-/// A time that a person waits: the two units that matter, as in "3 min 05 s".
+/// A time that a person waits, in the two units that matter, as in "3 min 05 s".
 std::string WaitText(double seconds);
 
 } // namespace corvane

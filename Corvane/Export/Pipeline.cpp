@@ -11,7 +11,7 @@
 namespace corvane {
 namespace {
 
-/// A frame with the packet that was made of it.
+// A frame, and the packet that was made of it.
 struct Slot {
     std::unique_ptr<Packet> packet;
     RenderedFrame frame;
@@ -50,10 +50,10 @@ class Pipeline {
             if (!lock.owns_lock()) lock.lock();
             if (!mError) mError = std::current_exception();
         }
-        mSpace.notify_all(); // those who wait for space see why there is an end
+        mSpace.notify_all(); // threads that wait for a slot see that this is the end
     }
 
-    // The number of the next frame to make, once there is a free slot for it; empty at the end.
+    // Waits for a free slot, and returns the number of the next frame to make in it; empty at the end.
     std::optional<std::int64_t> Claim(std::unique_lock<std::mutex>& lock) {
         mSpace.wait(lock, [this] { return Over() || mClaimed < mConsumed + std::ssize(mSlots); });
         if (Over()) return std::nullopt;
@@ -71,7 +71,7 @@ class Pipeline {
         if (!mTarget.KeepsFrames()) slot.frame = {};
     }
 
-    // Consumes what is ready in order, unless another thread is at it: that one then takes these, too.
+    // Consumes, in order, what is ready, unless another thread is doing that: it will then take these, too.
     void Drain(std::unique_lock<std::mutex>& lock) {
         if (mDraining) return;
         mDraining = true;

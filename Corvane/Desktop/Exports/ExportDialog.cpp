@@ -3,51 +3,27 @@
 #include <algorithm>
 #include <limits>
 
-#include <unistd.h>
-
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QDir>
-#include <QFile>
-#include <QFileDialog>
-#include <QFileInfo>
 #include <QFormLayout>
-#include <QHBoxLayout>
 #include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
 #include <QSpinBox>
 #include <QStandardItemModel>
 #include <QVBoxLayout>
 
+#include "DestinationEdit.h"
+#include "Export/ExportText.h"
+
 namespace corvane::desktop {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr const char* kKindKey = "Export/Kind";
 constexpr const char* kQualityKey = "Export/H264Quality";
 constexpr const char* kPresetKey = "Export/H264Preset";
-constexpr const char* kFolderKey = "Export/Folder";
-
-fs::path ToPath(const QString& text) {
-    return QFile::encodeName(text).toStdString();
-}
-
-QString ToText(const fs::path& path) {
-    return QFile::decodeName(path.c_str());
-}
-
-/// What the proposed name for this choice ends with.
-QString EndingOf(const ExportChoice& choice) {
-    const QString number =
-        choice.naming == ExportNaming::kPictures ? QStringLiteral(".%05d.") : QStringLiteral(".");
-    return number + QString::fromLatin1(choice.format);
-}
 
 QSpinBox* MakeFrameBox(const char* objectName, std::int64_t frames, QWidget* parent) {
     auto* const box = new QSpinBox(parent);
@@ -77,7 +53,7 @@ ExportDialog::ExportDialog(const Clip& clip, const QString& name, const ExportPl
 
 void ExportDialog::FindKinds(const Clip& clip) {
     for (const ExportChoice& choice : ExportChoices()) {
-        ExportOptions options = choice.OptionsFor(clip);
+        ExportOptions options = OptionsFor(choice, clip);
         ExportPreview preview = PreviewExport(clip, options);
         mKinds.push_back({&choice, std::move(options), std::move(preview)});
     }
@@ -88,7 +64,8 @@ void ExportDialog::MakeWidgets() {
     MakeKindRows(*mForm);
     MakeH264Rows(*mForm);
     MakeFrameRows(*mForm);
-    MakeDestinationRows(*mForm);
+    mDestination = new DestinationEdit(mPlace, this);
+    mForm->addRow(tr("&Destination:"), mDestination);
     mComplaint = MakeNote("exportComplaint", this);
     QFont bold = mComplaint->font();
     bold.setBold(true);
@@ -157,7 +134,8 @@ void ExportDialog::MakeH264Rows(QFormLayout& form) {
     mQuality = new QSpinBox(this);
     mQuality->setObjectName(QStringLiteral("exportQuality"));
     mQuality->setRange(kH264BestQuality, kH264WorstQuality);
-    mQuality->setToolTip(tr("Constant rate factor: lower is better and larger; at 18 no loss is seen"));
+    mQuality->setToolTip(tr("Constant rate factor: lower is better and larger; at %1 no loss is seen")
+                             .arg(H264Settings().quality));
     form.addRow(tr("&Quality (CRF):"), mQuality);
     mPreset = new QComboBox(this);
     mPreset->setObjectName(QStringLiteral("exportPreset"));
@@ -190,24 +168,6 @@ void ExportDialog::MakeFrameRows(QFormLayout& form) {
     connect(mLast, &QSpinBox::valueChanged, this, &ExportDialog::ShowFrames);
 }
 
-void ExportDialog::MakeDestinationRows(QFormLayout& form) {
-    auto* const row = new QHBoxLayout;
-    mPath = new QLineEdit(this);
-    mPath->setObjectName(QStringLiteral("exportPath"));
-    mPath->setAccessibleName(tr("Destination"));
-    mPath->setToolTip(tr("The file to make; in names of pictures %05d stands for the frame's number"));
-    auto* const browse = new QPushButton(tr("&Browse…"), this);
-    browse->setObjectName(QStringLiteral("exportBrowse"));
-    browse->setToolTip(tr("Choose the folder and name of the file"));
-    browse->setAutoDefault(false);
-    row->addWidget(mPath, 1);
-    row->addWidget(browse);
-    auto* const label = new QLabel(tr("&Destination:"), this);
-    label->setBuddy(mPath);
-    form.addRow(label, row);
-    connect(browse, &QPushButton::clicked, this, &ExportDialog::Browse);
-}
-
 void ExportDialog::Restore() {
     const QSettings settings;
     mQuality->setValue(settings.value(kQualityKey, H264Settings().quality).toInt());
@@ -223,13 +183,7 @@ void ExportDialog::Restore() {
     mButtons->button(QDialogButtonBox::Cancel)->setDefault(!any);
     findChild<QPushButton*>(QStringLiteral("exportStart"))->setEnabled(any);
     const int index = any ? static_cast<int>(kind - mKinds.begin()) : 0;
-
-    QString folder = mPlace.folder;
-    if (folder.isEmpty()) folder = settings.value(kFolderKey).toString();
-    if (folder.isEmpty() || !QFileInfo(folder).isDir()) folder = QDir::homePath();
-    const auto& choice = *mKinds[static_cast<std::size_t>(index)].choice;
-    mPath->setText(
-        QDir(folder).absoluteFilePath(QString::fromStdString(ProposedFileName(mName.toStdString(), choice))));
+    mDestination->Propose(mName, *mKinds[static_cast<std::size_t>(index)].choice);
     mKindBox->setCurrentIndex(index);
     ChooseKind(index);
 }
@@ -239,21 +193,15 @@ void ExportDialog::Remember() const {
     settings.setValue(kKindKey, QString::fromLatin1(Chosen().choice->id));
     settings.setValue(kQualityKey, mQuality->value());
     settings.setValue(kPresetKey, mPreset->currentText());
-    settings.setValue(kFolderKey, ToText(mOptions.output.parent_path()));
 }
 
 const ExportDialog::Kind& ExportDialog::Chosen() const {
-    return mKinds[static_cast<std::size_t>(std::max(mKind, 0))];
+    return mKinds[static_cast<std::size_t>(mKind)];
 }
 
 void ExportDialog::ChooseKind(int index) {
-    const int before = std::exchange(mKind, index);
-    if (before >= 0 && before != index) {
-        QString path = mPath->text();
-        const QString ending = EndingOf(*mKinds[static_cast<std::size_t>(before)].choice);
-        if (path.endsWith(ending, Qt::CaseInsensitive)) path.chop(ending.size());
-        if (path.size() < mPath->text().size()) mPath->setText(path + EndingOf(*Chosen().choice));
-    }
+    mKind = index;
+    mDestination->SetChoice(*Chosen().choice);
     QString about = QString::fromUtf8(Chosen().choice->about);
     if (Chosen().preview.dropsAlpha) about += tr(" The clip's alpha is dropped: colors stay as they are.");
     mAbout->setText(about);
@@ -282,7 +230,7 @@ void ExportDialog::ShowFrames() {
     mLast->setEnabled(!mWhole->isChecked());
     const auto [first, last] = Frames();
     const std::int64_t count = last - first + 1;
-    mCount->setText(count == 1 ? tr("1 frame") : tr("%1 frames").arg(QString::number(count)));
+    mCount->setText(QString::fromStdString(FramesText(count)));
 }
 
 std::pair<std::int64_t, std::int64_t> ExportDialog::Frames() const {
@@ -292,86 +240,19 @@ std::pair<std::int64_t, std::int64_t> ExportDialog::Frames() const {
     return {first, mLast->value()};
 }
 
-void ExportDialog::Browse() {
-    QFileDialog dialog(this, tr("Export To"));
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setFileMode(QFileDialog::AnyFile);
-    dialog.setOption(QFileDialog::DontConfirmOverwrite); // the range decides which files there will be
-    const QString suffix = QString::fromLatin1(Chosen().choice->format);
-    dialog.setNameFilters({QStringLiteral("%1 (*.%2)").arg(QString::fromUtf8(Chosen().choice->label), suffix),
-                           tr("All files (*)")});
-    dialog.setDefaultSuffix(suffix);
-    const QFileInfo present(mPath->text());
-    dialog.setDirectory(present.absolutePath());
-    dialog.selectFile(present.fileName());
-    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
-    mPath->setText(QFileInfo(dialog.selectedFiles().constFirst()).absoluteFilePath());
-    mPath->setFocus();
-}
-
-void ExportDialog::Complain(const QString& sentence, QWidget* where) {
-    mComplaint->setText(sentence);
-    mComplaint->show();
-    FitHeight();
-    where->setFocus();
-}
-
-std::optional<fs::path> ExportDialog::Destination() {
-    const QString text = mPath->text().trimmed();
-    const QFileInfo info(QDir(mPlace.folder.isEmpty() ? QDir::homePath() : mPlace.folder), text);
-    if (text.isEmpty() || text.endsWith(u'/') || info.isDir()) {
-        Complain(tr("Name the file to make."), mPath);
-        return std::nullopt;
-    }
-    try {
-        return CompletedPath(ToPath(QDir::cleanPath(info.absoluteFilePath())), *Chosen().choice);
-    } catch (const Failure& failure) {
-        Complain(tr("%1.").arg(QString::fromStdString(failure.what())), mPath);
-        return std::nullopt;
-    }
-}
-
-bool ExportDialog::CheckDestination(const fs::path& path) {
-    const QString folder = ToText(path.parent_path());
-    if (!QFileInfo(folder).isDir()) {
-        Complain(tr("There is no folder %1; make it first, or choose another.").arg(folder), mPath);
-        return false;
-    }
-    if (::access(path.parent_path().c_str(), W_OK | X_OK) != 0) {
-        Complain(tr("The folder %1 can't be written to; choose another.").arg(folder), mPath);
-        return false;
-    }
-    if (mPlace.isTaken && mPlace.isTaken(path)) {
-        Complain(tr("Another export is going to make %1; choose another name.").arg(ToText(path)), mPath);
-        return false;
-    }
-    return ConfirmsReplacement(path);
-}
-
-bool ExportDialog::ConfirmsReplacement(const fs::path& path) {
-    const ExportChoice& choice = *Chosen().choice;
-    const auto replaced = FindReplaced(path, choice, Frames());
-    if (!replaced) return true;
-    const QString question =
-        choice.naming == ExportNaming::kPictures
-            ? tr("%1 already exists.\nDo you want to replace it and the pictures after it?")
-            : tr("%1 already exists.\nDo you want to replace it?");
-    QMessageBox box(QMessageBox::Warning, windowTitle(), question.arg(ToText(*replaced)),
-                    QMessageBox::Yes | QMessageBox::No, this);
-    box.setTextFormat(Qt::PlainText);
-    box.setDefaultButton(QMessageBox::No);
-    if (box.exec() == QMessageBox::Yes) return true;
-    mPath->setFocus();
-    return false;
-}
-
 void ExportDialog::accept() {
     mComplaint->hide();
-    const auto path = Destination();
-    if (!path || !CheckDestination(*path)) return;
+    QString complaint;
+    const auto path = mDestination->Confirm(Frames(), complaint);
+    if (!complaint.isEmpty()) {
+        mComplaint->setText(complaint);
+        mComplaint->show();
+        FitHeight();
+    }
+    if (!path) return;
     mOptions = Chosen().options;
     if (Chosen().choice->IsH264())
-        ExportChoice::SetH264(mOptions, {mQuality->value(), mPreset->currentText().toStdString()});
+        SetH264(mOptions, {mQuality->value(), mPreset->currentText().toStdString()});
     mOptions.output = *path;
     const bool whole = mWhole->isChecked() && Chosen().choice->naming != ExportNaming::kPicture;
     if (!whole) mOptions.frames = Frames();

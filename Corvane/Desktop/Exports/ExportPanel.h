@@ -15,15 +15,18 @@ namespace corvane::desktop {
 
 class ExportRow;
 
-/// The exports of a window, one row a job: those that wait and run, and what became of the others. UI thread
-/// only. Destroying it cancels what is unfinished.
+/// The exports of a window, one row a job: those that wait or run, and what became of the others. Destroying
+/// it cancels what is unfinished. UI thread only.
 class ExportPanel final : public QWidget {
     Q_OBJECT
   public:
+    /// `bundle` makes the clips.
     explicit ExportPanel(std::shared_ptr<Bundle> bundle, QWidget* parent = nullptr);
     ~ExportPanel() override;
 
+    /// Adds a row and puts the job behind the others. If the job fails, its row says why.
     void AddJob(const ExportJob& job);
+    /// Whether a job waits or runs.
     bool HasUnfinishedJobs() const;
     /// Whether an unfinished job is to make this file.
     bool IsTaken(const std::filesystem::path& output) const;

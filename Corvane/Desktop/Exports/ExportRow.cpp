@@ -5,6 +5,7 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QGuiApplication>
@@ -23,18 +24,14 @@ namespace {
 
 constexpr int kBarSteps = 1000;
 
-QString PathText(const std::filesystem::path& path) {
-    return QFile::decodeName(path.c_str());
-}
-
-QString FramesText(std::int64_t frames) {
-    return frames == 1 ? ExportRow::tr("1 frame") : ExportRow::tr("%1 frames").arg(QString::number(frames));
+QString FrameCount(std::int64_t frames) {
+    return QString::fromStdString(FramesText(frames));
 }
 
 QString RunningText(const ExportStatus& status) {
     if (status.framesDone == 0) return ExportRow::tr("Starting…");
     QString text =
-        ExportRow::tr("%1 of %2").arg(QString::number(status.framesDone), FramesText(status.framesTotal));
+        ExportRow::tr("%1 of %2").arg(QString::number(status.framesDone), FrameCount(status.framesTotal));
     const double rate = status.FramesPerSecond();
     if (rate > 0) text += ExportRow::tr(", %1 a second").arg(QString::number(rate, 'f', rate < 10 ? 1 : 0));
     if (const auto left = status.SecondsLeft())
@@ -44,15 +41,16 @@ QString RunningText(const ExportStatus& status) {
 
 QString DoneText(const ExportStatus& status) {
     return ExportRow::tr("Done: %1, %2 in %3")
-        .arg(FramesText(status.report.frames), QString::fromStdString(BytesText(status.report.bytes)),
+        .arg(FrameCount(status.report.frames), QString::fromStdString(BytesText(status.report.bytes)),
              QString::fromStdString(WaitText(status.seconds)));
 }
 
 } // namespace
 
 ExportRow::ExportRow(const ExportJob& job, QWidget* parent)
-    : QFrame(parent), mName(QString::fromStdString(job.name)), mOutput(PathText(job.options.output)),
-      mFolder(PathText(std::filesystem::absolute(job.options.output).parent_path())) {
+    : QFrame(parent), mName(QString::fromStdString(job.name)),
+      mOutput(QFile::decodeName(job.options.output.c_str())),
+      mFolder(QFile::decodeName(std::filesystem::absolute(job.options.output).parent_path().c_str())) {
     setFrameShape(QFrame::StyledPanel);
     MakeWidgets();
     Show({});

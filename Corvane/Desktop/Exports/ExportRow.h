@@ -12,19 +12,24 @@ namespace corvane::desktop {
 
 class ElidedLabel;
 
-/// One job of the export panel.
+/// One job of the export panel. UI thread only.
 class ExportRow final : public QFrame {
     Q_OBJECT
   public:
     ExportRow(const ExportJob& job, QWidget* parent);
 
+    /// Shows how far along the job is.
     void Show(const ExportStatus& status);
+    /// The name of the clip.
     const QString& Name() const { return mName; }
+    /// The state that is shown.
     ExportState State() const { return mState; }
-    bool IsFinished() const { return mState != ExportState::kWaiting && mState != ExportState::kRunning; }
+    bool IsFinished() const { return corvane::IsFinished(mState); }
 
   Q_SIGNALS:
+    /// The person wants the job to end.
     void CancelPressed();
+    /// The person wants the row to go.
     void RemovePressed();
 
   private:

@@ -2,32 +2,25 @@
 
 #include <algorithm>
 #include <string_view>
-#include <utility>
 
 #include <fmt/format.h>
 
 #include "Engine/Failure.h"
+#include "Export/Targets/ExportKinds.h"
 
 namespace corvane {
 namespace {
 
-// Short names for encoders that libav has several of.
-constexpr std::pair<std::string_view, const char*> kPreferred[] = {{"h264", "libx264"},
-                                                                   {"hevc", "libx265"},
-                                                                   {"h265", "libx265"},
-                                                                   {"prores", "prores_ks"},
-                                                                   {"av1", "libsvtav1"}};
-
 std::string DefaultCodec(const AVOutputFormat& container) {
-    const std::string_view name = container.name;
-    if (name == "mp4" || name == "mov" || name == "matroska") return "h264";
+    for (const ExportKind& kind : ExportKinds())
+        if (std::string_view(kind.container) == container.name && *kind.codec != '\0') return kind.codec;
     return container.video_codec == AV_CODEC_ID_NONE ? "" : avcodec_get_name(container.video_codec);
 }
 
 const AVCodec* FindEncoder(const std::string& name) {
-    for (const auto& [shortName, preferred] : kPreferred)
-        if (name == shortName)
-            if (const AVCodec* const codec = avcodec_find_encoder_by_name(preferred)) return codec;
+    for (const ExportCodec& row : ExportCodecs())
+        if (name == row.name)
+            if (const AVCodec* const codec = avcodec_find_encoder_by_name(row.encoder)) return codec;
     if (const AVCodec* const codec = avcodec_find_encoder_by_name(name.c_str())) return codec;
     const AVCodecDescriptor* const about = avcodec_descriptor_get_by_name(name.c_str());
     return about != nullptr ? avcodec_find_encoder(about->id) : nullptr;
@@ -59,13 +52,11 @@ const AVOutputFormat* ContainerFor(const LibavRequest& request) {
         av_guess_format(request.kind.c_str(), ("x." + request.kind).c_str(), nullptr);
     if (container == nullptr)
         throw UsageFailure(
-            fmt::format("{}: there is no kind of output called {}; choose png, y4m, raw, mp4, mov, mkv "
-                        "or another container of libav",
-                        request.output.string(), request.kind));
+            fmt::format("{}: there is no kind of output called {}; choose {} or another container of libav",
+                        request.output.string(), request.kind, ListKinds(true, ", ")));
     if ((container->flags & (AVFMT_NOFILE | AVFMT_NEEDNUMBER)) != 0 || DefaultCodec(*container).empty())
-        throw UsageFailure(
-            fmt::format("{}: {} does not hold video in one file; choose png, y4m, raw, mp4, mov or mkv",
-                        request.output.string(), request.kind));
+        throw UsageFailure(fmt::format("{}: {} does not hold video in one file; choose {}",
+                                       request.output.string(), request.kind, ListKinds()));
     return container;
 }
 
@@ -77,10 +68,8 @@ CodecChoice CodecFor(const LibavRequest& request, const AVOutputFormat& containe
         ParseOptions(name, std::string_view(text).substr(std::min(text.size(), name.size() + 1)));
     choice.codec = FindEncoder(name);
     if (choice.codec == nullptr || choice.codec->type != AVMEDIA_TYPE_VIDEO)
-        throw UsageFailure(
-            fmt::format("there is no video codec called {}; choose h264, ffv1, prores, v210 or another "
-                        "encoder of libav",
-                        name));
+        throw UsageFailure(fmt::format(
+            "there is no video codec called {}; choose {} or another encoder of libav", name, ListCodecs()));
     if (avformat_query_codec(&container, choice.codec->id, FF_COMPLIANCE_NORMAL) == 0)
         throw UsageFailure(fmt::format("{}: {} can't carry {}; choose another codec, or mkv",
                                        request.output.string(), request.kind, name));

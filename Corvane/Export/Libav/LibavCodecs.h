@@ -18,17 +18,17 @@ struct CodecChoice {
     /// Options of the encoder by name. `pix_fmt` and `threads` are meant as ffmpeg means them.
     std::map<std::string, std::string> options;
 
-    /// The option's value, which is taken out; empty where there is none.
+    /// Takes the option out and returns its value; empty if there is none.
     std::string Take(const std::string& option);
 };
 
-/// The container for a suffix or a name of libav. Throws `UsageFailure` for an unknown one and for one that
-/// is not one file.
+/// The container for a suffix or a name of libav. Throws `UsageFailure` if there is none, or if it does not
+/// hold video in one file. Any thread.
 const AVOutputFormat* ContainerFor(const LibavRequest& request);
 
-/// The encoder: the one asked for, or the container's default here (H.264 in MP4, MOV and MKV). `h264` is
-/// libx264 and `prores` prores_ks. Throws `UsageFailure` for an unknown one and for one that the container
-/// can't carry.
+/// The encoder that was asked for, or the default of the container: that of its `ExportKind`, else libav's.
+/// For names of `ExportCodecs` it is their encoder, if this libav has it. Throws `UsageFailure` if there is
+/// no such codec, if the container can't carry it, or for options that are not written as such. Any thread.
 CodecChoice CodecFor(const LibavRequest& request, const AVOutputFormat& container);
 
 } // namespace corvane

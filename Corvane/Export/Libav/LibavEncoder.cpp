@@ -1,6 +1,7 @@
 #include "LibavEncoder.h"
 
 #include <new>
+#include <string>
 
 #include <fmt/format.h>
 
@@ -11,6 +12,7 @@ extern "C" {
 }
 
 #include "Engine/Failure.h"
+#include "Export/Targets/ExportKinds.h"
 
 namespace corvane {
 namespace {
@@ -22,7 +24,8 @@ AVRational Rational(std::uint32_t numerator, std::uint32_t denominator) {
     return {static_cast<int>(numerator), static_cast<int>(denominator)};
 }
 
-// For interlaced frames: TB is "top coded first, bottom displayed second" of frames that hold both fields.
+// Of frames that hold both fields: TB means that the top field is displayed first, BT that the bottom field
+// is.
 AVFieldOrder FieldOrderOf(FieldOrder order) {
     switch (order) {
     case FieldOrder::kUpperFirst: return AV_FIELD_TB;
@@ -50,9 +53,11 @@ AVPixelFormat PixelsFor(CodecChoice& choice, const StreamFacts& facts) {
 
 void SetDefaults(CodecChoice& choice, FieldOrder order) {
     if (std::string_view(choice.codec->name) != "libx264") return;
+    const H264Settings usual;
     auto& options = choice.options;
-    options.try_emplace("preset", "medium");
-    if (!options.contains("b") && !options.contains("qp")) options.try_emplace("crf", "18");
+    options.try_emplace("preset", usual.preset);
+    if (!options.contains("b") && !options.contains("qp"))
+        options.try_emplace("crf", std::to_string(usual.quality));
     if (order == FieldOrder::kProgressive) return;
     // The flag for interlaced coding alone would mean top first.
     std::string& parameters = options["x264-params"];

@@ -9,6 +9,7 @@
 
 namespace corvane {
 
+/// Frees what libav allocated, for `std::unique_ptr`.
 struct LibavFree {
     void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
     void operator()(AVFrame* frame) const { av_frame_free(&frame); }
@@ -16,19 +17,24 @@ struct LibavFree {
     void operator()(AVBufferPool* pool) const { av_buffer_pool_uninit(&pool); }
 };
 
-/// An open encoder. `NewPicture` is for many threads, the rest for one at a time. Throws `Failure` and, for
-/// options that the encoder does not have, `UsageFailure`.
+/// An open encoder. `NewPicture` may be called from many threads at once, all else by one at a time. All of
+/// it throws `Failure`.
 class LibavEncoder {
   public:
+    /// Opens the encoder. `globalHeader`: the container wants its header once and not in every key frame.
+    /// `log` outlives the encoder. Throws `UsageFailure` for options that the encoder does not have.
     LibavEncoder(const LibavRequest& request, CodecChoice choice, bool globalHeader, const LibavLog& log);
 
+    /// The encoder's own state, with all that containers must be told.
     const AVCodecContext& Context() const { return *mContext; }
+    /// How its pictures are to be filled.
     const PixelLayout& Layout() const { return mLayout; }
 
     /// Gives `picture` planes of its own and everything but the pixels and the time.
     void NewPicture(AVFrame& picture) const;
+    /// Gets each packet, which is its own only during the call.
     using Sink = std::function<void(AVPacket&)>;
-    /// Encodes a picture, or with null what the encoder still holds; hands the packets that are ready to
+    /// Encodes a picture, or if it is null what the encoder still holds. Hands the packets that are ready to
     /// `sink`.
     void Encode(const AVFrame* picture, const Sink& sink);
 

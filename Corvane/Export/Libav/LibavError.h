@@ -4,11 +4,11 @@
 
 namespace corvane {
 
-/// libav's own words for an error code.
+/// libav's own words for an error code. Any thread; never fails.
 std::string LibavMessage(int error);
 
-/// While one lives, what libav and its encoders log as errors is kept for the thread that they log it on, and
-/// nothing gets through to standard error. Any number at a time.
+/// As long as one lives, errors that libav and its encoders log are kept for the thread that they log them
+/// on, and nothing is printed. There may be any number at a time, on any threads.
 class LibavLog {
   public:
     LibavLog();
@@ -16,7 +16,7 @@ class LibavLog {
     LibavLog(const LibavLog&) = delete;
     LibavLog& operator=(const LibavLog&) = delete;
 
-    /// The last error that was logged on this thread, or else the words for `error`.
+    /// The last error that was logged on this thread, or the words for `error` if there was none.
     std::string Reason(int error) const;
 };
 

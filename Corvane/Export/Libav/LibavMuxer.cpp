@@ -12,8 +12,8 @@ namespace {
 
 constexpr int kBufferSize = 1 << 20;
 
-// Matroska tells the aspect by whole display pixels. Where that is not exact the codec's own ratio is to be
-// read.
+// Matroska gives the aspect as a size in whole pixels. If that is not exact, readers are to take the codec's
+// own ratio.
 bool CanTellAspect(const AVOutputFormat& container, const AVCodecContext& encoder) {
     const bool matroska =
         std::string_view(container.name) == "matroska" || std::string_view(container.name) == "webm";
@@ -36,7 +36,7 @@ LibavMuxer::LibavMuxer(const LibavRequest& request, const AVOutputFormat& contai
     AVIOContext* const io = buffer ? avio_alloc_context(buffer, kBufferSize, 1, this, nullptr, WriteBytes,
                                                         mFile.IsRegular() ? Seek : nullptr)
                                    : nullptr;
-    // The name is for the pass that moves MP4's index to the front and reads the file for that.
+    // The name is for moving MP4's index to the front, for which libav reads the file again.
     const int error =
         avformat_alloc_output_context2(&mContext, &container, nullptr, mFile.WorkingPath().c_str());
     if (io == nullptr || error < 0) throw std::bad_alloc();
@@ -90,7 +90,7 @@ void LibavMuxer::WriteHeader() {
     AVDictionary* options = nullptr;
     if (IsQuickTimeFamily(*mContext->oformat)) {
         const bool index = mFile.IsRegular() && std::string_view(mContext->oformat->name) != "mov";
-        // Without a way back the index can't be written behind: fragments then.
+        // Without seeking, no index can be written afterwards: the file is made of fragments then.
         const char* const flags = !mFile.IsRegular()
                                       ? "+frag_keyframe+empty_moov+default_base_moof+write_colr"
                                   : index ? "+faststart+write_colr"

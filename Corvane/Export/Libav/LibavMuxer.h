@@ -7,9 +7,11 @@
 
 namespace corvane {
 
-/// A container in the making, written through an `OutputFile`. One thread at a time. Throws `Failure`.
+/// A container that is being written, through an `OutputFile`. One thread at a time. All of it throws
+/// `Failure`.
 class LibavMuxer {
   public:
+    /// Makes the file under its temporary name. `log` outlives the muxer.
     LibavMuxer(const LibavRequest& request, const AVOutputFormat& container, const LibavLog& log);
     ~LibavMuxer();
     LibavMuxer(const LibavMuxer&) = delete;
@@ -17,10 +19,11 @@ class LibavMuxer {
 
     /// Describes the stream and writes the header.
     void Begin(const AVCodecContext& encoder, const StreamFacts& facts);
-    /// Takes over the packet's content.
+    /// Writes the packet, and leaves it empty.
     void Write(AVPacket& packet);
     /// Completes the container and puts the file in its place.
     void Finish();
+    /// Bytes written to the file so far.
     std::uint64_t BytesWritten() const { return mFile.BytesWritten(); }
 
   private:
@@ -34,7 +37,7 @@ class LibavMuxer {
     AVFormatContext* mContext = nullptr;
     AVStream* mStream = nullptr;
     AVRational mTimeBase{1, 1};
-    std::exception_ptr mWriteError; // of the file, which libav can't carry
+    std::exception_ptr mWriteError; // what writing the file threw: it can't pass through libav
 };
 
 } // namespace corvane

@@ -78,7 +78,7 @@ std::optional<PlanarFormat> PlanarLayoutOf(AVPixelFormat format, const StreamFac
     layout.subsampleH = about->log2_chroma_h;
     layout.fullRange = IsFullRange(format);
     layout.alpha = (about->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
-    // No plane can be made of an alpha that the frames do not have.
+    // Frames without alpha have nothing to fill the plane with.
     if (layout.alpha && !facts.HasAlpha()) return std::nullopt;
     return layout;
 }

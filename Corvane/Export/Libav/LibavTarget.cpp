@@ -50,8 +50,8 @@ class LibavTarget final : public Target {
 
     bool KeepsAlpha() const override { return HasAlpha(mEncoder.Context().pix_fmt); }
 
-    // Bytes are converted in far less time than an encoder with threads of its own takes: one thread feeds it
-    // while the other makes the next frame. Float frames are more work.
+    // An encoder with threads of its own takes far longer than the conversion of bytes: one thread feeds it
+    // while another makes the next frame. Float frames are more work.
     unsigned UsefulJobs(unsigned jobs) const override {
         constexpr int kThreads =
             AV_CODEC_CAP_FRAME_THREADS | AV_CODEC_CAP_SLICE_THREADS | AV_CODEC_CAP_OTHER_THREADS;

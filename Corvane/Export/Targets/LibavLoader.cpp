@@ -5,18 +5,19 @@
 #include <fmt/format.h>
 
 #include "Services/Foundation/ProgramFolder.h"
+#include "ExportKinds.h"
 
 namespace corvane {
 namespace {
 
-// The module stays loaded: libav keeps tables that are not made to go.
+// The module stays loaded: libav keeps tables that it can't free.
 MakeLibavTargetFunction* LoadModule(const std::string& kind) {
     const std::filesystem::path module = InLibraryFolder("corvane/corvane-libav.so");
     void* const library = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr)
         throw Failure(fmt::format("{} can't be loaded, which writing {} needs: {}; install it and its "
-                                  "libraries, or choose png, y4m or raw",
-                                  module.string(), kind, dlerror()));
+                                  "libraries, or choose {}",
+                                  module.string(), kind, dlerror(), ListKinds(false)));
     void* const function = dlsym(library, kMakeLibavTargetName);
     if (function == nullptr)
         throw Failure(

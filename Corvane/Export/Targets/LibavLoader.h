@@ -12,20 +12,22 @@ namespace corvane {
 /// What to write by libav.
 struct LibavRequest {
     std::filesystem::path output;
-    /// A container's name as a file's suffix or as libav calls it.
+    /// A container, by the suffix of its files or by libav's name.
     std::string kind;
-    /// NAME[:option=value[:option=value...]]; empty: the container's default here.
+    /// NAME[:option=value[:option=value...]]; empty: the container's default.
     std::string codec;
     StreamFacts facts;
 };
 
-/// The name of the one function of the module, of type `MakeLibavTargetFunction`.
+/// The name of the module's one function, which is of type `MakeLibavTargetFunction`.
 inline constexpr const char* kMakeLibavTargetName = "CorvaneMakeLibavTarget";
+/// Makes a target that the caller owns. Throws as `MakeLibavTarget` does.
 using MakeLibavTargetFunction = Target*(const LibavRequest& request);
 
-/// Makes a target by the module that knows libav, loading it first: linking libav costs every start of the
-/// program 100 ms and more. The module is `../lib/corvane/corvane-libav.so` from the program's folder. Throws
-/// `Failure` where it is missing or does not load, and what making the target throws.
+/// Makes a target by the module that knows libav. The module is loaded first and not linked, because linking
+/// libav costs every start of the program 100 ms and more. It is `../lib/corvane/corvane-libav.so` from the
+/// program's folder. Throws `Failure` if it is missing, does not load or can't make the target, and
+/// `UsageFailure` for a container, codec or option that there is not. Any thread.
 std::unique_ptr<Target> MakeLibavTarget(const LibavRequest& request);
 
 } // namespace corvane

@@ -27,7 +27,7 @@ bool IsAsDelivered(const StreamFacts& facts) {
 
 struct RawPacket final : Packet {
     FrameView frame;                    // rows to write, of `rowBytes` used bytes each
-    std::optional<PackedReader> reader; // none where the frame's own rows are written
+    std::optional<PackedReader> reader; // none if the frame's own rows are written
     std::vector<std::byte> converted;
 };
 

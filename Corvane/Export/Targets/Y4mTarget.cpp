@@ -38,7 +38,7 @@ Sampling ParseSampling(const std::string& name) {
                 planes.bits = bits;
                 planes.subsampleW = row.subsampleW;
                 planes.subsampleH = row.subsampleH;
-                // Of 8-bit 4:2:0 the plain tag means chroma in the center.
+                // The plain tag of 8-bit 4:2:0 would mean chroma in the center.
                 return {planes, name == "420" ? "420mpeg2" : name};
             }
     throw UsageFailure(fmt::format(
@@ -53,7 +53,7 @@ std::string HeaderOf(const StreamFacts& facts, const std::string& tag) {
                        facts.aspect.denominator, tag, tag == "420mpeg2" ? "420MPEG2" : tag);
 }
 
-/// One frame as it stands in the file: the mark, then the planes without gaps.
+// One frame as it is in the file: the mark, then the planes without gaps.
 struct Y4mPacket final : Packet {
     Y4mPacket(const StreamFacts& facts, const PlanarFormat& format, std::size_t size)
         : converter(facts, format), bytes(size + kFrameMark.size()) {

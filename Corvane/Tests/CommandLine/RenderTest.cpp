@@ -1,7 +1,6 @@
-// Faults sought: bytes that are not the plug-in's, files half written by a full
-// disk, a signal or a reader that went away, and older files lost by them.
+// Faults sought: bytes that are not the plug-in's, files half written by a full disk, a signal or a reader
+// that went away, and older files lost by them.
 #include <csignal>
-#include <cstring>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -29,10 +28,8 @@ TEST(Render, NativeBytesAreThePluginsOwn) {
     const fs::path clip =
         folder.Write("clip.synthex", SettingsText(R"(,"mFieldType":0,"mUpperFieldColor":{"mAlphaPart":0.2,)"
                                                   R"("mRedPart":1,"mGreenPart":0.5,"mBluePart":0.25})"));
-    const ProcessResult result =
-        RunSynthex({"render", clip, "-", "--format", "raw", "--native", "--frames", "3:4"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(result.err, "");
+    const auto result = RunSynthex({"render", clip, "-", "--format", "RAW", "--native", "--frames", "03:4"});
+    EXPECT_EQ(std::pair(result.status, result.err), std::pair(0, std::string()));
     std::string wanted;
     for (int pixel = 0; pixel < 2 * 64 * 48; ++pixel) wanted += "\x40\x80\xFF\x33";
     EXPECT_TRUE(result.out == wanted);
@@ -40,72 +37,56 @@ TEST(Render, NativeBytesAreThePluginsOwn) {
 
 TEST(Render, ColorsBeyondAllBoundsRender) {
     const TestFolder folder;
-    for (const char* const format : {"1634887522", "1281443650", "825307766"}) {
-        const fs::path clip = folder.Write(
-            "clip.synthex",
-            SettingsText(fmt::format(R"(,"mPixelFormat":{},"mRenderFormat":1,)"
-                                     R"("mTopGradiantColorStart":{{"mRedPart":1e300,"mAlphaPart":-1e300}},)"
-                                     R"("mTopGradiantColorEnd":{{"mRedPart":-1e300,"mGreenPart":1e-320}})",
-                                     format)));
+    for (const char* const format : {"1634887522", "1281443650", "825307766"})
         for (const char* const suffix : {"png", "y4m"}) {
-            const fs::path out = folder / fmt::format("out.{}", suffix);
-            const ProcessResult result = RunSynthex({"render", clip, out, "--frames", "5"});
+            const fs::path clip = folder.Write(
+                "clip.synthex", SettingsText(fmt::format(
+                                    R"(,"mPixelFormat":{},"mRenderFormat":1,)"
+                                    R"("mTopGradiantColorStart":{{"mRedPart":1e300,"mAlphaPart":-1e300}},)"
+                                    R"("mTopGradiantColorEnd":{{"mRedPart":-1e300,"mGreenPart":1e-320}})",
+                                    format)));
+            const auto result =
+                RunSynthex({"render", clip, folder / "out", "--format", suffix, "--frames", "5"});
             EXPECT_EQ(result.status, 0) << format << suffix << result.err;
         }
-    }
 }
 
 TEST(Render, WhatCanNotBeWrittenIsNamedAndLeavesNothing) {
     const TestFolder folder;
-    fs::create_directory(folder / "folder.raw");
     fs::create_directory(folder / "closed");
     fs::permissions(folder / "closed", fs::perms(0555));
-    const auto expectRefused = [&](const std::string& name, const char* said, const ProcessOptions& options) {
-        const fs::path out = folder.Path() / name;
-        ExpectRefused({"render", Sample("defaults"), out, "--frames", "0:9"}, 1, out.parent_path(), said,
-                      options);
-    };
-    expectRefused("none/out.raw", "make it first", {});
-    expectRefused("folder.raw", "name a file", {});
+    ExpectRefused({"render", Sample("defaults"), folder / "none/out.raw"}, 1, folder / "none",
+                  "make it first");
     if (RunsUnprivileged()) // root may write there
-        for (const char* const name : {"raw", "y4m", "mp4", "%d.png"})
-            expectRefused(std::string("closed/out.") + name, "may not be written to", {.unprivileged = true});
-    EXPECT_THAT(folder.Names(), ElementsAre("closed", "folder.raw"));
+        for (const char* const name : {"closed/out.raw", "closed/out.y4m", "closed/out.mp4", "closed/%d.png"})
+            ExpectRefused({"render", Sample("defaults"), folder / name, "--frames", "0:9"}, 1,
+                          folder / "closed", "may not be written to", {.unprivileged = true});
+    EXPECT_THAT(folder.Names(), ElementsAre("closed"));
     EXPECT_TRUE(fs::is_empty(folder / "closed"));
 }
 
-TEST(Render, AFullDiskLeavesTheOlderFile) {
-    for (const char* const name : {"out.raw", "out.y4m", "out.png", "out.mp4", "out.mkv"}) {
-        SCOPED_TRACE(name);
-        const TestFolder folder;
-        const fs::path out = folder.Write(name, "older");
-        const char* const frames = out.extension() == ".png" ? "0" : "0:9";
-        // A multiple of a disk's blocks, as a disk's end is.
-        const ProcessResult result =
-            RunSynthex({"render", Sample("gradient-23976"), out, "--frames", frames}, {.fileSize = 4096});
-        EXPECT_EQ(result.status, 1);
-        EXPECT_THAT(result.err, AllOf(StartsWith("synthex: " + out.string() + ": "), HasSubstr("limit")));
-        EXPECT_THAT(folder.Names(), ElementsAre(name));
-        EXPECT_EQ(ReadFile(out), "older");
-    }
-}
-
-TEST(Render, ASignalLeavesTheOlderFile) {
-    for (const auto& [name, number] :
-         {std::pair("out.raw", SIGINT), {"out.mp4", SIGTERM}, {"out.%05d.png", SIGINT}}) {
-        SCOPED_TRACE(name);
+TEST(Render, AFullDiskOrASignalLeavesTheOlderFile) {
+    const std::pair<const char*, int> rows[] = {
+        {"out.raw", 0}, {"out.y4m", 0},      {"out.png", 0},       {"out.mp4", 0},
+        {"out.mkv", 0}, {"out.raw", SIGINT}, {"out.mp4", SIGTERM}, {"out.%05d.png", SIGINT},
+    };
+    for (const auto& [name, signal] : rows) {
+        SCOPED_TRACE(testing::Message() << name << " " << signal);
         const TestFolder folder;
         const fs::path out = folder.Write(name, "older");
         const int watch = ::inotify_init1(IN_CLOEXEC);
         ::inotify_add_watch(watch, folder.Path().c_str(), IN_CREATE);
-        Process process(Synthex({"render", Sample("uhd-5994"), out}));
         pollfd created{watch, POLLIN, 0};
-        ASSERT_EQ(::poll(&created, 1, 30000), 1) << "no temporary file was made";
-        process.Signal(number);
+        // 4096 is a multiple of a disk's blocks, as a disk's end is.
+        Process process(Synthex({"render", Sample(signal == 0 ? "gradient-23976" : "uhd-5994"), out}),
+                        {.fileSize = signal == 0 ? 4096u : 0});
+        EXPECT_EQ(::poll(&created, 1, 30000), 1) << "no temporary file was made";
+        if (signal != 0) process.Signal(signal);
         const ProcessResult result = process.Wait();
         ::close(watch);
-        EXPECT_EQ(result.status, 128 + number);
-        EXPECT_THAT(result.err, HasSubstr("cancelled"));
+        EXPECT_EQ(result.status, signal == 0 ? 1 : 128 + signal);
+        EXPECT_THAT(result.err, AllOf(StartsWith("synthex: " + out.string() + ": "),
+                                      HasSubstr(signal == 0 ? "limit" : "cancelled")));
         EXPECT_THAT(folder.Names(), ElementsAre(name));
         EXPECT_EQ(ReadFile(out), "older");
     }

@@ -1,8 +1,5 @@
 // Fault sought: a damaged settings file that crashes the plug-in, is read in part, or is refused without its
 // name.
-#include <memory>
-
-#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,11 +8,11 @@
 
 namespace {
 
-using corvane::Clip;
+using namespace corvane;
 
-class SettingsSweep : public testing::Test {
+class SettingsSweep : public ::testing::Test {
   protected:
-    /// Opens a text as a file, and renders its last frame where it has one that is not too large to wait for.
+    /// Opens a text as a file, and renders its last frame if it has one that is not too large to wait for.
     /// Returns whether it opened.
     bool Opens(const std::string& text) const {
         // A new file each time: some file systems wait for the disk when a file is truncated and written
@@ -24,22 +21,21 @@ class SettingsSweep : public testing::Test {
         const std::filesystem::path path = mFolder.Write("clip.synthex", text);
         try {
             const auto clip = Clip::OpenFile(mBundle, path);
-            const corvane::ClipInfo& info = clip->Info();
+            const ClipInfo& info = clip->Info();
             const auto [width, height] = info.format.size;
             const bool small = std::uint64_t{width} * height < 4'000'000;
             if (small && clip->WhyNotRenderable().empty()) {
                 EXPECT_EQ(clip->GetFrame(info.frames - 1).View().height, height) << text;
             }
             return true;
-        } catch (const corvane::Failure& failure) {
-            EXPECT_THAT(failure.what(), testing::StartsWith(path.string() + ": ")) << text;
+        } catch (const Failure& failure) {
+            EXPECT_THAT(failure.what(), ::testing::StartsWith(path.string() + ": ")) << text;
             return false;
         }
     }
 
     const TestFolder mFolder;
-    const std::shared_ptr<corvane::Bundle> mBundle =
-        std::make_shared<corvane::Bundle>(corvane::testing::BundlePath());
+    const std::shared_ptr<Bundle> mBundle = std::make_shared<Bundle>(corvane::testing::BundlePath());
 };
 
 TEST_F(SettingsSweep, TruncatedFilesAreRefused) {
@@ -55,11 +51,8 @@ TEST_F(SettingsSweep, FilesWithOneByteChangedNeverEndTheProcess) {
     ASSERT_TRUE(Opens(whole));
     int opened = 0;
     for (std::size_t at = 0; at < whole.size(); ++at)
-        for (const char byte : {'\0', '"', '-', '9', 'e', '{', '}', ',', '\xFF'}) {
-            std::string changed = whole;
-            changed[at] = byte;
-            opened += Opens(changed);
-        }
+        for (const char byte : {'\0', '"', '-', '9', 'e', '{', '}', ',', '\xFF'})
+            opened += Opens(std::string(whole).replace(at, 1, 1, byte));
     // Changed digits and keys read; changed punctuation does not.
     EXPECT_GT(opened, 500);
     EXPECT_LT(opened, static_cast<int>(9 * whole.size()) - 500);

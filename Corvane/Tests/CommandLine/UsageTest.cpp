@@ -10,54 +10,66 @@
 
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
+using Arguments = std::vector<std::string>;
 
 TEST(Usage, HelpTeachesByExample) {
-    for (const std::string subcommand : {"", "info", "render", "new", "edit", "formats", "validate"}) {
-        const ProcessResult result =
-            subcommand.empty() ? RunSynthex({"--help"}) : RunSynthex({subcommand, "--help"});
-        EXPECT_EQ(result.status, 0) << subcommand;
-        EXPECT_THAT(result.out, AllOf(HasSubstr("Examples:\n  synthex "), HasSubstr("Exit status"),
-                                      HasSubstr("--bundle")));
+    for (const Arguments& command :
+         {Arguments{}, {"info"}, {"render"}, {"new"}, {"edit"}, {"formats"}, {"validate"}}) {
+        Arguments arguments = command;
+        arguments.push_back("--help");
+        const ProcessResult result = RunSynthex(arguments);
+        EXPECT_EQ(result.status, 0);
+        for (const char* const text : {"Examples:\n  synthex ", "Exit status", "--bundle"})
+            EXPECT_THAT(result.out, testing::HasSubstr(text)) << testing::PrintToString(arguments);
     }
     EXPECT_THAT(RunSynthex({"--version"}).out, testing::MatchesRegex("synthex [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }
 
 TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
     const std::string clip = Sample("defaults");
-    const std::pair<std::vector<std::string>, const char*> kRows[] = {
+    const std::pair<Arguments, const char*> kRows[] = {
         {{}, "synthex --help"},
         {{"infos"}, "no subcommand or option 'infos'"},
         {{"info"}, "synthex info --help"},
         {{"info", clip, "--jsno"}, "--jsno"},
         {{"render", clip}, "OUT is required"},
         {{"render", clip, "out.raw", "--jobs", "0"}, "--jobs"},
-        {{"render", clip, "out.raw", "--jobs", "many"}, "--jobs"},
         {{"render", clip, "out.nonsense"}, "nonsense"},
-        {{"render", clip, "-"}, "--format"},
+        {{"render", clip, "out.raw", "--frames", "1800"}, "0:1799"},
+        {{"render", clip, "out.raw", "--frames="}, "FIRST:LAST"},
+        {{"render", clip, "out.raw", "--frames=1:"}, "FIRST:LAST"},
+        {{"render", clip, "out.raw", "--frames=9:3"}, "FIRST:LAST"},
+        {{"render", clip, "out.raw", "--frames=-1:3"}, "FIRST:LAST"},
+        {{"render", clip, "out.raw", "--frames=99999999999999999999"}, "FIRST:LAST"},
+        {{"new", "x", "--size", "0x4"}, "'0x4' is not understood; write WIDTHxHEIGHT"},
+        {{"new", "x", "--size", "32769x4"}, "32768"},
+        {{"new", "x", "--size", "64"}, "WIDTHxHEIGHT"},
+        {{"new", "x", "--size", "64x48x2"}, "WIDTHxHEIGHT"},
+        {{"new", "x", "--par", "1/1"}, "N:D"},
+        {{"new", "x", "--par", "4294967296:1"}, "N:D"},
+        {{"new", "x", "--rate", "25/0"}, "N/D"},
+        {{"new", "x", "--rate", "29.97"}, "N/D"},
+        {{"new", "x", "--do", "=1"}, "ID=VALUE"},
+        {{"new", "x", "--answer", "maybe"}, "save=PATH"},
         {{"validate", "--time-limit", "0"}, "--time-limit"},
     };
     for (const auto& [arguments, said] : kRows) ExpectRefused(arguments, 2, "", said);
-    for (const char* const frames : {"", "1:", "9:3", "1:2:3", "-1:3", "99999999999999999999"})
-        ExpectRefused({"render", clip, "out.raw", "--frames=" + std::string(frames)}, 2, "", "FIRST:LAST");
-    for (const char* const frames : {"1800", "0:1800"})
-        ExpectRefused({"render", clip, "out.raw", "--frames", frames}, 2, "", "0:1799");
 }
 
 TEST(Usage, TheBundleIsNamedBeforeOrAfterTheSubcommand) {
-    const std::string bundle = corvane::testing::BundlePath(), clip = Sample("defaults");
-    EXPECT_EQ(RunSynthex({"--bundle", bundle, "info", clip}).status, 0);
-    EXPECT_EQ(
-        RunSynthex({"info", clip, "--bundle", bundle}, {.environment = {{"SYNTHEX_BUNDLE", "/x"}}}).status,
-        0);
-    ExpectRefused({"--bundle", "/none", "formats"}, 1, "/none: ", "--bundle");
-    ExpectRefused({"formats", "--bundle", "/none"}, 1, "/none: ", "--bundle");
+    const std::string bundle = corvane::testing::BundlePath();
+    const ProcessOptions elsewhere{.environment = {{"SYNTHEX_BUNDLE", "/x"}}};
+    for (const Arguments& arguments :
+         {Arguments{"--bundle", bundle, "formats"}, {"formats", "--bundle", bundle}})
+        EXPECT_EQ(RunSynthex(arguments, elsewhere).status, 0);
+    for (const Arguments& arguments :
+         {Arguments{"--bundle", "/none", "formats"}, {"formats", "--bundle", "/none"}})
+        ExpectRefused(arguments, 1, "/none: ", "--bundle");
 }
 
 TEST(Usage, AFullDiskIsNoticedByWhatIsPrinted) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"info", Sample("defaults")}, {"formats"}, {"formats", "--json"}})
+    for (const Arguments& arguments :
+         {Arguments{"info", Sample("defaults")}, {"formats"}, {"formats", "--json"}})
         ExpectRefused(arguments, 1, "standard output: it can't be written (No space left on device)", "",
                       {.output = "/dev/full"});
 }

@@ -3,8 +3,6 @@
 #include "Export/ExportQueue.h"
 
 #include <future>
-#include <map>
-#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,99 +12,66 @@
 
 namespace {
 
-namespace fs = std::filesystem;
-using corvane::ExportJob;
-using corvane::ExportQueue;
-using corvane::ExportState;
-using corvane::ExportStatus;
+using namespace corvane;
+using enum ExportState;
+using corvane::testing::LoadBundle;
 using corvane::testing::Settings;
 using corvane::testing::TestFolder;
-using enum ExportState;
-using testing::AllOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
+using ::testing::ElementsAre;
 using Step = std::pair<ExportQueue::ID, ExportState>;
 
-ExportJob Job(const fs::path& output, const Settings& settings = {.width = 64, .height = 48}) {
-    ExportJob job{"clip", {{}, corvane::testing::TextOf(settings)}, {}};
+ExportJob Job(const std::filesystem::path& output, int frames = 5) {
+    ExportJob job{"clip", {{}, TextOf(Settings{.width = 64, .height = 48, .frames = frames})}, {}};
     job.options.output = output;
     return job;
 }
 
-/// Notes the changes of state.
-class Notes {
-  public:
-    ExportQueue::Listener Listener() {
-        return [this](ExportQueue::ID id, const ExportStatus& status) {
-            if (status.framesDone > 0 && status.state == kRunning && onProgress) onProgress(id);
-            const std::lock_guard lock(mMutex);
-            if (mLast.contains(id) && mLast[id].state == status.state) return;
-            mSteps.emplace_back(id, status.state);
-            mLast[id] = status;
-            mChanged.notify_all();
-        };
+/// The changes of state, in their order.
+struct Steps : std::vector<Step> {
+    void Note(ExportQueue::ID id, const ExportStatus& status) {
+        if (empty() || back() != Step(id, status.state)) emplace_back(id, status.state);
     }
-    ExportStatus WaitFor(ExportQueue::ID id) {
-        std::unique_lock lock(mMutex);
-        mChanged.wait(lock, [&] { return mLast.contains(id) && mLast[id].IsFinished(); });
-        return mLast[id];
-    }
-    const std::vector<Step>& Steps() const { return mSteps; }
-
-    std::function<void(ExportQueue::ID)> onProgress;
-
-  private:
-    std::mutex mMutex;
-    std::condition_variable mChanged;
-    std::vector<Step> mSteps;
-    std::map<ExportQueue::ID, ExportStatus> mLast;
 };
 
 TEST(ExportQueue, RunsOneJobAfterTheOtherWhateverBecomesOfThem) {
     const TestFolder folder;
-    Notes notes;
-    ExportQueue queue(corvane::testing::LoadBundle(), notes.Listener());
-    const auto first = queue.Add(Job(folder / "a.mkv"));
-    const auto odd = queue.Add(Job(folder / "b.mp4", {.width = 47, .height = 33}));
-    ExportJob gone = Job(folder / "c.y4m");
+    Steps steps;
+    std::promise<ExportStatus> last;
+    ExportQueue queue(LoadBundle(), [&](ExportQueue::ID id, const ExportStatus& status) {
+        steps.Note(id, status);
+        if (id == 3 && status.IsFinished()) last.set_value(status);
+    });
+    queue.Add(Job(folder / "a.mkv"));
+    ExportJob gone = Job(folder / "b.y4m");
     gone.source = {folder / "gone.synthex", ""};
-    const auto missing = queue.Add(gone);
-    const auto last = queue.Add(Job(folder / "%d.png"));
-    const ExportStatus done = notes.WaitFor(last);
+    queue.Add(gone);
+    queue.Add(Job(folder / "%d.png"));
+    const ExportStatus done = last.get_future().get();
     EXPECT_EQ(std::tie(done.report.frames, done.framesDone, done.framesTotal), std::tuple(5, 5, 5));
     EXPECT_GT(done.report.bytes, 0u);
-    EXPECT_THAT(notes.WaitFor(odd).failure,
-                AllOf(StartsWith((folder / "b.mp4").string()), HasSubstr("multiple")));
-    EXPECT_THAT(notes.WaitFor(missing).failure, StartsWith((folder / "gone.synthex").string()));
-    EXPECT_THAT(notes.Steps(), ElementsAre(Step(first, kRunning), Step(first, kDone), Step(odd, kRunning),
-                                           Step(odd, kFailed), Step(missing, kRunning),
-                                           Step(missing, kFailed), Step(last, kRunning), Step(last, kDone)));
+    EXPECT_THAT(queue.Status(2)->failure, ::testing::StartsWith((folder / "gone.synthex").string()));
+    EXPECT_THAT(steps, ElementsAre(Step(1, kRunning), Step(1, kDone), Step(2, kRunning), Step(2, kFailed),
+                                   Step(3, kRunning), Step(3, kDone)));
     EXPECT_THAT(folder.Names(), ElementsAre("0.png", "1.png", "2.png", "3.png", "4.png", "a.mkv"));
 }
 
 TEST(ExportQueue, CancelledJobsLeaveNothingAndTheOthersGoOn) {
     const TestFolder folder;
-    Notes notes;
+    Steps steps;
     std::promise<void> added, thirdRuns;
-    bool thirdRan = false;
     {
-        ExportQueue queue(corvane::testing::LoadBundle(), notes.Listener());
-        notes.onProgress = [&](ExportQueue::ID id) {
-            if (id == 3) {
-                if (!std::exchange(thirdRan, true)) thirdRuns.set_value();
-                return;
-            }
-            if (queue.Status(2)->IsFinished()) return;
+        ExportQueue queue(LoadBundle(), [&](ExportQueue::ID id, const ExportStatus& status) {
+            steps.Note(id, status);
+            if (status.framesDone != 1 || status.state != kRunning) return;
+            if (id == 3) return thirdRuns.set_value();
             added.get_future().wait();
             EXPECT_TRUE(queue.IsTaken(folder.Path() / "." / "b.y4m"));
             queue.Cancel(2);
             EXPECT_FALSE(queue.IsTaken(folder / "b.y4m"));
             queue.Cancel(1);
             queue.Forget(1); // too early: nothing happens
-        };
-        for (const char* const name : {"a.mp4", "b.y4m", "c.y4m"})
-            queue.Add(Job(folder / name, {.width = 64, .height = 48, .frames = 1000000}));
+        });
+        for (const char* const name : {"a.mp4", "b.y4m", "c.y4m"}) queue.Add(Job(folder / name, 1000000));
         added.set_value();
         thirdRuns.get_future().wait();
         EXPECT_EQ(queue.Status(1)->state, kCancelled);
@@ -114,8 +79,8 @@ TEST(ExportQueue, CancelledJobsLeaveNothingAndTheOthersGoOn) {
         queue.Forget(1);
         EXPECT_FALSE(queue.Status(1));
     } // ends the third
-    EXPECT_THAT(notes.Steps(), ElementsAre(Step(1, kRunning), Step(2, kCancelled), Step(1, kCancelled),
-                                           Step(3, kRunning), Step(3, kCancelled)));
+    EXPECT_THAT(steps, ElementsAre(Step(1, kRunning), Step(2, kCancelled), Step(1, kCancelled),
+                                   Step(3, kRunning), Step(3, kCancelled)));
     EXPECT_TRUE(folder.Names().empty());
 }
 

@@ -1,16 +1,14 @@
-// Faults sought: frames out of order, two consumers at once, an exception lost or thrown while threads still
-// run, a cancel that waits for the end.
+// Faults sought: frames out of order, two consumers at once, an exception that is lost, thrown while threads
+// still run, or not told to threads that wait.
 #include "Export/Pipeline.h"
-
-#include <atomic>
-#include <vector>
 
 #include <gtest/gtest.h>
 
 namespace {
 
-using corvane::FrameView;
 using corvane::Packet;
+
+constexpr std::int64_t kBadFrame = 20;
 
 struct IndexPacket : Packet {
     std::int64_t index = -1;
@@ -23,70 +21,75 @@ class RecordingTarget : public corvane::Target {
         ++packets;
         return std::make_unique<IndexPacket>();
     }
-    void Prepare(const FrameView& frame, std::int64_t index, Packet& packet) override {
+    void Prepare(const corvane::FrameView& frame, std::int64_t index, Packet& packet) override {
+        FailAt(index, "prepare");
         auto& mine = static_cast<IndexPacket&>(packet);
-        if (index == failInPrepare) throw corvane::Failure("prepare");
         // Uneven work, so that later frames are done before earlier ones.
         mine.work.assign(index % 3 == 0 ? 300000 : 10, 1);
-        mine.index = static_cast<std::int64_t>(frame.width);
+        mine.index = frame.width;
+        ++prepared;
+        prepared.notify_all();
     }
     void Consume(Packet& packet) override {
         EXPECT_EQ(inside.fetch_add(1), 0) << "two consumers at once";
         const std::int64_t index = static_cast<IndexPacket&>(packet).index;
-        if (index == failInConsume) throw corvane::Failure("consume");
+        // Every slot is full by the time it fails: the other threads wait.
+        if (failing == "consume" && index == kBadFrame)
+            for (int count = prepared; count < kBadFrame + slots; count = prepared) prepared.wait(count);
+        FailAt(index, "consume");
         order.push_back(index);
         --inside;
     }
     void Finish() override {}
     std::uint64_t BytesWritten() const override { return 0; }
+    void FailAt(std::int64_t index, const std::string& step) const {
+        if (index == kBadFrame && step == failing) throw corvane::Failure(step);
+    }
 
-    std::int64_t failInPrepare = -1;
-    std::int64_t failInConsume = -1;
-    std::atomic<int> inside{0};
-    std::atomic<int> packets{0};
+    std::string failing;
+    int slots = 0;
+    std::atomic<int> inside{0}, packets{0}, prepared{0};
     std::vector<std::int64_t> order;
 };
 
-corvane::RenderedFrame Render(std::int64_t index) {
-    if (index == 77) throw corvane::Failure("render");
-    corvane::RenderedFrame frame;
-    frame.view.width = static_cast<std::uint32_t>(index);
-    return frame;
+std::int64_t Run(RecordingTarget& target, std::int64_t first, std::int64_t last, unsigned jobs,
+                 const corvane::ExportProgress& progress = {}) {
+    target.slots = jobs == 1 ? 1 : static_cast<int>(2 * jobs);
+    const corvane::RenderFrame render = [&](std::int64_t index) {
+        target.FailAt(index, "render");
+        corvane::RenderedFrame frame;
+        frame.view.width = static_cast<std::uint32_t>(index);
+        return frame;
+    };
+    return corvane::RunPipeline(render, target, first, last, jobs, progress, std::atomic<bool>{false});
 }
 
 TEST(Pipeline, FramesArriveInOrderWithAnyNumberOfThreads) {
-    const std::atomic<bool> cancel{false};
     for (const unsigned jobs : {1u, 2u, 5u}) {
         RecordingTarget target;
-        std::vector<std::int64_t> told;
-        EXPECT_EQ(corvane::RunPipeline(
-                      Render, target, 10, 69, jobs,
-                      [&](std::int64_t done, std::int64_t total) { told.push_back(done * 1000 + total); },
-                      cancel),
-                  60);
-        ASSERT_EQ(target.order.size(), 60u);
-        for (std::size_t i = 0; i < 60; ++i) {
-            EXPECT_EQ(target.order[i], static_cast<std::int64_t>(10 + i));
-            EXPECT_EQ(told[i], static_cast<std::int64_t>((i + 1) * 1000 + 60));
-        }
-        EXPECT_LE(target.packets, static_cast<int>(2 * jobs)) << "packets are to be used again";
+        std::vector<std::int64_t> told, wanted, wantedTold;
+        for (std::int64_t i = 0; i < 60; ++i) wanted.push_back(10 + i), wantedTold.push_back(1060 + 1000 * i);
+        EXPECT_EQ(
+            Run(target, 10, 69, jobs, [&](auto done, auto total) { told.push_back(done * 1000 + total); }),
+            60);
+        EXPECT_EQ(target.order, wanted);
+        EXPECT_EQ(told, wantedTold);
+        EXPECT_LE(target.packets, target.slots) << "packets are to be used again";
     }
 }
 
 TEST(Pipeline, TheFirstExceptionOfAnyStepEndsIt) {
-    const std::atomic<bool> cancel{false};
-    for (const std::string step : {"render", "prepare", "consume"})
+    for (const char* const step : {"render", "prepare", "consume"})
         for (const unsigned jobs : {1u, 3u}) {
             RecordingTarget target;
-            if (step == "prepare") target.failInPrepare = 20;
-            if (step == "consume") target.failInConsume = 20;
+            target.failing = step;
             try {
-                corvane::RunPipeline(Render, target, 0, 99, jobs, {}, cancel);
+                Run(target, 0, 99, jobs);
                 ADD_FAILURE() << step << " did not throw";
             } catch (const corvane::Failure& failure) {
-                EXPECT_EQ(failure.what(), step);
+                EXPECT_STREQ(failure.what(), step);
             }
-            EXPECT_LE(target.order.size(), step == "render" ? 77u : 20u);
+            EXPECT_EQ(target.order.size(), std::size_t{kBadFrame});
         }
 }
 

@@ -2,8 +2,6 @@
 // its reason, files left by cancelled jobs, a window that is closed while a job runs.
 #include "Desktop/Exports/ExportPanel.h"
 
-#include <fstream>
-
 #include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
@@ -30,14 +28,10 @@
 namespace {
 
 namespace fs = std::filesystem;
-using corvane::ExportJob;
-using corvane::desktop::ExportDialog;
-using corvane::desktop::ExportPanel;
-using corvane::desktop::ExportRow;
+using namespace corvane::desktop;
 using corvane::testing::Settings;
-using corvane::testing::TestFolder;
 
-constexpr Settings kEndless{.width = 64, .height = 48, .frames = 1000000};
+constexpr int kEndless = 1000000;
 
 class ExportPanelTest : public testing::Test {
   protected:
@@ -47,18 +41,19 @@ class ExportPanelTest : public testing::Test {
         finished = std::make_unique<QSignalSpy>(panel.get(), &ExportPanel::JobFinished);
         panel->show();
     }
-    void Add(const char* output, const Settings& settings) {
-        ExportJob job{output, {{}, corvane::testing::TextOf(settings)}, {}};
+    void Add(const char* output, int frames, std::uint32_t width = 64) {
+        const Settings settings{.width = width, .height = 48, .frames = frames};
+        corvane::ExportJob job{output, {{}, corvane::testing::TextOf(settings)}, {}};
         job.options.output = folder / output;
         panel->AddJob(job);
     }
     void WaitForFinished(int count) {
         while (finished->count() < count) ASSERT_TRUE(finished->wait(60000));
     }
-    QList<ExportRow*> Rows() { return panel->findChildren<ExportRow*>(); }
-    static QString StateOf(ExportRow& row) { return Find<QLabel>(row, "exportState").text(); }
+    ExportRow& Row(qsizetype index) { return *panel->findChildren<ExportRow*>()[index]; }
+    QString State(qsizetype index) { return Find<QLabel>(Row(index), "exportState").text(); }
 
-    TestFolder folder;
+    corvane::testing::TestFolder folder;
     std::unique_ptr<ExportPanel> panel;
     std::unique_ptr<QSignalSpy> finished;
 };
@@ -77,39 +72,38 @@ TEST_F(ExportPanelTest, TellsWhatBecameOfEachJobAndShowsItsFolder) {
     FolderOpener opener;
     fs::create_directory(folder / "50% a#b");
     const QString path = QString::fromStdString(folder / "50% a#b");
-    Add("50% a#b/good.mkv", {.width = 64, .height = 48});
-    Add("odd.mp4", {.width = 47, .height = 33});
+    Add("50% a#b/good.mkv", 5);
+    Add("odd.mp4", 5, 47);
     WaitForFinished(2);
     EXPECT_EQ(finished->at(1).at(0), "odd.mp4");
     EXPECT_FALSE(panel->HasUnfinishedJobs());
-    auto &good = *Rows()[0], &odd = *Rows()[1];
-    EXPECT_TRUE(StateOf(good).startsWith("Done: 5 frames, "));
-    EXPECT_TRUE(StateOf(odd).startsWith("Failed: libx264 can't encode frames of 47x33"));
-    Find<QToolButton>(odd, "exportCopy").click();
+    EXPECT_TRUE(State(0).startsWith("Done: 5 frames, "));
+    EXPECT_TRUE(State(1).startsWith("Failed: libx264 can't encode frames of 47x48"));
+    Find<QToolButton>(Row(1), "exportCopy").click();
     EXPECT_TRUE(QApplication::clipboard()->text().contains("odd.mp4: libx264"));
-    Find<QToolButton>(good, "exportShow").click();
+    Find<QToolButton>(Row(0), "exportShow").click();
     fs::remove_all(folder / "50% a#b");
-    Find<QToolButton>(good, "exportShow").click();
+    Find<QToolButton>(Row(0), "exportShow").click();
     EXPECT_EQ(opener.opened, QStringList(path)); // the second time it was gone
-    EXPECT_TRUE(StateOf(good).contains(path));
-    Find<QToolButton>(odd, "exportRemove").click();
+    EXPECT_TRUE(State(0).contains(path));
+    Find<QToolButton>(Row(1), "exportRemove").click();
     Find<QPushButton>(*panel, "exportClear").click();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_TRUE(Rows().empty());
+    EXPECT_EQ(panel->findChild<ExportRow*>(), nullptr);
 }
 
 TEST_F(ExportPanelTest, CancelsOneJobAndAllAndLeavesNoFile) {
     QSignalSpy counts(panel.get(), &ExportPanel::UnfinishedJobsChanged);
     for (const char* const name : {"a.mp4", "b.mp4", "c.mp4"}) Add(name, kEndless);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return StateOf(*Rows()[0]).endsWith(" left"); }, 60000));
-    QTest::keyClick(&Find<QToolButton>(*Rows()[1], "exportCancel"), Qt::Key_Space);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return State(0).endsWith(" left"); }, 60000));
+    QTest::keyClick(&Find<QToolButton>(Row(1), "exportCancel"), Qt::Key_Space);
     WaitForFinished(1);
     EXPECT_EQ(finished->at(0).at(0), "b.mp4");
-    EXPECT_TRUE(panel->IsTaken(folder / "c.mp4"));
     Find<QPushButton>(*panel, "exportCancelAll").click();
     WaitForFinished(3);
     EXPECT_EQ(counts.last().at(0), 0);
     Add("d.y4m", kEndless); // and one that runs when the window closes
+    EXPECT_TRUE(panel->IsTaken(folder / "d.y4m"));
     panel.reset();
     EXPECT_TRUE(folder.Names().empty());
 }
@@ -121,21 +115,21 @@ class ExportDialogTest : public testing::Test {
         QSettings().remove("Export");
     }
     void Open(const Settings& settings = {.width = 64, .height = 48}) {
-        dialog = std::make_unique<ExportDialog>(
-            *corvane::testing::MakeClip(settings), "My clip",
-            corvane::desktop::ExportPlace{
-                QString::fromStdString(folder.Path()), 3,
-                [this](const fs::path& path) { return path == folder / "taken.mp4"; }},
-            nullptr);
+        const auto clip = corvane::testing::MakeClip(settings);
+        const auto isTaken = [this](const fs::path& path) { return path == folder / "taken.mp4"; };
+        const ExportPlace place{QString::fromStdString(folder.Path()), 3, isTaken};
+        dialog = std::make_unique<ExportDialog>(*clip, "My clip", place, nullptr);
         dialog->show();
     }
-    void Choose(const char* id) {
-        const auto choices = corvane::ExportChoices();
-        Find<QComboBox>(*dialog, "exportKind")
-            .setCurrentIndex(static_cast<int>(corvane::FindExportChoice(id) - choices.data()));
+    template <class Widget>
+    Widget& Get(const char* name) {
+        return Find<Widget>(*dialog, name);
     }
-    /// Presses Export and answers the question, where there is one. Tells whether there was one.
-    bool Start(QMessageBox::StandardButton answer) {
+    void Choose(const char* id) {
+        Get<QComboBox>("exportKind").setCurrentText(corvane::FindExportChoice(id)->label);
+    }
+    /// Presses Export and answers the question, if there is one. Tells whether there was one.
+    bool Start(QMessageBox::StandardButton answer = QMessageBox::No) {
         bool asked = false;
         QTimer timer;
         QObject::connect(&timer, &QTimer::timeout, [&] {
@@ -145,82 +139,82 @@ class ExportDialogTest : public testing::Test {
             }
         });
         timer.start(0);
-        Find<QPushButton>(*dialog, "exportStart").click();
+        Get<QPushButton>("exportStart").click();
         return asked;
     }
+    /// Presses Export, which asks nothing and gives the frames to this file of the folder.
+    void ExpectExport(const char* name, std::optional<std::int64_t> frame) {
+        EXPECT_FALSE(Start());
+        EXPECT_EQ(dialog->Options().output, folder / name);
+        EXPECT_EQ(dialog->Options().frames, frame ? std::optional(std::pair(*frame, *frame)) : std::nullopt);
+    }
 
-    TestFolder folder;
+    corvane::testing::TestFolder folder;
     std::unique_ptr<ExportDialog> dialog;
 };
 
 TEST_F(ExportDialogTest, GivesWhatWasEnteredAndProposesItTheNextTime) {
     Open();
-    Find<QSpinBox>(*dialog, "exportQuality").setValue(30);
-    Find<QComboBox>(*dialog, "exportPreset").setCurrentText("ultrafast");
-    EXPECT_FALSE(Start(QMessageBox::No));
-    EXPECT_EQ(dialog->Options().output, folder / "My clip.mp4");
+    Get<QSpinBox>("exportQuality").setValue(30);
+    Get<QComboBox>("exportPreset").setCurrentText("ultrafast");
+    ExpectExport("My clip.mp4", {});
     EXPECT_EQ(dialog->Options().codec, "h264:preset=ultrafast:crf=30");
-    EXPECT_EQ(dialog->Options().frames, std::nullopt);
     Open();
     Choose("png-picture");
-    EXPECT_FALSE(Start(QMessageBox::No));
-    EXPECT_EQ(dialog->Options().output, folder / "My clip.png");
-    EXPECT_EQ(dialog->Options().frames, std::pair(std::int64_t{3}, std::int64_t{3}));
+    ExpectExport("My clip.png", 3);
     Open();
-    EXPECT_EQ(Find<QComboBox>(*dialog, "exportKind").currentText(), "Single PNG (one frame)");
-    EXPECT_EQ(Find<QSpinBox>(*dialog, "exportQuality").value(), 30);
+    EXPECT_EQ(Get<QComboBox>("exportKind").currentText(), "Single PNG (one frame)");
+    EXPECT_EQ(Get<QSpinBox>("exportQuality").value(), 30);
     Choose("png-pictures");
-    Find<QCheckBox>(*dialog, "exportWhole").setChecked(false);
-    Find<QSpinBox>(*dialog, "exportLast").setValue(3);
-    Find<QSpinBox>(*dialog, "exportFirst").setValue(4); // takes the last frame with it
-    EXPECT_FALSE(Start(QMessageBox::No));
-    EXPECT_EQ(dialog->Options().output, folder / "My clip.%05d.png");
-    EXPECT_EQ(dialog->Options().frames, std::pair(std::int64_t{4}, std::int64_t{4}));
+    Get<QCheckBox>("exportWhole").setChecked(false);
+    Get<QSpinBox>("exportLast").setValue(3);
+    Get<QSpinBox>("exportFirst").setValue(4); // takes the last frame with it
+    ExpectExport("My clip.%05d.png", 4);
 }
 
 TEST_F(ExportDialogTest, WhatDoesNotFitCanNotBeChosenAndSaysWhy) {
     Open({.width = 47, .height = 33});
-    auto& kinds = Find<QComboBox>(*dialog, "exportKind");
+    auto& kinds = Get<QComboBox>("exportKind");
     const QStandardItem& movie = *qobject_cast<QStandardItemModel*>(kinds.model())->item(0);
     EXPECT_FALSE(movie.isEnabled());
     EXPECT_TRUE(movie.toolTip().contains("multiple of 2"));
-    EXPECT_TRUE(Find<QLabel>(*dialog, "exportUnfit").text().contains("MP4, H.264"));
+    EXPECT_TRUE(Get<QLabel>("exportUnfit").text().contains("MP4, H.264"));
     EXPECT_EQ(kinds.currentText(), "MOV, ProRes 422 HQ");
-    EXPECT_TRUE(Find<QLabel>(*dialog, "exportAbout").text().contains("alpha is dropped"));
+    EXPECT_TRUE(Get<QLabel>("exportAbout").text().contains("alpha is dropped"));
     Open({.width = 47, .height = 33, .frames = 0});
-    EXPECT_FALSE(Find<QPushButton>(*dialog, "exportStart").isEnabled());
-    EXPECT_TRUE(Find<QLabel>(*dialog, "exportUnfit").text().contains("no duration"));
+    EXPECT_FALSE(Get<QPushButton>("exportStart").isEnabled());
+    EXPECT_TRUE(Get<QLabel>("exportUnfit").text().contains("no duration"));
 }
 
 TEST_F(ExportDialogTest, AsksBeforeAnythingIsReplacedAndRefusesWhatCanNotBe) {
-    for (const char* const name : {"old.mp4", "old.00002.png"}) std::ofstream(folder / name) << "old";
-    struct Row {
+    for (const char* const name : {"old.mp4", "old.00002.png"}) folder.Write(name, "old");
+    struct {
         const char* kind;
         fs::path typed;
         int first;
         bool asks;
         const char* complaint = "";
-    };
-    const Row rows[] = {{"mp4-h264", folder / "old", 0, true},
-                        {"png-pictures", folder / "old.png", 2, true},
-                        {"png-pictures", folder / "old.png", 3, false},
-                        {"mkv-h264", folder / "old", 0, false},
-                        {"mp4-h264", "", 0, false, "Name the file"},
-                        {"mp4-h264", folder.Path(), 0, false, "Name the file"},
-                        {"mp4-h264", folder / "none/a.mp4", 0, false, "no folder"},
-                        {"mp4-h264", folder / "taken.mp4", 0, false, "Another export"}};
-    for (const Row& row : rows)
+    } const rows[] = {{"mp4-h264", folder / "old", 0, true},
+                      {"png-pictures", folder / "old.png", 2, true},
+                      {"png-pictures", folder / "old.png", 3, false},
+                      {"mkv-h264", folder / "old", 0, false},
+                      {"mp4-h264", "", 0, false, "Name the file"},
+                      {"mp4-h264", folder.Path(), 0, false, "Name the file"},
+                      {"png-pictures", folder / "50%.png", 0, false, "50%.png"},
+                      {"mp4-h264", folder / "none/a.mp4", 0, false, "no folder"},
+                      {"mp4-h264", folder / "taken.mp4", 0, false, "Another export"}};
+    for (const auto& row : rows)
         for (const auto answer : {QMessageBox::No, QMessageBox::Yes}) {
             SCOPED_TRACE(row.typed);
             Open();
             Choose(row.kind);
-            Find<QCheckBox>(*dialog, "exportWhole").setChecked(false);
-            Find<QSpinBox>(*dialog, "exportFirst").setValue(row.first);
-            Find<QLineEdit>(*dialog, "exportPath").setText(QString::fromStdString(row.typed));
+            Get<QCheckBox>("exportWhole").setChecked(false);
+            Get<QSpinBox>("exportFirst").setValue(row.first);
+            Get<QLineEdit>("exportPath").setText(QString::fromStdString(row.typed));
             EXPECT_EQ(Start(answer), row.asks);
             const bool accepts = *row.complaint == '\0' && (!row.asks || answer == QMessageBox::Yes);
             EXPECT_EQ(dialog->result() == QDialog::Accepted, accepts);
-            EXPECT_TRUE(Find<QLabel>(*dialog, "exportComplaint").text().contains(row.complaint));
+            EXPECT_TRUE(Get<QLabel>("exportComplaint").text().contains(row.complaint));
         }
 }
 

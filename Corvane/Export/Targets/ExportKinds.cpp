@@ -1,0 +1,175 @@
+#include "ExportKinds.h"
+
+#include <algorithm>
+#include <vector>
+
+#include <fmt/format.h>
+
+namespace corvane {
+namespace {
+
+using enum ExportWriter;
+using enum ExportNaming;
+
+constexpr ExportKind kKinds[] = {
+    {.name = "png",
+     .writer = kPng,
+     .choices = {{.id = "png-pictures",
+                  .label = "PNG pictures",
+                  .about = "One lossless picture a frame, with its number in the name.",
+                  .kind = "png",
+                  .naming = kPictures},
+                 {.id = "png-picture",
+                  .label = "Single PNG (one frame)",
+                  .about = "One frame as a lossless picture.",
+                  .kind = "png",
+                  .naming = kPicture}}},
+    {.name = "y4m",
+     .writer = kY4m,
+     .choices = {{.id = "y4m-420",
+                  .label = "Y4M, 4:2:0",
+                  .about = "Uncompressed Y'CbCr that encoders read; 16 bits for float frames.",
+                  .kind = "y4m"},
+                 {.id = "y4m-444",
+                  .label = "Y4M, 4:4:4",
+                  .about = "Uncompressed Y'CbCr with all of its chroma, 8 bits.",
+                  .kind = "y4m",
+                  .codec = "444"}}},
+    {.name = "raw",
+     .writer = kRaw,
+     .choices = {{.id = "raw",
+                  .label = "Raw frames",
+                  .about = "Pixels without a header: B, G, R, A bytes, or R, G, B, A 16-bit words of float "
+                           "frames.",
+                  .kind = "raw"},
+                 {.id = "raw-native",
+                  .label = "Raw frames as delivered",
+                  .about = "The very bytes that the plug-in made, without row padding.",
+                  .kind = "raw",
+                  .native = true}}},
+    {.name = "mp4", .writer = kLibav, .container = "mp4", .codec = "h264"},
+    {.name = "mov", .writer = kLibav, .container = "mov", .codec = "h264"},
+    {.name = "mkv", .writer = kLibav, .container = "matroska", .codec = "h264"},
+    {.name = "framemd5",
+     .writer = kLibav,
+     .container = "framemd5",
+     .choices = {{.id = "framemd5",
+                  .label = "Checksums (framemd5)",
+                  .about = "A text with one checksum a frame, to compare renders by.",
+                  .kind = "framemd5"}}},
+};
+
+constexpr ExportCodec kCodecs[] = {
+    {.name = "h264",
+     .encoder = "libx264",
+     .choices = {{.id = "mp4-h264",
+                  .label = "MP4, H.264",
+                  .about = "Plays nearly everywhere. 8 bits, 4:2:0.",
+                  .kind = "mp4",
+                  .codec = "h264"},
+                 {.id = "mov-h264",
+                  .label = "MOV, H.264",
+                  .about = "The same picture in a QuickTime file.",
+                  .kind = "mov",
+                  .codec = "h264"},
+                 {.id = "mkv-h264",
+                  .label = "MKV, H.264",
+                  .about = "The same picture in a Matroska file.",
+                  .kind = "mkv",
+                  .codec = "h264"}}},
+    {.name = "prores",
+     .encoder = "prores_ks",
+     .choices = {{.id = "mov-prores422hq",
+                  .label = "MOV, ProRes 422 HQ",
+                  .about = "For editing. 10 bits, 4:2:2, little loss.",
+                  .kind = "mov",
+                  .codec = "prores:profile=3"},
+                 {.id = "mov-prores4444",
+                  .label = "MOV, ProRes 4444",
+                  .about = "For compositing. 10 bits, 4:4:4, with the alpha of clips that have it.",
+                  .kind = "mov",
+                  .codec = "prores:profile=4:pix_fmt=yuv444p10le",
+                  .codecWithAlpha = "prores:profile=4:pix_fmt=yuva444p10le"}}},
+    {.name = "v210",
+     .encoder = "v210",
+     .choices = {{.id = "mov-v210",
+                  .label = "MOV, v210 (uncompressed)",
+                  .about = "Uncompressed video. 10 bits, 4:2:2; large files.",
+                  .kind = "mov",
+                  .codec = "v210"}}},
+    {.name = "ffv1",
+     .encoder = "ffv1",
+     .choices = {{.id = "mkv-ffv1",
+                  .label = "MKV, FFV1 (lossless)",
+                  .about = "Keeps 8-bit frames bit for bit, alpha included; float frames in up to 16 bits.",
+                  .kind = "mkv",
+                  .codec = "ffv1"}}},
+    {.name = "hevc", .encoder = "libx265"},
+    {.name = "h265", .encoder = "libx265"},
+    {.name = "av1", .encoder = "libsvtav1"},
+};
+
+constexpr const char* kPresets[] = {"ultrafast", "superfast", "veryfast", "faster",  "fast",
+                                    "medium",    "slow",      "slower",   "veryslow"};
+
+bool IsRow(const ExportChoice& choice) {
+    return choice.id != nullptr;
+}
+
+template <class Rows>
+void Gather(const Rows& rows, std::vector<ExportChoice>& choices) {
+    for (const auto& row : rows) std::ranges::copy_if(row.choices, std::back_inserter(choices), IsRow);
+}
+
+} // namespace
+
+std::span<const char* const> H264Presets() {
+    return kPresets;
+}
+
+std::span<const ExportKind> ExportKinds() {
+    return kKinds;
+}
+
+std::span<const ExportCodec> ExportCodecs() {
+    return kCodecs;
+}
+
+std::span<const ExportChoice> ExportChoices() {
+    static const std::vector<ExportChoice> sChoices = [] {
+        std::vector<ExportChoice> choices;
+        Gather(kCodecs, choices);
+        Gather(kKinds, choices);
+        return choices;
+    }();
+    return sChoices;
+}
+
+const ExportKind* FindExportKind(std::string_view name) {
+    const auto* const found = std::ranges::find(kKinds, name, &ExportKind::name);
+    return found != std::end(kKinds) ? found : nullptr;
+}
+
+const ExportChoice* FindExportChoice(std::string_view id) {
+    const auto choices = ExportChoices();
+    const auto found = std::ranges::find(choices, id, &ExportChoice::id);
+    return found != choices.end() ? &*found : nullptr;
+}
+
+std::string ListKinds(bool withLibav, std::string_view last) {
+    std::vector<std::string_view> names;
+    for (const ExportKind& kind : kKinds)
+        if (withLibav || kind.writer != kLibav) names.push_back(kind.name);
+    const std::string_view final = names.back();
+    names.pop_back();
+    return fmt::format("{}{}{}", fmt::join(names, ", "), last, final);
+}
+
+std::string ListCodecs() {
+    std::vector<std::string_view> names;
+    for (const ExportCodec& codec : kCodecs)
+        if (IsRow(codec.choices[0])) names.push_back(codec.name);
+    return fmt::format("{}", fmt::join(names, ", "));
+}
+
+} // namespace corvane
