@@ -3,6 +3,7 @@
 #include "Export/Pipeline.h"
 
 #include <atomic>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -29,10 +30,12 @@ class RecordingTarget : public corvane::Target {
         // Uneven work, so that later frames are done before earlier ones.
         mine.work.assign(index % 3 == 0 ? 300000 : 10, 1);
         mine.index = static_cast<std::int64_t>(frame.width);
+        ++prepared;
     }
     void Consume(Packet& packet) override {
         EXPECT_EQ(inside.fetch_add(1), 0) << "two consumers at once";
         const std::int64_t index = static_cast<IndexPacket&>(packet).index;
+        while (prepared < failAfter) std::this_thread::yield();
         if (index == failInConsume) throw corvane::Failure("consume");
         order.push_back(index);
         --inside;
@@ -42,8 +45,9 @@ class RecordingTarget : public corvane::Target {
 
     std::int64_t failInPrepare = -1;
     std::int64_t failInConsume = -1;
+    int failAfter = 0; ///< frames that are prepared before the first is consumed
     std::atomic<int> inside{0};
-    std::atomic<int> packets{0};
+    std::atomic<int> packets{0}, prepared{0};
     std::vector<std::int64_t> order;
 };
 
@@ -88,6 +92,11 @@ TEST(Pipeline, TheFirstExceptionOfAnyStepEndsIt) {
             }
             EXPECT_LE(target.order.size(), step == "render" ? 77u : 20u);
         }
+    // All slots are full, and threads wait for one: they must see the end.
+    RecordingTarget target;
+    target.failInConsume = 0;
+    target.failAfter = 6;
+    EXPECT_THROW(corvane::RunPipeline(Render, target, 0, 99, 3, {}, cancel), corvane::Failure);
 }
 
 } // namespace
