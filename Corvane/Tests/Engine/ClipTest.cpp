@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "Services/Frames/FrameBuffers.h"
+#include "Services/Frames/Suites.h"
 #include "Tests/TestSettings.h"
 
 namespace {
@@ -86,6 +87,26 @@ TEST(ThreadedRender, FramesAreTheSameFromManyThreads) {
             serial.push_back(PixelsOf(clip->GetFrame(frame)));
         EXPECT_EQ(serial, threaded) << members;
     }
+}
+
+// The plug-in fetches the suites of frames once in a process: two first frames at a time would race for them.
+TEST(ThreadedRender, TheFirstFrameIsMadeAlone) {
+    static std::atomic<int> fetching = 0, together = 0;
+    corvane::SetSuiteRefusal([](const char* name, std::int32_t) {
+        if (std::strcmp(name, kCvLegacySuite) == 0) return false;
+        together += ++fetching > 1;
+        for (int i = 0; i < 1000; ++i) std::this_thread::yield();
+        --fetching;
+        return false;
+    });
+    const auto bundle = std::make_shared<corvane::Bundle>(corvane::testing::BundlePath());
+    {
+        std::vector<std::jthread> threads;
+        for (int t = 0; t < 4; ++t)
+            threads.emplace_back([&] { corvane::DeliveredFormat(bundle, CvPixelFormat_BGRA_4444_8u); });
+    }
+    corvane::SetSuiteRefusal(nullptr);
+    EXPECT_EQ(together, 0);
 }
 
 TEST(ThreadedRender, ClipsOpenAndCloseWhileOthersRender) {

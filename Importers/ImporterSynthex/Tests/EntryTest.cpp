@@ -95,8 +95,7 @@ TEST_F(EntryTest, ShutdownReleasesTheModuleOnceAndInitMakesItAnew) {
 
 // Where the host does not know the bundle, initialization answers as ever.
 TEST_F(EntryTest, InitAnswersAllTheSameWithoutABundle) {
-    const auto copy = mFolder / "other.bundle";
-    std::filesystem::copy(BundlePath(), copy, std::filesystem::copy_options::recursive);
+    const auto copy = CopyBundle();
     std::ofstream(copy / "Contents/Info.plist")
         << "<plist><dict><key>CFBundleIdentifier</key><string>org.other</string>"
            "<key>CFBundleExecutable</key><string>ImporterSynthex</string></dict></plist>";

@@ -16,6 +16,7 @@ namespace {
 
 /// Allocations until one fails; negative: none fails. The plug-in's own go through the operator below too.
 thread_local long tAllocationsLeft = -1;
+thread_local long tBlocks = 0; ///< that were allocated here and not freed yet
 
 } // namespace
 
@@ -23,14 +24,17 @@ thread_local long tAllocationsLeft = -1;
 [[gnu::noinline]] void* operator new(std::size_t size) {
     if (tAllocationsLeft == 0) throw std::bad_alloc();
     if (tAllocationsLeft > 0) --tAllocationsLeft;
-    if (void* const block = std::malloc(size)) return block;
-    throw std::bad_alloc();
+    void* const block = std::malloc(size);
+    if (block == nullptr) throw std::bad_alloc();
+    ++tBlocks;
+    return block;
 }
 [[gnu::noinline]] void operator delete(void* block) noexcept {
+    tBlocks -= block != nullptr;
     std::free(block);
 }
 [[gnu::noinline]] void operator delete(void* block, std::size_t) noexcept {
-    std::free(block);
+    operator delete(block);
 }
 
 namespace {
@@ -40,6 +44,7 @@ using corvane::HostRecord;
 
 class FailureTest : public PluginTest {
   protected:
+    FailureTest() : PluginTest(true) {}
     ~FailureTest() override { corvane::SetSuiteRefusal(nullptr); }
 
     /// Asks a clip of these settings for its first frame, which it can't make.
@@ -91,6 +96,17 @@ TEST_F(FailureTest, ARefusedSuiteIsReportedAndTheNextRequestWorks) {
         const Answer answer = FailFrame(kDistinctSettings);
         EXPECT_NE(answer.alert.find(refused), std::string::npos) << answer.alert;
     }
+}
+
+// Catches an instance that is never destroyed, and a module that outlives its shutdown.
+TEST_F(FailureTest, ClosingAndShutdownFreeWhatWasMade) {
+    long before = tBlocks;
+    imFileInfoRec8 info;
+    GetInfo(u"/none", kDistinctSettings, nullptr, info);
+    Close(info.mPrivateData);
+    EXPECT_EQ(tBlocks, before);
+    mBundle.Call(kSelector_Shutdown, nullptr, nullptr);
+    EXPECT_LT(tBlocks, before);
 }
 
 // Whatever allocation fails, the host gets a result, and the request works once there is memory again.
@@ -168,9 +184,8 @@ class Sink : public corvane::AlertSink {
     Reply mReply;
 };
 
-// The last test: a reporter that was silenced stays silent as long as the plug-in is loaded.
 TEST_F(FailureTest, TheHostMayAskForTheExceptionOrForSilence) {
-    void* const library = ::dlopen((BundlePath() / "Contents/Linux/ImporterSynthex").c_str(), RTLD_NOW);
+    void* const library = ::dlopen((mBundle.Path() / "Contents/Linux/ImporterSynthex").c_str(), RTLD_NOW);
     ASSERT_NE(library, nullptr) << ::dlerror();
     const auto entry = reinterpret_cast<CvImportEntry>(::dlsym(library, kCvImportEntryName));
     const std::u16string path = Write("clip.synthex", "{");

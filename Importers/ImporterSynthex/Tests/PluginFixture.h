@@ -26,8 +26,17 @@ std::vector<unsigned char> Bytes(const Record& record) {
 /// The loaded plug-in, and a folder for its files.
 class PluginTest : public testing::Test {
   protected:
+    /// With `anew` of a copy of the bundle, which the process has not loaded before: under the address
+    /// sanitizer bundles stay loaded, and a plug-in keeps some things as long.
+    explicit PluginTest(bool anew = false) : mBundle(anew ? CopyBundle() : BundlePath()) {}
+
     static std::filesystem::path BundlePath() {
         return std::filesystem::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle";
+    }
+    std::filesystem::path CopyBundle() const {
+        std::filesystem::copy(BundlePath(), mFolder / "copy.bundle",
+                              std::filesystem::copy_options::recursive);
+        return mFolder / "copy.bundle";
     }
 
     std::u16string Write(const std::string& name, std::string_view text) const {
@@ -76,8 +85,8 @@ class PluginTest : public testing::Test {
 
     int Close(void* instance) const { return mBundle.Call(kSelector_CloseFile, nullptr, instance).result; }
 
-    corvane::Bundle mBundle{BundlePath()};
     corvane::testing::TestFolder mFolder;
+    corvane::Bundle mBundle;
     void* mInstance = nullptr; ///< of the last frame that was asked for, and closed
 };
 

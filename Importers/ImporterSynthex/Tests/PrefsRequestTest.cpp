@@ -3,9 +3,8 @@
 // is never released.
 #include "PrefsFixture.h"
 
-#include <dlfcn.h>
-
 #include "ImporterSynthexPrefsDialog/DataExchange.h"
+#include "ImporterSynthexPrefsDialog/ImporterSynthexPrefsDialog.h"
 
 namespace {
 
@@ -155,27 +154,14 @@ TEST(DataExchange, OnlyCancellationIsForgotten) {
     EXPECT_TRUE(exchange->UsesSavedFrameFileAsSource());
 }
 
-/// The dialog's entry, from the loaded plug-in.
+/// The dialog's entry.
 class DialogEntryTest : public PrefsTest {
   protected:
-    using Entry = void (*)(const Mosk::String&, Mosk::MoskUnknownRef,
-                           const lumui::drawbot::SupplierInterface*, lumui::ui::UI_Node*);
-
-    DialogEntryTest() : mExchange(new WatchedExchange(mAlive)) {
-        constexpr auto kName =
-            "_Z32HandleImporterSynthexPrefsDialogRKNSt7__cxx1112basic_stringIDsSt11char_traitsIDsESaIDs"
-            "EEEN4Mosk12InterfaceRefINS7_11MoskUnknownEEEPKN5lumui7drawbot17SupplierInterfaceEPNSB_2ui7UI_"
-            "NodeE";
-        mLibrary =
-            ::dlopen((BundlePath() / "Contents/Linux/ImporterSynthex").c_str(), RTLD_NOW | RTLD_NOLOAD);
-        mEntry = reinterpret_cast<Entry>(::dlsym(mLibrary, kName));
-    }
     ~DialogEntryTest() override {
         EXPECT_EQ(mExchange->AddRef(), 2) << "the dialog kept a reference";
         mExchange->Release();
         mExchange = {};
         EXPECT_EQ(mAlive, 0);
-        ::dlclose(mLibrary);
     }
 
     Mosk::MoskUnknownRef Unknown() const { return *mExchange.Get(); }
@@ -185,7 +171,7 @@ class DialogEntryTest : public PrefsTest {
         const corvane::ScopedPlatform scope(platform);
         testing::internal::CaptureStderr();
         try {
-            mEntry(id, std::move(unknown), nullptr, nullptr);
+            HandleImporterSynthexPrefsDialog(id, std::move(unknown), nullptr, nullptr);
         } catch (...) {
             mFailure = std::current_exception();
         }
@@ -202,15 +188,12 @@ class DialogEntryTest : public PrefsTest {
     }
 
     int mAlive = 0;
-    Mosk::InterfaceRef<WatchedExchange> mExchange;
+    Mosk::InterfaceRef<WatchedExchange> mExchange{new WatchedExchange(mAlive)};
     std::exception_ptr mFailure;
-    void* mLibrary = nullptr;
-    Entry mEntry = nullptr;
     const Mosk::String mID = Mosk::FromUTF8(SYNTHEX_BUNDLE_IDENTIFIER ".prefs");
 };
 
 TEST_F(DialogEntryTest, ContractsAreReportedByExpressionAndLine) {
-    ASSERT_NE(mEntry, nullptr);
     const struct {
         Mosk::String id;
         Mosk::MoskUnknownRef unknown;

@@ -2,8 +2,9 @@
 // precision, a format that collapses wrongly, a number where none belongs or the wrong one.
 #include "PluginFixture.h"
 
-#include <cmath>
-#include <optional>
+#include <algorithm>
+#include <span>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -48,13 +49,27 @@ std::string Settings(CvPixelFormat format, int fieldType, int renderFormat, std:
 
 class RenderTest : public PluginTest {
   protected:
-    /// The frame of such a clip at a time; empty where the answer is not 0, which `result` then holds.
+    /// The frame of such a clip at a time; empty if the answer is not 0, which `mResult` then holds. It is
+    /// made twice, in the same memory, to see that nothing is written behind it.
     corvane::Frame Render(const std::string& settings, std::int64_t ticks) {
-        CvVexelHandle handle = nullptr;
-        mResult = AskForFrame(settings.c_str(), ticks, handle).result;
-        if (mResult == 0) return corvane::Frame(handle);
-        if (handle != nullptr) corvane::VexelSuite()->Dispose(handle);
-        return {};
+        for (bool again = false;; again = true) {
+            CvVexelHandle handle = nullptr;
+            mResult = AskForFrame(settings.c_str(), ticks, handle).result;
+            if (mResult != 0) {
+                if (handle != nullptr) corvane::VexelSuite()->Dispose(handle);
+                return {};
+            }
+            corvane::Frame frame(handle);
+            constexpr std::size_t kPage = 4096;
+            const std::size_t size = frame.View().height * static_cast<std::size_t>(frame.View().rowBytes);
+            const std::span behind(const_cast<std::byte*>(frame.View().pixels) + size,
+                                   (kPage - size % kPage) % kPage);
+            if (again) {
+                EXPECT_EQ(std::ranges::count(behind, std::byte{0xCD}), std::ssize(behind)) << settings;
+                return frame;
+            }
+            std::ranges::fill(behind, std::byte{0xCD});
+        }
     }
 
     int mResult = 0;
@@ -109,11 +124,14 @@ TEST_F(RenderTest, EveryFormatInEveryWayOfColoring) {
 
 // Float BGRA stores what the plug-in computed: every bit of the arithmetic shows.
 TEST_F(RenderTest, TheGradientIsFloatInItsOrder) {
-    for (const std::int64_t frame : {0, 1, 2, 5, 6, 9, -4}) {
+    const std::pair<std::int64_t, std::int64_t> kRows[] = {
+        {0, 7}, {1, 7}, {2, 7},  {5, 7},
+        {6, 7}, {9, 7}, {-4, 7}, {16777217, 33554435}}; // too many for a float
+    for (const auto& [frame, frames] : kRows) {
         const corvane::Frame bands =
-            Render(Settings(CvPixelFormat_BGRA_4444_32f, 0, 1), frame * kTicksPerFrame);
+            Render(Settings(CvPixelFormat_BGRA_4444_32f, 0, 1, kHeight, frames), frame * kTicksPerFrame);
         ASSERT_TRUE(bands);
-        const float t = static_cast<float>(static_cast<double>(frame) / 7.0);
+        const float t = static_cast<float>(static_cast<double>(frame) / static_cast<double>(frames));
         for (std::uint32_t y = 0; y < kHeight; ++y) {
             const Color color = Gradient(t, y, kHeight);
             const float expected[] = {color.blue, color.green, color.red, color.alpha};
@@ -162,13 +180,14 @@ TEST_F(RenderTest, FramesThatCanNotBeMade) {
         CvPixelFormat format;
         std::uint32_t height;
         int result;
+        bool noMemory = false;
     } kRows[] = {{CvPixelFormat_BGRA_4444_8u, 0, 5},           // no rows
                  {CvPixelFormat_BGRA_4444_8u, 4294967295u, 5}, // too many
-                 {CvPixelFormat_BGRA_4444_8u, kHeight, 5},     // no memory
+                 {CvPixelFormat_BGRA_4444_8u, kHeight, 5, true},
                  {0x12345678, kHeight, 3},
                  {CvPixelFormat_BGRA_4444_8u, kHeight, 0}};
     for (const auto& row : kRows) {
-        if (&row == &kRows[2]) corvane::FailFrameCreation(1);
+        if (row.noMemory) corvane::FailFrameCreation(1);
         Render(Settings(row.format, 1, 0, row.height), 0);
         EXPECT_EQ(mResult, row.result) << row.format << ", " << row.height;
     }

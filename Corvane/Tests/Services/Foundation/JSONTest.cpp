@@ -57,9 +57,9 @@ TEST(JSON, NumbersKeepTheirKind) {
 
 TEST(JSON, TextIsCompactOrderedAndReadsBack) {
     const std::string text =
-        "{\"B\":[],\"a\":[1,-2,0.5,1.0,true,false,null,\"\\\"\\u0001\xC3\xA9\"],\"b\":{\"\":{}}}";
+        "{\"B\":[],\"a\":[1,-2,0.5,1.0,true,false,null,\"\\\"\",\"\\u0001\xC3\xA9\"],\"b\":{\"\":{}}}";
     EXPECT_EQ(GetJSONUTF8String(*Parse(" { \"b\" : { \"\":{} }, \"a\":[1,-2,0.5,1.0,true,false,null,"
-                                       "\"\\\"\\u0001\\u00e9\"] , \"B\":[]}"),
+                                       "\"\\\"\",\"\\u0001\\u00e9\"] , \"B\":[]}"),
                                 false),
               text);
     EXPECT_EQ(GetJSONUTF8String(*Parse(GetJSONUTF8String(*Parse(text), true)), false), text);

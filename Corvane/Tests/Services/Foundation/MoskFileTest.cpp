@@ -39,6 +39,7 @@ class MoskFile : public testing::Test {
 TEST_F(MoskFile, OpensRegularFilesOnlyAndNeverWaits) {
     ASSERT_EQ(::mkfifo((mFolder / "pipe").c_str(), 0600), 0);
     fs::resize_file(mFolder.Write("sparse", ""), 5ull << 30);
+    fs::resize_file(mClip, File::kSizeLimit);
     fs::create_symlink(mClip, mFolder / "link");
     EXPECT_EQ(Open(mFolder / "pipe"), Mosk::kResult_NotAFile);
     EXPECT_EQ(Open(mFolder.Path()), Mosk::kResult_NotAFile);

@@ -93,6 +93,9 @@ TEST(RasterPrintTest, DigitsAreDifferentAndOpen) {
         }
         EXPECT_EQ(pictures.size(), 10u);
     }
+    GuardedFrame minus(kBGRA, 256, 256);
+    PrintAt(minus, kBGRA, -1, 100, 30, 30);
+    EXPECT_TRUE(Luminance(minus, 85, 80) > 128 && Luminance(minus, 86, 74) < 128) << "strokes end round";
 }
 
 // Catches digits in the wrong order, a lost sign, and the one number that has no positive counterpart.
@@ -115,6 +118,9 @@ TEST(RasterPrintTest, NumbersAreTheirDigitsSideBySide) {
         const auto end = 20 + static_cast<std::uint32_t>(text.size() - 1) * kAdvance + 15 + 5;
         EXPECT_TRUE(whole.IsTouched(end - 1, 30) && !whole.IsTouched(end, 30)) << number;
     }
+    GuardedFrame tiny(kBGRA, 64, 64);
+    PrintAt(tiny, kBGRA, 1, 2, 20, 20);
+    EXPECT_TRUE(tiny.IsTouched(20, 20) && !tiny.IsTouched(21, 20)) << "the digit's gap ends with the box";
 }
 
 // Catches a write outside the frame, and a clipped print that is shifted.

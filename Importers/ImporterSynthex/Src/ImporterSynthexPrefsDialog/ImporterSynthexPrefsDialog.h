@@ -13,7 +13,6 @@ extern const Mosk::String kImporterSynthexPrefsDialogID;
 /// The outcome is in the exchange: OK hands the edited settings over, Cancel marks the exchange as cancelled.
 /// Another identifier than the dialog's, or an object that is no exchange, raises the contract error and
 /// shows nothing. Without a layout script in the bundle nothing happens at all.
-[[gnu::visibility("default")]] void
-HandleImporterSynthexPrefsDialog(const Mosk::String& inDialogID, Mosk::MoskUnknownRef inDataExchange,
-                                 const lumui::drawbot::SupplierInterface* inDrawSupplier,
-                                 lumui::ui::UI_Node* inParent);
+void HandleImporterSynthexPrefsDialog(const Mosk::String& inDialogID, Mosk::MoskUnknownRef inDataExchange,
+                                      const lumui::drawbot::SupplierInterface* inDrawSupplier,
+                                      lumui::ui::UI_Node* inParent);
