@@ -4,8 +4,8 @@
 
 #include <fmt/format.h>
 
-#include "Services/Foundation/ProgramFolder.h"
 #include "ExportKinds.h"
+#include "Services/Foundation/ProgramFolder.h"
 
 namespace corvane {
 namespace {
