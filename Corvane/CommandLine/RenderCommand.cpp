@@ -8,7 +8,7 @@
 
 #include "Commands.h"
 #include "Console.h"
-#include "Engine/Clip.h"
+#include "Engine/ClipText.h"
 #include "Export/Export.h"
 #include "Export/ExportText.h"
 #include "ProgressBar.h"
@@ -72,7 +72,7 @@ int RunRender(const RenderRequest& request) {
         return 128 + gSignal;
     }
     if (!request.quiet && !toOutput)
-        Print(fmt::format("{}: {}, {}\n", output, FramesText(report.frames), BytesText(report.bytes)));
+        Print(fmt::format("{}: {}, {}\n", output, CountText(report.frames), BytesText(report.bytes)));
     return kExitDone;
 }
 
