@@ -8,7 +8,6 @@
 
 #include "Commands.h"
 #include "Console.h"
-#include "Engine/Clip.h"
 #include "Engine/ClipText.h"
 #include "Export/Export.h"
 #include "Export/ExportText.h"

@@ -39,7 +39,7 @@ std::unordered_set<std::string> PicturesIn(const fs::path& folder, std::string_v
 
 } // namespace
 
-ExportOptions OptionsFor(const ExportChoice& choice, const Clip& clip, const H264Settings& h264) {
+ExportOptions OptionsFor(const ExportChoice& choice, const Clip& clip) {
     ExportOptions options;
     options.format = choice.kind;
     options.native = choice.native;
@@ -48,7 +48,6 @@ ExportOptions OptionsFor(const ExportChoice& choice, const Clip& clip, const H26
         if (PreviewExport(clip, options).whyNot.empty()) return options;
     }
     options.codec = choice.codec;
-    if (choice.IsH264()) SetH264(options, h264);
     return options;
 }
 

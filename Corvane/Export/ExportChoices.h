@@ -15,8 +15,8 @@ namespace corvane {
 
 /// The options for exporting the clip in this way, without output and frames. Opens the encoder if the choice
 /// has a codec for alpha, which takes some milliseconds. Fails only for want of memory.
-ExportOptions OptionsFor(const ExportChoice& choice, const Clip& clip, const H264Settings& h264 = {});
-/// Puts other settings into options that `OptionsFor` gave for a choice of H.264.
+ExportOptions OptionsFor(const ExportChoice& choice, const Clip& clip);
+/// Puts settings into options that `OptionsFor` gave for a choice of H.264; else it has the defaults.
 void SetH264(ExportOptions& options, const H264Settings& h264);
 
 /// What a proposed name ends with: ".mp4", or for pictures ".%05d.png".

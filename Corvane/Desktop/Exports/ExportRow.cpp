@@ -16,6 +16,7 @@
 #include <QUrl>
 
 #include "Desktop/Toolkit/ElidedLabel.h"
+#include "Engine/ClipText.h"
 #include "Export/ExportText.h"
 
 namespace corvane::desktop {
@@ -25,7 +26,7 @@ namespace {
 constexpr int kBarSteps = 1000;
 
 QString FrameCount(std::int64_t frames) {
-    return QString::fromStdString(FramesText(frames));
+    return QString::fromStdString(CountText(frames));
 }
 
 QString RunningText(const ExportStatus& status) {

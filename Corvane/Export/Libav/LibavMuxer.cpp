@@ -79,7 +79,6 @@ void LibavMuxer::Begin(const AVCodecContext& encoder, const StreamFacts& facts) 
         throw std::bad_alloc();
     mStream->time_base = encoder.time_base;
     mStream->avg_frame_rate = encoder.framerate;
-    mStream->r_frame_rate = encoder.framerate;
     mStream->duration = facts.frames;
     if (CanTellAspect(*mContext->oformat, encoder))
         mStream->sample_aspect_ratio = encoder.sample_aspect_ratio;

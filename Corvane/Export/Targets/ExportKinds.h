@@ -36,6 +36,7 @@ struct ExportChoice {
     bool IsH264() const { return std::string_view(codec) == "h264"; }
 };
 
+/// Enough for every row of both tables; may be raised.
 inline constexpr int kMostChoicesPerRow = 4;
 
 /// A kind of file.
@@ -51,6 +52,7 @@ struct ExportKind {
     bool IsPicture() const { return writer == ExportWriter::kPng; }
     /// Whether frames can go into it exactly as the plug-in delivered them.
     bool TakesNative() const { return writer == ExportWriter::kRaw; }
+    /// Whether there are codecs to choose from.
     bool TakesCodec() const { return !IsPicture() && !TakesNative(); }
 };
 
@@ -67,14 +69,14 @@ struct H264Settings {
     int quality = 18; ///< constant rate factor, from `kH264BestQuality` to `kH264WorstQuality`
     std::string preset = "medium";
 };
-inline constexpr int kH264BestQuality = 1; // 0 is lossless, which most players can't show
+inline constexpr int kH264BestQuality = 1; ///< 0 is lossless, which most players can't show
 inline constexpr int kH264WorstQuality = 51;
 
 /// The presets of H.264, quickest first.
 std::span<const char* const> H264Presets();
 
-std::span<const ExportKind> ExportKinds();
-std::span<const ExportCodec> ExportCodecs();
+std::span<const ExportKind> ExportKinds();   ///< in the order in which texts list them
+std::span<const ExportCodec> ExportCodecs(); ///< those that the window offers come first
 /// What the window offers: all rows of codecs and kinds. The first suits most people.
 std::span<const ExportChoice> ExportChoices();
 

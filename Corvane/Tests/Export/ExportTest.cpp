@@ -170,21 +170,15 @@ TEST(Export, WrongRequestsNameWhatWouldBeRight) {
 constexpr int kFrames = 3;
 constexpr std::uint32_t kFloatX = CvPixelFormat_XRGB_4444_32f;
 
-/// Reads an export again, with an independent program if there is one for the kind.
+/// Reads an export again with an independent program, if there is one for the kind.
 void ExpectReadsAgain(const TestFolder& folder, const ExportChoice& choice, bool alpha) {
-    const std::string frames = choice.naming == ExportNaming::kOneFile ? std::to_string(kFrames) : "1";
     EXPECT_EQ(folder.Names().size(), choice.naming == ExportNaming::kPictures ? kFrames : 1);
     const fs::path file = folder / folder.Names().at(0);
     EXPECT_GT(fs::file_size(file), 0u);
-    if (choice.kind == std::string("framemd5")) {
-        EXPECT_EQ(OutputOf(fmt::format("grep -c '^0, ' {}", file.string())), frames + "\n");
-    } else if (choice.kind != std::string("raw")) {
-        auto found = Probe(file, "stream=nb_read_frames,pix_fmt");
-        EXPECT_EQ(found["nb_read_frames"], frames);
-        EXPECT_THAT(found["pix_fmt"],
-                    ::testing::Conditional(alpha, ::testing::ContainsRegex("yuva|bgra|rgba|gbrap"),
-                                           ::testing::Not(::testing::ContainsRegex("yuva|bgra|rgba|gbrap"))));
-    }
+    if (choice.kind == std::string("framemd5") || choice.kind == std::string("raw")) return;
+    auto found = Probe(file, "stream=nb_read_frames,pix_fmt");
+    EXPECT_EQ(found["nb_read_frames"], std::to_string(choice.naming == ExportNaming::kOneFile ? kFrames : 1));
+    EXPECT_EQ(found["pix_fmt"].find('a') == 3, alpha) << found["pix_fmt"]; // as in bgra, yuva444p, gbrap
 }
 
 TEST(ExportChoices, WhatTheySayOfAClipIsTrue) {

@@ -89,7 +89,7 @@ TEST(Pipeline, TheFirstExceptionOfAnyStepEndsIt) {
             } catch (const corvane::Failure& failure) {
                 EXPECT_STREQ(failure.what(), step);
             }
-            EXPECT_EQ(target.order.size(), std::size_t{kBadFrame});
+            EXPECT_LE(target.order.size(), std::size_t{kBadFrame});
         }
 }
 
