@@ -15,6 +15,7 @@
 #include "Console.h"
 #include "Engine/Bundle.h"
 #include "Engine/Failure.h"
+#include "Services/Foundation/FileDescriptor.h"
 #include "Validate/Checks.h"
 
 namespace corvane::commandline {
@@ -76,11 +77,11 @@ void MakeAll(const std::filesystem::path& bundle, std::chrono::steady_clock::tim
 }
 
 /// Reports to the process that started this one.
-void Report(int pipe, const char* word, std::string text) {
+void Report(const FileDescriptor& pipe, const char* word, std::string text) {
     std::ranges::replace(text, '\n', ' ');
     const std::string line = word + text + "\n";
     // Without the one who started it, the reports are of no use to anybody.
-    if (::write(pipe, line.data(), line.size()) < 0) ::_exit(kExitFailed);
+    if (!pipe.Write(std::as_bytes(std::span(line)))) ::_exit(kExitFailed);
 }
 
 /// Makes one check. Returns why it failed, or an empty text.
@@ -106,11 +107,11 @@ int RunValidate(const ValidateRequest& request) {
 
 int RunChecks(const ChecksRequest& request) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const FileDescriptor pipe(request.pipe);
     for (const Check& check : AllChecks().subspan(std::min(request.first, AllChecks().size()))) {
-        CheckRun run(request.bundle,
-                     [&](const std::string& what) { Report(request.pipe, kReportDoing, what); });
+        CheckRun run(request.bundle, [&](const std::string& what) { Report(pipe, kReportDoing, what); });
         const std::string why = Make(check, run);
-        Report(request.pipe, kReportMade, why);
+        Report(pipe, kReportMade, why);
         if (check.essential && !why.empty()) break;
     }
     return kExitDone;

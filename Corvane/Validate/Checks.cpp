@@ -63,16 +63,9 @@ std::string CheckRun::Unexpected(const char* what, const std::string& found, con
 }
 
 MemoryFile::MemoryFile(std::string_view text) : mDescriptor(::memfd_create("clip.synthex", MFD_CLOEXEC)) {
-    if (mDescriptor < 0 ||
-        ::write(mDescriptor, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-        if (mDescriptor >= 0) ::close(mDescriptor);
+    if (!mDescriptor || !mDescriptor.Write(std::as_bytes(std::span(text))))
         throw Failure("The system has no memory for a settings file.");
-    }
-    mPath = Mosk::FromUTF8(fmt::format("/proc/self/fd/{}", mDescriptor));
-}
-
-MemoryFile::~MemoryFile() {
-    ::close(mDescriptor);
+    mPath = Mosk::FromUTF8(fmt::format("/proc/self/fd/{}", mDescriptor.Get()));
 }
 
 CheckedInstance::CheckedInstance(const Bundle& bundle, const ClipSettings& settings) : mBundle(bundle) {

@@ -11,6 +11,7 @@
 #include "Checks.h"
 #include "Engine/Bundle.h"
 #include "Engine/SettingsText.h"
+#include "Services/Foundation/FileDescriptor.h"
 
 namespace corvane {
 
@@ -50,15 +51,12 @@ class MemoryFile {
   public:
     /// Throws `Failure` if there is no memory for it.
     explicit MemoryFile(std::string_view text);
-    ~MemoryFile();
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
 
     /// The path by which it can be opened; zero-terminated, owned by this object.
     const char16_t* Path() const { return mPath.c_str(); }
 
   private:
-    int mDescriptor;
+    FileDescriptor mDescriptor;
     std::u16string mPath;
 };
 

@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "Services/Frames/FrameBuffers.h"
-#include "Services/Frames/Suites.h"
+#include "Services/TestHooks.h"
 #include "Tests/TestSettings.h"
 
 namespace {
