@@ -7,7 +7,7 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Engine/Clip.h"
-#include "FormatNames.h"
+#include "Services/Raster/PixelFormats.h"
 #include "lummediatypes.h"
 
 namespace corvane::commandline {
@@ -60,9 +60,9 @@ std::string DurationText(const ClipInfo& info) {
 }
 
 std::string FormatText(CvPixelFormat format) {
-    const std::string name = FormatName(format);
-    return fmt::format("{} ({}, {})", name.empty() ? "unknown" : name, FormatCharacters(format),
-                       FormatHex(format));
+    const PixelFormatRow* const row = FindPixelFormat(format);
+    return fmt::format("{} ({}, {})", row == nullptr ? "unknown" : row->name, PixelFormatCharacters(format),
+                       PixelFormatHex(format));
 }
 
 std::string Text(const Clip& clip) {
@@ -96,9 +96,9 @@ std::string JSONLine(const Clip& clip) {
     line["sampleSize"] = info.sampleSize;
     line["duration"] = info.duration;
     line["frames"] = info.frames;
-    line["pixelFormat"] = FormatNameOrHex(info.pixelFormat);
+    line["pixelFormat"] = PixelFormatNameOrHex(info.pixelFormat);
     line["deliveredFormat"] =
-        info.deliveredFormat ? nlohmann::ordered_json(FormatNameOrHex(*info.deliveredFormat)) : nullptr;
+        info.deliveredFormat ? nlohmann::ordered_json(PixelFormatNameOrHex(*info.deliveredFormat)) : nullptr;
     // A path may hold any bytes; what is not UTF-8 is replaced.
     return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

@@ -15,7 +15,7 @@ std::string WhyNoFrame(std::uint32_t width, std::uint32_t height, CvPixelFormat 
     if (width > limits.maxSide || height > limits.maxSide)
         return fmt::format("a frame of {} x {} is too large; the host makes up to {} pixels a side", width,
                            height, limits.maxSide);
-    const RK_PixelFormat raster = BEPixelFormatToRKPixelFormat(SDKToBEPixelFormat(format));
+    const RK_PixelFormat raster = RasterFormatOf(format);
     const std::uint64_t bytes = std::uint64_t{width} * height * BytesPerPixel(raster);
     if (bytes > limits.maxBytes)
         return fmt::format("a frame of {} x {} is too large: it takes {} bytes, and the host makes up to {}",
@@ -36,7 +36,7 @@ Frame::Frame(CvVexelHandle handle) : mHandle(handle) {
     mView.pixels = reinterpret_cast<const std::byte*>(pixels);
     mView.width = static_cast<std::uint32_t>(bounds.right - bounds.left);
     mView.height = static_cast<std::uint32_t>(bounds.bottom - bounds.top);
-    mView.format = BEPixelFormatToRKPixelFormat(SDKToBEPixelFormat(mFormat));
+    mView.format = RasterFormatOf(mFormat);
 }
 
 Frame::~Frame() {

@@ -64,9 +64,8 @@ inline constexpr std::int32_t kRK_PrintBoxed = 1;
 /// is stored:
 /// - 8-bit: the exact value rounded half up and clamped to 0..255.
 /// - float: neither rounded nor clamped.
-/// - Y'CbCr: ITU-R BT.601-7, 2.5.1 to 2.5.3, or BT.709-6, items 3.2 to 3.5. 8-bit is limited range
-/// (Y' 16..235, Cb
-///   and Cr 16..240 about 128), float is Y' 0..1 and Cb, Cr -0.5..0.5.
+/// - Y'CbCr: ITU-R BT.601-7, 2.5.1 to 2.5.3, or BT.709-6, items 3.2 to 3.5. 8-bit is limited range (Y'
+///   16..235, Cb and Cr 16..240 about 128), float is Y' 0..1 and Cb, Cr -0.5..0.5.
 /// - premultiplied: the converted components times alpha (for Y'CbCr, the conversion of R'G'B' times alpha).
 /// - linear: the inverse of the transfer of BT.709-6, item 1.2.
 ///
