@@ -7,7 +7,6 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Engine/Clip.h"
-#include "FormatNames.h"
 #include "Services/Raster/PixelFormats.h"
 
 namespace corvane::commandline {
@@ -17,15 +16,15 @@ namespace {
 std::string JSONLine(const PixelFormatRow& row, std::optional<CvPixelFormat> delivered) {
     nlohmann::ordered_json line;
     line["code"] = row.code;
-    line["characters"] = FormatCharacters(row.code);
+    line["characters"] = PixelFormatCharacters(row.code);
     line["name"] = row.name;
-    line["deliveredFormat"] = delivered ? nlohmann::ordered_json(FormatNameOrHex(*delivered)) : nullptr;
+    line["deliveredFormat"] = delivered ? nlohmann::ordered_json(PixelFormatNameOrHex(*delivered)) : nullptr;
     return line.dump() + "\n";
 }
 
 std::string TextLine(const PixelFormatRow& row, std::optional<CvPixelFormat> delivered) {
-    return fmt::format("{}  {}  {:<61}  {}\n", FormatHex(row.code), FormatCharacters(row.code), row.name,
-                       delivered ? FormatNameOrHex(*delivered) : "-");
+    return fmt::format("{}  {}  {:<61}  {}\n", PixelFormatHex(row.code), PixelFormatCharacters(row.code),
+                       row.name, delivered ? PixelFormatNameOrHex(*delivered) : "-");
 }
 
 } // namespace

@@ -10,7 +10,6 @@
 #include "Console.h"
 #include "Engine/Clip.h"
 #include "Engine/ClipText.h"
-#include "FormatNames.h"
 #include "Services/Raster/PixelFormats.h"
 
 namespace corvane::commandline {
@@ -34,9 +33,9 @@ std::optional<CvPixelFormat> DeliveredCode(RasterFormat raster) {
 }
 
 std::string PixelFormatText(CvPixelFormat format) {
-    const std::string name = FormatName(format);
-    return fmt::format("{} ({}, {})", name.empty() ? "unknown" : name, FormatCharacters(format),
-                       FormatHex(format));
+    const PixelFormatRow* const row = FindPixelFormat(format);
+    return fmt::format("{} ({}, {})", row == nullptr ? "unknown" : row->name, PixelFormatCharacters(format),
+                       PixelFormatHex(format));
 }
 
 std::string Text(const Clip& clip) {
@@ -70,9 +69,9 @@ std::string JSONLine(const Clip& clip) {
     line["sampleSize"] = info.format.rate.sampleSize;
     line["duration"] = info.duration;
     line["frames"] = info.frames;
-    line["pixelFormat"] = FormatNameOrHex(info.pixelFormat);
+    line["pixelFormat"] = PixelFormatNameOrHex(info.pixelFormat);
     const auto code = DeliveredCode(info.format.raster);
-    line["deliveredFormat"] = code ? nlohmann::ordered_json(FormatNameOrHex(*code)) : nullptr;
+    line["deliveredFormat"] = code ? nlohmann::ordered_json(PixelFormatNameOrHex(*code)) : nullptr;
     // A path may hold any bytes; what is not UTF-8 is replaced.
     return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

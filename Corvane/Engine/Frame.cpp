@@ -20,7 +20,7 @@ Frame::Frame(CvVexelHandle handle) : mHandle(handle) {
     mView.pixels = reinterpret_cast<const std::byte*>(pixels);
     mView.width = static_cast<std::uint32_t>(bounds.right - bounds.left);
     mView.height = static_cast<std::uint32_t>(bounds.bottom - bounds.top);
-    mView.format = BEPixelFormatToRKPixelFormat(SDKToBEPixelFormat(mFormat));
+    mView.format = RasterFormatOf(mFormat);
 }
 
 Frame::~Frame() {

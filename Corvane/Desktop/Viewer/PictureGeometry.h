@@ -1,3 +1,4 @@
+/// How a frame lies on the device pixels of its picture. All functions may be called from any thread.
 #pragma once
 
 #include <cstdint>
@@ -17,6 +18,7 @@ struct ShownLines {
     std::uint32_t step = 1;
     std::uint32_t count = 0;
 
+    /// The row of the frame that a line is.
     std::uint32_t RowOf(std::uint32_t line) const { return first + line * step; }
 };
 

@@ -56,7 +56,7 @@ class RowPainter {
         return mBegin < mEnd ? mAxis.TapsOf(mEnd - 1).back().line - mFirst + 1 : 1;
     }
 
-    /// `average` is one pixel where the row is flat.
+    /// `average` is one pixel if the row is flat.
     void Paint(const std::uint8_t* average, bool flat, int y, QRgb* out) const {
         const int band = (mLook.part.top() + y) / mLook.square;
         PaintFlat(average, band, out);
@@ -94,7 +94,7 @@ class RowPainter {
     int mEnd = 0;
 };
 
-/// The lines of a view, thinned out where there are far more of them than rows of the picture.
+/// The lines of a view, thinned out if there are far more of them than rows of the picture.
 ShownLines Thinned(ShownLines lines, int result) {
     const std::uint32_t stride = lines.count / (static_cast<std::uint32_t>(result) * kMaxLines) + 1;
     lines.step *= stride;
@@ -141,8 +141,7 @@ QImage PictureMaker::MakeImage(const PictureRequest& request, const FrameView& f
     const ScaleAxis across(frame.width, 1, frame.width, look.size.width(), part.left(),
                            part.left() + part.width());
     FrameView view = frame;
-    view.pixels = RowOf(frame, lines.RowOf(down.FirstLine())) +
-                  std::size_t{across.FirstLine()} * BytesPerPixel(frame.format);
+    view.pixels = frame.At(across.FirstLine(), lines.RowOf(down.FirstLine()));
     view.rowBytes = frame.rowBytes * static_cast<std::int32_t>(lines.step);
     view.width = across.LastLine() - across.FirstLine() + 1;
     view.height = down.LastLine() - down.FirstLine() + 1;
@@ -170,7 +169,7 @@ void PictureMaker::OpenReaders(const Clip& clip, const FrameView& view, const Bo
     part.width = 1;
     mFlatLines.Open(clip, part);
     if (!mBox.Empty()) {
-        part.pixels = RowOf(view, mBox.top);
+        part.pixels = view.At(0, mBox.top);
         part.width = mColumns;
         part.height = mBox.Height();
         mBoxLines.Open(clip, part);

@@ -34,10 +34,10 @@ struct PictureRequest {
     PictureLook look;
     std::uint64_t order = 0;           ///< a later wish has a higher one
     std::int64_t step = 0;             ///< of the playback that wants it
-    std::shared_ptr<const Frame> held; ///< the frame, where it is at hand already
+    std::shared_ptr<const Frame> held; ///< the frame, if it is at hand already
 };
 
-/// The memory that a frame of the clip takes.
+/// The memory that a frame of the clip takes, in bytes. The clip can be rendered. Any thread.
 std::uint64_t FrameBytes(const Clip& clip);
 
 /// Frames with more bytes are had one at a time.
@@ -48,7 +48,7 @@ struct Picture {
     PictureRequest request;
     QImage image; ///< opaque, of the size of the part
     std::shared_ptr<const Frame> frame;
-    QString problem;              ///< why there is no picture: one sentence; empty where there is one
+    QString problem;              ///< why there is no picture: one sentence; empty if there is one
     std::int64_t nanoseconds = 0; ///< what making it took
 };
 
@@ -63,7 +63,9 @@ class PictureMaker {
     /// Reads lines of a view as B, G, R, A with premultiplied alpha. Keeps its converter for views alike.
     class LineReader {
       public:
+        /// Starts a view of a frame of the clip, which must stay until the last `Read`.
         void Open(const Clip& clip, const FrameView& view);
+        /// Writes the first `count` pixels of a line.
         void Read(std::uint32_t line, std::uint32_t count, std::uint8_t* out);
 
       private:

@@ -1,30 +1,19 @@
 #include "PixelReadout.h"
 
-#include <algorithm>
+#include <array>
 #include <cstring>
-#include <string_view>
 
 #include <fmt/format.h>
 
 #include "Export/Picture/PackedReader.h"
-#include "Export/Picture/RowScan.h"
-#include "Services/Raster/PixelFormats.h"
 
 namespace corvane::desktop {
 
 namespace {
 
-/// The letters of a pixel's components in their order in memory.
-std::string Letters(RK_PixelFormat format) {
-    std::string letters = (format & kRK_YCbCr) ? "VUYA" : "BGRA";
-    if (format & kRK_AlphaFirst) std::ranges::reverse(letters);
-    if (format & kRK_AlphaIgnored) std::ranges::replace(letters, 'A', 'X');
-    return letters;
-}
-
 std::string Components(const std::byte* pixel, RK_PixelFormat format) {
     std::string words;
-    const std::string letters = Letters(format);
+    const std::array<char, 4> letters = ComponentLetters(format);
     for (std::size_t i = 0; i < letters.size(); ++i) {
         if (i != 0) words += ' ';
         if (format & kRK_Float) {
@@ -36,18 +25,6 @@ std::string Components(const std::byte* pixel, RK_PixelFormat format) {
         }
     }
     return words;
-}
-
-std::string NameOf(CvPixelFormat format) {
-    constexpr std::string_view kPrefix = "CvPixelFormat_";
-    std::string characters;
-    for (int shift = 0; shift < 32; shift += 8) characters += static_cast<char>(format >> shift);
-    const auto table = PixelFormatTable();
-    const auto row = std::ranges::find(table, format, &PixelFormatRow::code);
-    if (row == table.end()) return fmt::format("0x{:08x}", format);
-    std::string_view name = row->name;
-    if (name.starts_with(kPrefix)) name.remove_prefix(kPrefix.size());
-    return fmt::format("{} ({})", name, characters);
 }
 
 std::string RGB(const Clip& clip, const FrameView& pixel) {
@@ -65,9 +42,9 @@ std::string RGB(const Clip& clip, const FrameView& pixel) {
 
 PixelWords DescribePixel(const Clip& clip, const Frame& frame, std::uint32_t x, std::uint32_t y) {
     FrameView pixel = frame.View();
-    pixel.pixels = RowOf(frame.View(), y) + std::size_t{x} * BytesPerPixel(pixel.format);
+    pixel.pixels = frame.View().At(x, y);
     pixel.width = pixel.height = 1;
-    return {Components(pixel.pixels, pixel.format), NameOf(frame.Format()), RGB(clip, pixel)};
+    return {Components(pixel.pixels, pixel.format), PixelFormatWords(frame.Format()), RGB(clip, pixel)};
 }
 
 } // namespace corvane::desktop

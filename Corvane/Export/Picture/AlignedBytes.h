@@ -14,10 +14,10 @@ constexpr std::size_t Aligned(std::size_t size) {
 }
 
 /// Memory that starts at a multiple of the alignment. Grows, never shrinks; its content does not survive
-/// growing.
+/// growing. One thread at a time.
 class AlignedBytes {
   public:
-    /// At least `size` bytes.
+    /// At least `size` bytes, owned by this object; they move when it grows. Throws `std::bad_alloc`.
     std::byte* Get(std::size_t size);
 
   private:

@@ -56,7 +56,7 @@ void PackedReader::Begin(const FrameView& frame) {
 
 void PackedReader::Read(std::uint32_t y, std::uint32_t count, std::byte* out) {
     if (!mConverter) {
-        SwizzleRow(RowOf(mFrame, y), count, mFacts.raster, mFormat.order, mFormat.components, out);
+        SwizzleRow(mFrame.At(0, y), count, mFacts.raster, mFormat.order, mFormat.components, out);
     } else if (mFormat.bits == 8) {
         const std::uint8_t* planes[4];
         for (int i = 0; i < 4; ++i) planes[i] = reinterpret_cast<std::uint8_t*>(mPlanes.Row(i, y));

@@ -117,34 +117,35 @@ void PictureConverter::RunField(const Field& field, std::uint32_t width) {
 
 void PictureConverter::UnpackBox(const FrameView& frame, const Box& region, const Field& field) {
     const std::uint32_t padded = Up(region.Width(), 1u << mFormat.subsampleW);
-    const std::size_t sample = mFacts.IsFloat() ? 4 : 1;
+    const std::size_t sample = BytesPerComponent(mFacts.raster);
     for (int plane = 0; plane < mFormat.Planes(); ++plane)
         mSource.Shape(plane, padded * sample, field.paddedRows);
     for (std::uint32_t row = 0; row < field.rows; ++row) {
-        const std::byte* pixels =
-            RowOf(frame, field.RowOfFrame(row)) + std::size_t{region.left} * BytesPerPixel(mFacts.raster);
-        RowPlanes planes;
-        for (int plane = 0; plane < mFormat.Planes(); ++plane) planes.plane[plane] = mSource.Row(plane, row);
-        UnpackRow(pixels, region.Width(), mFacts.raster, planes);
+        const std::byte* const pixels = frame.At(region.left, field.RowOfFrame(row));
+        UnpackRow(pixels, region.Width(), mFacts.raster, SourceRow(row));
     }
     PadRows(field, region.Width(), padded);
 }
 
 void PictureConverter::UnpackRowStarts(const FrameView& frame, const Field& field) {
-    const std::size_t sample = mFacts.IsFloat() ? 4 : 1;
+    const std::size_t sample = BytesPerComponent(mFacts.raster);
     for (int plane = 0; plane < mFormat.Planes(); ++plane)
         mSource.Shape(plane, kStripWidth * sample, field.paddedRows);
     for (std::uint32_t row = 0; row < field.rows; ++row) {
-        RowPlanes planes;
-        for (int plane = 0; plane < mFormat.Planes(); ++plane) planes.plane[plane] = mSource.Row(plane, row);
-        UnpackRow(RowOf(frame, field.RowOfFrame(row)), 1, mFacts.raster, planes);
+        UnpackRow(frame.At(0, field.RowOfFrame(row)), 1, mFacts.raster, SourceRow(row));
     }
     PadRows(field, 1, kStripWidth);
 }
 
+RowPlanes PictureConverter::SourceRow(std::uint32_t row) {
+    RowPlanes planes;
+    for (int plane = 0; plane < mFormat.Planes(); ++plane) planes.plane[plane] = mSource.Row(plane, row);
+    return planes;
+}
+
 // Repeats the last column up to the width and the last row up to the padded number of rows.
 void PictureConverter::PadRows(const Field& field, std::uint32_t width, std::uint32_t paddedWidth) {
-    const std::size_t sample = mFacts.IsFloat() ? 4 : 1;
+    const std::size_t sample = BytesPerComponent(mFacts.raster);
     for (int plane = 0; plane < mFormat.Planes(); ++plane) {
         for (std::uint32_t row = 0; width != paddedWidth && row < field.rows; ++row) {
             std::byte* const start = mSource.Row(plane, row);

@@ -6,14 +6,15 @@
 #include <map>
 #include <tuple>
 
+#include "PixelRows.h"
 #include "RowScan.h"
 #include "StreamFacts.h"
 #include "ZimgGraph.h"
 
 namespace corvane {
 
-/// A picture in planes. R'G'B' is full range; chroma is sited left (as in MPEG-2), for interlaced 4:2:0 in
-/// each field.
+/// What a picture in planes looks like. R'G'B' is full range; chroma is sited left (as in MPEG-2), for
+/// interlaced 4:2:0 in each field.
 struct PlanarFormat {
     bool yCbCr = true;
     int bits = 8;       ///< 8 in bytes, 9 to 16 in words of the machine's byte order
@@ -23,13 +24,16 @@ struct PlanarFormat {
     bool alpha = false;     ///< a fourth plane, full range
 
     int Planes() const { return alpha ? 4 : 3; }
+    /// Bytes of one component.
     std::size_t SampleBytes() const { return bits > 8 ? 2 : 1; }
-    /// Columns and rows of a plane of a picture of this size.
+    /// Columns of a plane of a picture with `width` columns.
     std::uint32_t PlaneWidth(int plane, std::uint32_t width) const;
+    /// Rows of a plane of a picture with `height` rows.
     std::uint32_t PlaneHeight(int plane, std::uint32_t height) const;
 };
 
-/// Planes to write to, in the order Y', Cb, Cr, A or R', G', B', A. Rows need no alignment.
+/// Planes to write to, not owned, in the order Y', Cb, Cr, A or R', G', B', A. Strides are bytes from row to
+/// row. Rows need no alignment.
 struct PlanarPicture {
     std::array<std::byte*, 4> plane{};
     std::array<std::ptrdiff_t, 4> stride{};
@@ -40,8 +44,11 @@ struct PlanarPicture {
 /// those of a conversion of every pixel. One thread at a time.
 class PictureConverter {
   public:
+    /// For frames of the size and format that `facts` tells.
     PictureConverter(const StreamFacts& facts, const PlanarFormat& format);
 
+    /// Writes the frame's picture to `out`, which has room for all planes of the format. Throws `Failure` if
+    /// zimg has no such conversion, and `std::bad_alloc`.
     void Convert(const FrameView& frame, const PlanarPicture& out);
     /// The same without the shortcut.
     void ConvertWhole(const FrameView& frame, const PlanarPicture& out);
@@ -53,6 +60,7 @@ class PictureConverter {
     void RunField(const Field& field, std::uint32_t width);
     void UnpackBox(const FrameView& frame, const Box& region, const Field& field);
     void UnpackRowStarts(const FrameView& frame, const Field& field);
+    RowPlanes SourceRow(std::uint32_t row);
     void KeepBox(const Box& region, const Box& keep, const Field& field, const PlanarPicture& out);
     void Spread(const Field& field, const PlanarPicture& out);
     void PadRows(const Field& field, std::uint32_t width, std::uint32_t paddedWidth);

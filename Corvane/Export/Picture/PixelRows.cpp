@@ -12,18 +12,18 @@ float GammaCoded(float linear) {
     return linear < 0.018f ? 4.5f * linear : 1.099f * std::pow(linear, 0.45f) - 0.099f;
 }
 
-// Values that stay in the range of integers in every step; what is so far outside is clipped by the target
-// anyhow.
+// A value that stays in the range of integers in every step. What lies so far outside is clipped by every
+// target.
 float Sane(float value) {
     constexpr float kLimit = 1024.0f;
     return value == value ? std::clamp(value, -kLimit, kLimit) : 0.0f;
 }
 
 void UnpackBytes(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format, const RowPlanes& out) {
-    for (int component = 0; component < 4; ++component) {
+    for (std::uint32_t component = 0; component < 4; ++component) {
         auto* const plane = static_cast<std::uint8_t*>(out.plane[component]);
         if (plane == nullptr) continue;
-        const int shift = 8 * ComponentOffset(format, component);
+        const std::uint32_t shift = 8 * ComponentOffset(format, component);
         for (std::uint32_t i = 0; i < count; ++i) {
             std::uint32_t pixel;
             std::memcpy(&pixel, pixels + std::size_t{i} * 4, 4);
@@ -33,7 +33,7 @@ void UnpackBytes(const std::byte* pixels, std::uint32_t count, RK_PixelFormat fo
 }
 
 void UnpackFloats(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format, const RowPlanes& out) {
-    for (int component = 0; component < 4; ++component) {
+    for (std::uint32_t component = 0; component < 4; ++component) {
         auto* const plane = static_cast<float*>(out.plane[component]);
         if (plane == nullptr) continue;
         const std::byte* source = pixels + 4 * ComponentOffset(format, component);
@@ -54,8 +54,7 @@ int ZeroOf(RK_PixelFormat format, int component) {
 void UnmultiplyBytes(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format,
                      const RowPlanes& out) {
     for (std::uint32_t i = 0; i < count; ++i) {
-        const int alpha =
-            std::to_integer<int>(pixels[std::size_t{i} * 4 + std::size_t(ComponentOffset(format, 3))]);
+        const int alpha = std::to_integer<int>(pixels[std::size_t{i} * 4 + ComponentOffset(format, 3)]);
         for (int component = 0; component < 3; ++component) {
             std::uint8_t& value = static_cast<std::uint8_t*>(out.plane[component])[i];
             const int zero = ZeroOf(format, component);
@@ -100,12 +99,12 @@ void UnpackRow(const std::byte* pixels, std::uint32_t count, RK_PixelFormat form
 
 void SwizzleRow(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format, const int* order,
                 int components, std::byte* out) {
-    int from[4] = {};
-    for (int i = 0; i < components; ++i) from[i] = ComponentOffset(format, order[i]);
-    const auto stride = static_cast<std::size_t>(components);
-    for (std::uint32_t x = 0; x < count; ++x)
-        for (int i = 0; i < components; ++i)
-            out[x * stride + std::size_t(i)] = pixels[x * 4 + std::uint32_t(from[i])];
+    const auto parts = static_cast<std::size_t>(components);
+    std::uint32_t from[4] = {};
+    for (std::size_t i = 0; i < parts; ++i)
+        from[i] = ComponentOffset(format, static_cast<std::uint32_t>(order[i]));
+    for (std::size_t x = 0; x < count; ++x)
+        for (std::size_t i = 0; i < parts; ++i) out[x * parts + i] = pixels[x * 4 + from[i]];
 }
 
 } // namespace corvane

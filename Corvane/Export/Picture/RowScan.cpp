@@ -20,7 +20,7 @@ Pattern PatternOf(const std::byte* pixel, std::uint32_t pixelBytes) {
 }
 
 // Without a branch inside the block. The processor's own look-ahead stops at each page, which costs a third
-// of the time where the frame is no longer in the nearest cache; fetching past the frame's end is harmless.
+// of the time if the frame is no longer in the nearest cache; fetching past the frame's end is harmless.
 bool BlockRepeats(const std::byte* block, Pattern pattern) {
     Pattern difference{};
     for (std::size_t i = 0; i < kBlockBytes; i += kCacheLine) __builtin_prefetch(block + kFetchAhead + i);
@@ -63,14 +63,14 @@ void WidenBox(const std::byte* row, std::uint32_t width, Box& box) {
 } // namespace
 
 bool RowIsUniform(const FrameView& frame, std::uint32_t y) {
-    return AllAlike(RowOf(frame, y), frame.width, BytesPerPixel(frame.format));
+    return AllAlike(frame.At(0, y), frame.width, BytesPerPixel(frame.format));
 }
 
 Box FindBox(const FrameView& frame) {
     const std::uint32_t pixelBytes = BytesPerPixel(frame.format);
     Box box{frame.width, frame.height, 0, 0};
     for (std::uint32_t y = 0; y < frame.height; ++y) {
-        const std::byte* row = RowOf(frame, y);
+        const std::byte* row = frame.At(0, y);
         if (AllAlike(row, frame.width, pixelBytes)) continue;
         box.top = std::min(box.top, y);
         box.bottom = y + 1;

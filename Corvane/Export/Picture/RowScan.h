@@ -18,17 +18,12 @@ struct Box {
     std::uint32_t Height() const { return bottom - top; }
 };
 
-/// The start of row `y`.
-inline const std::byte* RowOf(const FrameView& frame, std::uint32_t y) {
-    return frame.pixels + std::int64_t{frame.rowBytes} * y;
-}
-
-/// Whether all pixels of row `y` are alike, byte for byte.
+/// Whether all pixels of row `y`, which must be inside the frame, are alike byte for byte. Any thread.
 bool RowIsUniform(const FrameView& frame, std::uint32_t y);
 
 /// The smallest rectangle that holds every pixel which differs from the first pixel of its row. Generated
 /// frames are rows of one color with at most a number on them, so that converters work on little more than
-/// this box.
+/// this box. Empty if every row is of one color. Any thread.
 Box FindBox(const FrameView& frame);
 
 } // namespace corvane

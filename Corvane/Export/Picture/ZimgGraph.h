@@ -10,13 +10,16 @@
 
 namespace corvane {
 
-/// Up to four planes whose rows are aligned for zimg.
+/// Up to four planes whose rows are aligned for zimg. One thread at a time.
 class PlaneBuffer {
   public:
-    /// Makes room for planes of these sizes in bytes a row and rows.
+    /// Makes room for a plane of `rows` rows of `rowBytes` bytes; what was in it is lost. Throws
+    /// `std::bad_alloc`.
     void Shape(int plane, std::size_t rowBytes, std::uint32_t rows);
-    /// Null for a plane that was never shaped.
+    /// The start of a row; null for row 0 of a plane that was never shaped. Valid until the plane is shaped
+    /// again.
     std::byte* Row(int plane, std::uint32_t row);
+    /// All planes as zimg takes them, not owned.
     zimg_image_buffer AsZimg();
 
   private:
@@ -28,9 +31,11 @@ class PlaneBuffer {
 /// A conversion of zimg: between two formats of fixed size. One thread at a time.
 class ZimgGraph {
   public:
-    /// Throws `Failure` where zimg has no such conversion.
+    /// Throws `Failure` if zimg has no such conversion.
     ZimgGraph(const zimg_image_format& source, const zimg_image_format& result);
 
+    /// Converts `source` into `result`, whose planes are shaped for the two formats. Throws `Failure` if zimg
+    /// can't, and `std::bad_alloc`.
     void Run(PlaneBuffer& source, PlaneBuffer& result);
 
   private:

@@ -170,11 +170,10 @@ constexpr std::uint64_t kRowAlignment = 64;
 std::atomic<std::uint32_t> gMaxSide = kDefaultMaxFrameSide;
 std::atomic<std::uint64_t> gMaxBytes = kDefaultMaxFrameBytes;
 
-// The raster code of a format that frames can have; 0 for the others.
-RK_PixelFormat ConcreteFormat(CvPixelFormat format) {
-    const auto table = PixelFormatTable();
-    const auto row = std::ranges::find(table, format, &PixelFormatRow::code);
-    return row != table.end() && row->raster < kRK_FirstExtended ? row->raster : 0;
+// The row of a format that frames can have; null for the others.
+const PixelFormatRow* FindConcrete(CvPixelFormat format) {
+    const PixelFormatRow* const row = FindPixelFormat(format);
+    return row != nullptr && IsConcrete(row->raster) ? row : nullptr;
 }
 
 struct Layout {
@@ -184,11 +183,11 @@ struct Layout {
 
 // In 64 bits: a row fits 32 bits before it is multiplied by the height.
 Layout LayOut(CvPixelFormat format, std::uint32_t width, std::uint32_t height) {
-    const RK_PixelFormat raster = ConcreteFormat(format);
+    const PixelFormatRow* const row = FindConcrete(format);
     const std::uint32_t maxSide = gMaxSide;
-    if (raster == 0 || width == 0 || height == 0 || width > maxSide || height > maxSide) return {};
+    if (row == nullptr || width == 0 || height == 0 || width > maxSide || height > maxSide) return {};
 
-    const std::uint64_t pixelBytes = raster & kRK_Float ? 16 : 4;
+    const std::uint64_t pixelBytes = BytesPerPixel(row->raster);
     const std::uint64_t rowBytes = (width * pixelBytes + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
     if (rowBytes > std::numeric_limits<std::int32_t>::max()) return {};
     const std::uint64_t bytes = rowBytes * height;
@@ -265,7 +264,7 @@ std::int32_t GetPixelAspectRatio(CvVexelHandle handle, std::uint32_t* numerator,
 
 std::int32_t CanCreate(CvPixelFormat format, std::int32_t* answer) {
     if (!answer) return kFailed;
-    *answer = ConcreteFormat(format) != 0;
+    *answer = FindConcrete(format) != nullptr;
     return kSucceeded;
 }
 

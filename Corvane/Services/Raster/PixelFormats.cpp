@@ -90,28 +90,34 @@ static_assert(kFormats.size() == 48);
 
 #undef ROW
 
+constexpr bool IsUnique(std::uint32_t PixelFormatRow::*code) {
+    std::array<std::uint32_t, kFormats.size()> codes{};
+    std::ranges::transform(kFormats, codes.begin(), code);
+    std::ranges::sort(codes);
+    return std::ranges::adjacent_find(codes) == codes.end();
+}
+static_assert(IsUnique(&PixelFormatRow::code) && IsUnique(&PixelFormatRow::raster));
+
+// The raster codes of formats that frames can have.
+constexpr auto kConcrete = [] {
+    std::array<bool, 2 * kRK_709> concrete{};
+    for (const PixelFormatRow& row : kFormats)
+        if (row.raster < kRK_FirstExtended) concrete.at(row.raster) = true;
+    return concrete;
+}();
+
 // The engine's codes: the row plus this. Far from 0, so that a forgotten conversion is noticed.
 constexpr BEPixelFormat kFirstBEPixelFormat = 0xBE000000;
 
-std::string Characters(std::uint32_t code) {
-    std::string text;
-    for (int shift = 0; shift < 32; shift += 8) {
-        const unsigned character = (code >> shift) & 0xFF;
-        if (character >= 0x20 && character < 0x7F && character != '\'' && character != '\\')
-            text += static_cast<char>(character);
-        else
-            text += fmt::format("\\x{:02X}", character);
-    }
-    return text;
-}
-
 [[noreturn]] void ThrowUnknown(const char* kind, std::uint32_t code) {
     throw std::invalid_argument(
-        fmt::format("{} 0x{:08X} ('{}') is not known.", kind, code, Characters(code)));
+        fmt::format("{} 0x{:08X} ('{}') is not known.", kind, code, corvane::PixelFormatCharacters(code)));
 }
 
-BEPixelFormat EngineCode(const PixelFormatRow* row) {
-    return kFirstBEPixelFormat + static_cast<BEPixelFormat>(row - kFormats.data());
+const PixelFormatRow& RowOfCode(CvPixelFormat code) {
+    const PixelFormatRow* const row = corvane::FindPixelFormat(code);
+    if (row == nullptr) ThrowUnknown("Pixel format", code);
+    return *row;
 }
 
 const PixelFormatRow& RowOfEngineCode(BEPixelFormat format) {
@@ -121,12 +127,14 @@ const PixelFormatRow& RowOfEngineCode(BEPixelFormat format) {
     return kFormats[row];
 }
 
+BEPixelFormat EngineCode(const PixelFormatRow& row) {
+    return kFirstBEPixelFormat + static_cast<BEPixelFormat>(&row - kFormats.data());
+}
+
 } // namespace
 
 BEPixelFormat SDKToBEPixelFormat(CvPixelFormat format) {
-    const auto* row = std::ranges::find(kFormats, format, &PixelFormatRow::code);
-    if (row == kFormats.end()) ThrowUnknown("Pixel format", format);
-    return EngineCode(row);
+    return EngineCode(RowOfCode(format));
 }
 
 CvPixelFormat BEToSDKPixelFormat(BEPixelFormat format) {
@@ -140,13 +148,56 @@ RK_PixelFormat BEPixelFormatToRKPixelFormat(BEPixelFormat format) {
 BEPixelFormat RKPixelFormatToBEPixelFormat(RK_PixelFormat format) {
     const auto* row = std::ranges::find(kFormats, format, &PixelFormatRow::raster);
     if (row == kFormats.end()) ThrowUnknown("Raster pixel format", format);
-    return EngineCode(row);
+    return EngineCode(*row);
 }
 
 namespace corvane {
 
 std::span<const PixelFormatRow> PixelFormatTable() {
     return kFormats;
+}
+
+const PixelFormatRow* FindPixelFormat(CvPixelFormat code) {
+    const auto* row = std::ranges::find(kFormats, code, &PixelFormatRow::code);
+    return row == kFormats.end() ? nullptr : row;
+}
+
+RK_PixelFormat RasterFormatOf(CvPixelFormat code) {
+    return RowOfCode(code).raster;
+}
+
+bool IsConcrete(RK_PixelFormat format) {
+    return format < kConcrete.size() && kConcrete[format];
+}
+
+void RequireConcrete(RK_PixelFormat format) {
+    if (IsConcrete(format)) return;
+    throw std::invalid_argument(fmt::format("Raster pixel format 0x{:08X} can't be written.", format));
+}
+
+std::string PixelFormatWords(CvPixelFormat code) {
+    constexpr std::string_view kPrefix = "CvPixelFormat_";
+    const PixelFormatRow* const row = FindPixelFormat(code);
+    if (row == nullptr) return PixelFormatHex(code);
+    return fmt::format("{} ({})", row->name.substr(kPrefix.size()), PixelFormatCharacters(code));
+}
+
+std::string PixelFormatNameOrHex(CvPixelFormat code) {
+    const PixelFormatRow* const row = FindPixelFormat(code);
+    return row == nullptr ? PixelFormatHex(code) : std::string(row->name);
+}
+
+std::string PixelFormatHex(CvPixelFormat code) {
+    return fmt::format("0x{:08x}", code);
+}
+
+std::string PixelFormatCharacters(CvPixelFormat code) {
+    std::string characters;
+    for (int shift = 0; shift < 32; shift += 8) {
+        const auto character = static_cast<unsigned char>(code >> shift);
+        characters += character > 0x20 && character < 0x7F ? static_cast<char>(character) : '.';
+    }
+    return characters;
 }
 
 } // namespace corvane

@@ -6,6 +6,8 @@
 #include <shared_mutex>
 #include <unordered_map>
 
+#include "PixelFormats.h"
+
 namespace corvane::raster {
 namespace {
 
@@ -25,7 +27,7 @@ Pattern Shade(std::uint32_t coverage, RK_PixelFormat format) {
 }
 
 std::size_t PictureRowBytes(std::uint32_t height, RK_PixelFormat format) {
-    return GlyphAdvance(height) * PixelBytes(format);
+    return GlyphAdvance(height) * BytesPerPixel(format);
 }
 
 std::shared_ptr<const GlyphPicture> MakePicture(std::uint32_t glyph, std::uint32_t height,
@@ -35,7 +37,7 @@ std::shared_ptr<const GlyphPicture> MakePicture(std::uint32_t glyph, std::uint32
     picture->pixels.resize(picture->rowBytes * height);
 
     const Shades shades = MakeShades(format);
-    const std::size_t pixelBytes = PixelBytes(format);
+    const std::size_t pixelBytes = BytesPerPixel(format);
     std::vector<std::uint8_t> coverage(GlyphAdvance(height));
     std::byte* out = picture->pixels.data();
     for (std::uint32_t row = 0; row < height; ++row) {

@@ -1,7 +1,6 @@
 /// The color conversion of the raster service: one color to the bytes of one pixel. Private to the service.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "Rasterkit.h"
@@ -12,15 +11,8 @@ namespace corvane::raster {
 /// compiler's, so that it travels in a register.
 using Pattern [[gnu::vector_size(16)]] = std::uint32_t;
 
-/// Bytes of one pixel of a concrete format.
-constexpr std::uint32_t PixelBytes(RK_PixelFormat format) {
-    return format & kRK_Float ? 16 : 4;
-}
-
-/// Throws `std::invalid_argument` unless `format` is one of the 30 concrete formats.
-void RequireConcrete(RK_PixelFormat format);
-
-/// Converts a color (B, G, R, A floats) as `RK_FillWithColor` documents. `format` must be concrete.
+/// Converts a color (four floats B, G, R, A) as `RK_FillWithColor` documents. `format` must be concrete. Any
+/// thread.
 Pattern ConvertColor(const float* bgra, RK_PixelFormat format);
 
 } // namespace corvane::raster

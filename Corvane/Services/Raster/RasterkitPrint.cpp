@@ -11,6 +11,7 @@
 
 #include <fmt/format.h>
 
+#include "PixelFormats.h"
 #include "RasterkitGlyphs.h"
 #include "RasterkitRows.h"
 
@@ -32,7 +33,7 @@ struct Picture {
     RK_PixelFormat format;
     std::uint32_t width, height;
 
-    std::size_t PixelSize() const { return PixelBytes(format); }
+    std::size_t PixelSize() const { return BytesPerPixel(format); }
     std::byte* At(Position x, Position y) const {
         return base + y * rowBytes + x * static_cast<Position>(PixelSize());
     }
@@ -99,7 +100,7 @@ void CopyGlyph(const Picture& picture, std::uint32_t glyph, const Layout& layout
     }
 }
 
-// A character that is too large to be kept as a picture: drawn where it is seen, a stretch of pixels at a
+// Draws a character that is too large to be kept as a picture: what is seen of it, a stretch of pixels at a
 // time.
 void DrawGlyph(const Picture& picture, std::uint32_t glyph, const Layout& layout, const Rectangle& cell,
                const Rectangle& visible) {
@@ -137,7 +138,7 @@ void Print(const Picture& picture, std::string_view text, const Layout& layout) 
     }
 }
 
-// Rounds a share of a length to pixels, half up, and keeps it where sums of such numbers can't overflow.
+// Rounds a share of a length to pixels, half up, and holds it to a range in which sums can't overflow.
 Position Pixels(float share, std::uint32_t length) {
     constexpr double kFar = 1 << 30;
     const double pixels = static_cast<double>(share) * length + 0.5;
@@ -152,7 +153,7 @@ void RK_PrintNum(void* base, std::int32_t rowBytes, RK_PixelFormat format, std::
                  std::uint32_t height, std::int32_t number, float size, RK_Point position,
                  std::int32_t style) {
     using namespace corvane::raster;
-    RequireConcrete(format);
+    corvane::RequireConcrete(format);
     if (style != kRK_PrintBoxed)
         throw std::invalid_argument(fmt::format("Print style {} is not known.", style));
     if (!(size > 0.0f)) return;

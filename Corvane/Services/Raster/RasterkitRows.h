@@ -10,12 +10,12 @@ namespace corvane::raster {
 
 /// Fills `rows` rows of `rowBytes` bytes with the pattern, each row beginning with its first byte, and going
 /// on `step` bytes (any sign) from row to row. `rowBytes` is a whole number of pixels; nothing outside the
-/// rows is touched. Any alignment.
+/// rows is touched. Any alignment, any thread.
 void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
               const Pattern& pattern);
 
-/// The same with the vectors that every machine of this kind has; `FillRows` uses wider ones where it can.
-/// Rows have at least 16 bytes.
+/// The same with the vectors that every machine of this kind has; `FillRows` uses wider ones if there are
+/// any. Rows have at least 16 bytes. For `FillRows` and its test.
 void FillRowsBaseline(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
                       const Pattern& pattern);
 

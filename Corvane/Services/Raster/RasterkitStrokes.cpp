@@ -20,12 +20,12 @@ constexpr Point operator-(Point a, Point b) {
 constexpr float Dot(Point a, Point b) {
     return a.x * b.x + a.y * b.y;
 }
-// Positive where b lies clockwise of a (y points down).
+// Positive if b lies clockwise of a (y points down).
 constexpr float Cross(Point a, Point b) {
     return a.x * b.y - a.y * b.x;
 }
 
-// A center line: a segment when `radius` is 0, else the clockwise arc about `center`. An arc that ends where
+// A center line: a segment if `radius` is 0, else the clockwise arc about `center`. An arc that ends where
 // it starts is a circle.
 struct Stroke {
     Point start, end;

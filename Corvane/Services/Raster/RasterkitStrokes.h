@@ -15,11 +15,11 @@ inline constexpr std::uint32_t kGlyphWidth = 60;   ///< grid units, the same for
 
 /// The characters: 0 to 9 are the digits.
 inline constexpr std::uint32_t kMinusGlyph = 10;
-inline constexpr std::uint32_t kGlyphCount = 11;
+inline constexpr std::uint32_t kGlyphCount = 11; ///< characters are less than this
 
 /// The coverage of a stretch of one row of pixels: `coverage[i]` becomes 0 (outside) to 255 (inside) for the
 /// pixel at column `firstColumn + i` of `row`. Both count from the character's top-left corner; `height` is
-/// the height of the character in pixels.
+/// the height of the character in pixels, above 0. Any thread.
 void CoverRow(std::uint32_t glyph, std::uint32_t height, std::uint32_t row, std::uint32_t firstColumn,
               std::span<std::uint8_t> coverage);
 

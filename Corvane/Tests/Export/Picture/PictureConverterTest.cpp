@@ -82,18 +82,6 @@ TEST(PictureConverter, TheShortcutGivesTheBytesOfTheWholeConversion) {
                 }
 }
 
-TEST(FindBox, HoldsEveryPixelThatDiffersFromItsRow) {
-    const corvane::Box boxes[] = {{1, 0, 2, 1}, {40, 3, 300, 8}, {299, 9, 300, 10}, {5, 0, 290, 10}};
-    for (const RK_PixelFormat source : {kRK_4444, kRK_4444 | kRK_Float})
-        for (const corvane::Box& box : boxes) {
-            TestFrame frame(300, 10, source);
-            frame.Draw(box.left, box.top, box.right, box.bottom);
-            const corvane::Box found = corvane::FindBox(frame.View());
-            EXPECT_EQ((std::array{found.left, found.top, found.right, found.bottom}),
-                      (std::array{box.left, box.top, box.right, box.bottom}));
-        }
-}
-
 TEST(PictureConverter, ChromaOfAFieldIsMadeOfThatFieldAlone) {
     for (const std::uint32_t height : {32u, 34u, 33u}) {
         TestFrame frame(96, height, kRK_4444);

@@ -2,6 +2,7 @@
 // every byte which was written by mistake.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -79,13 +80,9 @@ class GuardedFrame {
     std::byte* At(std::uint32_t x, std::uint32_t y) {
         return mBytes.data() + kGuard + y * mRowBytes + x * OraclePixelBytes(mFormat);
     }
-    std::span<const std::byte> Pixel(std::uint32_t x, std::uint32_t y) {
-        return {At(x, y), OraclePixelBytes(mFormat)};
-    }
     bool IsTouched(std::uint32_t x, std::uint32_t y) {
-        for (const std::byte byte : Pixel(x, y))
-            if (byte != std::byte{0xCD}) return true;
-        return false;
+        const std::span pixel(At(x, y), OraclePixelBytes(mFormat));
+        return std::ranges::any_of(pixel, [](std::byte byte) { return byte != std::byte{0xCD}; });
     }
     std::int32_t RowBytes() const { return static_cast<std::int32_t>(mRowBytes); }
     std::uint32_t Width() const { return mWidth; }
