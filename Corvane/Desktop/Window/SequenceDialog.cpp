@@ -76,7 +76,7 @@ QComboBox* MakeBox(const Choice (&choices)[kCount], const char* name, QWidget* p
     return box;
 }
 
-/// Chooses a ratio; one that is no choice becomes one.
+/// Chooses a ratio, which is added to the choices if it is none of them.
 void Choose(QComboBox& box, Terms terms) {
     int index = 0;
     while (index < box.count() && box.itemData(index).value<Terms>() != terms) ++index;
@@ -151,7 +151,7 @@ void SequenceDialog::Show(const ClipFormat& sequence) {
     ShowPreset();
 }
 
-/// Names the preset that is set, whichever way it came to be.
+/// Shows which preset the fields match, if any.
 void SequenceDialog::ShowPreset() {
     const ClipFormat now = GetSequence();
     int index = 0;
