@@ -15,36 +15,6 @@ namespace corvane {
 
 namespace {
 
-/// Hands everything on to another platform and notices whether a dialog was shown: a plug-in without its
-/// layout shows none and says nothing.
-class WatchedPlatform final : public UI_Platform {
-  public:
-    explicit WatchedPlatform(UI_Platform& platform) : mPlatform(platform) {}
-
-    bool WasDialogShown() const { return mShown; }
-
-    void RunDialog(DialogModel& dialog, lumui::ui::UI_Node* parent) override {
-        mShown = true;
-        mPlatform.RunDialog(dialog, parent);
-    }
-    std::optional<Mosk::String> RunSaveFileDialog(const SaveFileRequest& request) override {
-        return mPlatform.RunSaveFileDialog(request);
-    }
-    std::int32_t RunMessageBox(const MessageBoxRequest& request) override {
-        return mPlatform.RunMessageBox(request);
-    }
-    std::optional<lumui::controls::ColorRGBA> RunColorPicker(const ColorPickerRequest& request) override {
-        return mPlatform.RunColorPicker(request);
-    }
-    lumworkspace::workspace::TopLevelWindow* GetMainTopLevelWindow() override {
-        return mPlatform.GetMainTopLevelWindow();
-    }
-
-  private:
-    UI_Platform& mPlatform;
-    bool mShown = false;
-};
-
 /// The records of one request, and the memory that they point to.
 struct Records {
     std::u16string path;
@@ -134,10 +104,11 @@ PreferencesAnswer RequestPreferences(const Bundle& bundle, const PreferencesRequ
     records.prefs.mPrefs = records.buffer.data();
     records.prefs.mPrefsLength = 0;
 
-    WatchedPlatform platform(NeedPlatform());
-    const ScopedPlatform scope(platform);
+    const UI_Platform& platform = NeedPlatform();
+    const std::size_t before = platform.CountDialogs();
     const Answer answer = bundle.Call(kSelector_GetPrefs, &records.access, &records.prefs);
-    if (answer.result == kResult_Success && !platform.WasDialogShown())
+    // A plug-in without its layout shows none and says nothing.
+    if (answer.result == kResult_Success && platform.CountDialogs() == before)
         return Failed("the plug-in shows no dialog; its bundle lacks the layout of one");
     return Interpret(answer, records, journal);
 }

@@ -57,8 +57,8 @@ void BinModel::RemoveMissing(const Project& project) {
     }
 }
 
-/// Makes the rows those of the project. Rows that stay are kept, so that the selection stays with them: no
-/// change moves a clip past another.
+/// Makes the rows match the project. Rows that stay are kept, and the selection with them: no change moves a
+/// clip past another.
 void BinModel::Follow() {
     const Project& project = mDocument.GetProject();
     RemoveMissing(project);
@@ -113,7 +113,7 @@ QIcon BinModel::PictureOf(const LoadedClip& loaded) const {
     }
     painter.end();
     QIcon icon(picture);
-    // Its colors are what it is about: a style would tint those of a selected row.
+    // The colors matter, and a style would tint those of a selected row.
     icon.addPixmap(picture, QIcon::Selected);
     return icon;
 }

@@ -18,18 +18,21 @@ class BinModel final : public QAbstractTableModel {
     Q_OBJECT
 
   public:
+    /// The columns, in the order in which they are shown at first.
     enum Column { kName, kSize, kRate, kFields, kDuration, kSource, kColumns };
 
-    /// `thumbnail` is the room for a picture, of which one pixel has `ratio` x `ratio` real ones.
+    /// `document` outlives the model. `thumbnail` is the room for a picture, in device-independent pixels, of
+    /// which one has `ratio` x `ratio` real ones.
     BinModel(Document& document, std::shared_ptr<Bundle> bundle, QSize thumbnail, qreal ratio,
              QObject* parent = nullptr);
 
     /// The id of a row's clip; 0 for a row that does not exist.
     std::uint64_t IdAt(int row) const;
-    /// The row of a clip; -1 where it has none.
+    /// The row of a clip; -1 if it has none.
     int RowOf(std::uint64_t id) const;
     /// What is known of a row's clip; null while it has not been opened.
     const LoadedClip* LoadedAt(int row) const;
+    /// A row's clip. The row must exist.
     const ProjectClip& ClipAt(int row) const { return *mRows[static_cast<std::size_t>(row)].wanted; }
     /// The room for a picture, in device-independent pixels.
     QSize ThumbnailSize() const { return mThumbnail; }
@@ -41,7 +44,8 @@ class BinModel final : public QAbstractTableModel {
     QVariant data(const QModelIndex& index, int role) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
-    /// Renames a clip, as a step of the document.
+    /// Renames a clip, as a step of the document. False, and nothing is done, for a name without letters or
+    /// for another column.
     bool setData(const QModelIndex& index, const QVariant& value, int role) override;
 
   Q_SIGNALS:

@@ -19,21 +19,22 @@ class BinView final : public QTreeView {
 
     /// The clips that are selected, in the order of the rows.
     std::vector<std::uint64_t> Selected() const;
-    /// The clip that the keyboard is at; 0 where there is none.
+    /// The clip that the keyboard is at; 0 if there is none.
     std::uint64_t Current() const;
-    /// Makes a clip the current one and the only one that is selected.
+    /// Makes a clip the current one and the only one that is selected. Does nothing for one that has no row.
     void Choose(std::uint64_t id);
-    /// Lets the person type another name for the current clip.
+    /// Lets the person type another name for the current clip, if there is one.
     void EditName();
 
-    /// The widths and the order of the columns, to be kept; what can't be restored is ignored.
+    /// The widths and the order of the columns, to be kept.
     QByteArray SaveColumns() const;
+    /// Puts them back; what can't be restored is ignored.
     void RestoreColumns(const QByteArray& columns);
 
   Q_SIGNALS:
     /// The person wants to open the current clip's settings: Return, or a double click.
     void OpenWanted();
-    /// The current clip or the selection is another.
+    /// Another clip is the current one, or others are selected.
     void ChoiceChanged();
 
   protected:

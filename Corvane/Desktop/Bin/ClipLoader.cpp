@@ -31,11 +31,6 @@ void ClipLoader::Hurry(std::uint64_t id) {
     if (found != mWaiting.end()) std::rotate(mWaiting.begin(), found, found + 1);
 }
 
-void ClipLoader::Clear() {
-    const std::lock_guard lock(mMutex);
-    mWaiting.clear();
-}
-
 void ClipLoader::Run(const std::stop_token& stop) {
     while (true) {
         ProjectClip wanted;

@@ -21,29 +21,29 @@ struct LoadedClip {
     std::uint64_t id = 0;
     ClipSource source; ///< what was opened
     std::shared_ptr<const Clip> clip;
-    /// Why there is no clip, or no frame of it, as a sentence; empty where all is well.
+    /// Why there is no clip, or no frame of it, as a sentence; empty if all is well.
     QString problem;
-    QImage thumbnail; ///< of the clip's first frame, in the shape of its pixels; null where there is none
+    QImage thumbnail; ///< of the clip's first frame, in the shape of its pixels; null if there is none
 };
 
-/// Opens clips and makes their thumbnails on a thread of its own. UI thread, but for what it does itself.
+/// Opens clips and makes their thumbnails on a thread of its own. All else is for the UI thread.
 class ClipLoader final : public QObject {
     Q_OBJECT
 
   public:
     /// Thumbnails fit into `thumbnail`, in device pixels.
     ClipLoader(std::shared_ptr<Bundle> bundle, QSize thumbnail, QObject* parent = nullptr);
+    /// Waits for the clip that is being opened.
     ~ClipLoader() override;
 
-    /// Asks for a clip, behind those asked for already. One that waits under this id is forgotten.
+    /// Asks for a clip, after those that were asked for already. An earlier request with this id is
+    /// forgotten.
     void Request(const ProjectClip& clip);
-    /// Lets a clip that waits come next: its row is on the screen.
+    /// Lets a clip that was asked for come next: its row is on the screen.
     void Hurry(std::uint64_t id);
-    /// Forgets what waits.
-    void Clear();
 
   Q_SIGNALS:
-    /// A clip that was asked for; on the UI thread.
+    /// A clip that was asked for was opened, or could not be.
     void Loaded(const corvane::desktop::LoadedClip& loaded);
 
   private:

@@ -24,28 +24,31 @@ class Document final : public QObject {
     QString GetName() const;
     /// Whether there are changes that its file does not hold.
     bool IsModified() const { return !mSaved || !mProject.HoldsSameAs(*mSaved); }
+    /// The steps that can be undone or done again.
     QUndoStack& GetUndoStack() { return mUndo; }
 
     /// Puts `after` in the project's place, as one step that can be undone. `text` says what it does, as in
-    /// "Rename Clip". Does nothing where nothing changes.
+    /// "Rename Clip". Does nothing if nothing changes.
     void Change(const QString& text, Project after);
-    /// Writes a clip's settings file, as one step that can be undone: going back writes the earlier text, and
-    /// fails where the file holds something else by then. Throws `Failure`; nothing is changed then.
+    /// Writes a clip's settings file, as one step that can be undone: undoing it writes the earlier text,
+    /// unless the file holds something else by then (`StepFailed`). Throws `Failure` if the file can't be
+    /// read or written; nothing is changed then.
     void WriteSettings(const QString& text, const std::filesystem::path& file, const std::string& settings);
 
-    /// Starts over with an empty project.
+    /// Starts over with an empty project. Here, as in the next two, the steps so far can no longer be undone.
     void Clear();
     /// Goes on with a project as its file has it.
     void Open(const Project& project, const std::filesystem::path& path);
     /// Goes on with a project that was not saved: it counts as modified. `path` is its file, or empty.
     void Recover(const Project& project, const std::filesystem::path& path);
-    /// Saves the project, which has that file then. Throws `Failure`; nothing is changed then.
+    /// Saves the project, which has that file from then on. Throws `Failure` if the file can't be written;
+    /// nothing is changed then.
     void Save(const std::filesystem::path& path);
 
   Q_SIGNALS:
-    /// The project is another one, or it or one of its settings files has another content.
+    /// There is another project, or something else in the project or in one of its settings files.
     void Changed();
-    /// The project's file is another, or holds what the project holds.
+    /// The project has another file, or its file now holds what the project holds.
     void Saved();
     /// A step could not be undone or done again; `sentence` says why.
     void StepFailed(const QString& sentence);
@@ -60,7 +63,7 @@ class Document final : public QObject {
     Project mProject;
     std::filesystem::path mPath;
     QUndoStack mUndo;
-    std::optional<Project> mSaved = Project(); // what the file holds; none where it is not known to hold it
+    std::optional<Project> mSaved = Project(); // what the file holds; none if that is not known
 };
 
 } // namespace corvane::desktop

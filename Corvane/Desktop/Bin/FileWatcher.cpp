@@ -3,20 +3,17 @@
 #include <chrono>
 #include <vector>
 
-#include <QFile>
 #include <QStringList>
 
 #include <sys/stat.h>
+
+#include "Desktop/Toolkit/Text.h"
 
 namespace corvane::desktop {
 
 namespace {
 
 constexpr std::chrono::milliseconds kSettleTime{50};
-
-QString Name(const std::filesystem::path& path) {
-    return QFile::decodeName(path.c_str());
-}
 
 } // namespace
 
@@ -64,9 +61,10 @@ void FileWatcher::Look() {
 void FileWatcher::WatchOnDisk() {
     std::set<QString> wanted;
     for (const auto& [file, stamp] : mFiles) {
-        if (stamp != Stamp{}) wanted.insert(Name(file));
+        if (stamp != Stamp{}) wanted.insert(FromPath(file));
         std::error_code error;
-        if (std::filesystem::is_directory(file.parent_path(), error)) wanted.insert(Name(file.parent_path()));
+        if (std::filesystem::is_directory(file.parent_path(), error))
+            wanted.insert(FromPath(file.parent_path()));
     }
     QStringList surplus;
     for (const QString& path : mWatcher.files() + mWatcher.directories())

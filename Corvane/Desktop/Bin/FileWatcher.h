@@ -11,21 +11,22 @@
 
 namespace corvane::desktop {
 
-/// Notices when files change, go away or come back, however it is done: written in place, replaced under
-/// their names, or removed with their folders. UI thread.
+/// Notices when files change, go away or come back, however that happens: they may be written in place,
+/// replaced under their names, or removed with their folders. UI thread.
 class FileWatcher final : public QObject {
     Q_OBJECT
 
   public:
     explicit FileWatcher(QObject* parent = nullptr);
 
-    /// The files to watch from now on. Those that were watched already go on being compared with what they
-    /// were.
+    /// Watches these files from now on. Those that were watched already are still compared with what they
+    /// were. A file that the system can't watch is only looked at by `Look`.
     void Watch(const std::set<std::filesystem::path>& files);
-    /// Looks at once. Tells of what changed before it returns.
+    /// Looks at once. Reports what has changed before it returns.
     void Look();
 
   Q_SIGNALS:
+    /// This file is another than it was, or is gone, or is there again.
     void FileChanged(const std::filesystem::path& file);
 
   private:

@@ -28,8 +28,8 @@ QSize FittingSize(const ClipFormat& clip, QSize size) {
             std::max(1, static_cast<int>(std::lround(shape.height() * factor)))};
 }
 
-/// The frame with as many rows and columns as are of use: of a large one, one in every few. What a thumbnail
-/// shows is fields and gradients, in which a row is like its neighbors but for the field.
+/// The frame with as many rows and columns as are useful: of a large one, one in every few. A thumbnail shows
+/// fields and gradients, in which a row is like its neighbors except for the field.
 QImage ReadSparsely(const Clip& clip, QSize size) {
     const Frame frame = clip.GetFrame(0);
     const FrameView& view = frame.View();

@@ -6,14 +6,16 @@
 
 namespace corvane {
 
-// Both load the module that shows windows. Nothing else brings Qt into the process: loading it costs more
-// than most commands take. The module is `../lib/corvane/corvane-desktop.so` from the program's folder. They
-// throw `Failure` where there is no display to show windows on, with `options.remedy`, or no module.
+// Both load the module that shows windows. Nothing else brings Qt into the process: loading it takes longer
+// than most commands do. The module is `../lib/corvane/corvane-desktop.so` from the program's folder. They
+// throw `Failure`, with the remedy of the options, if there is no display to show windows on or no such
+// module. Both are for the process's main thread, which is the UI thread from then on.
 
 /// Makes the platform that shows the toolkit's dialogs as windows.
 std::unique_ptr<UI_Platform> LoadDesktopPlatform(const DesktopOptions& options);
 
-/// Shows the main window, and returns the exit status when it has been closed.
+/// Shows the main window, and returns the exit status when it has been closed. Throws what `RunMainWindow`
+/// throws, too.
 int LoadAndRunMainWindow(const DesktopOptions& desktop, const MainWindowOptions& options);
 
 } // namespace corvane

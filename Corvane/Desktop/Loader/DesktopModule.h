@@ -12,8 +12,8 @@ namespace corvane {
 struct DesktopOptions {
     /// Where save-file dialogs begin; empty for the current folder.
     std::filesystem::path folder;
-    /// What a person can do where no window can be shown: the end of the sentence that says so, without its
-    /// stop.
+    /// What a person can do if no window can be shown: the end of the sentence that says so, without its
+    /// period.
     std::string remedy;
 };
 
@@ -26,16 +26,16 @@ struct MainWindowOptions {
     bool once = false;
 };
 
-// The module's functions, and the names to look them up by. The caller must have made sure that there is a
-// display.
+// The module's functions, and the names to look them up by. They are for the UI thread, and for processes
+// that have a display: the caller makes sure of that.
 
 /// Makes the platform that shows windows. The caller owns the platform and deletes it before the program
 /// ends.
 using CreateDesktopPlatform = UI_Platform* (*)(const DesktopOptions& options);
 inline constexpr char kCreateDesktopPlatformName[] = "CorvaneCreateDesktopPlatform";
 
-/// Shows the main window, and returns the exit status when the person has closed it. Throws `Failure` where
-/// there is no plug-in to show clips of.
+/// Shows the main window, and returns the exit status when the person has closed it. Throws `Failure` if the
+/// plug-in does not load.
 using RunMainWindow = int (*)(const DesktopOptions& desktop, const MainWindowOptions& options);
 inline constexpr char kRunMainWindowName[] = "CorvaneRunMainWindow";
 

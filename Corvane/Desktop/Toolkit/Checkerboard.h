@@ -5,7 +5,8 @@
 
 namespace corvane::desktop {
 
-/// Paints the squares that show through what is clear. `square` is their side.
+/// Paints the squares that show through what is clear. `square` is their side, in the painter's units. Any
+/// thread that may use the painter.
 inline void PaintCheckerboard(QPainter& painter, const QRect& area, int square) {
     for (int y = 0; y < area.height(); y += square)
         for (int x = 0; x < area.width(); x += square)

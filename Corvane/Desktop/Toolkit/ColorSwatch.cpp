@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kCheckerSquare = 4;
 
-/// 0 for what is no number.
+/// Held to 0 to 1; 0 for what is not a number.
 float Component(float value) {
     return value > 0 ? (value < 1 ? value : 1) : 0;
 }

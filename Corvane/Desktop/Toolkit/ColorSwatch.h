@@ -8,14 +8,15 @@
 
 namespace corvane::desktop {
 
-/// A color as Qt can show it: components are held to 0 to 1, what is no number is 0.
+/// A color as Qt can show it: components are held to 0 to 1, and what is not a number is 0. Any thread.
 QColor ShownColor(const lumui::controls::ColorRGBA& color);
 
-/// The room that a swatch has on its right, to the title beside it, which some styles put very close.
+/// The room to the right of a swatch, because some styles put the title very close to it.
 inline constexpr int kSwatchGap = 4;
 
-/// A picture of a color in a thin frame, over a checkerboard as far as the color is clear, and the gap.
-/// `size` is that of the color in device-independent pixels, of which one has `ratio` x `ratio` real ones.
+/// A picture of a color in a thin frame, over a checkerboard as far as the color is clear, with the gap
+/// beside it. `size` is that of the color in device-independent pixels, each of which has `ratio` x `ratio`
+/// real ones. UI thread.
 QIcon MakeSwatch(const lumui::controls::ColorRGBA& color, QSize size, qreal ratio);
 
 } // namespace corvane::desktop

@@ -19,7 +19,7 @@ namespace {
 
 constexpr QSize kSwatchSize(28, 14);
 
-/// Fills a list anew. Its choice is lost.
+/// Replaces the items of a list. Its choice is lost.
 void FillItems(QComboBox& box, const PopupModel& popup) {
     auto* const items = new QStandardItemModel(&box);
     for (const PopupModel::Item& item : popup.GetItems()) {
@@ -29,7 +29,7 @@ void FillItems(QComboBox& box, const PopupModel& popup) {
     }
     const QSignalBlocker silent(&box);
     box.setModel(items); // deletes the one before, which is the box's own
-    // The list is as wide as its items even where the box is not.
+    // The list is as wide as its items even if the box is not.
     box.view()->setMinimumWidth(box.view()->sizeHintForColumn(0) +
                                 box.view()->verticalScrollBar()->sizeHint().width());
 }
@@ -79,7 +79,7 @@ ControlWidget MakeCheckbox(DialogModel& dialog, CheckboxModel& checkbox, QWidget
 
 /// The title, with the layout's mnemonic as long as the program has not set another.
 QString ButtonText(const ControlModel& button) {
-    const Mosk::String& title = GetButtonTitle(button);
+    const Mosk::String& title = button.GetTitle();
     const LabelText& label = button.GetLayout().label;
     return title == label.text ? WithMnemonic(label) : Literal(title);
 }
@@ -120,13 +120,15 @@ ControlWidget MakeStaticText(StaticTextModel& text, QWidget* parent) {
 
 ControlWidget MakeBareWidget(DialogModel& dialog, ControlModel& control, QWidget* parent,
                              const std::function<void()>& finishEntry) {
-    if (auto* const popup = dynamic_cast<PopupModel*>(&control))
-        return MakePopup(dialog, *popup, parent, finishEntry);
-    if (auto* const number = dynamic_cast<NumberModel*>(&control)) return MakeNumber(dialog, *number, parent);
-    if (auto* const checkbox = dynamic_cast<CheckboxModel*>(&control))
-        return MakeCheckbox(dialog, *checkbox, parent, finishEntry);
-    if (auto* const text = dynamic_cast<StaticTextModel*>(&control)) return MakeStaticText(*text, parent);
-    return MakeButton(dialog, control, parent, finishEntry);
+    return std::visit(
+        PerClass{
+            [&](PopupModel* popup) { return MakePopup(dialog, *popup, parent, finishEntry); },
+            [&](NumberModel* number) { return MakeNumber(dialog, *number, parent); },
+            [&](CheckboxModel* checkbox) { return MakeCheckbox(dialog, *checkbox, parent, finishEntry); },
+            [&](StaticTextModel* text) { return MakeStaticText(*text, parent); },
+            [&](auto* button) { return MakeButton(dialog, *button, parent, finishEntry); },
+        },
+        control.AsClass());
 }
 
 } // namespace
@@ -146,8 +148,8 @@ void UpdateSwatch(const DialogModel& dialog, const ControlModel& button, QWidget
     if (channels.empty() || painted == nullptr) return;
     float components[4]{};
     for (std::size_t i = 0; i < std::size(components); ++i)
-        if (const auto* const number = dynamic_cast<const NumberModel*>(dialog.Find(channels[i])))
-            components[i] = static_cast<float>(number->GetValue());
+        components[i] =
+            static_cast<float>(std::get<NumberModel*>(dialog.Find(channels[i])->AsClass())->GetValue());
     painted->setIconSize(kSwatchSize + QSize(kSwatchGap, 0));
     painted->setIcon(MakeSwatch({components[0], components[1], components[2], components[3]}, kSwatchSize,
                                 widget->devicePixelRatioF()));

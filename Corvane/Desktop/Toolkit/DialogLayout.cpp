@@ -13,17 +13,13 @@ namespace corvane::desktop {
 
 namespace {
 
-bool IsButton(const LayoutNode& node) {
-    return node.kind == WidgetKind::kButton || node.kind == WidgetKind::kTextButton;
-}
-
-/// What takes the room that is left over in its row.
+/// Whether it takes the room that is left over in its row.
 bool Stretches(const LayoutNode& node) {
     return node.kind == WidgetKind::kNumber || node.kind == WidgetKind::kPopup ||
            node.kind == WidgetKind::kStaticText;
 }
 
-/// The cells of a row; anything that is no row is a row of its own.
+/// The cells of a row; anything else is a row of its own.
 std::vector<const LayoutNode*> CellsOf(const LayoutNode& node) {
     if (node.kind != WidgetKind::kRow) return {&node};
     std::vector<const LayoutNode*> cells;
@@ -37,7 +33,7 @@ DialogLayout::DialogLayout(const Layout& layout, QWidget& window) : mWindow(wind
     auto* const column = new QVBoxLayout(&window);
     for (const LayoutNode& node : layout.children) {
         if (node.kind == WidgetKind::kRow &&
-            std::all_of(node.children.begin(), node.children.end(), &IsButton)) {
+            std::ranges::all_of(node.children, &IsButton, &LayoutNode::kind)) {
             column->addStretch();
             column->addLayout(MakeButtonRow(node.children));
         } else
@@ -65,7 +61,7 @@ QWidget* DialogLayout::Place(const LayoutNode& node) {
     }
 }
 
-/// A titled frame; a row that lies in another row, or beside groups, is one without frame and title.
+/// A titled frame. A row inside another row, or beside groups, is a group without frame and title.
 QWidget* DialogLayout::MakeGroup(const LayoutNode& node) {
     QWidget* const box = node.kind == WidgetKind::kGroup ? new QGroupBox(WithMnemonic(node.label), &mWindow)
                                                          : new QWidget(&mWindow);

@@ -10,13 +10,13 @@
 
 namespace corvane::desktop {
 
-/// Lays out the widgets of a dialog as its script says. The widgets are children of `window` by then, named
-/// by their identifiers; groups and labels are made here.
+/// Lays out the widgets of a dialog as its script says. The widgets are already children of `window`, named
+/// by their identifiers; groups and labels are made here. UI thread.
 class DialogLayout {
   public:
     DialogLayout(const Layout& layout, QWidget& window);
 
-    /// Gives the first columns of all groups one width. To be called again where a title of theirs has
+    /// Makes the first columns of all groups equally wide. To be called again when one of their titles has
     /// changed.
     void AlignColumns();
 
@@ -29,7 +29,7 @@ class DialogLayout {
     void FillRow(QGridLayout& grid, int row, const std::vector<const LayoutNode*>& nodes, int columns);
 
     QWidget& mWindow;
-    /// What a column is as wide as at least.
+    /// A widget that makes its column at least as wide as itself.
     struct Cell {
         QGridLayout* grid;
         int column, columns;

@@ -39,7 +39,7 @@ void DialogWindow::BuildControls() {
         if (auto* const button = dynamic_cast<QPushButton*>(widget)) {
             const Layout& layout = mDialog.GetLayout();
             button->setDefault(control->GetID() == layout.defaultButton);
-            // Return is for the buttons that end the dialog, also where another one has the focus.
+            // Return is for the buttons that end the dialog, even if another one has the focus.
             button->setAutoDefault(button->isDefault() || control->GetID() == layout.cancelButton);
         }
         // As if by Tab, so that what is typed at once replaces the first number.
@@ -73,13 +73,13 @@ bool DialogWindow::eventFilter(QObject* object, QEvent* event) {
     return QDialog::eventFilter(object, event);
 }
 
-/// A number that is being typed counts even where the person goes on without leaving its field, as with a
+/// A number that is being typed counts even if the person goes on without leaving its field, as with a
 /// mnemonic.
 void DialogWindow::FinishEntry() {
     for (QDoubleSpinBox* const field : findChildren<QDoubleSpinBox*>()) field->interpretText();
 }
 
-void DialogWindow::ControlChanged(const ControlModel& control, ControlAspect aspect, ChangeOrigin) {
+void DialogWindow::ControlChanged(const ControlModel& control, ControlAspect aspect) {
     const auto found = mControls.find(&control);
     if (found == mControls.end()) return;
     const ControlWidget& changed = found->second;

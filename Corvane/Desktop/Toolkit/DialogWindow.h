@@ -11,10 +11,10 @@
 
 namespace corvane::desktop {
 
-/// The window of a dialog: one widget a control, named by the control's identifier.
+/// The window of a dialog: one widget per control, named by the control's identifier.
 ///
-/// Built with what the controls hold at that moment, and kept up from there on. Esc and the window's close
-/// button dismiss the dialog; Return presses its default button.
+/// It shows what the controls hold when it is made, and follows them from then on. Esc and the window's close
+/// button dismiss the dialog; Return presses its default button. UI thread.
 class DialogWindow final : public QDialog, private DialogObserver {
   public:
     /// `dialog` outlives the window.
@@ -31,7 +31,7 @@ class DialogWindow final : public QDialog, private DialogObserver {
     bool eventFilter(QObject* object, QEvent* event) override;
 
   private:
-    void ControlChanged(const ControlModel& control, ControlAspect aspect, ChangeOrigin origin) override;
+    void ControlChanged(const ControlModel& control, ControlAspect aspect) override;
     void DialogClosed() override;
     void FinishEntry();
     void BuildControls();

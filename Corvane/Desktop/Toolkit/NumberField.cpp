@@ -16,20 +16,11 @@ namespace corvane::desktop {
 
 namespace {
 
-/// So many decimals that the spin box rounds no number away.
+/// Enough decimals for the spin box never to round a number.
 constexpr int kAllDecimals = 323;
 
 /// Digits that survive decimal arithmetic: 0.25 and a step of 0.05 make 0.3.
 constexpr int kCleanDigits = 14;
-
-std::optional<double> ParseNumber(const QString& text) {
-    const QByteArray bytes = text.trimmed().toLatin1();
-    double number = 0;
-    const char* const end = bytes.data() + bytes.size();
-    const auto [rest, error] = std::from_chars(bytes.data(), end, number);
-    if (error != std::errc() || rest != end || !std::isfinite(number)) return std::nullopt;
-    return number;
-}
 
 double Cleaned(double number) {
     char text[64];
@@ -45,7 +36,7 @@ NumberField::NumberField(const NumberLimits& limits, const QString& unit, QWidge
     : QDoubleSpinBox(parent), mLimits(limits) {
     setLocale(QLocale::c());
     setDecimals(kAllDecimals);
-    // The program may show numbers outside of the limits.
+    // The program may show numbers beyond the limits.
     setRange(std::numeric_limits<double>::lowest(), std::numeric_limits<double>::max());
     setKeyboardTracking(false);
     setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -59,7 +50,7 @@ void NumberField::Show(double value) {
 
 QString NumberField::textFromValue(double value) const {
     char text[400];
-    // Numbers that are as long as a line in full are shown in a form that people can read.
+    // Numbers that would fill a line are shown in a form that people can read.
     const auto [end, error] =
         std::abs(value) < 1e15
             ? std::to_chars(text, std::end(text), value, std::chars_format::fixed, mLimits.decimals)
@@ -74,7 +65,7 @@ QString NumberField::WithoutUnit(const QString& text) const {
 double NumberField::valueFromText(const QString& text) const {
     const QString number = WithoutUnit(text);
     if (number == textFromValue(value())) return value();
-    return ParseNumber(number).value_or(value());
+    return ParseFiniteNumber(number.trimmed().toStdString()).value_or(value());
 }
 
 QValidator::State NumberField::validate(QString& text, int&) const {
@@ -82,7 +73,7 @@ QValidator::State NumberField::validate(QString& text, int&) const {
     constexpr QStringView kCharacters = u"0123456789+-.eE";
     if (!std::all_of(number.begin(), number.end(), [&](QChar c) { return kCharacters.contains(c); }))
         return QValidator::Invalid;
-    return ParseNumber(number) ? QValidator::Acceptable : QValidator::Intermediate;
+    return ParseFiniteNumber(number.toStdString()) ? QValidator::Acceptable : QValidator::Intermediate;
 }
 
 void NumberField::stepBy(int steps) {

@@ -9,15 +9,16 @@ namespace corvane::desktop {
 /// A field for a number that shows it rounded and keeps it exactly.
 ///
 /// The number changes when the program sets it, and when a person's entry is finished: by Return, by leaving
-/// the field, by a step, or by `interpretText`. Text that was not edited stands for the exact number and not
-/// for the rounded one that it shows. Entries are decimal text with a point, whatever the locale. They are
-/// not held to the limits here, only steps are: the dialog's model does that. `valueChanged` tells of a
-/// person's entries alone.
+/// the field, by a step, or by `interpretText`. Text that was not edited stands for the exact number, not for
+/// the rounded one that it shows. Entries are decimal text with a point, whatever the locale. Only steps are
+/// held to the limits here; the dialog's model holds entries to them. `valueChanged` reports only what a
+/// person does. UI thread.
 class NumberField final : public QDoubleSpinBox {
   public:
+    /// `unit` is shown after the number; it may be empty.
     NumberField(const NumberLimits& limits, const QString& unit, QWidget* parent);
 
-    /// Shows the program's number.
+    /// Shows a number that the program sets.
     void Show(double value);
 
     QString textFromValue(double value) const override;

@@ -22,8 +22,8 @@ namespace {
 /// How the sentence ends that says why there is no window. Only while the application object is made.
 std::string gRemedy;
 
-/// While the application object is made: Qt aborts where it can't show windows, and this ends the process in
-/// its place, as a request that failed. What Qt says on the way is no sentence for people.
+/// While the application object is made: Qt aborts if it can't show windows. This ends the process before
+/// that, as a request that failed, because what Qt says then is not for people.
 void EndOnFatalMessage(QtMsgType type, const QMessageLogContext&, const QString&) {
     if (type != QtFatalMsg) return;
     std::fprintf(
@@ -33,7 +33,7 @@ void EndOnFatalMessage(QtMsgType type, const QMessageLogContext&, const QString&
     std::_Exit(EXIT_FAILURE);
 }
 
-/// Keeps an exception from running through Qt, which is not made for that.
+/// Keeps exceptions from passing through Qt, which is not made for that.
 class Application final : public QApplication {
   public:
     using QApplication::QApplication;
@@ -107,7 +107,7 @@ QWidget* QtPlatform::ParentWindow() const {
     return mMainWindow.isNull() ? QApplication::activeWindow() : mMainWindow.data();
 }
 
-void QtPlatform::RunDialog(DialogModel& dialog, lumui::ui::UI_Node*) {
+void QtPlatform::ShowDialog(DialogModel& dialog, lumui::ui::UI_Node*) {
     DialogWindow(dialog, ParentWindow()).Run();
 }
 

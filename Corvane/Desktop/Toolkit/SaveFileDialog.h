@@ -8,13 +8,14 @@
 
 namespace corvane::desktop {
 
-/// The system's dialog that asks where to save a file. A name without an extension gets the filter's, and a
-/// file that would be replaced under that name is asked for as any other.
+/// The system's dialog that asks where to save a file. A name without an extension gets the filter's, and the
+/// person is asked before a file of that name is replaced as before any other. UI thread.
 class SaveFileDialog {
   public:
+    /// Begins in `folder`. `request` outlives the dialog.
     SaveFileDialog(const SaveFileRequest& request, const QString& folder, QWidget* parent);
 
-    /// The whole path that the person confirmed; nothing where the dialog was cancelled.
+    /// Shows the dialog; returns the absolute path that the person confirmed, or nothing if it was cancelled.
     std::optional<QString> Run();
 
   private:

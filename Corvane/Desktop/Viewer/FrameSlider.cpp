@@ -11,7 +11,7 @@ namespace corvane::desktop {
 
 namespace {
 
-/// Of clips with more frames, a step of the slider is more than a frame.
+/// If a clip has more frames than this, one step of the slider is more than one frame.
 constexpr std::int64_t kMaxValue = 1 << 30;
 constexpr int kPages = 20;
 

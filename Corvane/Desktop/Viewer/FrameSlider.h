@@ -7,6 +7,7 @@
 namespace corvane::desktop {
 
 /// A slider over the frames of a clip, however many there are. A press jumps to the frame under the pointer.
+/// UI thread.
 class FrameSlider final : public QSlider {
     Q_OBJECT
 
@@ -15,7 +16,7 @@ class FrameSlider final : public QSlider {
 
     /// Offers frames 0 to `frames` - 1. Raises no signal.
     void SetFrames(std::int64_t frames);
-    /// Raises no signal.
+    /// Moves to a frame. Raises no signal.
     void SetFrame(std::int64_t frame);
 
   Q_SIGNALS:

@@ -131,7 +131,7 @@ void PictureArea::paintEvent(QPaintEvent*) {
 }
 
 void PictureArea::PaintPicture(QPainter& painter) {
-    // A picture for another size is stretched to the present one until its successor is there.
+    // A picture for another size is stretched to the present one until the next one is there.
     const PictureLook& look = mPicture->request.look;
     const QRectF place(Place());
     const qreal x = place.width() / look.size.width();
@@ -140,8 +140,8 @@ void PictureArea::PaintPicture(QPainter& painter) {
                       look.part.width() * x, look.part.height() * y);
     const qreal ratio = viewport()->devicePixelRatioF();
     const QRectF target(part.topLeft() / ratio, part.size() / ratio);
-    // The surround goes up to under the picture's edges: they lie between whole pixels where the ratio is no
-    // whole number.
+    // The surround reaches under the picture's edges, which lie between whole pixels if the ratio isn't
+    // whole.
     const QRect inner = target.toAlignedRect().adjusted(1, 1, -1, -1);
     painter.setClipRegion(QRegion(viewport()->rect()) - QRegion(inner));
     painter.fillRect(viewport()->rect(), QColor(kSurround));
@@ -212,7 +212,7 @@ void PictureArea::Pan(QPoint way) {
     verticalScrollBar()->setValue(verticalScrollBar()->value() + way.y() * kPanStep);
 }
 
-/// By a pixel of the frame, or of the screen where those are larger.
+/// By a pixel of the frame, or by one of the screen if those are larger.
 void PictureArea::MoveProbe(QPoint way) {
     if (mClip.size.width == 0 || mClip.size.height == 0) return;
     const qreal ratio = viewport()->devicePixelRatioF();

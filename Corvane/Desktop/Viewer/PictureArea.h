@@ -8,12 +8,12 @@
 
 namespace corvane::desktop {
 
-/// Where the picture is seen: fitted, or at full size with scroll bars where it is larger than the room.
+/// Where the picture is seen: fitted, or at full size, with scroll bars if it is larger than the room.
 ///
 /// It says what picture it wants (`GetLook`) and paints the last one that it was given, moved or stretched to
 /// its place, until there is a better one. Painting only copies pixels. Shift and the arrow keys, the wheel
-/// and dragging move a picture that is larger than the area. Control and the arrow keys hover for those
-/// without a pointer.
+/// and dragging move a picture that is larger than the area. Control and the arrow keys stand in for the
+/// pointer. UI thread.
 class PictureArea final : public QAbstractScrollArea {
     Q_OBJECT
 
@@ -22,23 +22,27 @@ class PictureArea final : public QAbstractScrollArea {
 
     /// Shows pictures of such a clip. The picture that is shown stays until the next one.
     void SetClip(const ClipFormat& clip);
+    /// Fits the picture into the area, or shows it at full size.
     void SetFit(bool fit);
+    /// Shows the lines of both fields or of one.
     void SetFields(FieldView fields);
     /// What picture fills the area now.
     PictureLook GetLook() const;
 
-    /// `tag` comes back with `Painted`.
+    /// Shows a picture, or the problem that it comes with. `tag` comes back with `Painted`.
     void ShowPicture(const PicturePointer& picture, std::int64_t tag);
     /// Shows a sentence and no picture.
     void ShowMessage(const QString& text);
     /// Keeps the picture and lets go of the frame behind it, which may be very large.
     void ReleaseFrame();
+    /// The picture that is shown; null for none.
     const PicturePointer& GetPicture() const { return mPicture; }
     /// Whether the picture has been painted since it was given.
     bool IsPainted() const { return mPainted; }
+    /// The sentence that is shown; empty for none.
     const QString& GetMessage() const { return mMessage; }
-    /// The place, in device-independent pixels of the viewport, and the pixel of the frame that is shown
-    /// there; empty outside of the picture.
+    /// The pixel of the frame that is shown at `place`, in device-independent pixels of the viewport; nothing
+    /// outside of the picture.
     std::optional<QPoint> PixelAt(QPointF place) const;
     /// The picture's width and height in percent of the full size.
     double GetZoom() const;
@@ -47,10 +51,11 @@ class PictureArea final : public QAbstractScrollArea {
     /// What `GetLook` says has changed.
     void LookChanged();
     /// A picture, or its problem, has been painted for the first time. It reaches the screen when the paint
-    /// event is done: connect queued.
+    /// event is over, so this is to be connected queued.
     void Painted(const PicturePointer& picture, qint64 tag);
-    /// The pointer moved over the viewport, to `PixelAt` what `place` is, or left it.
+    /// The pointer moved over the viewport, to a `place` as `PixelAt` takes it.
     void Hovered(QPointF place);
+    /// The pointer left the viewport.
     void HoverEnded();
 
   protected:
@@ -65,8 +70,7 @@ class PictureArea final : public QAbstractScrollArea {
 
   private:
     QSize Room() const; // the viewport in device pixels
-    /// The whole picture's place in the viewport, in device pixels; the corner is negative where it is
-    /// scrolled.
+    /// The whole picture's place in the viewport, in device pixels; the corner is negative if it is scrolled.
     QRect Place() const;
     void LayOut();
     void PaintPicture(QPainter& painter);

@@ -21,7 +21,7 @@ bool IsLarge(const PictureRequest& request) {
 void KeepPictureMemory() {
 #ifdef __GLIBC__
     constexpr int kMiB = 1 << 20;
-    ::mallopt(M_MMAP_THRESHOLD, 32 * kMiB); // the most that there can be
+    ::mallopt(M_MMAP_THRESHOLD, 32 * kMiB); // the largest threshold there is
     ::mallopt(M_TRIM_THRESHOLD, 128 * kMiB);
     ::mallopt(M_TOP_PAD, 16 * kMiB);
 #endif
@@ -81,7 +81,7 @@ void PictureLoader::Work() {
         // Moved, not copied: the UI thread has the only reference, and so the last one.
         mMade.push_back(std::move(made));
         QMetaObject::invokeMethod(this, &PictureLoader::HandOn, Qt::QueuedConnection);
-        mWake.notify_one(); // the other thread may wait for the end of a large one
+        mWake.notify_one(); // the other thread may be waiting for a large one to end
     }
 }
 

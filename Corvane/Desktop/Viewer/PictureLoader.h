@@ -14,6 +14,7 @@
 
 namespace corvane::desktop {
 
+/// A picture that has been made. It is never changed, and any thread may keep it.
 using PicturePointer = std::shared_ptr<const Picture>;
 
 /// Makes pictures on threads of its own. Everything else is for the UI thread.
@@ -28,12 +29,12 @@ class PictureLoader final : public QObject {
     /// Waits for the pictures that are being made.
     ~PictureLoader() override;
 
-    /// Wants these, the first one first, and no longer what was wanted before and has not been begun. A
-    /// picture that is being made is not begun once more.
+    /// Wants these pictures, the first one first. What was wanted before and has not been begun is forgotten;
+    /// a picture that is being made already is not begun again.
     void Want(std::vector<PictureRequest> requests);
 
   Q_SIGNALS:
-    /// On the UI thread. Pictures come in the order in which they get ready.
+    /// A picture is ready. They come in the order in which they become ready.
     void Made(const PicturePointer& picture);
 
   private:
@@ -41,7 +42,7 @@ class PictureLoader final : public QObject {
     void Work();
     void HandOn();
 
-    /// A picture that is being made; it keeps nothing alive.
+    /// What is known of a picture that is being made; it keeps nothing alive.
     struct Busy {
         const Clip* clip;
         std::int64_t frame;

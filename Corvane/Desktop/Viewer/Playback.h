@@ -6,10 +6,10 @@
 
 namespace corvane::desktop {
 
-/// Nanoseconds since any moment; never goes back.
+/// Nanoseconds since some fixed moment; never goes back.
 using PlaybackClock = std::function<std::int64_t()>;
 
-/// The machine's monotonic clock.
+/// The machine's monotonic clock. Any thread.
 std::int64_t MonotonicNanoseconds();
 
 /// Chooses the frame that is due by a clock, at the exact rate, and counts those that were never seen.
@@ -22,24 +22,25 @@ class Playback {
 
     void SetClock(PlaybackClock clock) { mClock = std::move(clock); }
 
-    /// Starts at `frame` of `frames` at so many ticks a frame; all are above 0, but the frame. The count of
-    /// dropped frames begins anew.
+    /// Starts at `frame` of a clip of `frames` frames, each `ticksPerFrame` long; both of these are above 0.
+    /// The count of dropped frames starts over.
     void Start(std::int64_t frame, std::int64_t frames, std::int64_t ticksPerFrame, bool loop);
     void Stop() { mRunning = false; }
     bool IsRunning() const { return mRunning; }
-    /// Goes on from the frame that is due now, in a loop or up to the end. The count of dropped frames stays.
+    /// Goes on from the frame that is due now, either in a loop or up to the end. The count of dropped frames
+    /// stays.
     void SetLoop(bool loop);
 
-    /// The step that is due now; in no loop at most that of the last frame.
+    /// The step that is due now; without a loop, at most that of the last frame.
     std::int64_t DueStep() const;
-    /// Whether the last frame has had its time. Never in a loop.
+    /// Whether the last frame has had its time. Never so in a loop.
     bool IsOver() const;
     /// The frame of a step: held to the clip.
     std::int64_t FrameOf(std::int64_t step) const;
-    /// How long it is until `step` is due; 0 where it is.
+    /// How long it is until `step` is due; 0 if it is due already.
     std::int64_t NanosecondsUntil(std::int64_t step) const;
 
-    /// Tells that the frame of a step is on the screen: steps that were left out are dropped ones.
+    /// Says that the frame of a step is on the screen: the steps left out since the last one were dropped.
     void Shown(std::int64_t step);
     std::int64_t GetDropped() const { return mDropped; }
 

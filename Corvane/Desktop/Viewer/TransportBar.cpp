@@ -120,7 +120,7 @@ void TransportBar::SetClip(std::int64_t frames, std::int64_t ticksPerFrame) {
 
 void TransportBar::SetFrame(std::int64_t frame) {
     mFrame = frame;
-    // What a person is typing stays.
+    // What a person is typing is kept.
     if (mField->isModified() && mField->hasFocus()) {
         mSlider->SetFrame(frame);
         mTime->setText(QString::fromStdString(TimeText(frame, mTicksPerFrame)));
@@ -157,7 +157,7 @@ bool TransportBar::eventFilter(QObject* watched, QEvent* event) {
         }
         return true;
     }
-    // On a button that has the focus, Space presses that button.
+    // Space presses a button that has the focus.
     if (watched != mField && key == Qt::Key_Space && event->type() == QEvent::ShortcutOverride)
         event->accept();
     return false;

@@ -13,21 +13,24 @@ namespace corvane::desktop {
 
 class FrameSlider;
 
-/// The scrubber, the buttons, and where the playhead is: as a frame that can be edited, and as a time.
+/// The scrubber, the buttons, and where the playhead is: as a frame number that can be edited, and as a time.
+/// UI thread.
 class TransportBar final : public QWidget {
     Q_OBJECT
 
   public:
+    /// The actions outlive the bar.
     TransportBar(const ViewerActions& actions, QWidget* parent);
 
-    /// Offers `frames` frames; with 0 nothing can be done.
+    /// Offers `frames` frames; if there are none, nothing can be done.
     void SetClip(std::int64_t frames, std::int64_t ticksPerFrame);
+    /// Shows where the playhead is. Raises no signal.
     void SetFrame(std::int64_t frame);
 
   Q_SIGNALS:
-    /// A person asks for a frame: by the scrubber or by its number. Always inside the clip.
+    /// A person asks for a frame, by the scrubber or by its number. It is always inside the clip.
     void FrameWanted(qint64 frame);
-    /// A person has finished or given up the editing of the number.
+    /// A person has finished editing the number, or given it up.
     void FieldLeft();
 
   protected:

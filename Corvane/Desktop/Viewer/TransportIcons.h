@@ -4,7 +4,7 @@
 
 namespace corvane::desktop {
 
-/// Pictures for the viewer's buttons and menus.
+/// What the pictures on the viewer's buttons and in its menus mean.
 enum class TransportSymbol {
     kPlay,
     kPause,
@@ -20,7 +20,7 @@ enum class TransportSymbol {
     kLowerField
 };
 
-/// An icon that is painted in the text color of the palette there is at the time, at any size.
+/// An icon that is painted at any size, in the text color of the palette at the time. UI thread.
 QIcon MakeTransportIcon(TransportSymbol symbol);
 
 } // namespace corvane::desktop

@@ -55,7 +55,7 @@ Viewer::Viewer(QWidget* parent)
 }
 
 Viewer::~Viewer() {
-    // What their signals are connected to is destroyed before them.
+    // QWidget's destructor deletes them, when the members that their signals use are gone.
     mArea->disconnect(this);
     mTransport->disconnect(this);
 }
@@ -190,10 +190,8 @@ void Viewer::StepBy(std::int64_t frames) {
 }
 
 void Viewer::MovePlayhead(std::int64_t frame) {
-    const bool moved = frame != mFrame;
     mFrame = frame;
     mTransport->SetFrame(frame);
-    if (moved) Q_EMIT CurrentFrameChanged(frame);
 }
 
 void Viewer::ShowReadout() {

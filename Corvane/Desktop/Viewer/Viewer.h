@@ -24,14 +24,15 @@ class PictureArea;
 class TransportBar;
 struct ViewerActions;
 
-/// Shows a clip: the frame at the playhead, the transport, and the values of the pixel under the pointer.
-/// UI thread only; frames are made on threads of its own.
+/// Shows a clip: the frame at the playhead, the transport, and the values of the pixel under the pointer. UI
+/// thread only; frames are made on threads of its own.
 ///
-/// Keys. Where the viewer or something in it has the focus: Space plays and pauses, Left and Right step, Home
-/// and End go to the ends, L loops, Shift and the arrows move a picture that is larger than its room, Ctrl
-/// and the arrows the place of the readout. They reach nothing beside the viewer, so lists and text fields
-/// there keep them; its own frame field keeps what edits text, and a button with the focus is pressed by
-/// Space. In the whole window: Ctrl+L loops, Ctrl+0 fits, Ctrl+1 is 100 %, and a keyboard's play key plays.
+/// Keys. If the viewer or something in it has the focus: Space plays and pauses, Left and Right step, Home
+/// and End go to the ends, L loops, Shift and the arrows move a picture that is larger than its room, and
+/// Ctrl and the arrows move the place of the readout. They do nothing outside of the viewer, so that lists
+/// and text fields there keep them; the viewer's own frame field keeps what edits text, and Space presses a
+/// button that has the focus. In the whole window: Ctrl+L loops, Ctrl+0 fits, Ctrl+1 is 100 %, and a
+/// keyboard's play key plays.
 class Viewer final : public QWidget {
     Q_OBJECT
 
@@ -40,20 +41,21 @@ class Viewer final : public QWidget {
     /// Waits for the frames that are being made, at most two.
     ~Viewer() override;
 
-    /// Shows a clip under this name; null for none, with a hint of what to do. With `keepPlace` the playhead
-    /// stays (held to the new length), and so does whether it plays: for a clip whose settings changed.
-    /// Otherwise the clip is at frame 0 and pauses. A clip that can't be rendered shows why.
+    /// Shows a clip under this name; null for none, with a hint of what to do. With `keepPlace`, which is for
+    /// a clip whose settings changed, the playhead stays where it is (held to the new length) and goes on
+    /// playing if it was. Otherwise it is at frame 0 and pauses. If a clip can't be rendered, the viewer says
+    /// why.
     void SetClip(std::shared_ptr<const Clip> clip, const QString& name, bool keepPlace);
-    /// Shows why there is no clip, as a sentence. A clip that is set afterwards with `keepPlace` goes on
+    /// Shows why there is no clip, as a sentence. If a clip is set with `keepPlace` afterwards, it goes on
     /// where the last one was.
     void SetProblem(const QString& name, const QString& sentence);
 
-    /// The playhead; 0 where there is no clip.
+    /// The frame at the playhead; 0 if there is no clip.
     std::int64_t CurrentFrame() const { return mClip ? mFrame : 0; }
     /// Moves the playhead, held to the clip. Playback goes on from there.
     void SetCurrentFrame(std::int64_t frame);
     bool IsPlaying() const { return mPlayback.IsRunning(); }
-    /// Of the present or the last playback.
+    /// Frames that the present or the last playback left out.
     std::int64_t DroppedFrames() const { return mPlayback.GetDropped(); }
 
     /// For a menu, with separators: play, step, ends, loop. The viewer owns them.
@@ -65,14 +67,15 @@ class Viewer final : public QWidget {
     void SetClock(PlaybackClock clock);
 
   public Q_SLOTS:
+    /// Plays from the playhead, or from the beginning if that is at the end. Does nothing without a clip.
     void Play();
+    /// Stays at the playhead.
     void Pause();
 
   Q_SIGNALS:
     /// The picture of this frame is on the screen.
     void FrameShown(qint64 frame);
-    /// The playhead is at another frame; its picture may still be in the making.
-    void CurrentFrameChanged(qint64 frame);
+    /// Playback has begun or ended.
     void PlayingChanged(bool playing);
 
   private:
@@ -119,7 +122,7 @@ class Viewer final : public QWidget {
     QTimer mTimer;
     std::int64_t mStep = 0;                        // of the playback, at the playhead
     std::int64_t mShownStep = 0;                   // of the picture that is shown
-    std::map<std::int64_t, PicturePointer> mReady; // by frame: pictures for the steps to come
+    std::map<std::int64_t, PicturePointer> mReady; // by frame: pictures of later steps
     std::int64_t mAverage = 0;                     // nanoseconds that a picture takes
     std::uint64_t mOrder = 0;
     std::uint64_t mShownOrder = 0;

@@ -1,8 +1,8 @@
 #include "ViewerActions.h"
 
 #include <QActionGroup>
-#include <QKeySequence>
 
+#include "Desktop/Toolkit/Actions.h"
 #include "TransportIcons.h"
 
 namespace corvane::desktop {
@@ -10,18 +10,13 @@ namespace corvane::desktop {
 namespace {
 
 QAction* Make(QWidget& viewer, TransportSymbol symbol, const char* name, const QString& text,
-              const QList<QKeySequence>& keys, const QString& tip) {
-    auto* const action = new QAction(MakeTransportIcon(symbol), text, &viewer);
+              const QKeySequence& key, const QString& tip) {
+    QAction* const action = MakeAction(viewer, text, key, tip);
+    action->setIcon(MakeTransportIcon(symbol));
     action->setObjectName(QString::fromLatin1(name));
-    action->setShortcuts(keys);
     // Plain keys belong to the viewer alone, so that lists and fields beside it keep them.
-    const bool plain = !keys.isEmpty() && (keys.front()[0].keyboardModifiers() & Qt::ControlModifier) == 0;
+    const bool plain = !key.isEmpty() && (key[0].keyboardModifiers() & Qt::ControlModifier) == 0;
     action->setShortcutContext(plain ? Qt::WidgetWithChildrenShortcut : Qt::WindowShortcut);
-    QString whole = tip;
-    if (!keys.isEmpty())
-        whole += QStringLiteral(" (%1)").arg(keys.front().toString(QKeySequence::NativeText));
-    action->setToolTip(whole);
-    action->setStatusTip(tip);
     viewer.addAction(action);
     return action;
 }

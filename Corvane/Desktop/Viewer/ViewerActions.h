@@ -6,8 +6,9 @@
 
 namespace corvane::desktop {
 
-/// The viewer's actions, which belong to the viewer.
+/// The viewer's actions. UI thread.
 struct ViewerActions {
+    /// Makes the actions, which belong to `viewer`.
     explicit ViewerActions(QWidget& viewer);
 
     QAction* play;
@@ -22,13 +23,13 @@ struct ViewerActions {
     QAction* upperField;
     QAction* lowerField;
 
-    /// In the order of a menu, with separators.
+    /// The actions in the order of two menus, with separators.
     QList<QAction*> playback;
     QList<QAction*> view;
 
-    /// What can be done: with a clip that can be shown, and with fields of its own.
+    /// Enables what can be done: whether there is a clip to show, and whether it has fields.
     void Enable(bool shown, bool interlaced);
-    /// The play action's text and icon.
+    /// Gives the play action the text and the icon of what it does next.
     void ShowPlaying(bool playing);
 };
 

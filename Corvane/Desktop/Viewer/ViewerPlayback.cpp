@@ -14,7 +14,7 @@ namespace corvane::desktop {
 
 namespace {
 
-/// Pictures that are made ahead of the playhead, as long as their frames take little memory.
+/// How many pictures are made ahead of the playhead if their frames take little memory.
 constexpr std::int64_t kAhead = 3;
 constexpr std::uint64_t kSmallFrame = std::uint64_t{64} << 20;
 
@@ -46,16 +46,16 @@ void Viewer::WantPictures() {
     ++mOrder;
     std::vector<PictureRequest> requests;
     PictureRequest now = RequestFor(mFrame, mStep);
-    // The frame that is seen is let go where the next one needs the memory.
+    // Lets go of the frame that is on the screen if the next one needs the memory.
     if (!now.held && FrameBytes(*mClip) > kLargeFrame) mArea->ReleaseFrame();
     if (IsPlaying()) WantAhead(requests);
-    // A picture that can't be there in time is made for want of a better one only.
+    // A picture that can't be ready in time is made only if there is no better one to make.
     const bool late = IsPlaying() && StepsLate() > 0;
     if (!IsShown(now) && (!late || requests.empty())) requests.insert(requests.begin(), std::move(now));
     mLoader.Want(std::move(requests));
 }
 
-/// How many steps pass while a picture is made: then it is of no use to ask for the one that is due.
+/// How many steps pass while one picture is made. If any do, it is no use asking for the one that is due now.
 std::int64_t Viewer::StepsLate() const {
     const __int128 ticks = static_cast<__int128>(mAverage) * lummediatypes::kTicksPerSecond / 1000000000;
     return static_cast<std::int64_t>(ticks / mClip->Info().ticksPerFrame);
@@ -84,7 +84,7 @@ void Viewer::TakePicture(const PicturePointer& picture) {
     if (request.clip != mClip) return;
     mAverage = mAverage == 0 ? picture->nanoseconds : (mAverage * 3 + picture->nanoseconds) / 4;
     if (IsPlaying()) return TakePicturePlaying(picture);
-    // While a person scrubs, the newest picture there is gets shown, if for a moment only.
+    // While a person scrubs, the newest picture is shown, if only for a moment.
     const bool wanted = request.frame == mFrame && request.look == mArea->GetLook();
     if (wanted || request.order > mShownOrder) Show(picture, 0);
 }
@@ -94,7 +94,7 @@ void Viewer::TakePicturePlaying(const PicturePointer& picture) {
     if (request.look != mArea->GetLook()) return;
     if (request.frame == mFrame) return Show(picture, mStep);
     if (request.order < mFirstPlayed) return;
-    // It is late, but newer than what is seen; otherwise it is kept until its step is due.
+    // It is late, but newer than what is on the screen; otherwise it is for a later step.
     if (request.step < mStep && request.step > mShownStep) return Show(picture, request.step);
     if (request.step > mStep) mReady[request.frame] = picture;
 }
@@ -103,12 +103,12 @@ void Viewer::Show(const PicturePointer& picture, std::int64_t step) {
     mShownOrder = std::max(mShownOrder, picture->request.order);
     mShownStep = step;
     mArea->ShowPicture(picture, step);
-    // Nobody misses a frame in a window that is not seen.
+    // Frames are not dropped if the window can't be seen.
     if (mArea->visibleRegion().isEmpty()) mPlayback.Shown(step);
 }
 
 void Viewer::NotePainted(const PicturePointer& picture, std::int64_t step) {
-    // A step that is not due yet was counted by an earlier playback.
+    // A step that is still ahead belongs to an earlier playback.
     if (IsPlaying() && picture->request.clip == mClip && step <= mStep) {
         mPlayback.Shown(step);
         ShowDropped();
@@ -171,7 +171,7 @@ void Viewer::Tick() {
     mStep = mPlayback.DueStep();
     MovePlayhead(mPlayback.FrameOf(mStep));
     if (mPlayback.IsOver()) {
-        mPlayback.Shown(mStep); // it stays on the screen, or comes to it now
+        mPlayback.Shown(mStep); // it stays on the screen, or is about to appear
         ShowDropped();
         return StopPlaying();
     }

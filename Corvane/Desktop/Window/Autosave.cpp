@@ -7,13 +7,13 @@
 #include <utility>
 #include <vector>
 
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QStandardPaths>
 #include <QUuid>
 
+#include "Desktop/Toolkit/Text.h"
 #include "Engine/Failure.h"
 #include "Engine/ProjectFile.h"
 #include "Engine/TextFile.h"
@@ -32,9 +32,8 @@ constexpr char kProjectKey[] = "project";
 constexpr std::chrono::milliseconds kDelay{400};
 
 std::unique_ptr<QLockFile> LockOf(const fs::path& file) {
-    auto lock =
-        std::make_unique<QLockFile>(QFile::decodeName(fs::path(file).replace_extension(".lock").c_str()));
-    // A lock is void when its process is gone, and not after some time.
+    auto lock = std::make_unique<QLockFile>(FromPath(fs::path(file).replace_extension(".lock")));
+    // A lock ends with its process, not after some time.
     lock->setStaleLockTime(0);
     return lock;
 }
@@ -53,7 +52,7 @@ Autosave::Lost FromFile(const fs::path& file) {
     const std::string text = object[QLatin1StringView(kProjectKey)].toString().toStdString();
     return {.project = ReadProject(text, file.string(), {}),
             .path = object[QLatin1StringView(kPathKey)].toString().toStdString(),
-            .when = QFileInfo(QFile::decodeName(file.c_str())).lastModified()};
+            .when = QFileInfo(FromPath(file)).lastModified()};
 }
 
 } // namespace
@@ -74,7 +73,7 @@ Autosave::~Autosave() {
 
 fs::path Autosave::DefaultFolder() {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
-    return fs::path(QFile::encodeName(folder).toStdString()) / "unsaved";
+    return ToPath(folder) / "unsaved";
 }
 
 bool Autosave::Claim(const fs::path& file) {
@@ -105,7 +104,7 @@ std::optional<Autosave::Lost> Autosave::TakeLost() {
         try {
             return FromFile(file);
         } catch (const Failure&) {
-            // Nothing can be made of it, now or later: its writing was cut by a full disk, or it is newer.
+            // It can't be read, now or later: a full disk cut it short, or a newer version wrote it.
             LeaveLost();
         }
     }

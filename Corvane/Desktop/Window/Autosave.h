@@ -15,20 +15,21 @@
 namespace corvane::desktop {
 
 /// Keeps what the project's file does not hold on the disk, so that it survives the end of the process,
-/// however that comes. Written on a thread of its own a moment after each change, and removed when the
+/// however that comes. It is written on a thread of its own a moment after each change, and removed when the
 /// project is saved or the person gives the changes up. UI thread.
 class Autosave final : public QObject {
     Q_OBJECT
 
   public:
-    /// A project that a process left behind that no longer runs.
+    /// A project that was left behind by a process that no longer runs.
     struct Lost {
         Project project;
-        std::filesystem::path path; ///< its file; empty where it had none
+        std::filesystem::path path; ///< its file; empty if it had none
         QDateTime when;             ///< of the last change that was kept
     };
 
-    /// `folder` is where all processes of the person keep what is not saved. It is made where it is missing.
+    /// `document` outlives this. `folder` is where all processes of the person keep what is not saved; it is
+    /// made if it is missing.
     Autosave(Document& document, std::filesystem::path folder, QObject* parent = nullptr);
     /// Waits for what is being written. What is not saved stays on the disk; `Discard` removes it.
     ~Autosave() override;
@@ -36,18 +37,20 @@ class Autosave final : public QObject {
     /// The folder for the person who runs the program.
     static std::filesystem::path DefaultFolder();
 
-    /// The latest project that was left behind, which belongs to this process from there on: it is given to
-    /// the document (`Document::Recover`), discarded, or left for another time. To be asked for before the
-    /// document changes.
+    /// The latest project that was left behind; nothing if there is none. It belongs to this process from
+    /// then on, which gives it to the document (`Document::Recover`), discards it, or leaves it for another
+    /// time. To be called before the document changes.
     std::optional<Lost> TakeLost();
+    /// Leaves the project that was taken last for another time.
     void LeaveLost();
-    /// Writes at once what waits, and removes what was written where the document has no changes to keep.
+    /// Writes at once what has not been written yet, and removes what was written if the document has no
+    /// changes to keep.
     void Flush();
     /// Removes what was written: the changes are given up.
     void Discard();
 
   Q_SIGNALS:
-    /// The changes can't be kept; `sentence` says why. Told once until it works again.
+    /// The changes can't be kept; `sentence` says why. Raised only once until it works again.
     void Failed(const QString& sentence);
 
   private:

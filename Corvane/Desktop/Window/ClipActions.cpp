@@ -7,12 +7,12 @@
 #include <unistd.h>
 
 #include <QDesktopServices>
-#include <QFile>
-#include <QKeySequence>
 #include <QStyle>
 #include <QUrl>
 #include <fmt/format.h>
 
+#include "Desktop/Toolkit/Actions.h"
+#include "Desktop/Toolkit/Text.h"
 #include "Engine/Failure.h"
 
 namespace corvane::desktop {
@@ -36,43 +36,32 @@ ClipSource SourceOf(const PreferencesAnswer& answer) {
 ClipActions::ClipActions(Document& document, std::shared_ptr<Bundle> bundle, BinModel& model, BinView& view,
                          MessageBar& messages)
     : mDocument(document), mBundle(std::move(bundle)), mModel(model), mView(view), mMessages(messages) {
-    mNew = Make(tr("&New Clip…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N),
-                tr("Make a clip that lives in the project"), &ClipActions::NewClip);
-    mEdit =
-        Make(tr("&Edit Settings…"), QKeySequence(Qt::CTRL | Qt::Key_E),
-             tr("Change what the clip shows (also Return or a double click)"), &ClipActions::EditSettings);
-    mDuplicate = Make(tr("&Duplicate"), QKeySequence(Qt::CTRL | Qt::Key_D),
-                      tr("Put a copy of the clip into the project"), &ClipActions::Duplicate);
-    mRename = Make(tr("Rena&me"), QKeySequence(Qt::Key_F2),
-                   tr("Call the clip something else in this project"), nullptr);
-    mRemove = Make(tr("&Remove"), QKeySequence::Delete, tr("Take the clips out of the project; files stay"),
-                   &ClipActions::Remove);
-    mShowInFolder = Make(tr("Show in &Folder"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F),
-                         tr("Show the folder of the clip's settings file"), &ClipActions::ShowInFolder);
-    mExport = Make(tr("E&xport…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E),
-                   tr("Write frames of the clip to pictures or video"), &ClipActions::Export);
+    mNew = MakeAction(*this, tr("&New Clip…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N),
+                      tr("Make a clip that lives in the project"), [this] { NewClip(); });
+    mEdit = MakeAction(*this, tr("&Edit Settings…"), QKeySequence(Qt::CTRL | Qt::Key_E),
+                       tr("Change what the clip shows (also Return or a double click)"),
+                       [this] { EditSettings(); });
+    mDuplicate = MakeAction(*this, tr("&Duplicate"), QKeySequence(Qt::CTRL | Qt::Key_D),
+                            tr("Put a copy of the clip into the project"), [this] { Duplicate(); });
+    mRename = MakeAction(*this, tr("Rena&me"), QKeySequence(Qt::Key_F2),
+                         tr("Call the clip something else in this project"), [this] { mView.EditName(); });
+    mRemove = MakeAction(*this, tr("&Remove"), QKeySequence::Delete,
+                         tr("Take the clips out of the project; files stay"), [this] { Remove(); });
+    mShowInFolder = MakeAction(*this, tr("Show in &Folder"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_F),
+                               tr("Show the folder of the clip's settings file"), [this] { ShowInFolder(); });
+    mExport = MakeAction(*this, tr("E&xport…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E),
+                         tr("Write frames of the clip to pictures or video"), [this] { Export(); });
     const QStyle& style = *mView.style();
     mNew->setIcon(style.standardIcon(QStyle::SP_FileIcon));
     mEdit->setIcon(style.standardIcon(QStyle::SP_FileDialogDetailedView));
     mExport->setIcon(style.standardIcon(QStyle::SP_DialogSaveButton));
-    connect(mRename, &QAction::triggered, &mView, &BinView::EditName);
-    // The keys of the bin alone, which mean other things where text is typed.
+    // These keys are only the bin's: they mean other things where text is typed.
     for (QAction* const action : {mRename, mRemove}) action->setShortcutContext(Qt::WidgetShortcut);
     connect(&mView, &BinView::OpenWanted, this, &ClipActions::EditSettings);
     connect(&mView, &BinView::ChoiceChanged, this, &ClipActions::Update);
     connect(&mModel, &BinModel::ClipLoaded, this, &ClipActions::Update);
     connect(&mDocument, &Document::Changed, this, &ClipActions::Update);
     Update();
-}
-
-QAction* ClipActions::Make(const QString& text, const QKeySequence& shortcut, const QString& tip,
-                           void (ClipActions::*act)()) {
-    auto* const action = new QAction(text, this);
-    action->setShortcut(shortcut);
-    action->setToolTip(tip);
-    action->setStatusTip(tip);
-    if (act != nullptr) connect(action, &QAction::triggered, this, act);
-    return action;
 }
 
 void ClipActions::AddTo(QMenu& menu) {
@@ -101,7 +90,7 @@ void ClipActions::Update() {
     mExport->setEnabled(shows);
 }
 
-/// Tells why a clip can't be opened; the dialog of a plug-in would not.
+/// Whether a clip can be opened. If not, the message bar says why; the plug-in's dialog would not.
 bool ClipActions::Opens(const std::string& name, const ClipSource& source) {
     try {
         OpenClip(mBundle, name, source);
@@ -114,10 +103,10 @@ bool ClipActions::Opens(const std::string& name, const ClipSource& source) {
 
 void ClipActions::AddFiles(const QStringList& files) {
     Project project = mDocument.GetProject();
-    std::uint64_t chosen = 0; // of those that are there already
+    std::uint64_t chosen = 0; // the first clip that was there already
     std::vector<std::uint64_t> added;
     for (const QString& name : files) {
-        const fs::path file = fs::absolute(QFile::encodeName(name).toStdString()).lexically_normal();
+        const fs::path file = fs::absolute(ToPath(name)).lexically_normal();
         const auto known =
             std::ranges::find_if(project.clips, [&](const auto& clip) { return clip->source.file == file; });
         if (known != project.clips.end())
@@ -150,7 +139,7 @@ void ClipActions::NewClip() {
 void ClipActions::EditSettings() {
     const int row = mModel.RowOf(mView.Current());
     if (row < 0) return;
-    // The dialog may stay open for long, and the row go meanwhile.
+    // The dialog may stay open for long, and the row may go meanwhile.
     const ProjectClip clip = mModel.ClipAt(row);
     if (!Opens(clip.name, clip.source)) return;
     if (clip.source.IsFile() && ::access(clip.source.file.c_str(), W_OK) != 0)
@@ -163,7 +152,7 @@ void ClipActions::EditSettings() {
     Follow(clip, answer);
 }
 
-/// Does what the dialog of an existing clip was closed with.
+/// Does what the person decided in the dialog of an existing clip.
 void ClipActions::Follow(const ProjectClip& clip, const PreferencesAnswer& answer) {
     const QString text = tr("Edit Settings of %1").arg(QString::fromStdString(clip.name));
     const bool keepsFile = clip.source.IsFile() && answer.outcome == PreferencesOutcome::kDone;
@@ -216,7 +205,7 @@ void ClipActions::Remove() {
 void ClipActions::ShowInFolder() {
     const int row = mModel.RowOf(mView.Current());
     if (row < 0) return;
-    const QString folder = QFile::decodeName(mModel.ClipAt(row).source.file.parent_path().c_str());
+    const QString folder = FromPath(mModel.ClipAt(row).source.file.parent_path());
     if (!QDesktopServices::openUrl(QUrl::fromLocalFile(folder)))
         mMessages.Tell(tr("%1: no program shows folders here; open this one yourself.").arg(folder));
 }

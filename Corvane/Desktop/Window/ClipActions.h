@@ -23,7 +23,7 @@ class ClipActions final : public QObject {
     Q_OBJECT
 
   public:
-    /// All of them outlive the actions.
+    /// The actions can be used while all of these live.
     ClipActions(Document& document, std::shared_ptr<Bundle> bundle, BinModel& model, BinView& view,
                 MessageBar& messages);
 
@@ -32,8 +32,8 @@ class ClipActions final : public QObject {
     /// Adds those that people use most to a tool bar.
     void AddTo(QToolBar& bar);
 
-    /// Adds settings files as clips, in one step. Of those that are there already the last becomes the
-    /// current one; those that can't be opened are told and left out.
+    /// Adds settings files as clips, in one step. The first that is new becomes the current clip, or else the
+    /// first that is there already. Those that can't be opened are left out, and the message bar says why.
     void AddFiles(const QStringList& files);
 
   Q_SIGNALS:
@@ -50,8 +50,6 @@ class ClipActions final : public QObject {
     void Update();
     void Follow(const ProjectClip& clip, const PreferencesAnswer& answer);
     bool Opens(const std::string& name, const ClipSource& source);
-    QAction* Make(const QString& text, const QKeySequence& shortcut, const QString& tip,
-                  void (ClipActions::*act)());
 
     Document& mDocument;
     const std::shared_ptr<Bundle> mBundle;

@@ -8,13 +8,13 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <QFile>
 #include <QIcon>
 #include <QSocketNotifier>
 #include <QTimer>
 
 #include "Appearance.h"
 #include "Desktop/Toolkit/QtPlatform.h"
+#include "Desktop/Toolkit/Text.h"
 #include "MainWindow.h"
 
 /// The resources of a static library must be named to be linked; Qt wants that outside of namespaces.
@@ -68,7 +68,8 @@ class EndingSignals {
 } // namespace
 
 int RunDesktop(const DesktopOptions& desktop, const MainWindowOptions& options) {
-    // A limit of file sizes is an error of writing: ending at once would leave a half-written file behind.
+    // Reaching a limit on file sizes is to be a write error: ending at once would leave a half-written file
+    // behind.
     ::signal(SIGXFSZ, SIG_IGN);
     QtPlatform platform(desktop);
     const ScopedPlatform scope(platform);
@@ -85,7 +86,7 @@ int RunDesktop(const DesktopOptions& desktop, const MainWindowOptions& options) 
     if (options.once) window.CloseWhenShown();
     window.show();
     QStringList files;
-    for (const auto& file : options.files) files << QFile::decodeName(file.c_str());
+    for (const auto& file : options.files) files << FromPath(file);
     QTimer::singleShot(0, &window, [&window, files] { window.Begin(files); });
     return QApplication::exec();
 }

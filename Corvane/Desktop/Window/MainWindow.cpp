@@ -6,8 +6,6 @@
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QDragEnterEvent>
-#include <QFile>
-#include <QKeySequence>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
@@ -18,6 +16,8 @@
 
 #include "Desktop/Exports/ExportDialog.h"
 #include "Desktop/Exports/ExportPanel.h"
+#include "Desktop/Toolkit/Actions.h"
+#include "Desktop/Toolkit/Text.h"
 #include "Engine/Failure.h"
 #include "Engine/ProjectFile.h"
 
@@ -27,7 +27,7 @@ namespace {
 
 constexpr QSize kThumbnail(96, 54);
 constexpr QSize kFirstSize(1240, 760);
-// Goes up when docks or tool bars change, so that an earlier arrangement is not applied.
+// Raised when docks or tool bars change, so that an earlier arrangement is not applied.
 constexpr int kStateVersion = 1;
 constexpr char kGeometryKey[] = "window/geometry", kStateKey[] = "window/state",
                kSplitterKey[] = "window/splitter", kColumnsKey[] = "window/columns";
@@ -82,7 +82,7 @@ MainWindow::MainWindow(QtPlatform& platform, std::shared_ptr<Bundle> bundle, Opt
 
 MainWindow::~MainWindow() {
     mPlatform.SetMainWindow(nullptr);
-    // They watch members, which go before the window's children would.
+    // They use members, which are destroyed before the window's children would be.
     delete mProjectActions;
     delete mClipActions;
     delete mExports;
@@ -103,9 +103,8 @@ void MainWindow::Begin(const QStringList& files) {
     // A project that was recovered is open already, with what its file does not hold.
     QStringList others = files;
     others.removeIf([this](const QString& file) {
-        const std::filesystem::path path = QFile::encodeName(file).toStdString();
         return !mDocument.GetPath().empty() &&
-               std::filesystem::absolute(path).lexically_normal() == mDocument.GetPath();
+               std::filesystem::absolute(ToPath(file)).lexically_normal() == mDocument.GetPath();
     });
     OpenFiles(others);
 }
@@ -121,7 +120,7 @@ void MainWindow::OpenFiles(const QStringList& files) {
         else
             mMessages->Tell(tr("%1: one project is open at a time; open this one by itself.").arg(file));
     }
-    if (!project.isEmpty()) mProjectActions->Open(QFile::encodeName(project).toStdString());
+    if (!project.isEmpty()) mProjectActions->Open(ToPath(project));
     if (!clips.isEmpty()) mClipActions->AddFiles(clips);
     if (mBin->Current() == 0) mBin->Choose(mModel.IdAt(0));
 }
@@ -131,7 +130,7 @@ void MainWindow::ShowCurrent() {
     const bool same = std::exchange(mShown, id) == id;
     const LoadedClip* const loaded = mModel.LoadedAt(mModel.RowOf(id));
     if (loaded == nullptr) {
-        // What is there stays until its next state is known.
+        // The present picture stays until the clip's next state is known.
         if (!same || id == 0) mViewer->SetClip(nullptr, {}, false);
         return;
     }
@@ -145,7 +144,7 @@ void MainWindow::ShowCurrent() {
 void MainWindow::ShowTitle() {
     setWindowTitle(tr("%1[*] – Synthex").arg(mDocument.GetName()));
     setWindowModified(mDocument.IsModified());
-    setWindowFilePath(QFile::decodeName(mDocument.GetPath().c_str()));
+    setWindowFilePath(FromPath(mDocument.GetPath()));
 }
 
 void MainWindow::PrepareToEnd() {
@@ -168,8 +167,8 @@ void MainWindow::BuildExports() {
     dock->setAllowedAreas(Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea);
     mExports = new ExportPanel(mBundle, dock);
     dock->setWidget(mExports);
-    dock->toggleViewAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X));
-    dock->toggleViewAction()->setStatusTip(tr("Show or hide the exports that run and those that are done"));
+    Describe(*dock->toggleViewAction(), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X),
+             tr("Show or hide the exports that run and those that are done"));
     addDockWidget(Qt::BottomDockWidgetArea, dock);
     constexpr int kSomeRows = 190;
     resizeDocks({dock}, {kSomeRows}, Qt::Vertical);
@@ -184,11 +183,11 @@ void MainWindow::ExportClips(const std::vector<std::uint64_t>& ids) {
         const int row = mModel.RowOf(id);
         const LoadedClip* const loaded = mModel.LoadedAt(row);
         if (loaded == nullptr || !loaded->problem.isEmpty()) continue;
-        // Both stay although the clip may change while the dialog is open.
+        // Copies, because the clip may change while the dialog is open.
         const std::shared_ptr<const Clip> clip = loaded->clip;
         const ProjectClip about = mModel.ClipAt(row);
         const std::filesystem::path& beside = about.source.IsFile() ? about.source.file : mDocument.GetPath();
-        const ExportPlace place{.folder = QFile::decodeName(beside.parent_path().c_str()),
+        const ExportPlace place{.folder = FromPath(beside.parent_path()),
                                 .frame = id == mShown ? mViewer->CurrentFrame() : 0,
                                 .isTaken = [this](const auto& file) { return mExports->IsTaken(file); }};
         ExportDialog dialog(*clip, QString::fromStdString(about.name), place, this);

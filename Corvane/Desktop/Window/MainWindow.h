@@ -26,6 +26,7 @@ class MainWindow final : public QMainWindow {
     Q_OBJECT
 
   public:
+    /// What the window needs to know of its surroundings.
     struct Options {
         std::filesystem::path autosaveFolder; ///< where what is not saved is kept
         std::string version;                  ///< of the program, for people
@@ -37,9 +38,10 @@ class MainWindow final : public QMainWindow {
 
     /// Offers what an earlier process left behind, and opens files.
     void Begin(const QStringList& files);
-    /// Opens projects and settings files: of projects the first one, and the settings files in it.
+    /// Opens projects and settings files: the first project, and the settings files in it. The message bar
+    /// says what could not be opened.
     void OpenFiles(const QStringList& files);
-    /// Ends what runs and keeps what is not saved, without asking anything. For the end of the process.
+    /// Cancels the exports and keeps what is not saved, without asking anything. For the end of the process.
     void PrepareToEnd();
     /// Closes the window as soon as the first clip's picture is on the screen.
     void CloseWhenShown();

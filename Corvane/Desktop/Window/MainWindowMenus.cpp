@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QDockWidget>
 #include <QFileInfo>
-#include <QKeySequence>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QStyle>
@@ -13,25 +12,10 @@
 
 #include "Appearance.h"
 #include "Desktop/Exports/ExportPanel.h"
+#include "Desktop/Toolkit/Actions.h"
 #include "MainWindow.h"
 
 namespace corvane::desktop {
-
-namespace {
-
-void SetTip(QAction& action, const QString& tip) {
-    action.setToolTip(tip);
-    action.setStatusTip(tip);
-}
-
-/// Shows the shortcut in the tool tip, too, where people who use the pointer find it.
-void AddShortcutToTip(QAction& action) {
-    if (!action.shortcut().isEmpty())
-        action.setToolTip(QStringLiteral("%1 (%2)").arg(
-            action.toolTip(), action.shortcut().toString(QKeySequence::NativeText)));
-}
-
-} // namespace
 
 void MainWindow::BuildMenus() {
     QMenu& file = *menuBar()->addMenu(tr("&File"));
@@ -40,12 +24,12 @@ void MainWindow::BuildMenus() {
     QMenu& clip = *menuBar()->addMenu(tr("&Clip"));
     mProjectActions->AddTo(file, project);
     mClipActions->AddTo(clip);
-    QAction* const refresh = project.addAction(tr("&Look for Changed Files"), QKeySequence::Refresh, &mModel,
-                                               [this] { mModel.Refresh(); });
-    SetTip(*refresh, tr("Open again what could not be opened, and what changed on the disk"));
+    project.addAction(MakeAction(*this, tr("&Look for Changed Files"), QKeySequence::Refresh,
+                                 tr("Open again what could not be opened, and what changed on the disk"),
+                                 [this] { mModel.Refresh(); }));
     file.addSeparator();
-    QAction* const quit = file.addAction(tr("&Quit"), QKeySequence::Quit, this, &QWidget::close);
-    SetTip(*quit, tr("Close the window"));
+    file.addAction(
+        MakeAction(*this, tr("&Quit"), QKeySequence::Quit, tr("Close the window"), [this] { close(); }));
     QMenu& playback = *menuBar()->addMenu(tr("&Playback"));
     playback.addActions(mViewer->PlaybackActions());
     BuildViewMenu();
@@ -61,9 +45,8 @@ void MainWindow::BuildEditMenu() {
     redo->setShortcut(QKeySequence::Redo);
     menu.addActions({undo, redo});
     menu.addSeparator();
-    QAction* const all = menu.addAction(tr("Select &All Clips"), mBin, &QAbstractItemView::selectAll);
-    all->setShortcut(QKeySequence::SelectAll);
-    SetTip(*all, tr("Select every clip of the bin"));
+    menu.addAction(MakeAction(*this, tr("Select &All Clips"), QKeySequence::SelectAll,
+                              tr("Select every clip of the bin"), [this] { mBin->selectAll(); }));
 }
 
 void MainWindow::BuildViewMenu() {
@@ -90,10 +73,10 @@ void MainWindow::BuildViewMenu() {
             ApplyAppearance(look);
         });
     }
-    QAction* const full = menu.addAction(tr("Full S&creen"));
-    full->setShortcut(QKeySequence(Qt::Key_F11));
+    QAction* const full = MakeAction(*this, tr("Full S&creen"), QKeySequence(Qt::Key_F11),
+                                     tr("Let the window fill the screen"));
     full->setCheckable(true);
-    SetTip(*full, tr("Let the window fill the screen"));
+    menu.addAction(full);
     connect(full, &QAction::triggered, this, [this](bool on) {
         setWindowState(on ? windowState() | Qt::WindowFullScreen : windowState() & ~Qt::WindowFullScreen);
     });
@@ -104,12 +87,14 @@ void MainWindow::BuildHelpMenu() {
     // Beside the installed program; there is none in a build tree.
     const QString guide = QDir(QApplication::applicationDirPath())
                               .filePath(QStringLiteral("../share/doc/synthex/UserGuide.md"));
-    QAction* const help = menu.addAction(tr("User &Guide"), QKeySequence::HelpContents, this, [this, guide] {
-        if (!QDesktopServices::openUrl(QUrl::fromLocalFile(guide)))
-            mMessages->Tell(tr("%1: no program shows this guide here; read it in an editor.").arg(guide));
-    });
+    QAction* const help = MakeAction(
+        *this, tr("User &Guide"), QKeySequence::HelpContents, tr("Read how to use this window"),
+        [this, guide] {
+            if (!QDesktopServices::openUrl(QUrl::fromLocalFile(guide)))
+                mMessages->Tell(tr("%1: no program shows this guide here; read it in an editor.").arg(guide));
+        });
     help->setEnabled(QFileInfo::exists(guide));
-    SetTip(*help, tr("Read how to use this window"));
+    menu.addAction(help);
     menu.addAction(tr("&About Synthex"), this, &MainWindow::ShowAbout);
     menu.addAction(tr("About &Qt"), qApp, &QApplication::aboutQt);
 }
@@ -119,7 +104,6 @@ void MainWindow::BuildToolBar() {
     bar.setObjectName(QStringLiteral("tools"));
     bar.setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     mClipActions->AddTo(bar);
-    for (QAction* const action : bar.actions()) AddShortcutToTip(*action);
 }
 
 void MainWindow::ShowAbout() {

@@ -8,7 +8,7 @@ namespace corvane::desktop {
 
 namespace {
 
-/// Sentences shown at a time; further ones take the place of the first.
+/// How many sentences are shown at a time; further ones replace the first.
 constexpr int kMost = 12;
 
 } // namespace

@@ -6,7 +6,7 @@
 
 namespace corvane::desktop {
 
-/// A strip in a window that tells what went wrong, until the person has read it and closes it. Nothing waits
+/// A strip in a window that says what went wrong, until the person has read it and closes it. Nothing waits
 /// for it. UI thread.
 class MessageBar final : public QFrame {
     Q_OBJECT
@@ -16,8 +16,9 @@ class MessageBar final : public QFrame {
 
     /// Shows a sentence, below those that are still there.
     void Tell(const QString& sentence);
-    /// The sentences that are shown, one a line.
+    /// The sentences that are shown, one per line.
     QString GetText() const { return mSentences.join(u'\n'); }
+    /// Takes all sentences away, and the strip with them.
     void Clear();
 
   private:

@@ -2,28 +2,20 @@
 
 #include <utility>
 
-#include <QFile>
 #include <QFileDialog>
-#include <QKeySequence>
 #include <QLocale>
 #include <QMessageBox>
 #include <QPushButton>
 
+#include "Desktop/Toolkit/Actions.h"
+#include "Desktop/Toolkit/Text.h"
 #include "Engine/Failure.h"
 #include "Engine/ProjectFile.h"
 #include "SequenceDialog.h"
 
 namespace corvane::desktop {
 
-namespace {
-
 namespace fs = std::filesystem;
-
-fs::path ToPath(const QString& name) {
-    return QFile::encodeName(name).toStdString();
-}
-
-} // namespace
 
 ProjectActions::ProjectActions(Document& document, Autosave& autosave, MessageBar& messages, QWidget& window)
     : mDocument(document), mAutosave(autosave), mMessages(messages), mWindow(window),
@@ -33,34 +25,22 @@ ProjectActions::ProjectActions(Document& document, Autosave& autosave, MessageBa
     connect(&mDocument, &Document::StepFailed, &mMessages, &MessageBar::Tell);
 }
 
-QAction* ProjectActions::Make(const QString& text, const QKeySequence& shortcut, const QString& tip) {
-    auto* const action = new QAction(text, this);
-    action->setShortcut(shortcut);
-    action->setToolTip(tip);
-    action->setStatusTip(tip);
-    return action;
-}
-
 void ProjectActions::AddTo(QMenu& file, QMenu& project) {
-    const auto add = [this](QMenu& menu, const QString& text, const QKeySequence& shortcut,
-                            const QString& tip, auto act) {
-        QAction* const action = Make(text, shortcut, tip);
-        connect(action, &QAction::triggered, this, [this, act] { (this->*act)(); });
-        menu.addAction(action);
-    };
-    add(file, tr("&New Project"), QKeySequence::New, tr("Start over with an empty project"),
-        &ProjectActions::New);
-    add(file, tr("&Open…"), QKeySequence::Open, tr("Open a project, or add settings files to this one"),
-        &ProjectActions::ChooseFiles);
+    file.addAction(MakeAction(*this, tr("&New Project"), QKeySequence::New,
+                              tr("Start over with an empty project"), [this] { New(); }));
+    file.addAction(MakeAction(*this, tr("&Open…"), QKeySequence::Open,
+                              tr("Open a project, or add settings files to this one"),
+                              [this] { ChooseFiles(); }));
     file.addMenu(mRecent);
     file.addSeparator();
-    add(file, tr("&Save Project"), QKeySequence::Save, tr("Save the project to its file"),
-        &ProjectActions::Save);
-    add(file, tr("Save Project &As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
-        tr("Save the project to another file"), &ProjectActions::SaveAs);
-    add(project, tr("&Sequence Settings…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P),
-        tr("Set the frame size, pixel aspect and rate that new clips begin with"),
-        &ProjectActions::EditSequence);
+    file.addAction(MakeAction(*this, tr("&Save Project"), QKeySequence::Save,
+                              tr("Save the project to its file"), [this] { Save(); }));
+    file.addAction(MakeAction(*this, tr("Save Project &As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S),
+                              tr("Save the project to another file"), [this] { SaveAs(); }));
+    project.addAction(MakeAction(*this, tr("&Sequence Settings…"),
+                                 QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P),
+                                 tr("Set the frame size, pixel aspect and rate that new clips begin with"),
+                                 [this] { EditSequence(); }));
 }
 
 void ProjectActions::New() {
@@ -86,8 +66,7 @@ void ProjectActions::ChooseFiles() {
     dialog.setFileMode(QFileDialog::ExistingFiles);
     dialog.setNameFilters({tr("Projects and settings (*.cvproj *.synthex)"), tr("Projects (*.cvproj)"),
                            tr("Settings (*.synthex)"), tr("All files (*)")});
-    if (!mDocument.GetPath().empty())
-        dialog.setDirectory(QFile::decodeName(mDocument.GetPath().parent_path().c_str()));
+    if (!mDocument.GetPath().empty()) dialog.setDirectory(FromPath(mDocument.GetPath().parent_path()));
     if (dialog.exec() == QDialog::Accepted) Q_EMIT OpenWanted(dialog.selectedFiles());
 }
 
@@ -113,7 +92,7 @@ bool ProjectActions::SaveAs() {
     dialog.setNameFilters({tr("Projects (*.cvproj)")});
     dialog.setDefaultSuffix(QStringLiteral("cvproj"));
     const fs::path& path = mDocument.GetPath();
-    if (!path.empty()) dialog.setDirectory(QFile::decodeName(path.parent_path().c_str()));
+    if (!path.empty()) dialog.setDirectory(FromPath(path.parent_path()));
     dialog.selectFile(mDocument.GetName() + QString::fromLatin1(kProjectSuffix));
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return false;
     return SaveTo(ToPath(dialog.selectedFiles().constFirst()));

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 
-#include <QAction>
 #include <QMenu>
 #include <QObject>
 
@@ -19,23 +18,24 @@ class ProjectActions final : public QObject {
     Q_OBJECT
 
   public:
-    /// All of them outlive the actions; `window` is the parent of what is asked.
+    /// The actions can be used while all of these live; `window` is the parent of the questions.
     ProjectActions(Document& document, Autosave& autosave, MessageBar& messages, QWidget& window);
 
     /// Adds the actions to the menus of the window: those of the file, and those of the project.
     void AddTo(QMenu& file, QMenu& project);
 
-    /// Opens a project in the place of the present one, whose changes are asked for first. What can't be
-    /// opened is told, and the present one stays.
+    /// Opens a project in place of the present one, after asking what to do with that one's changes. If it
+    /// can't be opened, the message bar says why and the present one stays.
     void Open(const std::filesystem::path& file);
-    /// Offers the project that an earlier process left behind, one after the other until one is taken.
+    /// Offers the projects that earlier processes left behind, one after the other until the person takes one
+    /// or puts it off.
     void OfferLost();
-    /// Where there are changes that are not saved, asks what to do with them. False where the person wants to
-    /// stay with them, or where they could not be saved.
+    /// If there are changes that are not saved, asks what to do with them. False if the person wants to stay
+    /// with them, or if they could not be saved.
     bool LeavesChanges();
 
   Q_SIGNALS:
-    /// The person chose files to open, of whichever kind.
+    /// The person chose files to open, of any kind.
     void OpenWanted(const QStringList& files);
 
   private:
@@ -45,7 +45,6 @@ class ProjectActions final : public QObject {
     bool SaveAs();
     bool SaveTo(const std::filesystem::path& file);
     void EditSequence();
-    QAction* Make(const QString& text, const QKeySequence& shortcut, const QString& tip);
 
     Document& mDocument;
     Autosave& mAutosave;

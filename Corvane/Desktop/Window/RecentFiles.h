@@ -18,6 +18,7 @@ class RecentFiles final : public QMenu {
     void Add(const std::filesystem::path& file);
 
   Q_SIGNALS:
+    /// The person chose a file of the menu.
     void Chosen(const QString& file);
 
   private:

@@ -86,7 +86,7 @@ QComboBox* MakeRates(QWidget* parent) {
     return box;
 }
 
-/// Chooses a ratio; one that is no choice becomes one, with that label.
+/// Chooses a ratio, which is added to the choices, with that label, if it is none of them.
 void Choose(QComboBox& box, Terms terms, const std::string& label) {
     int index = 0;
     while (index < box.count() && box.itemData(index).value<Terms>() != terms) ++index;
@@ -159,7 +159,7 @@ void SequenceDialog::Show(const ClipFormat& sequence) {
     ShowPreset();
 }
 
-/// Names the preset that is set, whichever way it came to be.
+/// Shows which preset the fields match, if any.
 void SequenceDialog::ShowPreset() {
     const ClipFormat now = GetSequence();
     int index = 0;

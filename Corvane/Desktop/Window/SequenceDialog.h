@@ -8,14 +8,16 @@
 
 namespace corvane::desktop {
 
-/// Asks what new clips begin with: frame size, pixel aspect and rate, each of its own or from a preset.
+/// Asks what new clips begin with: frame size, pixel aspect and rate, either one by one or from a preset. UI
+/// thread.
 class SequenceDialog final : public QDialog {
     Q_OBJECT
 
   public:
+    /// Shows `sequence` at first.
     SequenceDialog(const ClipFormat& sequence, QWidget* parent);
 
-    /// What is set now.
+    /// The format that is set now.
     ClipFormat GetSequence() const;
 
   private:

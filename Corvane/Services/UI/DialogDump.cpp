@@ -8,20 +8,12 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-const char* ClassName(WidgetKind kind) {
-    switch (kind) {
-    case WidgetKind::kPopup: return "UI_Popup";
-    case WidgetKind::kNumber: return "UI_NumberEdit";
-    case WidgetKind::kCheckbox: return "UI_Checkbox";
-    case WidgetKind::kButton: return "UI_Button";
-    case WidgetKind::kTextButton: return "UI_TextButton";
-    case WidgetKind::kStaticText: return "UI_StaticText";
-    case WidgetKind::kGroup:
-    case WidgetKind::kRow:
-    case WidgetKind::kLabel: break;
-    }
-    return "";
-}
+/// The name of the contract's class.
+constexpr PerClass kClassName{
+    [](PopupModel*) { return "UI_Popup"; },           [](NumberModel*) { return "UI_NumberEdit"; },
+    [](CheckboxModel*) { return "UI_Checkbox"; },     [](ButtonModel*) { return "UI_Button"; },
+    [](TextButtonModel*) { return "UI_TextButton"; }, [](StaticTextModel*) { return "UI_StaticText"; },
+};
 
 void AddItems(Json& state, const PopupModel& popup) {
     state["items"] = Json::array();
@@ -32,26 +24,28 @@ void AddItems(Json& state, const PopupModel& popup) {
     }
 }
 
+Json StateOf(ControlModel& control) {
+    const ControlClass kind = control.AsClass();
+    Json state{{"class", std::visit(kClassName, kind)}, {"enabled", control.IsEnabled()}};
+    std::visit(PerClass{
+                   [&](PopupModel* popup) {
+                       state["value"] = popup->GetValue();
+                       AddItems(state, *popup);
+                   },
+                   [&](NumberModel* number) { state["value"] = number->GetValue(); },
+                   [&](CheckboxModel* box) { state["value"] = box->IsChecked(); },
+                   [&](StaticTextModel* text) { state["value"] = Mosk::ToUTF8(text->GetText()); },
+                   [&](auto* button) { state["title"] = Mosk::ToUTF8(button->GetTitle()); },
+               },
+               kind);
+    return state;
+}
+
 } // namespace
 
 std::string DumpDialog(const DialogModel& dialog) {
     Json states = Json::object();
-    for (const ControlModel* const control : dialog.GetControls()) {
-        Json& state = states[control->GetID()];
-        state = {{"class", ClassName(control->GetLayout().kind)}, {"enabled", control->IsEnabled()}};
-        if (const auto* const popup = dynamic_cast<const PopupModel*>(control)) {
-            state["value"] = popup->GetValue();
-            AddItems(state, *popup);
-        } else if (const auto* const number = dynamic_cast<const NumberModel*>(control)) {
-            state["value"] = number->GetValue();
-        } else if (const auto* const box = dynamic_cast<const CheckboxModel*>(control)) {
-            state["value"] = box->IsChecked();
-        } else if (const auto* const text = dynamic_cast<const StaticTextModel*>(control)) {
-            state["value"] = Mosk::ToUTF8(text->GetText());
-        } else {
-            state["title"] = Mosk::ToUTF8(GetButtonTitle(*control));
-        }
-    }
+    for (ControlModel* const control : dialog.GetControls()) states[control->GetID()] = StateOf(*control);
     return states.dump();
 }
 

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <filesystem>
 #include <utility>
 
@@ -11,15 +10,6 @@
 namespace corvane {
 
 namespace {
-
-/// Decimal text as a finite number, whatever the locale.
-std::optional<double> ParseNumber(std::string_view text) {
-    double number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number))
-        return std::nullopt;
-    return number;
-}
 
 std::string DescribeLimits(const NumberLimits& limits) {
     if (limits.minimum && limits.maximum)
@@ -39,7 +29,7 @@ std::string DescribeItems(const PopupModel& popup) {
     return "one of " + list;
 }
 
-/// The index that a text or an index names; nothing where no item is meant.
+/// The index of the item that `value` names by its text or its index; nothing if there is none.
 std::optional<long> FindItem(const PopupModel& popup, const std::string& value) {
     for (std::size_t i = 0; i < popup.GetItems().size(); ++i)
         if (Mosk::ToUTF8(popup.GetItems()[i].text) == value) return static_cast<long>(i);
@@ -103,7 +93,7 @@ const std::string& Step::Value(const std::string& accepted) const {
 
 double Step::Number(const NumberModel& number) const {
     const std::string accepted = DescribeLimits(number.GetLayout().limits);
-    const auto value = ParseNumber(Value(accepted));
+    const auto value = ParseFiniteNumber(Value(accepted));
     if (!value || !number.GetLayout().limits.Holds(*value)) Refuse(accepted);
     return *value;
 }
@@ -122,18 +112,21 @@ bool Step::Checked() const {
 }
 
 void Step::Check() const {
-    if (const auto* const number = dynamic_cast<const NumberModel*>(mControl)) {
-        Number(*number);
-    } else if (const auto* const popup = dynamic_cast<const PopupModel*>(mControl)) {
-        Item(*popup);
-    } else if (dynamic_cast<const CheckboxModel*>(mControl)) {
-        Checked();
-    } else if (dynamic_cast<const StaticTextModel*>(mControl)) {
-        throw ScriptError(
-            fmt::format("The control \"{}\" accepts nothing: it is a text to read", mAction.id));
-    } else if (mAction.value) {
-        throw ScriptError(fmt::format("The control \"{}\" accepts no value, only a press", mAction.id));
-    }
+    std::visit(PerClass{
+                   [&](NumberModel* number) { Number(*number); },
+                   [&](PopupModel* popup) { Item(*popup); },
+                   [&](CheckboxModel*) { Checked(); },
+                   [&](StaticTextModel*) {
+                       throw ScriptError(fmt::format(
+                           "The control \"{}\" accepts nothing: it is a text to read", mAction.id));
+                   },
+                   [&](auto*) {
+                       if (mAction.value)
+                           throw ScriptError(
+                               fmt::format("The control \"{}\" accepts no value, only a press", mAction.id));
+                   },
+               },
+               mControl->AsClass());
 }
 
 void Step::Do() const {
@@ -141,15 +134,15 @@ void Step::Do() const {
     if (!mControl->IsEnabled())
         throw ScriptError(
             fmt::format("The control \"{}\" accepts nothing: it is disabled at this point", mAction.id));
-    if (auto* const number = dynamic_cast<NumberModel*>(mControl)) {
-        mDialog.Enter(*number, Number(*number));
-    } else if (auto* const popup = dynamic_cast<PopupModel*>(mControl)) {
-        if (!mDialog.Choose(*popup, Item(*popup))) Refuse(DescribeItems(*popup));
-    } else if (auto* const box = dynamic_cast<CheckboxModel*>(mControl)) {
-        mDialog.Check(*box, Checked());
-    } else {
-        mDialog.Press(*mControl);
-    }
+    std::visit(PerClass{
+                   [&](NumberModel* number) { mDialog.Enter(*number, Number(*number)); },
+                   [&](PopupModel* popup) {
+                       if (!mDialog.Choose(*popup, Item(*popup))) Refuse(DescribeItems(*popup));
+                   },
+                   [&](CheckboxModel* box) { mDialog.Check(*box, Checked()); },
+                   [&](auto* button) { mDialog.Press(*button); },
+               },
+               mControl->AsClass());
 }
 
 /// The four components of "R,G,B,A".
@@ -158,7 +151,7 @@ std::optional<lumui::controls::ColorRGBA> ParseColor(std::string_view text) {
     for (std::size_t i = 0; i < components.size(); ++i) {
         const std::size_t comma = text.find(',');
         if ((comma == text.npos) != (i == components.size() - 1)) return std::nullopt;
-        const auto number = ParseNumber(text.substr(0, comma));
+        const auto number = ParseFiniteNumber(text.substr(0, comma));
         if (!number) return std::nullopt;
         components[i] = static_cast<float>(*number);
         text.remove_prefix(comma == text.npos ? text.size() : comma + 1);
@@ -207,16 +200,15 @@ void ScriptedPlatform::Fail(const std::string& sentence) {
     throw ScriptError(sentence);
 }
 
-void ScriptedPlatform::RunDialog(DialogModel& dialog, lumui::ui::UI_Node*) {
-    mShown = true;
+void ScriptedPlatform::ShowDialog(DialogModel& dialog, lumui::ui::UI_Node*) {
     try {
-        Carry(dialog);
+        CarryOut(dialog);
     } catch (const ScriptError& error) {
         Fail(error.what());
     }
 }
 
-void ScriptedPlatform::Carry(DialogModel& dialog) {
+void ScriptedPlatform::CarryOut(DialogModel& dialog) {
     std::vector<Step> steps;
     for (const ScriptedAction& action : mActions) {
         if (!steps.empty() && steps.back().ClosesDialog())
@@ -238,7 +230,7 @@ void ScriptedPlatform::Carry(DialogModel& dialog) {
         }
         step.Do();
         if (dialog.IsClosed() && !step.ClosesDialog())
-            return; // a receiver failed; the toolkit throws that on
+            return; // a receiver failed, and `RunDialog` throws that again
     }
 }
 

@@ -24,7 +24,7 @@ struct ScriptedAction {
     std::string id;
     std::optional<std::string> value;
 
-    /// Reads "ID" or "ID=VALUE". Throws `ScriptError` where the id is empty.
+    /// Reads "ID" or "ID=VALUE". Throws `ScriptError` if the id is empty. Any thread.
     static ScriptedAction Parse(std::string_view text);
 };
 
@@ -44,48 +44,46 @@ struct ScriptedAnswer {
     std::variant<Save, Again, Color> answer;
 
     /// Reads "save=PATH", "save=cancel", "again=yes", "again=no", "color=R,G,B,A" or "color=cancel". Throws
-    /// `ScriptError`.
+    /// `ScriptError` for anything else. Any thread.
     static ScriptedAnswer Parse(std::string_view text);
 };
 
-/// All that happens in one dialog. After the actions, the dialog's default button is pressed, or with
-/// `cancel` the cancel button. Both lists are carried out in order, whole or not at all as far as can be told
-/// beforehand.
+/// All that happens in one dialog. Both lists are carried out in order. As far as can be told beforehand,
+/// nothing is done unless all of it can be.
 struct DialogScript {
     std::vector<ScriptedAction> actions;
     std::vector<ScriptedAnswer> answers;
-    bool cancel = false;
-    bool dump = false; ///< note the dialog's state down just before it closes
+    bool cancel = false; ///< after the actions, press the cancel button instead of the default one
+    bool dump = false;   ///< write down the dialog's state just before it closes
 };
 
 /// Carries out a script in the one dialog that is shown while this is the platform.
 ///
 /// A number takes decimal text within its limits, a popup an enabled item's text or its index, a check box
-/// "true" or "false". Before the first action, all of them are checked against the dialog; what only the
-/// course of events can tell (a disabled control or item, a question without an answer, an answer without a
-/// question) is checked when it comes up. A script that fails throws `ScriptError` into the dialog, which
-/// then hands nothing over.
+/// "true" or "false". All actions are checked against the dialog before the first one is done; what only
+/// shows on the way (a disabled control or item, a question without an answer, an answer without a question)
+/// is checked when it comes up. A script that fails throws `ScriptError` into the dialog, which then hands
+/// nothing over.
 class ScriptedPlatform : public UI_Platform {
   public:
     explicit ScriptedPlatform(DialogScript script);
 
-    void RunDialog(DialogModel& dialog, lumui::ui::UI_Node* parent) override;
     std::optional<Mosk::String> RunSaveFileDialog(const SaveFileRequest& request) override;
     std::int32_t RunMessageBox(const MessageBoxRequest& request) override;
     std::optional<lumui::controls::ColorRGBA> RunColorPicker(const ColorPickerRequest& request) override;
 
-    /// Why the script could not be carried out; nothing where it was. The exception itself ends in the
-    /// plug-in, which reports it as any other.
+    /// Why the script could not be carried out; nothing if it was. The exception itself ends in the plug-in,
+    /// which reports it like any other.
     const std::optional<std::string>& GetError() const { return mError; }
-    /// Whether a dialog was shown.
-    bool WasShown() const { return mShown; }
-    /// The dialog's state just before it was closed, as one JSON object: control id -> its class, whether it
-    /// is enabled, and value, items and title as far as it has them. Empty where it was not asked for, or the
-    /// script failed.
+    /// The dialog's state just before it was closed, as `DumpDialog` writes it. Empty if it was not asked
+    /// for, or if the script failed before that.
     const std::string& GetDump() const { return mDump; }
 
+  protected:
+    void ShowDialog(DialogModel& dialog, lumui::ui::UI_Node* parent) override;
+
   private:
-    void Carry(DialogModel& dialog);
+    void CarryOut(DialogModel& dialog);
     [[noreturn]] void Fail(const std::string& sentence);
     template <class Answer>
     Answer TakeAnswer(const char* question, const char* form);
@@ -93,12 +91,12 @@ class ScriptedPlatform : public UI_Platform {
     std::vector<ScriptedAction> mActions;
     std::deque<ScriptedAnswer> mAnswers;
     bool mCancel, mKeepDump;
-    bool mShown = false;
     std::string mDump;
     std::optional<std::string> mError;
 };
 
-/// The state of a dialog's controls as one JSON object on one line, in the order of the layout.
+/// The state of a dialog's controls as one JSON object on one line, in the order of the layout: control id ->
+/// its class, whether it is enabled, and value, items and title as far as it has them. UI thread.
 std::string DumpDialog(const DialogModel& dialog);
 
 } // namespace corvane

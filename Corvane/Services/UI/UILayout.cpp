@@ -110,10 +110,6 @@ void LayoutReader::Fail(std::ptrdiff_t offset, std::string_view expected, std::s
         fmt::format("layout {}, line {}: expected {}, found {}", Mosk::ToUTF8(mName), line, expected, found));
 }
 
-bool IsButton(WidgetKind kind) {
-    return kind == WidgetKind::kButton || kind == WidgetKind::kTextButton;
-}
-
 Layout LayoutReader::Read() {
     const pugi::xml_node dialog = LoadDialog();
     CheckAttributes(dialog, kDialogAttributes, {});
@@ -246,11 +242,9 @@ void LayoutReader::ReadSwatch(pugi::xml_node element, LayoutNode& node) {
 std::optional<double> LayoutReader::ReadNumber(pugi::xml_node element, const char* attribute) const {
     const auto found = element.attribute(attribute);
     if (!found) return std::nullopt;
-    const std::string_view text = found.value();
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
-        Fail(element, fmt::format("a number in \"{}\"", attribute), fmt::format("\"{}\"", text));
+    const auto value = ParseFiniteNumber(found.value());
+    if (!value)
+        Fail(element, fmt::format("a number in \"{}\"", attribute), fmt::format("\"{}\"", found.value()));
     return value;
 }
 
@@ -278,6 +272,14 @@ void LayoutReader::CheckReferences() const {
 }
 
 } // namespace
+
+std::optional<double> ParseFiniteNumber(std::string_view text) {
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(number))
+        return std::nullopt;
+    return number;
+}
 
 double NumberLimits::Hold(double value) const {
     if (minimum && value < *minimum) return *minimum;

@@ -26,8 +26,16 @@
 
 namespace corvane {
 
-/// What a part of a layout is.
+/// What a part of a layout is. Those after `kLabel` are controls.
 enum class WidgetKind { kGroup, kRow, kLabel, kPopup, kNumber, kCheckbox, kButton, kTextButton, kStaticText };
+
+/// Whether it is a button of either kind. Any thread.
+constexpr bool IsButton(WidgetKind kind) {
+    return kind == WidgetKind::kButton || kind == WidgetKind::kTextButton;
+}
+
+/// Decimal text as a finite number, whatever the locale; nothing if the text is anything else. Any thread.
+std::optional<double> ParseFiniteNumber(std::string_view text);
 
 /// What a person may enter into a number, and how it is shown.
 struct NumberLimits {
@@ -35,8 +43,9 @@ struct NumberLimits {
     double step = 1;                        ///< of the arrow keys and buttons
     int decimals = 0;                       ///< digits shown after the point; entries may have more
 
-    /// `value` moved to the nearest limit where it is outside.
+    /// `value`, or the nearest limit if it is outside.
     double Hold(double value) const;
+    /// Whether `value` is within the limits.
     bool Holds(double value) const { return Hold(value) == value; }
 };
 
@@ -77,7 +86,8 @@ class LayoutError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Reads a script. `name` is the layout's, for messages. Throws `LayoutError`; any thread.
+/// Reads a script. `name` is the layout's, for messages. Throws `LayoutError` if the script can't be used.
+/// Any thread.
 Layout ParseLayout(std::string_view script, const Mosk::String& name);
 
 } // namespace corvane

@@ -1,5 +1,6 @@
 #include "UIModel.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <utility>
@@ -27,8 +28,6 @@ LiveNode::~LiveNode() {
     --gLiveNodes;
 }
 
-// --- Controls ---
-
 ControlModel::ControlModel(DialogModel& dialog, const LayoutNode& layout)
     : mDialog(&dialog), mLayout(layout) {}
 
@@ -36,8 +35,8 @@ void ControlModel::SetEnabled(bool enabled) {
     if (std::exchange(mEnabled, enabled) != enabled) Report(ControlAspect::kEnabled);
 }
 
-void ControlModel::Report(ControlAspect aspect, ChangeOrigin origin) {
-    if (mDialog && mDialog->mObserver) mDialog->mObserver->ControlChanged(*this, aspect, origin);
+void ControlModel::Report(ControlAspect aspect) {
+    if (mDialog && mDialog->mObserver) mDialog->mObserver->ControlChanged(*this, aspect);
 }
 
 void PopupModel::AddItem(const Mosk::String& text) {
@@ -86,13 +85,6 @@ void StaticTextModel::SetTruncation(lumui::controls::TextTruncation truncation) 
     Report(ControlAspect::kValue);
 }
 
-const Mosk::String& GetButtonTitle(const ControlModel& button) {
-    const auto* const text = dynamic_cast<const TextButtonModel*>(&button);
-    return text ? text->GetTitle() : button.GetLayout().label.text;
-}
-
-// --- The dialog ---
-
 DialogModel::DialogModel(Layout layout, lumui::ui::UI_Node* window)
     : mLayout(std::move(layout)), mWindow(window) {
     Build(mLayout.children);
@@ -104,33 +96,29 @@ DialogModel::~DialogModel() {
 
 void DialogModel::Build(const std::vector<LayoutNode>& nodes) {
     for (const LayoutNode& node : nodes) {
-        Add(node);
+        Add(node, ControlClass());
         Build(node.children);
     }
 }
 
-void DialogModel::Add(const LayoutNode& node) {
-    const auto make = [&]<class Model>(std::type_identity<Model>) {
-        const auto control = lumui::ui::MakeNode<Model>(*this, node);
-        mNodes.emplace(node.id, control);
-        mOrder.push_back(control.get());
-    };
-    switch (node.kind) {
-    case WidgetKind::kPopup: make(std::type_identity<PopupModel>()); break;
-    case WidgetKind::kNumber: make(std::type_identity<NumberModel>()); break;
-    case WidgetKind::kCheckbox: make(std::type_identity<CheckboxModel>()); break;
-    case WidgetKind::kButton: make(std::type_identity<ButtonModel>()); break;
-    case WidgetKind::kTextButton: make(std::type_identity<TextButtonModel>()); break;
-    case WidgetKind::kStaticText: make(std::type_identity<StaticTextModel>()); break;
-    case WidgetKind::kGroup:
-    case WidgetKind::kRow:
-    case WidgetKind::kLabel: break;
-    }
+template <class Model>
+bool DialogModel::AddIfKind(const LayoutNode& node) {
+    if (node.kind != Model::kKind) return false;
+    const auto control = lumui::ui::MakeNode<Model>(*this, node);
+    mNodes.push_back(control);
+    mOrder.push_back(control.get());
+    return true;
+}
+
+/// Makes the control of a node, if it is one.
+template <class... Models>
+void DialogModel::Add(const LayoutNode& node, std::variant<Models*...>) {
+    static_cast<void>((AddIfKind<Models>(node) || ...));
 }
 
 ControlModel* DialogModel::Find(const std::string& id) const {
-    const auto found = mNodes.find(id);
-    return found == mNodes.end() ? nullptr : dynamic_cast<ControlModel*>(found->second.get());
+    const auto found = std::ranges::find(mOrder, id, &ControlModel::GetID);
+    return found == mOrder.end() ? nullptr : *found;
 }
 
 void DialogModel::Close() {
@@ -148,7 +136,7 @@ bool DialogModel::Enter(NumberModel& number, double value) {
     if (mClosed || !number.IsEnabled() || !std::isfinite(value)) return false;
     const double held = number.GetLayout().limits.Hold(value);
     if (std::exchange(number.mValue, held) == held && held == value) return true;
-    number.Report(ControlAspect::kValue, ChangeOrigin::kPerson);
+    number.Report(ControlAspect::kValue);
     Deliver(number);
     return true;
 }
@@ -157,7 +145,7 @@ bool DialogModel::Choose(PopupModel& popup, long index) {
     if (mClosed || !popup.IsEnabled() || !popup.HasItem(index)) return false;
     if (!popup.mItems[static_cast<std::size_t>(index)].enabled) return false;
     if (std::exchange(popup.mValue, index) == index) return true;
-    popup.Report(ControlAspect::kValue, ChangeOrigin::kPerson);
+    popup.Report(ControlAspect::kValue);
     Deliver(popup);
     return true;
 }
@@ -165,7 +153,7 @@ bool DialogModel::Choose(PopupModel& popup, long index) {
 bool DialogModel::Check(CheckboxModel& box, bool checked) {
     if (mClosed || !box.IsEnabled()) return false;
     if (std::exchange(box.mChecked, checked) == checked) return true;
-    box.Report(ControlAspect::kValue, ChangeOrigin::kPerson);
+    box.Report(ControlAspect::kValue);
     Deliver(box);
     return true;
 }

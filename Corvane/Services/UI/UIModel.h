@@ -3,13 +3,17 @@
 ///
 /// The plug-in reaches these objects through the contract (lumui.h); a platform reaches them here, shows
 /// them, and reports what the person does by the dialog's `Press`, `Enter`, `Choose`, `Check` and `Dismiss`.
-/// UI thread only.
+///
+/// Whoever does something else with each class of controls takes `ControlModel::AsClass` apart with
+/// `std::visit`: the compiler then points at every place that a new class is missing from.
+///
+/// UI thread only. Nothing here throws but where it says so.
 #pragma once
 
 #include <cstddef>
 #include <exception>
-#include <map>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "UILayout.h"
@@ -19,20 +23,40 @@ namespace corvane {
 
 class ControlModel;
 class DialogModel;
+class PopupModel;
+class NumberModel;
+class CheckboxModel;
+class ButtonModel;
+class TextButtonModel;
+class StaticTextModel;
+
+/// A control as what it is. The classes that there are, once.
+using ControlClass =
+    std::variant<PopupModel*, NumberModel*, CheckboxModel*, ButtonModel*, TextButtonModel*, StaticTextModel*>;
+
+/// One function per class of controls, for `std::visit`.
+template <class... Functions>
+struct PerClass : Functions... {
+    using Functions::operator()...;
+};
+template <class... Functions>
+PerClass(Functions...) -> PerClass<Functions...>;
 
 /// What changed in a control.
-enum class ControlAspect { kValue, kTitle, kItems, kEnabled };
-
-/// Who changed it.
-enum class ChangeOrigin { kProgram, kPerson };
+enum class ControlAspect {
+    kValue,  ///< of a static text, also how it is shortened
+    kTitle,  ///< of a button
+    kItems,  ///< of a popup: the items themselves, or which of them are enabled
+    kEnabled ///< whether the control is
+};
 
 /// Told of every change in a dialog, so that its widgets keep up.
 class DialogObserver {
   public:
     virtual ~DialogObserver() = default;
-    /// Called after each change. A person's number may have been held to its limits, so the control can hold
-    /// something else than was entered.
-    virtual void ControlChanged(const ControlModel& control, ControlAspect aspect, ChangeOrigin origin) = 0;
+    /// Called after each change, by the program or by a person. A person's number may have been held to its
+    /// limits, so that the control holds something else than what was entered.
+    virtual void ControlChanged(const ControlModel& control, ControlAspect aspect) = 0;
     /// The dialog was closed: the modal run is to end.
     virtual void DialogClosed() = 0;
 };
@@ -56,15 +80,19 @@ class ControlModel {
     const std::string& GetID() const { return mLayout.id; }
     const LayoutNode& GetLayout() const { return mLayout; }
     bool IsEnabled() const { return mEnabled; }
+    /// What is written on a button or beside a check box: the layout's text, or what the program has set.
+    virtual const Mosk::String& GetTitle() const { return mLayout.label.text; }
     /// The same control by its contract.
     virtual lumui::controls::UI_ControlView& GetView() = 0;
+    /// The same control as what it is.
+    virtual ControlClass AsClass() = 0;
 
   protected:
     ControlModel(DialogModel& dialog, const LayoutNode& layout);
 
     void AddReceiver(const lumui::ui::MessageFunctionPtr& receiver) { mReceivers.push_back(receiver); }
     void SetEnabled(bool enabled);
-    void Report(ControlAspect aspect, ChangeOrigin origin = ChangeOrigin::kProgram);
+    void Report(ControlAspect aspect);
 
   private:
     friend class DialogModel;
@@ -76,8 +104,8 @@ class ControlModel {
     LiveNode mLive;
 };
 
-/// A control of the contract's class `Interface`.
-template <class Interface>
+/// A control of the contract's class `Interface`; `Model` is the class that derives from this.
+template <class Model, class Interface>
 class ControlOf : public Interface, public ControlModel {
   public:
     ControlOf(DialogModel& dialog, const LayoutNode& layout) : ControlModel(dialog, layout) {}
@@ -85,10 +113,14 @@ class ControlOf : public Interface, public ControlModel {
     void NotifyWhenChanged(const lumui::ui::MessageFunctionPtr& receiver) override { AddReceiver(receiver); }
     void SetDisabled(bool disabled) override { SetEnabled(!disabled); }
     lumui::controls::UI_ControlView& GetView() override { return *this; }
+    ControlClass AsClass() override { return static_cast<Model*>(this); }
 };
 
-class PopupModel final : public ControlOf<lumui::controls::UI_Popup> {
+/// A list of items of which one is chosen, or none (-1).
+class PopupModel final : public ControlOf<PopupModel, lumui::controls::UI_Popup> {
   public:
+    static constexpr WidgetKind kKind = WidgetKind::kPopup;
+
     struct Item {
         Mosk::String text;
         bool enabled = true;
@@ -102,6 +134,7 @@ class PopupModel final : public ControlOf<lumui::controls::UI_Popup> {
     void EnableAllItems() override;
     void DisableItem(long index, bool disabled) override;
 
+    /// The items, to be chosen by their index.
     const std::vector<Item>& GetItems() const { return mItems; }
     bool HasItem(long index) const { return index >= 0 && static_cast<std::size_t>(index) < mItems.size(); }
 
@@ -111,8 +144,11 @@ class PopupModel final : public ControlOf<lumui::controls::UI_Popup> {
     long mValue = -1;
 };
 
-class NumberModel final : public ControlOf<lumui::controls::UI_NumberEdit> {
+/// A number. It is held to the layout's limits when a person enters it, not when the program sets it.
+class NumberModel final : public ControlOf<NumberModel, lumui::controls::UI_NumberEdit> {
   public:
+    static constexpr WidgetKind kKind = WidgetKind::kNumber;
+
     using ControlOf::ControlOf;
     void SetValue(double value) override;
     double GetValue() const override { return mValue; }
@@ -122,8 +158,11 @@ class NumberModel final : public ControlOf<lumui::controls::UI_NumberEdit> {
     double mValue = 0;
 };
 
-class CheckboxModel final : public ControlOf<lumui::controls::UI_Checkbox> {
+/// A box that is checked or not; at first, as the layout says.
+class CheckboxModel final : public ControlOf<CheckboxModel, lumui::controls::UI_Checkbox> {
   public:
+    static constexpr WidgetKind kKind = WidgetKind::kCheckbox;
+
     CheckboxModel(DialogModel& dialog, const LayoutNode& layout)
         : ControlOf(dialog, layout), mChecked(layout.checked) {}
     void SetChecked(bool checked) override;
@@ -135,25 +174,33 @@ class CheckboxModel final : public ControlOf<lumui::controls::UI_Checkbox> {
     bool mChecked;
 };
 
-class ButtonModel final : public ControlOf<lumui::controls::UI_Button> {
+/// A button with the layout's title.
+class ButtonModel final : public ControlOf<ButtonModel, lumui::controls::UI_Button> {
   public:
+    static constexpr WidgetKind kKind = WidgetKind::kButton;
+
     using ControlOf::ControlOf;
 };
 
-class TextButtonModel final : public ControlOf<lumui::controls::UI_TextButton> {
+/// A button whose title the program may change; it has no mnemonic after that.
+class TextButtonModel final : public ControlOf<TextButtonModel, lumui::controls::UI_TextButton> {
   public:
+    static constexpr WidgetKind kKind = WidgetKind::kTextButton;
+
     TextButtonModel(DialogModel& dialog, const LayoutNode& layout)
         : ControlOf(dialog, layout), mTitle(layout.label.text) {}
     void SetText(const Mosk::String& title) override;
-    /// The title as it stands now; it has no mnemonic once the program has set it.
-    const Mosk::String& GetTitle() const { return mTitle; }
+    const Mosk::String& GetTitle() const override { return mTitle; }
 
   private:
     Mosk::String mTitle;
 };
 
-class StaticTextModel final : public ControlOf<lumui::controls::UI_StaticText> {
+/// A text to read, and where it may be shortened if there is no room for it.
+class StaticTextModel final : public ControlOf<StaticTextModel, lumui::controls::UI_StaticText> {
   public:
+    static constexpr WidgetKind kKind = WidgetKind::kStaticText;
+
     StaticTextModel(DialogModel& dialog, const LayoutNode& layout)
         : ControlOf(dialog, layout), mText(layout.label.text) {}
     void SetValue(const Mosk::String& text) override;
@@ -166,16 +213,13 @@ class StaticTextModel final : public ControlOf<lumui::controls::UI_StaticText> {
     lumui::controls::TextTruncation mTruncation = lumui::controls::TextTruncation::kEnd;
 };
 
-/// The title of a button of either kind.
-const Mosk::String& GetButtonTitle(const ControlModel& button);
-
 /// A dialog: its layout, its controls, and what a person does in it.
 ///
-/// The operations of a person ignore what a person can't do (a control that is disabled, an item that is, any
-/// control after the dialog was closed), so a platform need not check first. They return whether the
+/// The operations of a person ignore what a person can't do (with a control or an item that is disabled, or
+/// with any control once the dialog is closed), so a platform need not check first. They return whether the
 /// operation was done. What the plug-in throws in answer does not come out of them: it closes the dialog, and
-/// the toolkit throws it on when the platform's modal run has returned, so a platform whose event loop can't
-/// carry exceptions needs to do nothing.
+/// `UI_Platform::RunDialog` throws it again after the modal run, so that no exception has to pass through a
+/// platform's event loop.
 class DialogModel final : public lumui::ui::UI_DialogView {
   public:
     /// Builds the controls. `window` is where the dialog's own dialogs belong, and may be null.
@@ -185,7 +229,7 @@ class DialogModel final : public lumui::ui::UI_DialogView {
     const Layout& GetLayout() const { return mLayout; }
     /// The controls in the order of the script. They live as long as the dialog.
     const std::vector<ControlModel*>& GetControls() const { return mOrder; }
-    /// A control, or null where the layout has none of that identifier.
+    /// A control, or null if the layout has none with that identifier.
     ControlModel* Find(const std::string& id) const;
 
     void Close() override;
@@ -195,7 +239,7 @@ class DialogModel final : public lumui::ui::UI_DialogView {
     /// One observer at a time: the platform that shows the dialog. Null for none.
     void SetObserver(DialogObserver* observer) { mObserver = observer; }
 
-    // --- What a person does ---
+    // What a person does.
 
     /// Presses a button.
     bool Press(ControlModel& button);
@@ -206,25 +250,28 @@ class DialogModel final : public lumui::ui::UI_DialogView {
     bool Choose(PopupModel& popup, long index);
     /// Checks a box or clears it.
     bool Check(CheckboxModel& box, bool checked);
-    /// Esc or the window's close button: presses the cancel button, and closes the dialog where that is
+    /// Esc or the window's close button: presses the cancel button, or just closes the dialog if that is
     /// disabled.
     void Dismiss();
 
-    // --- For the toolkit ---
+    // For the toolkit.
 
     /// Sends the change message of a control to its receivers.
     void Deliver(ControlModel& control);
-    /// Throws on what a receiver threw, if one did.
+    /// Throws again what a receiver threw, if one did.
     void RethrowFailure();
 
   private:
     friend class ControlModel;
     void Build(const std::vector<LayoutNode>& nodes);
-    void Add(const LayoutNode& node);
+    template <class Model>
+    bool AddIfKind(const LayoutNode& node);
+    template <class... Models>
+    void Add(const LayoutNode& node, std::variant<Models*...> classes);
 
     Layout mLayout;
     lumui::ui::UI_NodePtr<lumui::ui::UI_Node> mWindow;
-    std::map<std::string, lumui::ui::UI_NodePtr<lumui::controls::UI_ControlView>> mNodes;
+    std::vector<lumui::ui::UI_NodePtr<lumui::controls::UI_ControlView>> mNodes; // keep the controls alive
     std::vector<ControlModel*> mOrder;
     DialogObserver* mObserver = nullptr;
     std::exception_ptr mFailure;

@@ -13,18 +13,6 @@ struct UI_Loom::Implementation {
     lumui::ui::UI_NodePtr<corvane::DialogModel> view;
 };
 
-namespace {
-
-/// The modal run. The platform's observer is gone afterwards, whatever happens.
-void Run(corvane::UI_Platform& platform, corvane::DialogModel& dialog, lumui::ui::UI_Node* parent) {
-    const auto forget = [](corvane::DialogModel* shown) { shown->SetObserver(nullptr); };
-    const std::unique_ptr<corvane::DialogModel, decltype(forget)> shown(&dialog, forget);
-    platform.RunDialog(dialog, parent);
-    dialog.RethrowFailure();
-}
-
-} // namespace
-
 UI_Loom::UI_Loom(const Mosk::String& layoutName, const lumui::drawbot::SupplierInterface* supplier,
                  lumui::ui::UI_Node* parent)
     : mImplementation(new Implementation{layoutName, supplier, parent, {}}) {}
@@ -51,7 +39,7 @@ void UI_Loom::ParseLoomScript(std::stringstream& script, bool buildOnly) {
     SetupPostCloseCallback();
     // The view outlives the run whatever the run does to the dialog.
     const auto running = view;
-    Run(*platform, *running, mImplementation->parent);
+    platform->RunDialog(*running, mImplementation->parent);
     Destruction();
     view.reset();
 }

@@ -12,7 +12,7 @@ namespace {
 
 std::unique_ptr<corvane::desktop::QtPlatform> gPlatform;
 
-/// Qt only warns of a widget that is used wrongly.
+/// Qt only warns about a widget that is used wrongly.
 void FailOnWarning(QtMsgType type, const QMessageLogContext&, const QString& text) {
     if (type == QtDebugMsg || text.contains("propagateSizeHints")) return; // the platform without a display
     ADD_FAILURE() << text.toStdString();
@@ -28,7 +28,7 @@ class PlatformEnvironment : public testing::Environment {
 
 corvane::desktop::QtPlatform& Platform() {
     if (!gPlatform) {
-        // Of each process its own, since many run at a time, and not the person's.
+        // Each process has its own, since many run at a time, and none uses the person's.
         static const QTemporaryDir home;
         for (const char* const kept : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
             qputenv(kept, home.path().toLocal8Bit());

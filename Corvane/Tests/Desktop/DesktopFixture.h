@@ -12,8 +12,8 @@
 /// The platform of the test program. Made when it is first needed, and gone before the program ends.
 corvane::desktop::QtPlatform& Platform();
 
-/// Does `act` with the next modal window as soon as it waits for a person, and cancels the window where `act`
-/// has left it open, so that no failure of a test can wait for ever.
+/// Does `act` with the next modal window as soon as it waits for a person, and cancels the window if `act`
+/// has left it open, so that no failure of a test can wait forever.
 void WhenShown(const std::function<void(QDialog&)>& act);
 
 /// Gives the events that are due to the widgets.

@@ -32,7 +32,7 @@ int UnsupportedOn(const void* record) {
 
 // Guarding.
 
-/// Which kinds of exceptions are reported no more.
+/// Which kinds of exceptions are no longer reported.
 struct ReportDisabled {
     bool standard = false;
     bool unknown = false;
@@ -43,7 +43,7 @@ class Guard {
   public:
     Guard(int selector, ReportDisabled& disabled) : mSelector(selector), mDisabled(disabled) {}
 
-    /// `importMod` is the instance where the selector has one, else null. `prepared` is the result after an
+    /// `importMod` is the instance, or null if the selector has none. `prepared` is the result after an
     /// exception.
     template <class Function>
     int Call(const void* importMod, int prepared, Function function) const {
@@ -67,7 +67,7 @@ class Guard {
     }
 
   private:
-    /// Deliberate: the pieces end and begin with blanks, so that two blanks stand where they meet.
+    /// Deliberate: the pieces end and begin with blanks, so that there are two where they meet.
     std::ostringstream Message(const void* importMod, const char* what) const {
         std::ostringstream message;
         const auto lowBits = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(importMod));
@@ -101,7 +101,7 @@ int GetIndPixelFormat(const void* index, imIndPixelFormatRec* record) {
     return result;
 }
 
-// Deliberate: where the call on a new instance throws, here and in `OpenFile`, the instance is neither stored
+// Deliberate: if the call on a new instance throws, here and in `OpenFile`, the instance is neither stored
 // nor destroyed.
 int GetInfo(imStdParms* stdParms, const imFileAccessRec8* access, imFileInfoRec8* info) {
     if (auto* const instance = static_cast<ImporterSynthex*>(info->mPrivateData))
@@ -319,7 +319,7 @@ Mosk::Result GetSynthexDataFromFile(const Mosk::String& path, SynthexInfo& info)
     Mosk::File file;
     if (const Mosk::Result status = file.Open(path, Mosk::FileAccessFlags::kRead); status < 0) return status;
     const auto size = static_cast<std::size_t>(file.SizeOnDisk());
-    std::vector<unsigned char> bytes(size + 2, 0); // two zero bytes end the text where the file holds none
+    std::vector<unsigned char> bytes(size + 2, 0); // two zero bytes end the text if the file holds none
     std::uint32_t bytesRead = 0;
     const Mosk::Result status = file.Read(bytes.data(), static_cast<std::uint32_t>(size), bytesRead);
     const std::size_t length = std::strlen(reinterpret_cast<const char*>(bytes.data()));

@@ -19,11 +19,12 @@ class CvImportModule {
     /// Keeps the host's parameters, through which the instance reaches the host's suites. They outlive it.
     virtual void SetStdParms(const imStdParms* stdParms) { mStdParms = stdParms; }
 
-    /// Answers one selector. Any thread.
+    /// Answers one selector with its result. Throws only if the host asks for the exception. Any thread.
     static int ImportEntry(const Mosk::ResourceCollection& module, int selector, imStdParms* stdParms,
                            void* param1, void* param2);
 
-    /// Makes an instance. Null where that failed and the failure was reported.
+    /// Makes an instance. Null if that failed and the failure was reported; throws if the host asks for the
+    /// exception.
     static Importer* CreateImportModuleInstance(imStdParms* stdParms);
 
   protected:
@@ -36,7 +37,9 @@ class CvImportModule {
 /// or 39) to selector 9. Operations are called by the selector switch only, and return its results.
 class ImporterSynthex : public CvImportModule<ImporterSynthex> {
   public:
+    /// Says what the importer can do.
     static std::int32_t Init(imImportInfoRec* record);
+    /// Has nothing to do.
     static std::int32_t ShutDown();
 
     /// The one format: "Synthex", extension "synthex". Other indices end the list.
@@ -45,13 +48,16 @@ class ImporterSynthex : public CvImportModule<ImporterSynthex> {
     /// The one pixel format: "any". Other indices end the list.
     static std::int32_t GetIndexPixelFormat(std::uint64_t index, CvPixelFormat& format);
 
+    /// Has nothing to do: no file is kept open.
     static std::int32_t OnQuietFile(void** privateData);
+    /// Has nothing to do; the selector switch destroys the instance.
     static std::int32_t OnCloseFile(void** privateData);
 
     /// Reads the settings file that the record names.
     std::int32_t OnOpenFile8(const imFileOpenRec8* record);
     /// Tells what the clip is. A clip without a file takes its settings from the record's preferences data.
     std::int32_t OnGetInfo8(const imFileAccessRec8* access, imFileInfoRec8* info);
+    /// The one preferred size, which is the clip's own. Other indices are not supported.
     std::int32_t OnPreferredFrameSize(imPreferredFrameSizeRec* record) const;
     /// Renders one frame into a buffer made through the host's suites.
     std::int32_t OnGetSourceVideo(void* unused, imSourceVideoRec* record) const;
@@ -63,7 +69,7 @@ class ImporterSynthex : public CvImportModule<ImporterSynthex> {
     SynthexInfo mSynthexInfo;
 };
 
-/// Reads a settings file into `info`. Returns the file status, negative where the file can't be read. A file
+/// Reads a settings file into `info`. Returns the file status, negative if the file can't be read. A file
 /// that does not decode throws what `Serializer<SynthexInfo>` throws; `info` is unchanged then.
 Mosk::Result GetSynthexDataFromFile(const Mosk::String& path, SynthexInfo& info);
 
@@ -77,5 +83,5 @@ const Suite* AcquireSuite(const imStdParms* stdParms, const char* name, std::int
     return static_cast<const Suite*>(suite);
 }
 
-/// The process-wide module object, empty until selector 0.
+/// The process-wide module object, empty until selector 0. Only selectors 0 and 1 change it.
 Mosk::ObjectPtr<Mosk::Module, Mosk::AtomicValue>* GetDllModule();

@@ -47,7 +47,7 @@ void HandOverPath(const imStdParms* stdParms, const Mosk::String& path, imFileAc
     access->mNewFilePath = static_cast<char16_t*>(block);
 }
 
-/// Lets the person edit the settings. They stay as they are after a cancel, and where the saved file is to be
+/// Lets the person edit the settings. They stay as they are after a cancel, and if the saved file is to be
 /// used.
 std::int32_t EditPrefs(const imStdParms* stdParms, imFileAccessRec8* access, SynthexInfo& info) {
     const auto exchange = ImporterSynthexPrefsDialogDataExchange::Create();

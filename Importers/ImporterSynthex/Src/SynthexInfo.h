@@ -38,7 +38,7 @@ struct SynthexInfo {
     lummediatypes::FieldType mFieldType = lummediatypes::kFieldType_LowerFirst;
     ContentRenderFormat mRenderFormat = kContentRenderFormat_FieldColors;
 
-    FloatColor mUpperFieldColor{1.0f, 1.0f, 0.5f, 0.25f}; ///< the whole frame's where it is progressive
+    FloatColor mUpperFieldColor{1.0f, 1.0f, 0.5f, 0.25f}; ///< the whole frame's if it is progressive
     FloatColor mLowerFieldColor{1.0f, 0.0f, 1.0f, 0.0f};
     FloatColor mTopGradiantColorStart{1.0f, 1.0f, 0.0f, 0.0f};    ///< top row, first frame
     FloatColor mBottomGradiantColorStart{1.0f, 0.0f, 1.0f, 0.0f}; ///< bottom, first frame
@@ -56,8 +56,8 @@ struct SynthexInfo {
 
 namespace lumcore::serialization {
 
-// `ToJSON` makes a value of a type; `FromJSON` reads one and throws `boost::bad_any_cast` where the value is
-// of the wrong kind. Integers are accepted where a double is expected, not the other way round.
+// `ToJSON` makes a value of a type; `FromJSON` reads one and throws `boost::bad_any_cast` if the value is of
+// the wrong kind. An integer is accepted for a double, but not the other way round. Any thread.
 
 template <>
 struct JSONConvert<double> {
@@ -97,9 +97,9 @@ struct JSONConvert<SynthexInfo> {
 
 template <>
 struct Serializer<SynthexInfo> {
-    /// Reads a record from JSON text. `size` counts the terminating zero, where there is one. A record
-    /// wrapped in an object under "SerializerWrappedObject" is unwrapped. Throws `std::runtime_error` ("JSON
-    /// not well-formed") or `boost::bad_any_cast` (a member of the wrong kind).
+    /// Reads a record from JSON text. `size` counts the terminating zero, if there is one. A record wrapped
+    /// in an object under "SerializerWrappedObject" is unwrapped. Throws `std::runtime_error` ("JSON not
+    /// well-formed") or `boost::bad_any_cast` (a member of the wrong kind).
     static SynthexInfo FromUTF8String(const unsigned char* data, std::size_t size);
 };
 

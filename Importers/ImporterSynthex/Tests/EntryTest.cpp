@@ -1,5 +1,5 @@
 // Faults sought: a selector that answers the wrong thing or tests the wrong parameter, a byte written where
-// none belongs, a module that is released twice or never.
+// none belongs.
 #include "PluginFixture.h"
 
 #include <map>
@@ -12,8 +12,8 @@ using corvane::HostRecord;
 class EntryTest : public PluginTest {};
 
 TEST_F(EntryTest, SelectorsWithoutARecordOfTheirOwnAnswerTheirFixedResults) {
-    // The results with an instance in the first parameter's record only, and in the second's only;
-    // otherwise 3.
+    // The results with an instance in the first parameter's record only, and in the second's only; otherwise
+    // 3.
     std::map<int, std::pair<int, int>> expected = {{8, {0, 0}}, {28, {100, 100}}, {36, {101, 101}}};
     for (const int needsFirst : {46, 56, 59, 60}) expected[needsFirst] = {3, 5};
     for (const int needsSecond : {58, 61, 62, 63, 64}) expected[needsSecond] = {5, 3};
@@ -79,29 +79,6 @@ TEST_F(EntryTest, CloseAndVideoNeedAnInstance) {
     auto expected = HostRecord<imSourceVideoRec>();
     expected.mPrivateData = nullptr;
     EXPECT_EQ(Bytes(record), Bytes(expected));
-}
-
-TEST_F(EntryTest, ShutdownReleasesTheModuleOnceAndInitMakesItAnew) {
-    EXPECT_EQ(mBundle.Call(kSelector_Shutdown, nullptr, nullptr).result, 0);
-    EXPECT_EQ(mBundle.Call(kSelector_Shutdown, nullptr, nullptr).result, 0);
-    // Without a module the format is registered all the same.
-    auto format = HostRecord<imIndFormatRec>();
-    EXPECT_EQ(mBundle.Call(kSelector_GetIndFormat, nullptr, &format).result, 0);
-    for (int i = 0; i < 3; ++i) {
-        imImportInfoRec record;
-        EXPECT_EQ(mBundle.Call(kSelector_Init, &record, nullptr).result, 400);
-    }
-}
-
-// Where the host does not know the bundle, initialization answers as ever.
-TEST_F(EntryTest, InitAnswersAllTheSameWithoutABundle) {
-    const auto copy = CopyBundle();
-    std::ofstream(copy / "Contents/Info.plist")
-        << "<plist><dict><key>CFBundleIdentifier</key><string>org.other</string>"
-           "<key>CFBundleExecutable</key><string>ImporterSynthex</string></dict></plist>";
-    const corvane::Bundle bundle(copy); // throws where the answer is not 400
-    auto format = HostRecord<imIndFormatRec>();
-    EXPECT_EQ(bundle.Call(kSelector_GetIndFormat, nullptr, &format).result, 0);
 }
 
 } // namespace

@@ -238,63 +238,54 @@ TEST_F(PrefsTest, UnknownSettingsShowTheFirstItemAndStay) {
     EXPECT_EQ(State("frameWidthID"), 4294967295.0);
 }
 
-/// Does to a dialog what no person can: runs a function on its model, then presses OK.
+/// Does to a dialog what no person can: gives controls values ("ID=NUMBER; ..."), whatever their limits, and
+/// sends their change messages. Then it presses a color button, and OK.
 class ProgramPlatform : public NotingPlatform {
   public:
-    explicit ProgramPlatform(void (*act)(corvane::DialogModel&)) : mAct(act) {}
-    void RunDialog(corvane::DialogModel& dialog, lumui::ui::UI_Node* parent) override {
-        mAct(dialog);
-        NotingPlatform::RunDialog(dialog, parent);
+    explicit ProgramPlatform(const char* values) : mValues(values) {}
+
+  protected:
+    void ShowDialog(corvane::DialogModel& dialog, lumui::ui::UI_Node* parent) override {
+        for (const auto& [id, value] : corvane::testing::Script(mValues).actions) {
+            corvane::ControlModel& control = *dialog.Find(id);
+            if (auto* const popup = dynamic_cast<corvane::PopupModel*>(&control))
+                popup->SetValue(std::stol(*value));
+            else
+                dynamic_cast<corvane::NumberModel&>(control).SetValue(std::stod(*value));
+            dialog.Deliver(control);
+        }
+        dialog.Press(*dialog.Find("chooseColorButtonID1"));
+        NotingPlatform::ShowDialog(dialog, parent);
     }
 
   private:
-    void (*mAct)(corvane::DialogModel&);
+    const char* mValues;
 };
-
-/// Gives a control a value by program, whatever its limits, and sends its change message.
-template <class Model, class Value>
-void Force(corvane::DialogModel& dialog, const char* id, Value value) {
-    auto& control = dynamic_cast<Model&>(*dialog.Find(id));
-    control.SetValue(value);
-    dialog.Deliver(control);
-}
 
 // Values that only a program can bring: no choice at all, a disabled item, numbers beyond the limits.
 TEST_F(PrefsTest, HandlersTakeWhatProgramsSet) {
-    using corvane::DialogModel, corvane::NumberModel, corvane::PopupModel;
     const struct {
-        void (*act)(DialogModel&);
+        const char* values;
         Json changed;
+        const char* title;
     } kRows[] = {
-        {[](DialogModel& dialog) {
-             for (const char* const id : {"pixelFormatPopupID", "pixelAspectPopupID", "frameRatePopupID"})
-                 for (const long item : {-1L, 48L}) Force<PopupModel>(dialog, id, item);
-             Force<NumberModel>(dialog, "frameWidthID", -0.5);
-             Force<NumberModel>(dialog, "durationFramesTextID", -2.0);
-         },
-         {{"/mFrameWidth", 0}, {"/mVideoDuration/ticks", -16951334400}}},
         // No color is chosen: the edits write nothing, the buttons ask nothing.
-        {[](DialogModel& dialog) {
-             Force<PopupModel>(dialog, "chooseColorPopupID", -1L);
-             Force<NumberModel>(dialog, "chooseColorRedTextID0", 0.5);
-             dialog.Press(*dialog.Find("chooseColorButtonID0"));
-             EXPECT_EQ(corvane::GetButtonTitle(*dialog.Find("chooseColorButtonID0")), u"");
-         },
-         Json::object()},
+        {"pixelFormatPopupID=-1; pixelFormatPopupID=48; pixelAspectPopupID=-1; frameRatePopupID=-1; "
+         "chooseColorPopupID=-1; chooseColorRedTextID0=0.5; frameWidthID=-0.5; durationFramesTextID=-2",
+         {{"/mFrameWidth", 0}, {"/mVideoDuration/ticks", -16951334400}},
+         ""},
         // The gradient's disabled item: its edits write the field colors, its buttons ask nothing.
-        {[](DialogModel& dialog) {
-             Force<PopupModel>(dialog, "chooseColorPopupID", 0L);
-             Force<NumberModel>(dialog, "chooseColorGreenTextID1", 0.5);
-             dialog.Press(*dialog.Find("chooseColorButtonID1"));
-         },
-         {{"/mLowerFieldColor/mGreenPart", 0.5}}},
+        {"chooseColorPopupID=0; chooseColorGreenTextID1=0.5",
+         {{"/mLowerFieldColor/mGreenPart", 0.5}},
+         "Lower Field Color"},
     };
     const Json before = Edited(kDistinctSettings, "");
     for (const auto& row : kRows) {
-        ProgramPlatform platform(row.act);
+        ProgramPlatform platform(row.values);
         const Outcome outcome = Edit(kDistinctSettings, platform);
         ASSERT_EQ(outcome.result, 0) << outcome.alert;
         EXPECT_EQ(Changes(before, outcome.Settings()), row.changed);
+        EXPECT_EQ(State("chooseColorButtonID1", "title"), row.title);
     }
 }
 

@@ -23,7 +23,7 @@ TEST_F(PrefsTest, SettingsComeFromTheFileTheSequenceOrTheBuffer) {
         const corvane::ScopedPlatform scope(platform);
         const Outcome outcome = Request(row.file ? file : u"/none", row.firstTime, kDistinctSettings);
         EXPECT_EQ(outcome.result, kResult_Success) << outcome.alert;
-        EXPECT_EQ(platform.WasShown(), row.dialog) << row.file << row.firstTime;
+        EXPECT_EQ(platform.CountDialogs(), row.dialog) << row.file << row.firstTime;
         EXPECT_EQ(outcome.Settings()["mFrameWidth"], row.width);
         EXPECT_EQ(outcome.record.mPrefsLength, 10240);
     }
@@ -98,7 +98,7 @@ TEST_F(PrefsTest, MissingAndBrokenLayouts) {
         const Outcome outcome = Request(u"/none", false, "{}", bundle);
         EXPECT_EQ(outcome.result, row.result) << outcome.alert;
         EXPECT_NE(outcome.alert.find(row.reason), std::string::npos) << outcome.alert;
-        EXPECT_FALSE(platform.WasShown());
+        EXPECT_EQ(platform.CountDialogs(), 0);
     }
 }
 
@@ -128,24 +128,19 @@ TEST(DataExchange, EveryWayOfHoldingItGivesItsOneCountBack) {
     EXPECT_EQ(alive, 0);
 }
 
-TEST(DataExchange, AnswersItsOwnIdentifierOnly) {
+TEST(DataExchange, AnswersItsOwnIdentifierAndForgetsOnlyCancellation) {
     const auto exchange = ImporterSynthexPrefsDialogDataExchange::Create();
-    const CFUUIDBytes identifier{0x51, 0x3E, 0xBD, 0xA4, 0x56, 0x8E, 0x46, 0x3F,
-                                 0xAD, 0xC7, 0x94, 0x3C, 0xA3, 0xA6, 0x19, 0x23};
+    CFUUIDBytes identifier{0x51, 0x3E, 0xBD, 0xA4, 0x56, 0x8E, 0x46, 0x3F,
+                           0xAD, 0xC7, 0x94, 0x3C, 0xA3, 0xA6, 0x19, 0x23};
     void* found = nullptr;
     EXPECT_EQ(exchange->QueryMap(identifier, &found), 0);
     EXPECT_EQ(found, static_cast<IImporterSynthexPrefsDialogDataExchange*>(exchange.Get()));
     for (std::size_t byte = 0; byte < 16; ++byte) {
-        CFUUIDBytes other = identifier;
-        reinterpret_cast<unsigned char*>(&other)[byte] ^= 1;
-        found = &other;
-        EXPECT_EQ(static_cast<std::uint32_t>(exchange->QueryMap(other, &found)), 0xA00A0001u);
-        EXPECT_EQ(found, nullptr);
+        reinterpret_cast<unsigned char*>(&identifier)[byte] ^= 1;
+        EXPECT_EQ(static_cast<std::uint32_t>(exchange->QueryMap(identifier, &found)), 0xA00A0001u);
+        EXPECT_EQ(std::exchange(found, &found), nullptr);
+        reinterpret_cast<unsigned char*>(&identifier)[byte] ^= 1;
     }
-}
-
-TEST(DataExchange, OnlyCancellationIsForgotten) {
-    const auto exchange = ImporterSynthexPrefsDialogDataExchange::Create();
     exchange->UserCancelled();
     exchange->SetUseSavedFrameFileAsSource(true);
     EXPECT_TRUE(exchange->WasCancelled());
@@ -211,7 +206,7 @@ TEST_F(DialogEntryTest, ContractsAreReportedByExpressionAndLine) {
               "void HandleImporterSynthexPrefsDialog(const Mosk::String &, Mosk::MoskUnknownRef, const "
               "lumui::drawbot::SupplierInterface *, lumui::ui::UI_Node *)"})
             EXPECT_NE(report.find(part), std::string::npos) << report;
-        EXPECT_FALSE(platform.WasShown());
+        EXPECT_EQ(platform.CountDialogs(), 0);
         ASSERT_TRUE(mFailure);
         try {
             std::rethrow_exception(std::exchange(mFailure, nullptr));

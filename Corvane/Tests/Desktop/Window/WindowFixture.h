@@ -33,7 +33,6 @@ class WindowTest : public testing::Test {
     void Open(const std::filesystem::path& file);
     /// Waits until every clip has been opened, or found not to open.
     void WaitForClips();
-    std::string Read(const std::filesystem::path& file) const;
 
     corvane::desktop::BinModel& Model();
     corvane::desktop::BinView& Bin();

@@ -1,8 +1,10 @@
 // The layout script. Faults sought: a slip in a script that goes unnoticed until somebody misses a control,
 // or a message that does not lead to its line.
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -98,13 +100,32 @@ TEST(UILayout, TextsKeepTheirMnemonics) {
     }
 }
 
-// The script that ships, cut short and with bytes changed all over: refused or taken, never a crash. The
-// steps have no common factor with the list of bytes, so each of them meets every part of the script.
-TEST(UILayout, NoScriptDoesHarm) {
+/// The script that ships.
+std::string ShippedScript() {
     std::ifstream file(SYNTHEX_SOURCE_DIR "/Importers/ImporterSynthex/Resources/ImporterSynthexPrefs.loom");
-    const std::string script{std::istreambuf_iterator<char>(file), {}};
-    ASSERT_EQ(Problem(script), "none");
-    const std::string whole = script.substr(0, script.rfind('>') + 1);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void CollectMnemonics(const std::vector<corvane::LayoutNode>& nodes, std::u16string& letters) {
+    for (const auto& node : nodes) {
+        if (node.label.mnemonic)
+            letters += static_cast<char16_t>(node.label.text[*node.label.mnemonic] & 0x5F); // upper case
+        CollectMnemonics(node.children, letters);
+    }
+}
+
+TEST(UILayout, NoTwoControlsShareALetter) {
+    std::u16string letters;
+    CollectMnemonics(ParseLayout(ShippedScript(), u"Test").children, letters);
+    EXPECT_GT(letters.size(), 10u);
+    std::ranges::sort(letters);
+    EXPECT_EQ(std::ranges::adjacent_find(letters), letters.end()) << Mosk::ToUTF8(letters);
+}
+
+// The shipped script, cut short and with bytes changed all over: refused or taken, never a crash. The steps
+// have no common factor with the list of bytes, so each of them meets every part of the script.
+TEST(UILayout, NoScriptDoesHarm) {
+    const std::string script = ShippedScript(), whole = script.substr(0, script.rfind('>') + 1);
     for (std::size_t size = 0; size < whole.size(); size += 3)
         EXPECT_NE(Problem(whole.substr(0, size)), "none") << size;
     constexpr std::string_view kBytes("\0<&\"\xff", 5);

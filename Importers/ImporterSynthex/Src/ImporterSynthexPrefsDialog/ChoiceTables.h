@@ -14,6 +14,9 @@ using ChoiceList = std::vector<std::pair<Value, Mosk::String>>;
 
 // Each list is filled on first use and kept. UI thread only.
 
+/// The rows of the frame-rate popup.
 const ChoiceList<lummediatypes::FrameRate>& GetAllVideoFrameRates();
+/// The rows of the pixel-format popup.
 const ChoiceList<CvPixelFormat>& GetAllPixelFormats();
+/// The rows of the pixel-aspect popup.
 const ChoiceList<lummediatypes::PixelAspectRatio>& GetAllPixelAspects();

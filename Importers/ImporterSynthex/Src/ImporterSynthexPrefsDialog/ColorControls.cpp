@@ -18,7 +18,7 @@ constexpr FloatColor SynthexInfo::*kSlotColors[kColorChoices][kSlots] = {
     {&SynthexInfo::mTopGradiantColorEnd, &SynthexInfo::mBottomGradiantColorEnd},
 };
 
-/// The color of a slot, or null where the popup shows no choice.
+/// The color of a slot, or null if the popup shows no choice.
 FloatColor* SlotColor(SynthexInfo& info, long choice, int slot) {
     return choice >= 0 && choice < kColorChoices ? &(info.*kSlotColors[choice][slot]) : nullptr;
 }
@@ -149,8 +149,8 @@ void Dialog::SecondColorButtonChanged(Message*) {
     ChooseColor(1);
 }
 
-/// Lets the person pick the color of a slot: a field color in field-color mode, whatever the popup shows;
-/// else the gradient color that the popup shows.
+/// Lets the person pick the color of a slot: in field-color mode a field color, whatever the popup shows, and
+/// otherwise the gradient color that the popup shows.
 void Dialog::ChooseColor(int slot) {
     long choice = kChoice_Field;
     if (mSynthexInfo.mRenderFormat != kContentRenderFormat_FieldColors) {

@@ -51,7 +51,9 @@ class ImporterSynthexPrefsDialogDataExchange : public IImporterSynthexPrefsDialo
         return Mosk::MoskUnknownRef(GetMoskUnknown());
     }
 
+    /// Whether the person cancelled the dialog after settings were set last.
     bool WasCancelled() const { return mUserCancelled; }
+    /// What was last said about using the saved file as the source; at first, false.
     bool UsesSavedFrameFileAsSource() const { return mUseSavedFrameFileAsSource; }
 
   protected:

@@ -18,7 +18,7 @@ namespace {
 
 const Mosk::String kLoomSettingsDialogID = u"ImporterSynthexPrefs";
 
-/// A condition of an entry point, and where the host's reports place it.
+/// A condition of an entry point, and the place that the host's reports give for it.
 struct Contract {
     const char* expression;
     const char* function;
@@ -136,7 +136,7 @@ void Dialog::Initialize() {
 }
 
 void Dialog::OKButtonChanged(Message*) {
-    // Deliberate: OK closes the dialog even where this last save fails.
+    // Deliberate: OK closes the dialog even if this last save fails.
     if (!mSynthexInfo.mSavedFilePath.empty()) SaveFileData(mSynthexInfo.mSavedFilePath);
     mDataExchange->SetPrefs(mSynthexInfo);
     GetView()->Close();

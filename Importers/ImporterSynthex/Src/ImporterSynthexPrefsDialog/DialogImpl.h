@@ -24,8 +24,12 @@ class ImporterSynthexPrefsDialogImpl : public lumloom::UI_Loom {
                                    Mosk::InterfaceRef<IImporterSynthexPrefsDialogDataExchange> dataExchange);
     ~ImporterSynthexPrefsDialogImpl() override;
 
-    /// Binds the controls to their handlers and gives them their values.
+    /// Binds the controls to their handlers and gives them their values. Throws the conversion error if the
+    /// layout lacks one of them.
     void Initialize() override;
+
+    // What the person does to each control. All of them throw the conversion error if the layout lacks a
+    // control that they need.
 
     // Dialog.cpp
     void OKButtonChanged(Message*);
@@ -87,6 +91,7 @@ class ImporterSynthexPrefsDialogImpl : public lumloom::UI_Loom {
     void InitSaveAsData();
 
     // FormatControls.cpp
+    static double ToSeconds(lummediatypes::TickTime time);
     void UpdateFieldColorChoicesUI();
     void ConstrainUIToPixelFormat();
 

@@ -23,7 +23,7 @@ Integer Truncate(double value) {
     return static_cast<Integer>(value);
 }
 
-/// Stores the row that a popup shows into `setting`. Returns false, and stores nothing, where it shows none.
+/// Stores the row that a popup shows into `setting`. Returns false, and stores nothing, if it shows none.
 template <class Value>
 bool TakeChoice(const lumui::controls::UI_Popup& popup, const ChoiceList<Value>& rows, Value& setting) {
     const auto index = static_cast<std::uint32_t>(popup.GetValue()); // -1 is beyond all rows
@@ -32,11 +32,11 @@ bool TakeChoice(const lumui::controls::UI_Popup& popup, const ChoiceList<Value>&
     return true;
 }
 
-double ToSeconds(TickTime time) {
+} // namespace
+
+double Dialog::ToSeconds(TickTime time) {
     return static_cast<double>(time.GetTicks()) / kTicksPerSecondAsDouble;
 }
-
-} // namespace
 
 void Dialog::FrameWidthChanged(Message*) {
     mSynthexInfo.mFrameWidth = Truncate<std::uint32_t>(Get(kFrameWidth)->GetValue());

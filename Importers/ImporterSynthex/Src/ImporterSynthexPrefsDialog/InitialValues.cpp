@@ -5,8 +5,8 @@ using Dialog = ImporterSynthexPrefsDialogImpl;
 
 namespace {
 
-/// Adds all rows to a popup and selects the one that holds `current`. Where several do, the last; where none
-/// does, the first.
+/// Adds all rows to a popup and selects the one that holds `current`: the last one if several do, the first
+/// if none does.
 template <class Value>
 void FillPopup(lumui::controls::UI_Popup& popup, const ChoiceList<Value>& rows, const Value& current) {
     long selected = 0;
@@ -47,8 +47,7 @@ void Dialog::InitFieldTypePopup() {
 
 void Dialog::InitVideoFrameRatePopup() {
     FillPopup(*Get(kFrameRatePopup), GetAllVideoFrameRates(), mSynthexInfo.mVideoFrameRate);
-    const double ticks = static_cast<double>(mSynthexInfo.mVideoDuration.GetTicks());
-    Get(kDurationSeconds)->SetValue(ticks / static_cast<double>(lummediatypes::kTicksPerSecond));
+    Get(kDurationSeconds)->SetValue(ToSeconds(mSynthexInfo.mVideoDuration));
     DurationSecondsChanged(nullptr);
 }
 

@@ -1,4 +1,4 @@
-/// Where the plug-in's layout scripts come from.
+/// Reads the plug-in's layout scripts.
 #pragma once
 
 #include <cstddef>
@@ -9,14 +9,14 @@
 
 namespace lumloom {
 
-/// Reads a layout script from the plug-in's own bundle.
+/// Reads a layout script from the plug-in's own bundle. UI thread.
 class UI_LoomScriptLoader {
   public:
     /// Reads the resource `layoutName` of the type "loom". A bundle or resource that is missing leaves it
     /// empty.
     explicit UI_LoomScriptLoader(const Mosk::String& layoutName);
 
-    /// Writes the script to `stream`; returns false, and writes nothing, where there is none.
+    /// Writes the script to `stream`; returns false, and writes nothing, if there is none.
     bool GetStream(std::stringstream& stream) const;
 
   private:

@@ -23,7 +23,7 @@ std::int32_t Dialog::SaveFileData(const Mosk::String& path) {
     return result;
 }
 
-/// Asks for a path and saves there. 0 where the person cancelled.
+/// Asks for a path and saves there. 0 if the person cancelled.
 std::int32_t Dialog::DisplaySaveSynthexDialog() {
     using namespace lumui::dialogs;
     const std::vector<FileDialogFilterInfo> filters{{u"Synthex Data", u"synthex", u"synthex"}};
@@ -62,8 +62,8 @@ void Dialog::SaveToPathButtonChanged(Message*) {
 void Dialog::SaveButtonChanged(Message*) {
     if (mSynthexInfo.mSavedFilePath.empty()) SaveToPathButtonChanged(nullptr);
     if (mSynthexInfo.mSavedFilePath.empty()) return;
-    SaveFileData(
-        mSynthexInfo.mSavedFilePath); // Deliberate: no question where this fails, unlike with a new path.
+    // Deliberate: no question if this fails, unlike with a new path.
+    SaveFileData(mSynthexInfo.mSavedFilePath);
 }
 
 void Dialog::UseAsCustomImporterChanged(Message*) {
