@@ -22,7 +22,6 @@ struct FrameView {
     }
 };
 
-
 /// One frame as the plug-in delivered it. Owns the host's buffer and gives it back to the pool when
 /// destroyed. May be moved to and destroyed on any thread.
 class Frame {

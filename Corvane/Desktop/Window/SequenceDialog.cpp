@@ -11,8 +11,8 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
-#include "Services/Frames/FrameBuffers.h"
 #include "Engine/ClipText.h"
+#include "Services/Frames/FrameBuffers.h"
 
 namespace corvane::desktop {
 

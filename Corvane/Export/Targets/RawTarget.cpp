@@ -64,7 +64,8 @@ class RawTarget final : public Target {
         else if (raw.frame.rowBytes == static_cast<std::int64_t>(mRowBytes))
             mWriter.Write({raw.frame.pixels, mRowBytes * mFacts.size.height});
         else
-            for (std::uint32_t y = 0; y < mFacts.size.height; ++y) mWriter.Write({raw.frame.At(0, y), mRowBytes});
+            for (std::uint32_t y = 0; y < mFacts.size.height; ++y)
+                mWriter.Write({raw.frame.At(0, y), mRowBytes});
     }
 
     void Finish() override { mWriter.Finish(); }

@@ -39,7 +39,7 @@ TEST(Bundle, WhatIsNoBundleIsRefusedWithItsName) {
 }
 
 TEST(Bundle, IsFoundByNameThenEnvironmentThenBesideTheProgram) {
-    ::unsetenv("SYNTHEX_BUNDLE");
+    ::setenv("SYNTHEX_BUNDLE", "", 1);
     EXPECT_EQ(corvane::Bundle::Find(), BundlePath());
     ::setenv("SYNTHEX_BUNDLE", "/from/environment", 1);
     EXPECT_EQ(corvane::Bundle::Find(), "/from/environment");

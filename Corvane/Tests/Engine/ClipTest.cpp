@@ -47,6 +47,13 @@ TEST(Clip, EveryFrameIsItsOwnAndNoneLiesOutside) {
     for (const std::int64_t frame : {-1, 300}) EXPECT_THROW(clip->GetFrame(frame), corvane::Failure);
 }
 
+TEST(Clip, TheTimingOfWrappedSettingsIsFound) {
+    const auto clip =
+        Clip::OpenPrefs(std::make_shared<corvane::Bundle>(corvane::testing::BundlePath()), "clip",
+                        R"({"SerializerWrappedObject":)" + corvane::testing::SettingsText() + "}");
+    EXPECT_EQ(clip->Info().frames, 10);
+}
+
 TEST(Clip, WhatCanNotBeRenderedSaysWhy) {
     const std::pair<const char*, const char*> kRows[] = {
         {R"(,"mVideoFrameRate":{"ticksperframe":0})", "no frame rate"},
@@ -89,14 +96,16 @@ TEST(ThreadedRender, FramesAreTheSameFromManyThreads) {
     }
 }
 
-// The plug-in fetches the suites of frames once in a process: two first frames at a time would race for them.
-TEST(ThreadedRender, TheFirstFrameIsMadeAlone) {
-    static std::atomic<int> fetching = 0, together = 0;
+// The plug-in knows no locks, and fetches the suites of frames once in a process: two first frames at a time
+// would race for them.
+TEST(ThreadedRender, TheFirstFrameAndOtherSelectorsAreSentAlone) {
+    static std::atomic<int> fetching[2], together;
     corvane::SetSuiteRefusal([](const char* name, std::int32_t) {
-        if (std::strcmp(name, kCvLegacySuite) == 0) return false;
-        together += ++fetching > 1;
+        std::atomic<int>& mine =
+            fetching[std::strcmp(name, kCvLegacySuite) == 0]; // selector 37's, or a frame's
+        together += ++mine > 1;
         for (int i = 0; i < 1000; ++i) std::this_thread::yield();
-        --fetching;
+        --mine;
         return false;
     });
     const auto bundle = std::make_shared<corvane::Bundle>(corvane::testing::BundlePath());

@@ -61,7 +61,7 @@ TEST_F(PreferencesTest, AnswersSayWhyThereAreNoSettings) {
     const auto malformed = Ask(OfText("{"), "");
     EXPECT_EQ(malformed.outcome, PreferencesOutcome::kFailed);
     EXPECT_EQ(malformed.message, "JSON not well-formed");
-    EXPECT_THAT(Ask(OfText(std::string(20000, ' ')), "").message, HasSubstr("too long"));
+    EXPECT_THAT(Ask(OfText(std::string(kPrefsBufferSize, ' ')), "").message, HasSubstr("too long"));
     // A file that can't be read, for everybody: it is too large for settings.
     const fs::path large = folder.Write("large.synthex", "{}");
     fs::resize_file(large, (16u << 20) + 1);

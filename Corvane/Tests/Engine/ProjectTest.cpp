@@ -33,23 +33,26 @@ std::string FailureOf(const std::string& text) {
 
 class ProjectFiles : public testing::Test {
   protected:
-    ProjectFiles() { fs::create_directories(mFolder / "here/below"); }
+    ProjectFiles() {
+        fs::create_directories(mFolder / "here/below");
+        fs::create_directory(mFolder / "moved");
+    }
 
     const corvane::testing::TestFolder mFolder;
 };
 
 TEST_F(ProjectFiles, WhatLiesBelowMovesWithTheProject) {
-    for (const auto& [file, after] : {std::pair("here/a.synthex", "there/a.synthex"),
-                                      {"here/below/a.synthex", "there/below/a.synthex"},
+    for (const auto& [file, after] : {std::pair("here/a.synthex", "moved/there/a.synthex"),
+                                      {"here/below/a.synthex", "moved/there/below/a.synthex"},
                                       {"a.synthex", "a.synthex"}}) {
         const Project project = TwoClips(mFolder / file);
         corvane::SaveProject(project, mFolder / "here/it.cvproj");
         EXPECT_TRUE(corvane::LoadProject(mFolder / "here/it.cvproj").HoldsSameAs(project)) << file;
-        fs::rename(mFolder / "here", mFolder / "there");
-        const Project moved = corvane::LoadProject(mFolder / "there/it.cvproj");
+        fs::rename(mFolder / "here", mFolder / "moved/there");
+        const Project moved = corvane::LoadProject(mFolder / "moved/there/it.cvproj");
         EXPECT_EQ(moved.clips[0]->source.file, mFolder / after);
         EXPECT_EQ(moved.clips[1]->source, project.clips[1]->source);
-        fs::rename(mFolder / "there", mFolder / "here");
+        fs::rename(mFolder / "moved/there", mFolder / "here");
     }
 }
 
@@ -91,6 +94,10 @@ TEST_F(ProjectFiles, WhatIsNoProjectOfThisVersionSaysWhy) {
 TEST_F(ProjectFiles, WhatIsNoFileOfTextSaysWhy) {
     for (const fs::path& path : {mFolder.Path(), mFolder / "none", fs::path("/dev/zero")})
         EXPECT_THROW(corvane::LoadProject(path), corvane::Failure) << path;
+    const fs::path large = mFolder.Write("large", "");
+    fs::resize_file(large, (64u << 20) + 1);
+    EXPECT_THAT([&] { corvane::LoadProject(large); },
+                testing::ThrowsMessage<corvane::Failure>(HasSubstr("more than")));
     EXPECT_THROW(corvane::SaveProject({}, mFolder / "none/it.cvproj"), corvane::Failure);
     Project project;
     project.Add("\xff", {});
@@ -103,12 +110,12 @@ TEST(Project, AChangeLeavesCopiesAlone) {
     Project project = TwoClips("/a");
     const Project before = project;
     const std::uint64_t first = project.clips[0]->id, second = project.clips[1]->id;
-    project.Rename(second, project.FreeName("own"));
     project.SetSource(first, {.file = {}, .settings = "{}"});
+    EXPECT_FALSE(project.HoldsSameAs(before));
+    project.Rename(second, project.FreeName("own"));
     EXPECT_EQ(project.clips[1]->name, "own 2");
     EXPECT_EQ(before.clips[1]->name, "own");
     EXPECT_TRUE(before.clips[0]->source.IsFile());
-    EXPECT_FALSE(project.HoldsSameAs(before));
     project.Remove(first);
     EXPECT_NE(project.Add("new", {}, 0), first) << "an undone change would find another clip under its id";
     EXPECT_EQ(project.clips[1]->id, second);

@@ -118,7 +118,8 @@ TEST_F(RenderTest, TheShareOfALongClipIsExact) {
         Render(Settings(CvPixelFormat_BGRA_4444_32f, 0, 1, kHeight, kFrames), kFrame * kTicksPerFrame);
     ASSERT_TRUE(bands);
     for (std::uint32_t y = 0; y < kHeight; ++y)
-        ExpectRow(bands.View(), y, Gradient(static_cast<float>(double{kFrame} / double{kFrames}), y, kHeight));
+        ExpectRow(bands.View(), y,
+                  Gradient(static_cast<float>(double{kFrame} / double{kFrames}), y, kHeight));
 }
 
 // Of an odd number of rows each field has half, and the last row is as the buffer was.

@@ -109,6 +109,7 @@ TEST(TagsFor, FollowTheRasterAndKeepTheMatrixOfYCbCr) {
                         {480, {30000, 1001}, kRK_4444, {6, 6, 6}},
                         {300, {25, 2}, kRK_4444, {5, 5, 6}},
                         {300, {24000, 1001}, kRK_4444, {6, 6, 6}},
+                        {300, {75, 1}, kRK_4444, {6, 6, 6}},
                         {1080, {25, 1}, kRK_4444 | kRK_YCbCr, {6, 1, 1}},
                         {576, {25, 1}, kRK_4444 | kRK_YCbCr | kRK_709, {1, 5, 6}}};
     for (const Row& row : rows) {

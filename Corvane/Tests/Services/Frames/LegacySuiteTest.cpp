@@ -34,12 +34,14 @@ TEST(LegacySuite, RatesComeOutExactAndGoBack) {
         EXPECT_EQ(RateOf(ticks), rate);
         EXPECT_EQ(TicksOf(rate), ticks);
     }
+    EXPECT_EQ(TicksOf({13, 1}), 19539692308) << "and 9 thirteenths less";
     EXPECT_EQ(TicksOf({1, 4294967295u}), std::numeric_limits<std::int64_t>::max());
 }
 
 // The nearest fraction with 32-bit terms: its error is below one part in 2^32 of a step of either term.
 TEST(LegacySuite, RatesOutsideTheTermsAreTheNearestThatFit) {
     EXPECT_EQ(RateOf(1), Terms(4294967295u, 1));
+    EXPECT_EQ(RateOf(10160639999), Terms(25, 1)) << "nearer than 4294967276/171798691";
     for (const std::int64_t ticks : {60LL, 8475667201LL, 10160639999LL, 254016000001LL, 508032000002LL,
                                      123456789012347LL, 9223372036854775807LL}) {
         const auto [scale, sampleSize] = RateOf(ticks);

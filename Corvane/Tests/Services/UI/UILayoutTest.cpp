@@ -61,9 +61,9 @@ TEST(UILayout, SlipsAreNamedWithTheirLine) {
 }
 
 TEST(UILayout, OnlyOneWholeDialogIsTaken) {
-    const auto deep = [](const std::string& tag) {
+    const auto deep = [](const std::string& tag, int levels = 100000) {
         std::string text;
-        for (int i = 0; i < 100000; ++i) text += tag;
+        for (int i = 0; i < levels; ++i) text += tag;
         return text;
     };
     const std::string good = Around("");
@@ -79,6 +79,8 @@ TEST(UILayout, OnlyOneWholeDialogIsTaken) {
          "expected a button's id in \"cancel\", found \"no\""},
         {Around(deep("<row>")), "expected"},
         {Around(deep("<row>") + deep("</row>")), "expected at most 16 levels"},
+        {Around(deep("<row>", 16) + deep("</row>", 16)), "expected at most 16 levels"},
+        {Around(deep("<row>", 15) + deep("</row>", 15)), "none"},
     };
     for (const auto& [script, problem] : kRows)
         EXPECT_NE(Problem(script).find(problem), std::string::npos) << problem;

@@ -115,11 +115,12 @@ TEST_F(UIModelTest, OnlyPeopleRaiseMessages) {
     EXPECT_TRUE(model.Enter(size, 0.1 + 0.2)) << "held to the minimum, so it changes";
     EXPECT_TRUE(model.Enter(size, 1)); // says nothing: it is 1 already
     EXPECT_TRUE(model.Enter(size, 11));
+    EXPECT_TRUE(model.Enter(size, 12)) << "held at 10 again, which its widget is to show";
     EXPECT_FALSE(model.Enter(size, std::numeric_limits<double>::quiet_NaN()));
     for (const auto& [item, chosen] : {std::pair(0, true), {0, true}, {2, false}, {-1, false}})
         EXPECT_EQ(model.Choose(list, item), chosen) << item;
     for (int i = 0; i < 2; ++i) EXPECT_TRUE(model.Check(box, false));
-    EXPECT_EQ(dialog.mNoted, Parts("size; size; list; box"));
+    EXPECT_EQ(dialog.mNoted, Parts("size; size; size; list; box"));
     EXPECT_EQ(size.GetValue(), 10);
 
     size.SetDisabled(true);
