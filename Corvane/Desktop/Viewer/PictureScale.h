@@ -9,7 +9,8 @@ namespace corvane::desktop {
 /// How the lines (or columns) of a frame fall on a stretch of a picture's device pixels.
 ///
 /// Each device pixel is the average of the area that it covers: a picture that is made smaller loses no thin
-/// line, and one that is made larger keeps the edges of its pixels sharp. Any thread, once made.
+/// line, and one that is made larger keeps the edges of its pixels sharp. zimg's resize has no such filter,
+/// and it looks at every pixel: whole frames took it 3 to 90 times as long. Any thread, once made.
 class ScaleAxis {
   public:
     /// Weights of a device pixel are whole and have the sum `kWhole`, so that a flat area keeps its value
