@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <iterator>
+#include <string>
 #include <utility>
 
 #include <QDialogButtonBox>
@@ -10,6 +11,7 @@
 #include <QLabel>
 #include <QVBoxLayout>
 
+#include "Engine/ClipText.h"
 #include "Services/Frames/FrameBuffers.h"
 
 namespace corvane::desktop {
@@ -36,11 +38,8 @@ constexpr Choice kAspects[] = {
     {"DVCPRO HD (3:2)", {3, 2}},
 };
 
-constexpr Choice kRates[] = {
-    {"23.976 fps (24000/1001)", {24000, 1001}}, {"24 fps", {24, 1}}, {"25 fps", {25, 1}},
-    {"29.97 fps (30000/1001)", {30000, 1001}},  {"30 fps", {30, 1}}, {"50 fps", {50, 1}},
-    {"59.94 fps (60000/1001)", {60000, 1001}},  {"60 fps", {60, 1}},
-};
+constexpr Rate kRates[] = {{24000, 1001}, {24, 1}, {25, 1},       {30000, 1001},
+                           {30, 1},       {50, 1}, {60000, 1001}, {60, 1}};
 
 struct Preset {
     const char* label;
@@ -68,20 +67,30 @@ QVariant Data(Terms terms) {
     return QVariant::fromValue(terms);
 }
 
-template <std::size_t kCount>
-QComboBox* MakeBox(const Choice (&choices)[kCount], const char* name, QWidget* parent) {
+QComboBox* MakeBox(const char* name, QWidget* parent) {
     auto* const box = new QComboBox(parent);
     box->setObjectName(QString::fromLatin1(name));
-    for (const Choice& choice : choices) box->addItem(QString::fromLatin1(choice.label), Data(choice.terms));
     return box;
 }
 
-/// Chooses a ratio; one that is no choice becomes one.
-void Choose(QComboBox& box, Terms terms) {
+QComboBox* MakeAspects(QWidget* parent) {
+    QComboBox* const box = MakeBox("aspect", parent);
+    for (const Choice& aspect : kAspects) box->addItem(QString::fromLatin1(aspect.label), Data(aspect.terms));
+    return box;
+}
+
+QComboBox* MakeRates(QWidget* parent) {
+    QComboBox* const box = MakeBox("rate", parent);
+    for (const Rate& rate : kRates)
+        box->addItem(QString::fromStdString(RateText(rate)), Data({rate.scale, rate.sampleSize}));
+    return box;
+}
+
+/// Chooses a ratio; one that is no choice becomes one, with that label.
+void Choose(QComboBox& box, Terms terms, const std::string& label) {
     int index = 0;
     while (index < box.count() && box.itemData(index).value<Terms>() != terms) ++index;
-    if (index == box.count())
-        box.addItem(QStringLiteral("%1:%2").arg(terms.first).arg(terms.second), Data(terms));
+    if (index == box.count()) box.addItem(QString::fromStdString(label), Data(terms));
     box.setCurrentIndex(index);
 }
 
@@ -98,8 +107,7 @@ QSpinBox* MakeSize(const char* name, QWidget* parent) {
 
 SequenceDialog::SequenceDialog(const ClipFormat& sequence, QWidget* parent)
     : QDialog(parent), mPreset(new QComboBox(this)), mWidth(MakeSize("width", this)),
-      mHeight(MakeSize("height", this)), mAspect(MakeBox(kAspects, "aspect", this)),
-      mRate(MakeBox(kRates, "rate", this)) {
+      mHeight(MakeSize("height", this)), mAspect(MakeAspects(this)), mRate(MakeRates(this)) {
     setWindowTitle(tr("Sequence Settings"));
     mPreset->setObjectName(QStringLiteral("preset"));
     mPreset->addItem(tr("Custom"));
@@ -146,8 +154,8 @@ ClipFormat SequenceDialog::GetSequence() const {
 void SequenceDialog::Show(const ClipFormat& sequence) {
     mWidth->setValue(static_cast<int>(sequence.size.width));
     mHeight->setValue(static_cast<int>(sequence.size.height));
-    Choose(*mAspect, {sequence.aspect.numerator, sequence.aspect.denominator});
-    Choose(*mRate, {sequence.rate.scale, sequence.rate.sampleSize});
+    Choose(*mAspect, {sequence.aspect.numerator, sequence.aspect.denominator}, AspectText(sequence.aspect));
+    Choose(*mRate, {sequence.rate.scale, sequence.rate.sampleSize}, RateText(sequence.rate));
     ShowPreset();
 }
 
