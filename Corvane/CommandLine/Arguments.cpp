@@ -52,11 +52,11 @@ constexpr char kInfoExamples[] =
 
 --json prints one object a line, one a clip, with these keys: path, width,
 height, parNumerator, parDenominator, fieldType (0 progressive, 1 upper field
-first, 2 lower field first), depth (bits a pixel), scale, sampleSize (the rate
-is scale / sampleSize frames a second), duration (frames times sampleSize,
-lowest 32 bits), frames, pixelFormat (a name of 'synthex formats', or the code
-as "0x........" if it is unknown), deliveredFormat (the format in which
-frames arrive; null if none can be made).
+first, 2 lower field first, any other interlaced), depth (bits a pixel), scale,
+sampleSize (the rate is scale / sampleSize frames a second), duration (frames
+times sampleSize, lowest 32 bits), frames, pixelFormat (a name of 'synthex
+formats', or the code as "0x........" if it is unknown), deliveredFormat (the
+format in which frames arrive; null if none can be made).
 
 All clips are tried. Exit status: 0 all were read, 1 some were not.)";
 

@@ -9,6 +9,7 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Engine/Clip.h"
+#include "Engine/ClipText.h"
 #include "Export/Export.h"
 #include "Export/ExportText.h"
 #include "ProgressBar.h"

@@ -18,9 +18,9 @@ inline constexpr int kH273_709 = 1;
 inline constexpr int kH273_625 = 5;
 inline constexpr int kH273_525 = 6;
 
-/// What every target needs to know of the frames that will come: their format as files can say it. The ratios
-/// are in lowest terms of 31 bits, none of which is 0. No file says "interlaced, in an unknown order", so
-/// that such a clip is tagged as upper field first.
+/// What every target needs to know of the frames that will come: their format as files can tell it. The rate
+/// and the pixel aspect are in lowest terms of 31 bits. Neither Y4M nor libav has a tag for interlaced frames
+/// in an unknown order: they are tagged as upper field first.
 struct StreamFacts : ClipFormat {
     ColorTags tags;
     std::int64_t frames = 0; ///< how many will come
