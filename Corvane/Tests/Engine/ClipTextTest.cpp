@@ -21,11 +21,11 @@ TEST(ClipText, SaysExactlyWhatAClipIs) {
     EXPECT_EQ(FormatText({{1920, 1080}, {7, 7}, {24, 1}, FieldOrder::kProgressive, 0}),
               "1920 x 1080, 24 fps");
     // An order that the contract does not name. The terms of the aspect have a common factor.
-    const auto bundle = std::make_shared<Bundle>(testing::BundlePath());
+    const auto bundle = std::make_shared<Bundle>(corvane::testing::BundlePath());
     const auto clip = Clip::OpenPrefs(
         bundle, "clip",
-        testing::SettingsText(R"(,"mFieldType":3,"mFramePAR":{"numerator":24,"denominator":22})"
-                              R"(,"mVideoDuration":{"ticks":8467200001})"));
+        corvane::testing::SettingsText(R"(,"mFieldType":3,"mFramePAR":{"numerator":24,"denominator":22})"
+                                       R"(,"mVideoDuration":{"ticks":8467200001})"));
     EXPECT_EQ(FormatText(clip->Info().format), "64 x 48 (12:11), interlaced (order unknown), 30 fps");
     EXPECT_EQ(DurationText(clip->Info()), "00:00:00.033 (1 frame)");
 }
