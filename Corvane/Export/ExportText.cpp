@@ -4,10 +4,6 @@
 
 namespace corvane {
 
-std::string FramesText(std::int64_t frames) {
-    return fmt::format("{} frame{}", frames, frames == 1 ? "" : "s");
-}
-
 std::string BytesText(std::uint64_t bytes) {
     if (bytes < 1000) return fmt::format("{} bytes", bytes);
     const double thousands = static_cast<double>(bytes) / 1000;

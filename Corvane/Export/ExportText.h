@@ -7,9 +7,6 @@ namespace corvane {
 
 // Texts for people, without a locale. Any thread; they fail only for want of memory.
 
-/// "1 frame", "5 frames".
-std::string FramesText(std::int64_t frames);
-
 /// An amount of data, as in "12.3 MB".
 std::string BytesText(std::uint64_t bytes);
 

@@ -15,7 +15,7 @@
 #include <QVBoxLayout>
 
 #include "DestinationEdit.h"
-#include "Export/ExportText.h"
+#include "Engine/ClipText.h"
 
 namespace corvane::desktop {
 

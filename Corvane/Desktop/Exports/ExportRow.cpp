@@ -16,6 +16,7 @@
 #include <QUrl>
 
 #include "Desktop/Toolkit/ElidedLabel.h"
+#include "Engine/ClipText.h"
 #include "Export/ExportText.h"
 
 namespace corvane::desktop {
