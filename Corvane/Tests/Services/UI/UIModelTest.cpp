@@ -223,7 +223,7 @@ TEST_F(UIModelTest, ScriptsTakeItemsByTextBeforeIndex) {
 
 TEST_F(UIModelTest, WrongAnswersAreRefusedAtOnce) {
     for (const char* const text : {"", "save", "save=", "again=maybe", "color=1,2,3", "color=1,2,3,4,5",
-                                   "color=1,2,3,", "color=cancel"})
+                                   "color=1,2,3,", "colors=cancel"})
         EXPECT_THROW(ScriptedAnswer::Parse(text), ScriptError) << text;
     for (const char* const text : {"", "=1"}) EXPECT_THROW(ScriptedAction::Parse(text), ScriptError) << text;
 }
