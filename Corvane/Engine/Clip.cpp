@@ -14,6 +14,7 @@
 #include "Mosk.h"
 #include "Records.h"
 #include "Services/Frames/FrameBuffers.h"
+#include "Services/Raster/PixelFormats.h"
 #include "SettingsText.h"
 
 namespace corvane {
@@ -148,7 +149,7 @@ void Clip::AskForInfo() {
     mInfo.duration = info.mDuration;
     ReadTiming();
     if (const auto delivered = DeliveredFormat(mBundle, mInfo.pixelFormat))
-        mInfo.format.raster = BEPixelFormatToRKPixelFormat(SDKToBEPixelFormat(*delivered));
+        mInfo.format.raster = RasterFormatOf(*delivered);
 }
 
 void Clip::ReadTiming() {
@@ -164,8 +165,7 @@ std::string Clip::WhyNotRenderable() const {
     if (mInfo.ticksPerFrame <= 0) return "the clip has no frame rate (its frame duration is not above 0)";
     if (mInfo.durationTicks <= 0) return "the clip has no duration (it is not above 0)";
     if (mInfo.frames == 0) return "the clip is shorter than one frame";
-    if (mInfo.format.raster == 0)
-        return fmt::format("the host has no pixel format 0x{:08x}", mInfo.pixelFormat);
+    if (mInfo.format.raster == 0) return "the host has no pixel format " + PixelFormatHex(mInfo.pixelFormat);
     return WhyNoFrame(mInfo.format);
 }
 

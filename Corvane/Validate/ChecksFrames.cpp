@@ -52,10 +52,6 @@ std::size_t RowSize(const FrameView& view) {
     return std::size_t{view.width} * BytesPerPixel(view.format);
 }
 
-const std::byte* Row(const FrameView& view, std::uint32_t row) {
-    return view.pixels + static_cast<std::ptrdiff_t>(row) * view.rowBytes;
-}
-
 /// A row of one color (blue, green, red, alpha), made by the host.
 std::vector<std::byte> RowOf(const FrameView& view, const SettingsColor& color) {
     std::vector<std::byte> row(RowSize(view));
@@ -66,7 +62,7 @@ std::vector<std::byte> RowOf(const FrameView& view, const SettingsColor& color) 
 
 void ExpectRow(CheckRun& run, const FrameView& view, std::uint32_t row,
                const std::vector<std::byte>& wanted) {
-    if (std::memcmp(Row(view, row), wanted.data(), wanted.size()) != 0)
+    if (std::memcmp(view.At(0, row), wanted.data(), wanted.size()) != 0)
         run.Fail(fmt::format("row {} is not of the color that the settings ask for", row));
 }
 
@@ -75,7 +71,7 @@ void ExpectRow(CheckRun& run, const FrameView& view, std::uint32_t row,
 void Spoil(const Frame& frame) {
     const FrameView& view = frame.View();
     for (std::uint32_t row = 0; row < view.height; ++row)
-        std::memset(const_cast<std::byte*>(Row(view, row)), kUndefinedByte, RowSize(view));
+        std::memset(const_cast<std::byte*>(view.At(0, row)), kUndefinedByte, RowSize(view));
 }
 
 /// The frame's bytes without what lies between the rows.
@@ -83,13 +79,13 @@ std::vector<std::byte> Pixels(const Frame& frame) {
     const FrameView& view = frame.View();
     std::vector<std::byte> bytes;
     for (std::uint32_t row = 0; row < view.height; ++row)
-        bytes.insert(bytes.end(), Row(view, row), Row(view, row) + RowSize(view));
+        bytes.insert(bytes.end(), view.At(0, row), view.At(0, row) + RowSize(view));
     return bytes;
 }
 
 /// The concrete format in which a format is to be delivered.
 bool IsRightFormat(const PixelFormatRow& asked, RK_PixelFormat delivered) {
-    if (asked.raster < kRK_FirstExtended) return delivered == asked.raster;
+    if (IsConcrete(asked.raster)) return delivered == asked.raster;
     return delivered == kRK_VUYA_8u_601 || delivered == kRK_VUYA_32f_709;
 }
 
@@ -106,7 +102,7 @@ void CheckFrames(CheckRun& run) {
             if (!frame) break;
             const FrameView& view = frame.View();
             if (!IsRightFormat(format, view.format))
-                run.Fail(fmt::format("the frame arrives in format 0x{:08x}", frame.Format()));
+                run.Fail("the frame arrives in format " + PixelFormatHex(frame.Format()));
             const std::vector<std::byte> wanted = RowOf(view, settings.upper);
             for (std::uint32_t row = 0; row < view.height; ++row) ExpectRow(run, view, row, wanted);
             Spoil(frame);

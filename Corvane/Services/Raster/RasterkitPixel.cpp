@@ -78,17 +78,27 @@ Components ConvertedFloat(const Color& c, RK_PixelFormat format) {
     return {m.Luma(c) / m.unit, m.BlueDifference(c) / m.BlueUnit(), m.RedDifference(c) / m.RedUnit(), c.a};
 }
 
-Pattern Store8Bit(const Components& components, RK_PixelFormat format) {
+// The places of the components are constants here: a gradient stores a color for each row.
+template <RK_PixelFormat kOrder>
+Pattern Stored8Bit(const Components& components) {
     static_assert(std::endian::native == std::endian::little);
     std::uint32_t pixel = 0;
-    for (std::uint32_t i = 0; i < 4; ++i) pixel |= ToByte(components[i]) << (8 * ComponentOffset(format, i));
+#pragma GCC unroll 4
+    for (std::uint32_t i = 0; i < 4; ++i) pixel |= ToByte(components[i]) << (8 * ComponentOffset(kOrder, i));
     return Pattern{pixel, pixel, pixel, pixel};
 }
 
-Pattern StoreFloat(const Components& components, RK_PixelFormat format) {
+template <RK_PixelFormat kOrder>
+Pattern StoredFloat(const Components& components) {
     Pattern pixel{};
-    for (std::uint32_t i = 0; i < 4; ++i) pixel[ComponentOffset(format, i)] = ToFloatBits(components[i]);
+#pragma GCC unroll 4
+    for (std::uint32_t i = 0; i < 4; ++i) pixel[ComponentOffset(kOrder, i)] = ToFloatBits(components[i]);
     return pixel;
+}
+
+template <RK_PixelFormat kOrder>
+Pattern Stored(const Components& components, bool isFloat) {
+    return isFloat ? StoredFloat<kOrder>(components) : Stored8Bit<kOrder>(components);
 }
 
 } // namespace
@@ -102,10 +112,10 @@ Pattern ConvertColor(const float* bgra, RK_PixelFormat format) {
     if (premultiplied && !(format & kRK_Linear))
         color = {color.b * color.a, color.g * color.a, color.r * color.a, color.a};
 
-    if (!(format & kRK_Float)) return Store8Bit(Converted8Bit(color, format), format);
-    Components c = ConvertedFloat(color, format);
+    const bool isFloat = (format & kRK_Float) != 0;
+    Components c = isFloat ? ConvertedFloat(color, format) : Converted8Bit(color, format);
     if (premultiplied && (format & kRK_Linear)) c = {c[0] * c[3], c[1] * c[3], c[2] * c[3], c[3]};
-    return StoreFloat(c, format);
+    return (format & kRK_AlphaFirst) != 0 ? Stored<kRK_AlphaFirst>(c, isFloat) : Stored<0>(c, isFloat);
 }
 
 } // namespace corvane::raster

@@ -28,8 +28,9 @@ std::array<std::byte, 16> OnePixel(RK_PixelFormat format, const std::array<float
 }
 
 std::array<int, 4> Codes(RK_PixelFormat format, const std::array<float, 4>& bgra) {
+    const auto pixel = OnePixel(format, bgra);
     std::array<int, 4> codes;
-    std::ranges::transform(std::span(OnePixel(format, bgra)).first(4), codes.begin(), std::to_integer<int>);
+    for (std::size_t i = 0; i < 4; ++i) codes[i] = std::to_integer<int>(pixel[i]);
     return codes;
 }
 
