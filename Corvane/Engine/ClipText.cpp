@@ -52,13 +52,13 @@ std::string TimeText(std::int64_t frames, std::int64_t ticksPerFrame) {
                        rest * 1000 / kTicksPerSecond);
 }
 
-std::string CountText(std::int64_t frames) {
+std::string FramesText(std::int64_t frames) {
     return fmt::format("{} frame{}", frames, frames == 1 ? "" : "s");
 }
 
 std::string DurationText(const ClipInfo& info) {
     if (info.durationTicks <= 0) return "none";
-    return fmt::format("{} ({})", TimeText(1, info.durationTicks), CountText(info.frames));
+    return fmt::format("{} ({})", TimeText(1, info.durationTicks), FramesText(info.frames));
 }
 
 std::string ShapeText(const ClipFormat& format) {

@@ -27,7 +27,7 @@ std::string RateText(Rate rate);
 std::string TimeText(std::int64_t frames, std::int64_t ticksPerFrame);
 
 /// "1 frame", "250 frames".
-std::string CountText(std::int64_t frames);
+std::string FramesText(std::int64_t frames);
 
 /// "00:00:10.000 (250 frames)"; "none" if the clip's duration is not above 0.
 std::string DurationText(const ClipInfo& info);

@@ -63,8 +63,7 @@ class MemoryFile {
 /// A path that names nothing.
 inline constexpr char16_t kMissingPath[] = u"/no such folder/no such clip.synthex";
 
-/// The settings that checks ask for unless they say otherwise: no two members are alike, nor two channels of
-/// a color.
+/// The settings that checks ask for unless they say otherwise. All sides, terms and channels are different.
 inline constexpr ClipSettings kCheckSettings{
     .pixelFormat = CvPixelFormat_BGRA_4444_8u,
     .size = {46, 34},
