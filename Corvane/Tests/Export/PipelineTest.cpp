@@ -93,4 +93,12 @@ TEST(Pipeline, TheFirstExceptionOfAnyStepEndsIt) {
         }
 }
 
+TEST(Pipeline, ACancelComesBeforeTheNextFrame) {
+    RecordingTarget target;
+    target.consumeAfter = 6; // more are ready
+    std::atomic<bool> cancel{false};
+    const auto cancelAtOnce = [&](std::int64_t, std::int64_t) { cancel = true; };
+    EXPECT_EQ(corvane::RunPipeline(Render, target, 0, 99, 3, cancelAtOnce, cancel), 1);
+}
+
 } // namespace
