@@ -20,8 +20,9 @@ using ::testing::ElementsAre;
 
 ExportReport Export(const Settings& settings, const fs::path& out, const std::string& codec = "",
                     std::optional<std::pair<std::int64_t, std::int64_t>> frames = {}) {
-    return ExportClip(*MakeClip(settings), {.output = out, .format = {}, .codec = codec, .frames = frames},
-                      {}, std::atomic<bool>{false});
+    return ExportClip(*MakeClip(settings),
+                      {.output = out, .format = {}, .codec = codec, .frames = frames, .jobs = 4}, {},
+                      std::atomic<bool>{false});
 }
 
 /// The color `c` (R, G, B) as limited-range Y'CbCr, by the published matrices.
@@ -125,9 +126,14 @@ TEST(Export, LosslessTargetsKeepEveryByte) {
 
 TEST(Export, FramesChosenAndSinglePictures) {
     const TestFolder folder;
-    EXPECT_EQ(Export({}, folder / "one.png").frames, 1);
+    EXPECT_EQ(Export({}, folder / "one.PNG").frames, 1);
     EXPECT_EQ(Export({}, folder / "n%d.png", "", std::pair(3, 4)).frames, 2);
-    EXPECT_THAT(folder.Names(), ElementsAre("n3.png", "n4.png", "one.png"));
+    EXPECT_THAT(folder.Names(), ElementsAre("n3.png", "n4.png", "one.PNG"));
+    const auto replaced = [&](std::int64_t first, std::int64_t last) {
+        return FindReplaced(folder / "n%d.png", *FindExportChoice("png-pictures"), {first, last});
+    };
+    EXPECT_EQ(replaced(0, 3), folder / "n3.png");
+    EXPECT_EQ(replaced(5, 9), std::nullopt);
 }
 
 TEST(Export, WrongRequestsNameWhatWouldBeRight) {

@@ -33,8 +33,8 @@ class RecordingTarget : public corvane::Target {
     void Consume(Packet& packet) override {
         EXPECT_EQ(inside.fetch_add(1), 0) << "two consumers at once";
         const std::int64_t index = static_cast<IndexPacket&>(packet).index;
-        // Every slot is full by the time it fails: the other threads wait.
-        if (failing == "consume" && index == kBadFrame)
+        // Every slot is full by the time it fails or is cancelled: the other threads wait.
+        if ((failing == "consume" || failing == "cancel") && index == kBadFrame)
             for (int count = prepared; count < kBadFrame + slots; count = prepared) prepared.wait(count);
         FailAt(index, "consume");
         order.push_back(index);
@@ -53,7 +53,7 @@ class RecordingTarget : public corvane::Target {
 };
 
 std::int64_t Run(RecordingTarget& target, std::int64_t first, std::int64_t last, unsigned jobs,
-                 const corvane::ExportProgress& progress = {}) {
+                 const corvane::ExportProgress& progress = {}, const std::atomic<bool>& cancel = false) {
     target.slots = jobs == 1 ? 1 : static_cast<int>(2 * jobs);
     const corvane::RenderFrame render = [&](std::int64_t index) {
         target.FailAt(index, "render");
@@ -61,7 +61,7 @@ std::int64_t Run(RecordingTarget& target, std::int64_t first, std::int64_t last,
         frame.view.width = static_cast<std::uint32_t>(index);
         return frame;
     };
-    return corvane::RunPipeline(render, target, first, last, jobs, progress, std::atomic<bool>{false});
+    return corvane::RunPipeline(render, target, first, last, jobs, progress, cancel);
 }
 
 TEST(Pipeline, FramesArriveInOrderWithAnyNumberOfThreads) {
@@ -91,6 +91,14 @@ TEST(Pipeline, TheFirstExceptionOfAnyStepEndsIt) {
             }
             EXPECT_LE(target.order.size(), std::size_t{kBadFrame});
         }
+}
+
+TEST(Pipeline, ACancelComesBeforeTheNextFrame) {
+    RecordingTarget target;
+    target.failing = "cancel";
+    std::atomic<bool> cancel{false};
+    const auto cancelThere = [&](auto done, auto) { cancel = done > kBadFrame; };
+    EXPECT_EQ(Run(target, 0, 99, 3, cancelThere, cancel), kBadFrame + 1);
 }
 
 } // namespace

@@ -97,6 +97,23 @@ TEST(PictureConverter, ChromaOfAFieldIsMadeOfThatFieldAlone) {
     }
 }
 
+TEST(PictureConverter, ChromaLiesOnTheLeftAndWhatIsNoNumberHarmsNoNeighbor) {
+    const PlanarFormat format = Format(true, 8, 1, 1);
+    std::vector<std::byte> chroma[2];
+    for (const bool number : {false, true}) {
+        TestFrame frame(96, 4, kRK_4444 | kRK_Float);
+        for (std::uint32_t i = 0; i < 96 * 4; ++i)
+            frame.SetFloats(i % 96, i / 96,
+                            {i % 96 > 40 ? 1.0f : 0.0f, 0.0f, i % 96 > 40 ? 0.0f : 1.0f, 1.0f});
+        frame.SetFloats(70, 1, {number ? 0.0f : std::nanf(""), 0.0f, 0.0f, 1.0f});
+        Planes planes(format, 96, 4);
+        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture);
+        EXPECT_GT(planes.At(2, 20, 0), 190) << "three quarters of red up to column 40, one of blue";
+        chroma[number] = planes.bytes[1];
+    }
+    EXPECT_TRUE(chroma[0] == chroma[1]);
+}
+
 TEST(TagsFor, FollowTheRasterAndKeepTheMatrixOfYCbCr) {
     struct Row {
         std::uint32_t height;

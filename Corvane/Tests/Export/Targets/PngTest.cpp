@@ -119,6 +119,7 @@ TEST(PngImage, FormatsThatNeedConversion) {
         {kRK_4444 | kRK_Float | kRK_YCbCr, {0.25f, -0.084368f, 0.1495f, 1.0f}, {32768, 0, 0, 65535}},
         {kRK_4444 | kRK_Premultiplied, {10, 20, 64, 128}, {128, 40, 20, 128}},
         {kRK_4444 | kRK_Premultiplied, {10, 20, 30, 0}, {0, 0, 0, 0}},
+        {kRK_4444 | kRK_YCbCr | kRK_Premultiplied, {184, 109, 49, 128}, {255, 0, 0, 128}},
         {kRK_4444 | kRK_YCbCr, {240, 90, 81, 255}, {254, 0, 0, 255}},
         {kRK_4444 | kRK_YCbCr | kRK_709, {240, 102, 63, 255}, {255, 0, 0, 255}},
     };
