@@ -22,16 +22,23 @@ void EnlargePipe(int fd) {
 
 } // namespace
 
+template <class Step>
+void OutputFile::Guarded(const Step& step) const {
+    try {
+        step();
+    } catch (const FileError& error) {
+        Fail(error);
+    }
+}
+
 OutputFile::OutputFile(const std::filesystem::path& path) : mPath(path), mName(path.string()) {
     if (path == "-") mName = "standard output";
     struct stat status {};
     const bool exists = path == "-" || stat(path.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) return OpenAsIs();
-    try {
-        mFile.emplace(path);
-    } catch (const FileError& error) {
-        Fail(error);
-    }
+    if (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
+        OpenAsIs();
+    else
+        Guarded([&] { mFile.emplace(path); });
 }
 
 void OutputFile::OpenAsIs() {
@@ -51,15 +58,10 @@ void OutputFile::WriteAt(std::span<const std::byte> bytes, std::uint64_t offset)
 }
 
 void OutputFile::Close() {
-    if (!IsRegular()) {
-        if (!mAsIs.Close()) Fail(errno);
-        return;
-    }
-    try {
-        mFile->Close();
-    } catch (const FileError& error) {
-        Fail(error);
-    }
+    if (IsRegular())
+        Guarded([this] { mFile->Close(); });
+    else if (!mAsIs.Close())
+        Fail(errno);
 }
 
 void OutputFile::Commit() {

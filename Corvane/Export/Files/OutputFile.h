@@ -55,6 +55,8 @@ class OutputFile {
   private:
     const FileDescriptor& Descriptor() const { return IsRegular() ? mFile->Descriptor() : mAsIs; }
     void OpenAsIs();
+    template <class Step>
+    void Guarded(const Step& step) const;
     [[noreturn]] void Fail(const FileError& error) const;
 
     std::filesystem::path mPath;

@@ -137,7 +137,7 @@ TEST_F(EditTest, SaysWhyAClipCanNotBeEdited) {
     expectRefused(broken, "JSON not well-formed", {});
     if (RunsUnprivileged()) expectRefused(clip, "not allowed to write", {.unprivileged = true});
     fs::permissions(clip, fs::perms(0644));
-    expectRefused(clip, "no room", {.fileSize = 100});
+    expectRefused(clip, "size limit", {.fileSize = 100});
     EXPECT_EQ(ReadFile(clip) + ReadFile(broken), SettingsText() + "{");
     EXPECT_THAT(folder.Names(), ElementsAre("broken.synthex", "clip.synthex"));
 }
