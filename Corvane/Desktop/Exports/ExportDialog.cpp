@@ -230,7 +230,7 @@ void ExportDialog::ShowFrames() {
     mLast->setEnabled(!mWhole->isChecked());
     const auto [first, last] = Frames();
     const std::int64_t count = last - first + 1;
-    mCount->setText(QString::fromStdString(CountText(count)));
+    mCount->setText(QString::fromStdString(FramesText(count)));
 }
 
 std::pair<std::int64_t, std::int64_t> ExportDialog::Frames() const {

@@ -26,7 +26,7 @@ namespace {
 constexpr int kBarSteps = 1000;
 
 QString FrameCount(std::int64_t frames) {
-    return QString::fromStdString(CountText(frames));
+    return QString::fromStdString(FramesText(frames));
 }
 
 QString RunningText(const ExportStatus& status) {

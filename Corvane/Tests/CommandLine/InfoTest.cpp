@@ -72,8 +72,7 @@ TEST(Info, SaysWhatTheSamplesAreAndEachRenders) {
 }
 
 TEST(Info, TellsPeopleTheSame) {
-    EXPECT_EQ(RunSynthex({"info", Sample("wrapped-document"), Sample("ten-bit-1080i")}).out,
-              Sample("wrapped-document") + R"(
+    EXPECT_EQ(RunSynthex({"info", Sample("wrapped-document")}).out, Sample("wrapped-document") + R"(
   Size           720 x 480
   Pixel aspect   10:11, shown at 655 x 480
   Field order    lower field first
@@ -81,16 +80,6 @@ TEST(Info, TellsPeopleTheSame) {
   Duration       00:00:10.010 (300 frames)
   Pixel format   CvPixelFormat_BGRA_4444_8u (bgra, 0x61726762)
   Delivered as   CvPixelFormat_BGRA_4444_8u (bgra, 0x61726762)
-
-)" + Sample("ten-bit-1080i") +
-                  R"(
-  Size           1920 x 1080
-  Pixel aspect   1:1 (square)
-  Field order    upper field first
-  Rate           29.97 fps (30000/1001)
-  Duration       00:00:05.005 (150 frames)
-  Pixel format   CvPixelFormat_V210_422_10u_709 (v211, 0x31313276)
-  Delivered as   CvPixelFormat_VUYA_4444_32f_709 (vUYa, 0x61595576)
 )");
 }
 
