@@ -10,7 +10,9 @@
 
 #include <fmt/format.h>
 
+#include "Engine/Clip.h"
 #include "Services/Foundation/AlertSink.h"
+#include "Services/Frames/FrameBuffers.h"
 
 namespace {
 
@@ -137,6 +139,26 @@ TEST_F(FailureTest, EveryFailedAllocationIsAnswered) {
         EXPECT_TRUE(result == 0 || result == -1 || result == 3 || result == 99) << result;
     }
     EXPECT_GT(failures, 20);
+}
+
+// A frame that could not be finished, as for a digit there was no memory, is given back.
+TEST_F(FailureTest, EveryFailedAllocationGivesItsFrameBack) {
+    const auto clip = corvane::Clip::OpenPrefs(std::make_shared<corvane::Bundle>(mBundle.Path()), "clip",
+                                               kDistinctSettings);
+    const auto live = corvane::GetFrameStatistics().liveFrames;
+    int failures = 0;
+    for (bool done = false; !done; ++failures) {
+        try {
+            tAllocationsLeft = failures;
+            const corvane::Frame frame = clip->GetFrame(0);
+            tAllocationsLeft = -1;
+            done = true;
+        } catch (const std::exception&) {
+            tAllocationsLeft = -1;
+        }
+    }
+    EXPECT_GT(failures, 3);
+    EXPECT_EQ(corvane::GetFrameStatistics().liveFrames, live);
 }
 
 // The same for the dialog: it is never left half open, and the clip keeps its settings.
