@@ -52,8 +52,8 @@ class RecordingTarget : public corvane::Target {
     std::vector<std::int64_t> order;
 };
 
-std::int64_t Run(RecordingTarget& target, std::int64_t first, std::int64_t last, unsigned jobs,
-                 const corvane::ExportProgress& progress = {}, const std::atomic<bool>& cancel = false) {
+std::int64_t Send(RecordingTarget& target, std::int64_t first, std::int64_t last, unsigned jobs,
+                  const corvane::ExportProgress& progress = {}, const std::atomic<bool>& cancel = false) {
     target.slots = jobs == 1 ? 1 : static_cast<int>(2 * jobs);
     const corvane::RenderFrame render = [&](std::int64_t index) {
         target.FailAt(index, "render");
@@ -70,7 +70,7 @@ TEST(Pipeline, FramesArriveInOrderWithAnyNumberOfThreads) {
         std::vector<std::int64_t> told, wanted, wantedTold;
         for (std::int64_t i = 0; i < 60; ++i) wanted.push_back(10 + i), wantedTold.push_back(1060 + 1000 * i);
         EXPECT_EQ(
-            Run(target, 10, 69, jobs, [&](auto done, auto total) { told.push_back(done * 1000 + total); }),
+            Send(target, 10, 69, jobs, [&](auto done, auto total) { told.push_back(done * 1000 + total); }),
             60);
         EXPECT_EQ(target.order, wanted);
         EXPECT_EQ(told, wantedTold);
@@ -84,7 +84,7 @@ TEST(Pipeline, TheFirstExceptionOfAnyStepEndsIt) {
             RecordingTarget target;
             target.failing = step;
             try {
-                Run(target, 0, 99, jobs);
+                Send(target, 0, 99, jobs);
                 ADD_FAILURE() << step << " did not throw";
             } catch (const corvane::Failure& failure) {
                 EXPECT_STREQ(failure.what(), step);
@@ -98,7 +98,7 @@ TEST(Pipeline, ACancelComesBeforeTheNextFrame) {
     target.failing = "cancel";
     std::atomic<bool> cancel{false};
     const auto cancelThere = [&](auto done, auto) { cancel = done > kBadFrame; };
-    EXPECT_EQ(Run(target, 0, 99, 3, cancelThere, cancel), kBadFrame + 1);
+    EXPECT_EQ(Send(target, 0, 99, 3, cancelThere, cancel), kBadFrame + 1);
 }
 
 } // namespace
