@@ -26,9 +26,11 @@ OutputFile::OutputFile(const std::filesystem::path& path) : mPath(path), mName(p
     if (path == "-") mName = "standard output";
     struct stat status {};
     const bool exists = path == "-" || stat(path.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode)) return OpenAsIs();
     try {
-        mFile.emplace(path);
+        if (exists && !S_ISREG(status.st_mode) && !S_ISDIR(status.st_mode))
+            OpenAsIs();
+        else
+            mFile.emplace(path);
     } catch (const FileError& error) {
         Fail(error);
     }
