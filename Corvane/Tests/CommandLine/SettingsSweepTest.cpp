@@ -38,12 +38,6 @@ class SettingsSweep : public ::testing::Test {
     const std::shared_ptr<Bundle> mBundle = std::make_shared<Bundle>(corvane::testing::BundlePath());
 };
 
-TEST_F(SettingsSweep, TruncatedFilesAreRefused) {
-    const std::string text = ReadFile(Sample("wrapped-document"));
-    for (std::size_t length = 0; length <= text.size(); ++length)
-        EXPECT_EQ(Opens(text.substr(0, length)), length > text.rfind('}')) << length;
-}
-
 TEST_F(SettingsSweep, FilesWithOneByteChangedNeverEndTheProcess) {
     const std::string whole =
         SettingsText(R"(,"mRenderFormat":1,"mFramePAR":{"numerator":12,"denominator":11},)"

@@ -61,9 +61,4 @@ TEST(Bundle, UnloadsCompletely) {
 #endif
 }
 
-TEST(Answer, ReasonOfAnUnknownExceptionIsTheWholeMessage) {
-    EXPECT_EQ((corvane::Answer{3, "tag Threw an unknown EXCEPTION during  selector:39\n"}.Reason()),
-              "tag Threw an unknown EXCEPTION during  selector:39");
-}
-
 } // namespace

@@ -47,13 +47,6 @@ TEST(Clip, EveryFrameIsItsOwnAndNoneLiesOutside) {
     for (const std::int64_t frame : {-1, 300}) EXPECT_THROW(clip->GetFrame(frame), corvane::Failure);
 }
 
-TEST(Clip, TheTimingOfWrappedSettingsIsFound) {
-    const auto clip =
-        Clip::OpenPrefs(std::make_shared<corvane::Bundle>(corvane::testing::BundlePath()), "clip",
-                        R"({"SerializerWrappedObject":)" + corvane::testing::SettingsText() + "}");
-    EXPECT_EQ(clip->Info().frames, 10);
-}
-
 TEST(Clip, WhatCanNotBeRenderedSaysWhy) {
     const std::pair<const char*, const char*> kRows[] = {
         {R"(,"mVideoFrameRate":{"ticksperframe":0})", "no frame rate"},

@@ -1,6 +1,5 @@
 // Faults sought: a number that a widget rounds although nobody edited it, an entry that is lost because the
-// field was not left, numbers that follow the locale.
-#include <clocale>
+// field was not left.
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -116,15 +115,6 @@ TEST(NumberField, StepsLandOnNumbersThatPeopleWouldType) {
         auto& limited = Find<NumberField>(window, "first");
         QTest::keyClick(&limited, Qt::Key_Up);
         EXPECT_EQ(dialog.Get<NumberModel>("first").GetValue(), 32768);
-    });
-}
-
-TEST(NumberField, ShowsThePointInEveryLocale) {
-    TestDialog dialog(kTwoNumbers);
-    dialog.Get<NumberModel>("second").SetValue(1234567.5);
-    dialog.Run([&](QDialog& window) {
-        EXPECT_EQ(Find<NumberField>(window, "second").text(), "1234567.5000");
-        EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");
     });
 }
 

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstring>
 #include <limits>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -166,24 +165,6 @@ TEST_F(FrameBuffersTest, IdleMemoryIsBounded) {
     EXPECT_EQ(GetFrameStatistics().idleFrames, 1u);
     PurgeIdleFrames();
     EXPECT_EQ(GetFrameStatistics().idleBytes, 0u);
-}
-
-// Catches a buffer that two threads get at once.
-TEST_F(FrameBuffersTest, ThreadedFramesAreNotShared) {
-    const auto work = [](int seed) {
-        for (int i = 0; i < 400; ++i) {
-            const CvVexelHandle frame = TryCreate(i % 3 ? kBGRA : kBGRAFloat, 16, 16);
-            std::memset(Pixels(frame), seed, 16 * 64);
-            const CvVexelHandle second = TryCreate(kBGRA, 16, 16);
-            std::memset(Pixels(second), seed + 100, 16 * 64);
-            EXPECT_EQ(Pixels(frame)[16 * 64 - 1], seed);
-            Dispose(frame);
-            EXPECT_EQ(Pixels(second)[0], seed + 100);
-            Dispose(second);
-        }
-    };
-    std::vector<std::jthread> threads;
-    for (int seed = 1; seed <= 4; ++seed) threads.emplace_back(work, seed);
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include <limits>
 #include <set>
 #include <string>
-#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -174,27 +173,6 @@ TEST(RasterPrintTest, ManySizesPrintTheSameAgain) {
     for (std::uint32_t height = 1101; height < 1125; ++height)
         EXPECT_EQ(print(height) == before, false) << height;
     EXPECT_EQ(print(1100) == before, true);
-}
-
-// Catches a race in the pictures: several threads print numbers and sizes that nobody printed before.
-TEST(RasterPrintTest, ThreadedPrintsAreTheSameBytes) {
-    const auto printAll = [] {
-        std::vector<std::byte> bytes;
-        for (std::int32_t i = 0; i < 60; ++i) {
-            GuardedFrame frame(i % 2 ? kBGRA : kBGRAFloat, 128, 128);
-            PrintAt(frame, i % 2 ? kBGRA : kBGRAFloat, 1234567 * i, static_cast<std::uint32_t>(41 + i % 7), 3,
-                    3);
-            bytes.insert(bytes.end(), frame.Bytes().begin(), frame.Bytes().end());
-        }
-        return bytes;
-    };
-    std::array<std::vector<std::byte>, 4> results;
-    {
-        std::vector<std::jthread> threads;
-        for (auto& result : results) threads.emplace_back([&] { result = printAll(); });
-    }
-    const auto expected = printAll();
-    for (const auto& result : results) EXPECT_EQ(result == expected, true);
 }
 
 } // namespace
