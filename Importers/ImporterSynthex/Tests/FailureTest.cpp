@@ -199,7 +199,7 @@ TEST_F(FailureTest, ShutdownReleasesTheModuleOnceAndInitMakesItAnew) {
 
 // Initialization succeeds even if the host does not know the bundle.
 TEST_F(FailureTest, InitAnswersAllTheSameWithoutABundle) {
-    const auto copy = CopyBundle();
+    const auto copy = CopyBundle("other.bundle");
     std::ofstream(copy / "Contents/Info.plist")
         << "<plist><dict><key>CFBundleIdentifier</key><string>org.other</string>"
            "<key>CFBundleExecutable</key><string>ImporterSynthex</string></dict></plist>";

@@ -33,10 +33,9 @@ class PluginTest : public testing::Test {
     static std::filesystem::path BundlePath() {
         return std::filesystem::path(SYNTHEX_BUILD_DIR) / "lib/ImporterSynthex.bundle";
     }
-    std::filesystem::path CopyBundle() const {
-        std::filesystem::copy(BundlePath(), mFolder / "copy.bundle",
-                              std::filesystem::copy_options::recursive);
-        return mFolder / "copy.bundle";
+    std::filesystem::path CopyBundle(const std::string& name = "copy.bundle") const {
+        std::filesystem::copy(BundlePath(), mFolder / name, std::filesystem::copy_options::recursive);
+        return mFolder / name;
     }
 
     std::u16string Write(const std::string& name, std::string_view text) const {

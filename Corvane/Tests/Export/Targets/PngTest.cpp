@@ -89,6 +89,7 @@ TEST(PngImage, EveryPixelOfEveryKindOfRowReadsBack) {
         }
     // A row of more zeros than the checksum's modulus, and one whose pixels differ two by two.
     TestFrame wide(16500, 2, kRK_4444);
+    wide.Facts().aspect = {40, 33};
     for (std::uint32_t x = 0; x < 16500; ++x) wide.Set(x, 1, x % 4 < 2 ? 0xFF102030 : 0xFF405060);
     corvane::PngImage ofWide(wide.Facts());
     ExpectReadsBack(ofWide, wide);
