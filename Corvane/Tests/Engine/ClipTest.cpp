@@ -47,6 +47,13 @@ TEST(Clip, EveryFrameIsItsOwnAndNoneLiesOutside) {
     for (const std::int64_t frame : {-1, 300}) EXPECT_THROW(clip->GetFrame(frame), corvane::Failure);
 }
 
+TEST(Clip, TheTimingOfWrappedSettingsIsFound) {
+    const auto clip =
+        Clip::OpenPrefs(std::make_shared<corvane::Bundle>(corvane::testing::BundlePath()), "clip",
+                        R"({"SerializerWrappedObject":)" + corvane::testing::SettingsText() + "}");
+    EXPECT_EQ(clip->Info().frames, 10);
+}
+
 TEST(Clip, WhatCanNotBeRenderedSaysWhy) {
     const std::pair<const char*, const char*> kRows[] = {
         {R"(,"mVideoFrameRate":{"ticksperframe":0})", "no frame rate"},
@@ -109,25 +116,6 @@ TEST(ThreadedRender, TheFirstFrameAndOtherSelectorsAreSentAlone) {
     }
     corvane::SetSuiteRefusal(nullptr);
     EXPECT_EQ(together, 0);
-}
-
-TEST(ThreadedRender, ClipsOpenAndCloseWhileOthersRender) {
-    // One bundle: it is what lets the selectors wait for each other.
-    const auto bundle = std::make_shared<corvane::Bundle>(corvane::testing::BundlePath());
-    const auto open = [&] { return Clip::OpenPrefs(bundle, "clip", corvane::testing::SettingsText("")); };
-    const auto clip = open();
-    const std::vector<std::byte> expected = PixelsOf(clip->GetFrame(7));
-    std::vector<std::jthread> threads;
-    std::atomic<int> wrong{0};
-    for (int t = 0; t < 2; ++t)
-        threads.emplace_back([&] {
-            for (int i = 0; i < 100; ++i) wrong += open()->Info().frames != 10;
-        });
-    threads.emplace_back([&] {
-        for (int i = 0; i < 100; ++i) wrong += PixelsOf(clip->GetFrame(7)) != expected;
-    });
-    threads.clear();
-    EXPECT_EQ(wrong, 0);
 }
 
 } // namespace
