@@ -25,6 +25,7 @@
 #include <fmt/format.h>
 
 #include "Engine/Clip.h"
+#include "Services/Frames/FrameBuffers.h"
 #include "Services/TestHooks.h"
 
 namespace {

@@ -1,6 +1,5 @@
 #include "ClipFormat.h"
 
-#include <algorithm>
 #include <limits>
 
 #include <fmt/format.h>
@@ -17,9 +16,8 @@ namespace {
 /// In lowest terms of 31 bits, none of which becomes 0.
 Fraction ReducedRatio(std::uint32_t numerator, std::uint32_t denominator) {
     constexpr auto kMaximum = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
-    Fraction ratio = NearestFraction({numerator, denominator}, kMaximum);
-    ratio.numerator = std::max<std::uint64_t>(ratio.numerator, 1);
-    return ratio;
+    const Fraction ratio = NearestFraction({numerator, denominator}, kMaximum);
+    return ratio.numerator == 0 ? Fraction{1, kMaximum} : ratio;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include <array>
 #include <cstring>
 #include <functional>
+#include <set>
 
 #include <QAction>
 #include <QLabel>
@@ -118,7 +119,7 @@ TEST_F(ViewerTest, KeysAndFieldsMoveThePlayheadAndNeverOutOfTheClip) {
     }
     EXPECT_TRUE(loop->isChecked());
     EXPECT_FALSE(viewer->IsPlaying());
-    EXPECT_EQ(Text("time"), QStringLiteral("0:00:03.960"));
+    EXPECT_EQ(Text("time"), QStringLiteral("00:00:03.960"));
 }
 
 TEST_F(ViewerTest, PaintsTheLinesOfTheField) {
@@ -212,13 +213,18 @@ TEST_F(ViewerTest, KeepsTimeAndCountsWhatItLeavesOut) {
     viewer->SetCurrentFrame(10);
     WaitFor(10);
     QTest::keyClick(area, Qt::Key_Space);
-    // How far the clock goes, what is due then, and how many were left out so far.
-    for (const auto& [frames, frame, dropped] : {std::array{1, 11, 0}, {2, 13, 1}, {80, 93, 80}}) {
+    // A busy machine may paint a frame on the way to the one that is due.
+    std::set<std::int64_t> painted;
+    QObject::connect(area, &PictureArea::Painted, area,
+                     [&](const auto& picture, auto) { painted.insert(picture->request.frame); });
+    for (const auto& [frames, frame] :
+         {std::pair(1, 11), {2, 13}, {80, 93}}) { // the clock's way, and what is due
         now += frames * kFrameNanoseconds;
         WaitFor(frame);
-        EXPECT_EQ(viewer->DroppedFrames(), dropped);
+        EXPECT_EQ(viewer->DroppedFrames(), frame - 10 - std::ssize(painted));
     }
-    EXPECT_EQ(Text("droppedFrames"), QStringLiteral("80 dropped"));
+    EXPECT_GT(viewer->DroppedFrames(), 40);
+    EXPECT_EQ(Text("droppedFrames"), QStringLiteral("%1 dropped").arg(viewer->DroppedFrames()));
     now += kFrameNanoseconds / 2;
     Trigger("loopAction");
     now += 15 * kFrameNanoseconds / 2; // the frame that is due has had its half
