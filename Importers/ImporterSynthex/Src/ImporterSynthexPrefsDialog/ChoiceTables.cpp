@@ -1,6 +1,7 @@
 #include "ChoiceTables.h"
 
 #include <cstddef>
+#include <utility>
 
 #include "lumcore.h"
 
@@ -108,13 +109,16 @@ constexpr Choice<PixelAspectRatio> kPixelAspects[] = {
 
 #undef NAMED
 
-/// Fills `list` with the rows, unless it was filled before.
+/// Fills `list` with the rows, unless it was filled before: with all of them, or with none if memory runs
+/// out.
 template <class Value, std::size_t kRows>
 const ChoiceList<Value>& FillOnce(ChoiceList<Value>& list, const Choice<Value> (&rows)[kRows]) {
     if (!list.empty()) return list;
-    list.reserve(kRows);
+    ChoiceList<Value> filled;
+    filled.reserve(kRows);
     for (const Choice<Value>& row : rows)
-        list.emplace_back(row.value, lumcore::utility::AsciiToUTF16(row.label));
+        filled.emplace_back(row.value, lumcore::utility::AsciiToUTF16(row.label));
+    list = std::move(filled);
     return list;
 }
 
