@@ -55,6 +55,8 @@ TEST_F(PreferencesTest, ASavedFileIsFoundAgainFromTheFirstHalfOfItsPath) {
     EXPECT_EQ(answer.file, folder / "clip-B.synthex");
     EXPECT_EQ(Ask({}, "useAsCustomImporterID=true", save + "Schön €.synthex").file,
               folder / "clip-Schön €.synthex");
+    journal.Undo();
+    EXPECT_TRUE(fs::is_empty(folder.Path()));
 }
 
 TEST_F(PreferencesTest, AnswersSayWhyThereAreNoSettings) {
@@ -66,6 +68,10 @@ TEST_F(PreferencesTest, AnswersSayWhyThereAreNoSettings) {
     const fs::path large = folder.Write("large.synthex", "{}");
     fs::resize_file(large, (16u << 20) + 1);
     EXPECT_EQ(Ask({large, "", {}}, "").outcome, PreferencesOutcome::kUnreadable);
+    fs::copy(corvane::testing::BundlePath(), folder / "mute.bundle", fs::copy_options::recursive);
+    fs::remove(folder / "mute.bundle/Contents/Resources/ImporterSynthexPrefs.loom");
+    const corvane::Bundle mute(folder / "mute.bundle"); // which is found by its identifier from here on
+    EXPECT_THAT(Ask(OfText("{}"), "").message, HasSubstr("shows no dialog"));
 }
 
 } // namespace

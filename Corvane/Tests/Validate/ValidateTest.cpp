@@ -64,7 +64,7 @@ TEST(Validate, EachFaultIsFound) {
         {"a frame is lost", "frames are still in use afterwards."},
         {"frames differ", "the second frame differs from the first."},
         {"frames differ", "row 0 is not of the color that the settings ask for."},
-        {"47 spoils byte 20 of 2", "it touched byte 20."},
+        {"47 spoils byte 20 of 2", "asking for a frame of CvPixelFormat_BGRA_4444_8u, it touched byte 20."},
         {"memory is lost", "bytes more are in use after 200 rounds.", true},
         {"opening hangs", "while opening a settings file, the time limit passed.", false, "2"},
         {"files stay open", "the number of open files is"},

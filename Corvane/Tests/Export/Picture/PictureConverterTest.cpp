@@ -144,6 +144,7 @@ TEST(FactsOf, AreWhatFilesCanSay) {
     EXPECT_EQ(facts.order, FieldOrder::kUpperFirst);
     EXPECT_EQ(facts.aspect, (corvane::PixelAspect{40, 33}));
     EXPECT_EQ(facts.rate, (corvane::Rate{2147483647, 1}));
+    EXPECT_EQ(corvane::Reduced(corvane::PixelAspect{1, 4294967295}).numerator, 1u);
 }
 
 } // namespace

@@ -87,10 +87,11 @@ TEST(PngImage, EveryPixelOfEveryKindOfRowReadsBack) {
             corvane::PngImage encoder(frame.Facts());
             for (int again = 0; again < 2; ++again) ExpectReadsBack(encoder, frame);
         }
-    // A row of more zeros than the checksum's modulus, and one whose pixels differ two by two.
-    TestFrame wide(16500, 2, kRK_4444);
+    // A row of more zeros than the checksum's modulus, and one of whole blocks whose pixels differ two by
+    // two.
+    TestFrame wide(16512, 2, kRK_4444);
     wide.Facts().aspect = {40, 33};
-    for (std::uint32_t x = 0; x < 16500; ++x) wide.Set(x, 1, x % 4 < 2 ? 0xFF102030 : 0xFF405060);
+    for (std::uint32_t x = 0; x < 16512; ++x) wide.Set(x, 1, x % 4 < 2 ? 0xFF102030 : 0xFF405060);
     corvane::PngImage ofWide(wide.Facts());
     ExpectReadsBack(ofWide, wide);
     TestFrame noise(1000, 300, kRK_4444); // does not compress
