@@ -1,6 +1,4 @@
-#include <algorithm>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include <fmt/format.h>
@@ -25,13 +23,6 @@ std::string ShownText(const ClipFormat& format) {
     return fmt::format("{}, shown at {:.0f} x {}", ratio, width, format.size.height);
 }
 
-/// The code of the format in which frames arrive; empty if none can be made.
-std::optional<CvPixelFormat> DeliveredCode(RasterFormat raster) {
-    const auto table = PixelFormatTable();
-    const auto row = std::ranges::find(table, raster, &PixelFormatRow::raster);
-    return row == table.end() ? std::nullopt : std::optional(row->code);
-}
-
 std::string PixelFormatText(CvPixelFormat format) {
     const PixelFormatRow* const row = FindPixelFormat(format);
     return fmt::format("{} ({}, {})", row == nullptr ? "unknown" : row->name, PixelFormatCharacters(format),
@@ -50,7 +41,8 @@ std::string Text(const Clip& clip) {
     add("Rate", RateText(info.format.rate));
     add("Duration", DurationText(info));
     add("Pixel format", PixelFormatText(info.pixelFormat));
-    if (const auto code = DeliveredCode(info.format.raster)) add("Delivered as", PixelFormatText(*code));
+    if (const PixelFormatRow* const delivered = FindPixelFormatOf(info.format.raster))
+        add("Delivered as", PixelFormatText(delivered->code));
     if (const std::string why = clip.WhyNotRenderable(); !why.empty()) add("Not renderable", why);
     return text;
 }
@@ -70,8 +62,8 @@ std::string JSONLine(const Clip& clip) {
     line["duration"] = info.duration;
     line["frames"] = info.frames;
     line["pixelFormat"] = PixelFormatNameOrHex(info.pixelFormat);
-    const auto code = DeliveredCode(info.format.raster);
-    line["deliveredFormat"] = code ? nlohmann::ordered_json(PixelFormatNameOrHex(*code)) : nullptr;
+    const PixelFormatRow* const delivered = FindPixelFormatOf(info.format.raster);
+    line["deliveredFormat"] = delivered == nullptr ? nullptr : nlohmann::ordered_json(delivered->name);
     // A path may hold any bytes; what is not UTF-8 is replaced.
     return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

@@ -42,21 +42,21 @@ constexpr Rate kRates[] = {{24000, 1001}, {24, 1}, {25, 1},       {30000, 1001},
                            {30, 1},       {50, 1}, {60000, 1001}, {60, 1}};
 
 struct Preset {
-    const char* label;
+    const char* name; ///< the label is this and the rate
     ClipFormat sequence;
 };
 
 constexpr Preset kPresets[] = {
-    {"HD 1080, 24 fps", {{1920, 1080}, {1, 1}, {24, 1}}},
-    {"HD 1080, 25 fps", {{1920, 1080}, {1, 1}, {25, 1}}},
-    {"HD 1080, 29.97 fps", {{1920, 1080}, {1, 1}, {30000, 1001}}},
-    {"HD 1080, 30 fps", {{1920, 1080}, {1, 1}, {30, 1}}},
-    {"HD 1080, 50 fps", {{1920, 1080}, {1, 1}, {50, 1}}},
-    {"HD 1080, 59.94 fps", {{1920, 1080}, {1, 1}, {60000, 1001}}},
-    {"HD 720, 50 fps", {{1280, 720}, {1, 1}, {50, 1}}},
-    {"HD 720, 59.94 fps", {{1280, 720}, {1, 1}, {60000, 1001}}},
-    {"UHD 2160, 25 fps", {{3840, 2160}, {1, 1}, {25, 1}}},
-    {"UHD 2160, 59.94 fps", {{3840, 2160}, {1, 1}, {60000, 1001}}},
+    {"HD 1080", {{1920, 1080}, {1, 1}, {24, 1}}},
+    {"HD 1080", {{1920, 1080}, {1, 1}, {25, 1}}},
+    {"HD 1080", {{1920, 1080}, {1, 1}, {30000, 1001}}},
+    {"HD 1080", {{1920, 1080}, {1, 1}, {30, 1}}},
+    {"HD 1080", {{1920, 1080}, {1, 1}, {50, 1}}},
+    {"HD 1080", {{1920, 1080}, {1, 1}, {60000, 1001}}},
+    {"HD 720", {{1280, 720}, {1, 1}, {50, 1}}},
+    {"HD 720", {{1280, 720}, {1, 1}, {60000, 1001}}},
+    {"UHD 2160", {{3840, 2160}, {1, 1}, {25, 1}}},
+    {"UHD 2160", {{3840, 2160}, {1, 1}, {60000, 1001}}},
     {"DV NTSC", {{720, 480}, {10, 11}, {30000, 1001}}},
     {"DV NTSC wide", {{720, 480}, {40, 33}, {30000, 1001}}},
     {"DV PAL", {{720, 576}, {12, 11}, {25, 1}}},
@@ -111,7 +111,9 @@ SequenceDialog::SequenceDialog(const ClipFormat& sequence, QWidget* parent)
     setWindowTitle(tr("Sequence Settings"));
     mPreset->setObjectName(QStringLiteral("preset"));
     mPreset->addItem(tr("Custom"));
-    for (const Preset& preset : kPresets) mPreset->addItem(QString::fromLatin1(preset.label));
+    for (const auto& [name, preset] : kPresets)
+        mPreset->addItem(QStringLiteral("%1, %2").arg(QString::fromLatin1(name),
+                                                      QString::fromStdString(RateText(preset.rate))));
     auto* const size = new QHBoxLayout;
     size->addWidget(mWidth);
     size->addWidget(new QLabel(QStringLiteral("×"), this));
@@ -122,6 +124,7 @@ SequenceDialog::SequenceDialog(const ClipFormat& sequence, QWidget* parent)
     auto* const form = new QFormLayout;
     form->addRow(tr("&Preset"), mPreset);
     form->addRow(tr("Frame &size"), size);
+    qobject_cast<QLabel*>(form->labelForField(size))->setBuddy(mWidth);
     form->addRow(tr("Pixel &aspect"), mAspect);
     form->addRow(tr("Frame &rate"), mRate);
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);

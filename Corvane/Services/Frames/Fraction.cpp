@@ -16,7 +16,7 @@ bool IsCloser(Fraction a, Fraction b, Fraction value) {
         const Wide right = Wide(value.numerator) * f.denominator;
         return left > right ? left - right : right - left;
     };
-    // |a - v| < |b - v|, multiplied by all three denominators; divided first where that could leave 128 bits.
+    // |a - v| < |b - v|, multiplied by all three denominators; divided first if that could leave 128 bits.
     const long double da = static_cast<long double>(distance(a)) / static_cast<long double>(a.denominator);
     const long double db = static_cast<long double>(distance(b)) / static_cast<long double>(b.denominator);
     return da < db;

@@ -146,8 +146,8 @@ RK_PixelFormat BEPixelFormatToRKPixelFormat(BEPixelFormat format) {
 }
 
 BEPixelFormat RKPixelFormatToBEPixelFormat(RK_PixelFormat format) {
-    const auto* row = std::ranges::find(kFormats, format, &PixelFormatRow::raster);
-    if (row == kFormats.end()) ThrowUnknown("Raster pixel format", format);
+    const PixelFormatRow* const row = corvane::FindPixelFormatOf(format);
+    if (row == nullptr) ThrowUnknown("Raster pixel format", format);
     return EngineCode(*row);
 }
 
@@ -159,6 +159,11 @@ std::span<const PixelFormatRow> PixelFormatTable() {
 
 const PixelFormatRow* FindPixelFormat(CvPixelFormat code) {
     const auto* row = std::ranges::find(kFormats, code, &PixelFormatRow::code);
+    return row == kFormats.end() ? nullptr : row;
+}
+
+const PixelFormatRow* FindPixelFormatOf(RK_PixelFormat raster) {
+    const auto* row = std::ranges::find(kFormats, raster, &PixelFormatRow::raster);
     return row == kFormats.end() ? nullptr : row;
 }
 

@@ -27,6 +27,9 @@ std::span<const PixelFormatRow> PixelFormatTable();
 /// The row of a code; null if the host has no such format.
 const PixelFormatRow* FindPixelFormat(CvPixelFormat code);
 
+/// The row of a raster code; null if no format of the host has it.
+const PixelFormatRow* FindPixelFormatOf(RK_PixelFormat raster);
+
 /// The raster code of a format. Throws `std::invalid_argument`, whose text gives the code, if the host has no
 /// such format.
 RK_PixelFormat RasterFormatOf(CvPixelFormat code);

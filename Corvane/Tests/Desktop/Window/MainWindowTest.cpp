@@ -273,7 +273,7 @@ TEST_F(WindowTest, ExportsRunBehindTheWindow) {
 TEST_F(WindowTest, NewClipsBeginWithTheSequence) {
     WhenShown([](QDialog& dialog) {
         auto& preset = Find<QComboBox>(dialog, "preset");
-        preset.setCurrentText(QStringLiteral("DV PAL"));
+        preset.setCurrentText(QStringLiteral("DV PAL, 25 fps"));
         Q_EMIT preset.activated(preset.currentIndex());
         EXPECT_EQ(Find<QSpinBox>(dialog, "width").value(), 720);
         Find<QSpinBox>(dialog, "height").setValue(570);
