@@ -123,7 +123,7 @@ void Clip::AskForSettings() {
     prefs.mPrefs = buffer.data();
     prefs.mFirstTime = 1;
     const Answer answer = mBundle->Call(kSelector_GetPrefs, &access, &prefs);
-    mPrefs = buffer.c_str();
+    mPrefs.assign(buffer.data());
     if (answer.result != kResult_Success) Fail("the file changed while it was being opened; try again");
 }
 

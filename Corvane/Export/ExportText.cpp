@@ -1,5 +1,8 @@
 #include "ExportText.h"
 
+#include <cmath>
+#include <cstdint>
+
 #include <fmt/format.h>
 
 namespace corvane {
@@ -13,7 +16,7 @@ std::string BytesText(std::uint64_t bytes) {
 }
 
 std::string WaitText(double seconds) {
-    const auto whole = static_cast<std::int64_t>(seconds + 0.5);
+    const auto whole = std::llround(seconds);
     if (whole < 60) return fmt::format("{} s", whole);
     if (whole < 3600) return fmt::format("{} min {:02} s", whole / 60, whole % 60);
     return fmt::format("{} h {:02} min", whole / 3600, whole / 60 % 60);

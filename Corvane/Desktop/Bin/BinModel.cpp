@@ -101,8 +101,10 @@ QIcon BinModel::PictureOf(const LoadedClip& loaded) const {
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     if (!loaded.thumbnail.isNull()) {
+        // Whole pixels, so that the thumbnail's fall on the picture's.
         const QSize free = picture.size() - loaded.thumbnail.size();
-        painter.drawImage(QPointF(free.width() / 2, free.height() / 2) / mRatio, [&] {
+        const QPoint corner(free.width() / 2, free.height() / 2);
+        painter.drawImage(QPointF(corner) / mRatio, [&] {
             QImage image = loaded.thumbnail;
             image.setDevicePixelRatio(mRatio);
             return image;

@@ -159,6 +159,7 @@ xImportEntry(std::int32_t selector, imStdParms* stdParms, void* param1, void* pa
     return result;
 }
 
+// One case a selector. NOLINTNEXTLINE(readability-function-size)
 template <class Importer>
 int CvImportModule<Importer>::ImportEntry(const Mosk::ResourceCollection& module, int selector,
                                           imStdParms* stdParms, void* param1, void* param2) {

@@ -99,22 +99,24 @@ void FillGradient(const PixelBuffer& buffer, const SynthexInfo& info, std::int32
     }
 }
 
+// Fetched with the process's first frame and kept; the third is fetched and not used.
+const CvVexelCreator2Suite3* gVexelCreator2Suite = nullptr;
+const CvVexelSuite1* gVexelSuite = nullptr;
+const void* gPixelFormatSuite = nullptr;
+
+void AcquireSuites(const imStdParms* stdParms) {
+    if (gVexelCreator2Suite != nullptr) return;
+    const auto* const creator =
+        AcquireSuite<CvVexelCreator2Suite3>(stdParms, kCvVexelCreator2Suite, kCvVexelCreator2SuiteVersion);
+    gVexelSuite = AcquireSuite<CvVexelSuite1>(stdParms, kCvVexelSuite, kCvVexelSuiteVersion);
+    stdParms->mBasicSuite->AcquireSuite(kCvPixelFormatSuite, kCvPixelFormatSuiteVersion, &gPixelFormatSuite);
+    gVexelCreator2Suite = creator; // last: it says that all are there
+}
+
 } // namespace
 
 std::int32_t ImporterSynthex::OnGetSourceVideo(void*, imSourceVideoRec* record) const {
-    // Fetched with the process's first frame and kept; the third is fetched and not used.
-    static const CvVexelCreator2Suite3* sVexelCreator2Suite = nullptr;
-    static const CvVexelSuite1* sVexelSuite = nullptr;
-    static const void* sPixelFormatSuite = nullptr;
-    if (sVexelCreator2Suite == nullptr) {
-        const auto* const creator = AcquireSuite<CvVexelCreator2Suite3>(mStdParms, kCvVexelCreator2Suite,
-                                                                        kCvVexelCreator2SuiteVersion);
-        sVexelSuite = AcquireSuite<CvVexelSuite1>(mStdParms, kCvVexelSuite, kCvVexelSuiteVersion);
-        mStdParms->mBasicSuite->AcquireSuite(kCvPixelFormatSuite, kCvPixelFormatSuiteVersion,
-                                             &sPixelFormatSuite);
-        sVexelCreator2Suite = creator; // last: it says that all are there
-    }
-
+    AcquireSuites(mStdParms);
     const SynthexInfo& info = mSynthexInfo;
     PixelBuffer buffer;
     buffer.width = info.mFrameWidth;
@@ -122,13 +124,13 @@ std::int32_t ImporterSynthex::OnGetSourceVideo(void*, imSourceVideoRec* record) 
     buffer.format = FillFormat(info.mPixelFormat);
 
     CvVexelHandle* const handle = record->mFrame;
-    sVexelCreator2Suite->Create(
+    gVexelCreator2Suite->Create(
         handle, kCvVexelAccess_ReadWrite, BEToSDKPixelFormat(RKPixelFormatToBEPixelFormat(buffer.format)),
         buffer.width, buffer.height, 0, 0, info.mFramePAR.GetNumerator(), info.mFramePAR.GetDenominator());
     CvRect bounds{};
-    if (sVexelSuite->GetBounds(*handle, &bounds) < 0 ||
-        sVexelSuite->GetRowBytes(*handle, &buffer.rowBytes) < 0 ||
-        sVexelSuite->GetPixels(*handle, kCvVexelAccess_ReadWrite, &buffer.base) < 0)
+    if (gVexelSuite->GetBounds(*handle, &bounds) < 0 ||
+        gVexelSuite->GetRowBytes(*handle, &buffer.rowBytes) < 0 ||
+        gVexelSuite->GetPixels(*handle, kCvVexelAccess_ReadWrite, &buffer.base) < 0)
         return kResult_NoInstance;
 
     const std::int32_t frame = lummediatypes::TickTime(record->mFrameTime).ToFrame32(info.mVideoFrameRate);

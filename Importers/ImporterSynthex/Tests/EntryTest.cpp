@@ -8,6 +8,7 @@
 namespace {
 
 using corvane::HostRecord;
+using namespace std::string_view_literals;
 
 class EntryTest : public PluginTest {};
 
@@ -46,7 +47,7 @@ TEST_F(EntryTest, OneFormatIsRegistered) {
         EXPECT_EQ(Bytes(record), ExpectedBytes(764));
     }
     EXPECT_EQ(mBundle.Call(kSelector_GetIndFormat, nullptr, &record).result, 0);
-    const std::string_view name("Synthex", 8), extension("synthex", 8);
+    const std::string_view name = "Synthex\0"sv, extension = "synthex\0"sv;
     EXPECT_EQ(Bytes(record), ExpectedBytes(764)
                                  .PutText(0, "XNYS")
                                  .Put<std::uint32_t>(4, 0xE008)

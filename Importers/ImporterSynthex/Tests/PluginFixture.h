@@ -49,7 +49,7 @@ class PluginTest : public testing::Test {
         auto record = corvane::HostRecord<imFileOpenRec8>();
         record.mFilePath = path.c_str();
         record.mPrivateData = instance;
-        const corvane::Answer answer = mBundle.Call(kSelector_OpenFile8, nullptr, &record);
+        corvane::Answer answer = mBundle.Call(kSelector_OpenFile8, nullptr, &record);
         instance = record.mPrivateData;
         return answer;
     }
@@ -76,7 +76,7 @@ class PluginTest : public testing::Test {
         record.mFrameTime = ticks;
         record.mFrame = &handle;
         const auto before = Bytes(record);
-        const corvane::Answer answer = mBundle.CallForFrame(record);
+        corvane::Answer answer = mBundle.CallForFrame(record);
         EXPECT_EQ(Bytes(record), before) << "only the handle's place is written";
         EXPECT_EQ(Close(mInstance), 0);
         return answer;

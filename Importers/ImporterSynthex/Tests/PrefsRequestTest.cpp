@@ -123,6 +123,7 @@ TEST(DataExchange, EveryWayOfHoldingItGivesItsOneCountBack) {
         EXPECT_EQ(Mosk::QueryInterface<IImporterSynthexPrefsDialogDataExchange>(second)->AddRef(), 3);
         second->Release();
         EXPECT_EQ(alive, 1);
+        // NOLINTNEXTLINE(bugprone-use-after-move): that it is null is what is seen here.
         EXPECT_THROW(first->GetMoskUnknown(), Mosk::NullInterfaceException);
     }
     EXPECT_EQ(alive, 0);
