@@ -14,6 +14,8 @@
 namespace corvane {
 namespace {
 
+constexpr std::uint64_t kWorthStarting = std::uint64_t{8} << 20;
+
 // Fewer changes between writer and reader; does nothing for what is no pipe.
 void EnlargePipe(int fd) {
     constexpr int kSize = 1 << 20;
@@ -48,9 +50,26 @@ void OutputFile::OpenAsIs() {
     EnlargePipe(mAsIs.Get());
 }
 
+void OutputFile::Reserve(std::uint64_t bytes) {
+    // Not every file system can.
+    if (IsRegular() && fallocate(Fd(), FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(bytes)) != 0 &&
+        (errno == ENOSPC || errno == EFBIG || errno == EDQUOT))
+        Fail(errno);
+}
+
 void OutputFile::Write(std::span<const std::byte> bytes) {
     if (!Descriptor().Write(bytes)) Fail(errno);
     mWritten += bytes.size();
+    // The disk works meanwhile, or `Commit` would wait for all of it.
+    if (mWritten - mStarted < kWorthStarting || !IsRegular()) return;
+    sync_file_range(Fd(), static_cast<off_t>(mStarted), static_cast<off_t>(mWritten - mStarted),
+                    SYNC_FILE_RANGE_WRITE);
+    mStarted = mWritten;
+}
+
+bool OutputFile::IsPipe() const {
+    struct stat status {};
+    return fstat(Fd(), &status) == 0 && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
 }
 
 void OutputFile::WriteAt(std::span<const std::byte> bytes, std::uint64_t offset) {

@@ -25,7 +25,11 @@ class OutputFile {
     /// Opens what is at `path`, or makes the file. Throws if it is a folder, is read-only or can't be made.
     explicit OutputFile(const std::filesystem::path& path);
 
-    /// Writes on. Throws if the disk is full, a size limit is reached or the reader of a pipe is gone.
+    /// Reserves room for `bytes` in a regular file, so that a full disk shows at once. Throws if there is
+    /// none.
+    void Reserve(std::uint64_t bytes);
+    /// Writes on. A large file is on its way to the disk while the rest is made. Throws if the disk is full,
+    /// a size limit is reached or the reader of a pipe is gone.
     void Write(std::span<const std::byte> bytes);
     /// Writes at `offset` bytes from the start, which does not move the file's position. Throws as `Write`
     /// does. Any thread.
@@ -42,6 +46,8 @@ class OutputFile {
     int Fd() const { return Descriptor().Get(); }
     /// Whether it is a file on a disk, which can be read back and written out of order.
     bool IsRegular() const { return mFile.has_value(); }
+    /// Whether writes wait for a reader.
+    bool IsPipe() const;
     /// Where the bytes are until `Commit`; the path itself for what is no regular file.
     const std::filesystem::path& WorkingPath() const { return IsRegular() ? mFile->TemporaryPath() : mPath; }
     /// What to call it in messages.
@@ -64,6 +70,7 @@ class OutputFile {
     std::optional<AtomicFile> mFile;
     FileDescriptor mAsIs; // of what is no regular file
     std::uint64_t mWritten = 0;
+    std::uint64_t mStarted = 0; // so many of them are on their way to the disk
 };
 
 /// While it lives, writing to a closed pipe or over a size limit is an error of the write and not a signal

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "Export/Files/StreamWriter.h"
+#include "Export/Files/OutputFile.h"
 #include "Export/Picture/PackedReader.h"
 
 namespace corvane {
@@ -37,8 +37,10 @@ class RawTarget final : public Target {
         : mFacts(facts), mFormat(FormatFor(facts)), mAsDelivered(native || IsAsDelivered(facts)),
           mRowBytes(std::size_t{facts.size.width} *
                     (mAsDelivered ? BytesPerPixel(facts.raster) : mFormat.PixelBytes())),
-          mWriter(path,
-                  std::uint64_t{mRowBytes} * facts.size.height * static_cast<std::uint64_t>(facts.frames)) {}
+          mFile(path) {
+        mFile.Reserve(std::uint64_t{mRowBytes} * facts.size.height *
+                      static_cast<std::uint64_t>(facts.frames));
+    }
 
     std::unique_ptr<Packet> NewPacket() override {
         auto packet = std::make_unique<RawPacket>();
@@ -60,29 +62,29 @@ class RawTarget final : public Target {
     void Consume(Packet& packet) override {
         const auto& raw = static_cast<RawPacket&>(packet);
         if (!mAsDelivered)
-            mWriter.Write(raw.converted);
+            mFile.Write(raw.converted);
         else if (raw.frame.rowBytes == static_cast<std::int64_t>(mRowBytes))
-            mWriter.Write({raw.frame.pixels, mRowBytes * mFacts.size.height});
+            mFile.Write({raw.frame.pixels, mRowBytes * mFacts.size.height});
         else
             for (std::uint32_t y = 0; y < mFacts.size.height; ++y)
-                mWriter.Write({raw.frame.At(0, y), mRowBytes});
+                mFile.Write({raw.frame.At(0, y), mRowBytes});
     }
 
-    void Finish() override { mWriter.Finish(); }
+    void Finish() override { mFile.Commit(); }
     bool KeepsFrames() const override { return mAsDelivered; }
     // A frame in the cache of the thread that made it is written sooner than a second thread makes another;
     // only a pipe keeps the one thread waiting.
     unsigned UsefulJobs(unsigned jobs) const override {
-        return !mAsDelivered ? jobs : mWriter.MayBlock() ? std::min(jobs, 2u) : 1;
+        return !mAsDelivered ? jobs : mFile.IsPipe() ? std::min(jobs, 2u) : 1;
     }
-    std::uint64_t BytesWritten() const override { return mWriter.BytesWritten(); }
+    std::uint64_t BytesWritten() const override { return mFile.BytesWritten(); }
 
   private:
     const StreamFacts mFacts;
     const PackedFormat mFormat;
     const bool mAsDelivered;
     const std::size_t mRowBytes;
-    StreamWriter mWriter;
+    OutputFile mFile;
 };
 
 } // namespace

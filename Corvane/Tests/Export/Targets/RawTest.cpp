@@ -1,16 +1,12 @@
-// Faults sought: row padding in the file, a wrong order of components, bytes lost or doubled where direct I/O
-// goes over into the tail, a full disk seen only at the end.
+// Faults sought: row padding in the file, a wrong order of components, a full disk seen only at the end.
 #include "Export/Targets/RawTarget.h"
 
 #include <array>
-#include <thread>
-
-#include <sys/stat.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "Export/Files/StreamWriter.h"
+#include "Export/Files/OutputFile.h"
 #include "Tests/Export/Picture/TestFrames.h"
 
 namespace {
@@ -60,45 +56,10 @@ TEST(Raw, OtherwiseOneOrderForAllFormats) {
     EXPECT_THAT(pixel, testing::Pointwise(testing::FloatNear(1), {65535, 32768, 0, 16384}));
 }
 
-TEST(StreamWriter, LargeFilesHoldWhatWasWritten) {
+TEST(Raw, AFullDiskShowsBeforeTheFirstFrame) {
     TestFolder folder;
-    // Pieces that fit neither blocks nor chunks; ends in the middle of a block, at one's end, and at a
-    // chunk's end.
-    for (const std::size_t size :
-         {(std::size_t{70} << 20) + 12345, (std::size_t{65} << 20) + 4096, std::size_t{72} << 20}) {
-        std::string data(size, '\0');
-        // Each 512 bytes tell their place.
-        for (std::size_t i = 0; i < size; i += 512) {
-            const std::uint32_t value = TestFrame::Noise(static_cast<std::uint32_t>(i));
-            std::memcpy(data.data() + i, &value, std::min<std::size_t>(4, size - i));
-        }
-        corvane::StreamWriter writer(folder / "large", size);
-        const auto bytes = std::as_bytes(std::span(data));
-        for (std::size_t at = 0; at < size; at += 3333333)
-            writer.Write(bytes.subspan(at, std::min<std::size_t>(3333333, size - at)));
-        writer.Finish();
-        EXPECT_EQ(writer.BytesWritten(), size);
-        EXPECT_TRUE(ReadFile(folder / "large") == data) << size;
-    }
-}
-
-TEST(StreamWriter, AFullDiskShowsBeforeTheFirstFrame) {
-    TestFolder folder;
-    EXPECT_THROW(corvane::StreamWriter(folder / "huge", std::uint64_t{1} << 52), corvane::Failure);
+    EXPECT_THROW(corvane::OutputFile(folder / "huge").Reserve(std::uint64_t{1} << 52), corvane::Failure);
     EXPECT_TRUE(folder.Names().empty());
-}
-
-TEST(StreamWriter, APipeGetsEveryByte) {
-    TestFolder folder;
-    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
-    std::string read;
-    std::thread reader([&] { read = ReadFile(folder / "pipe"); });
-    const std::string data(5 << 20, 'x');
-    corvane::StreamWriter writer(folder / "pipe", data.size());
-    writer.Write(std::as_bytes(std::span(data)));
-    writer.Finish();
-    reader.join();
-    EXPECT_TRUE(read == data);
 }
 
 } // namespace
