@@ -3,7 +3,11 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <string>
+
+#include <sys/uio.h>
+#include <unistd.h>
 
 namespace corvane::commandline {
 
@@ -12,11 +16,12 @@ void Print(std::string_view text) {
 }
 
 void PrintError(std::string_view message) {
-    // One write, so that lines of several processes don't mix.
-    std::string line = "synthex: " + std::string(message);
-    if (!line.ends_with('.')) line += '.';
-    line += '\n';
-    std::fwrite(line.data(), 1, line.size(), stderr);
+    // One write, so that lines of several processes don't mix, and no memory, which may be what is short.
+    const auto part = [](std::string_view text) {
+        return iovec{const_cast<char*>(text.data()), text.size()};
+    };
+    const iovec line[] = {part("synthex: "), part(message), part(message.ends_with('.') ? "\n" : ".\n")};
+    [[maybe_unused]] const ssize_t written = ::writev(STDERR_FILENO, line, std::size(line));
 }
 
 bool FlushOutput() {

@@ -87,6 +87,11 @@ TEST_F(EditTest, ACancelChangesNothingAndADumpIsOneObject) {
     EXPECT_EQ(result.status, 3) << result.err;
     EXPECT_EQ(ReadFile(clip), SettingsText());
     EXPECT_EQ(nlohmann::json::parse(result.out)["fieldTypePopupID"]["value"], 0);
+    // What was saved from within stays, which is to be said.
+    const std::string other = folder / "other.synthex";
+    ExpectRefused(WithScript({"edit", clip, "--cancel"}, "saveToPathButtonID", "save=" + other), 3, clip,
+                  other);
+    EXPECT_EQ(Read(other)["mFrameWidth"], 64);
 }
 
 TEST_F(EditTest, TheSavedFileBecomesTheSource) {
@@ -99,6 +104,18 @@ TEST_F(EditTest, TheSavedFileBecomesTheSource) {
     EXPECT_EQ(ReadFile(clip), SettingsText());
     EXPECT_EQ(Read(other)["mFrameWidth"], 9);
     EXPECT_EQ(Read(other)["mFrameHeight"], 5);
+}
+
+TEST_F(EditTest, SettingsThatTheirFileDoesNotTakeAreKept) {
+    const auto expectKept = [&](std::vector<std::string> command, const fs::path& where,
+                                const fs::path& save) {
+        const auto arguments = WithScript(std::move(command), "useAsCustomImporterID=true; frameWidthID=9",
+                                          "save=" + save.string() + "; again=no");
+        ExpectRefused(arguments, 1, save, where);
+        EXPECT_EQ(Read(where)["mFrameWidth"], 9);
+    };
+    expectKept({"new", folder / "new.synthex"}, folder / "new.synthex", folder / "none/other.synthex");
+    expectKept({"edit", clip}, clip, folder.Path());
 }
 
 TEST_F(EditTest, AScriptThatCanNotBeCarriedOutChangesNothing) {

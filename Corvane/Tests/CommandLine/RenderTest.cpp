@@ -60,13 +60,15 @@ TEST(Render, AFullDiskOrASignalLeavesTheOlderFile) {
         const TestFolder folder;
         const fs::path out = folder.Write(name, "older");
         const int watch = ::inotify_init1(IN_CLOEXEC);
-        ::inotify_add_watch(watch, folder.Path().c_str(), IN_CREATE);
-        pollfd created{watch, POLLIN, 0};
+        ::inotify_add_watch(watch, folder.Path().c_str(), IN_MODIFY);
+        pollfd begun{watch, POLLIN, 0};
         // 4096 is a multiple of a disk's blocks, as a disk's end is.
         Process process(Synthex({"render", Sample(signal == 0 ? "gradient-23976" : "uhd-5994"), out}),
                         {.fileSize = signal == 0 ? 4096u : 0});
-        EXPECT_EQ(::poll(&created, 1, 30000), 1) << "no temporary file was made";
-        if (signal != 0) process.Signal(signal);
+        if (signal != 0) {
+            EXPECT_EQ(::poll(&begun, 1, 30000), 1) << "nothing was written";
+            process.Signal(signal);
+        }
         const ProcessResult result = process.Wait();
         ::close(watch);
         EXPECT_EQ(result.status, signal == 0 ? 1 : 128 + signal);
@@ -74,6 +76,18 @@ TEST(Render, AFullDiskOrASignalLeavesTheOlderFile) {
                                       HasSubstr(signal == 0 ? "limit" : "cancelled")));
         EXPECT_THAT(folder.Names(), ElementsAre(name));
         EXPECT_EQ(ReadFile(out), "older");
+    }
+}
+
+TEST(Render, FilesAreNotTakenForStreamsThatWereClosed) {
+    for (const char* const name : {"out.raw", "out.png", "out.mp4"}) {
+        const TestFolder folder;
+        const std::vector<std::string> arguments = {"render", Sample("defaults"), folder / name, "--frames",
+                                                    "0"};
+        ASSERT_EQ(RunSynthex(arguments).status, 0);
+        const std::string whole = ReadFile(folder / name);
+        RunSynthex(arguments, {.redirections = "<&- >&- 2>&-"});
+        EXPECT_TRUE(ReadFile(folder / name) == whole) << name;
     }
 }
 

@@ -67,11 +67,13 @@ TEST(Usage, TheBundleIsNamedBeforeOrAfterTheSubcommand) {
         ExpectRefused(arguments, 1, "/none: ", "--bundle");
 }
 
-TEST(Usage, AFullDiskIsNoticedByWhatIsPrinted) {
+TEST(Usage, WhatIsPrintedIsNotLostInSilence) {
     for (const Arguments& arguments :
          {Arguments{"info", Sample("defaults")}, {"formats"}, {"formats", "--json"}})
         ExpectRefused(arguments, 1, "standard output: it can't be written (No space left on device)", "",
                       {.output = "/dev/full"});
+    ExpectRefused({"formats"}, 1, "standard output: it can't be written (Bad file descriptor)", "",
+                  {.redirections = ">&-"});
 }
 
 TEST(Formats, AreListedAlikeForPeopleAndPrograms) {
