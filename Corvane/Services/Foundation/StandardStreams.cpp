@@ -1,5 +1,7 @@
 #include "StandardStreams.h"
 
+#include <initializer_list>
+
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -53,7 +53,7 @@ long Call(Kind kind, long number, Arguments... arguments) {
 
 /// One that handles `size` bytes of a file.
 template <class... Arguments>
-ssize_t Transfer(Kind kind, long number, int file, const void* bytes, std::size_t size, Arguments... rest) {
+ssize_t Transfer(Kind kind, long number, int file, void* bytes, std::size_t size, Arguments... rest) {
     if (file <= STDERR_FILENO) return ::syscall(number, file, bytes, size, rest...);
     const int how = HowToFail(kind);
     errno = how;
@@ -108,10 +108,10 @@ ssize_t read(int file, void* bytes, std::size_t size) {
     return Transfer(kRead, SYS_read, file, bytes, size);
 }
 ssize_t write(int file, const void* bytes, std::size_t size) {
-    return Transfer(kWrite, SYS_write, file, bytes, size);
+    return Transfer(kWrite, SYS_write, file, const_cast<void*>(bytes), size);
 }
 ssize_t pwrite(int file, const void* bytes, std::size_t size, off_t offset) {
-    return Transfer(kWrite, SYS_pwrite64, file, bytes, size, offset);
+    return Transfer(kWrite, SYS_pwrite64, file, const_cast<void*>(bytes), size, offset);
 }
 int fsync(int file) {
     return static_cast<int>(Call(kSync, SYS_fsync, file));

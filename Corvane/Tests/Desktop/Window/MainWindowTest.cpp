@@ -186,6 +186,10 @@ TEST_F(WindowTest, UnsavedChangesAreAskedFor) {
     Open(Write("file.synthex"));
     const fs::path unsaved = Folder() / "unsaved";
     WaitUntil([&] { return HasUnsaved(unsaved); }, "what is kept of the changes");
+    for (const auto& file : fs::recursive_directory_iterator(unsaved))
+        if (file.path().extension() == ".autosave") {
+            EXPECT_EQ(file.status().permissions() & fs::perms(077), fs::perms::none) << "others may read it";
+        }
     WhenShown(Press(QMessageBox::Cancel));
     EXPECT_FALSE(mWindow->close());
     WhenShown(Press(QMessageBox::Cancel));
