@@ -1,6 +1,7 @@
 #include <exception>
 #include <new>
 #include <string>
+#include <system_error>
 
 #include "Arguments.h"
 #include "Commands.h"
@@ -25,6 +26,8 @@ int Run(int argc, char** argv) {
     } catch (const Failure& failure) {
         PrintError(failure.what());
     } catch (const std::exception& exception) {
+        const auto* const error = dynamic_cast<const std::system_error*>(&exception);
+        if (error != nullptr && error->code() == std::errc::not_enough_memory) throw std::bad_alloc();
         PrintError("this failed in a way that was not foreseen (" + std::string(exception.what()) +
                    "); please report it with the command and the clip");
     }

@@ -99,27 +99,34 @@ Project ReadTree(const Json& tree, const fs::path& folder) {
     return project;
 }
 
-} // namespace
-
-std::string WriteProject(const Project& project, const fs::path& folder) {
-    Json sequence;
-    VisitSequence(project.sequence, [&](const char* key, std::uint32_t member) { sequence[key] = member; });
-    Json clips = Json::array();
-    for (const auto& clip : project.clips) {
-        const ClipSource& source = clip->source;
-        Json entry{{"name", clip->name}};
-        if (source.IsFile())
-            entry["file"] = Stored(source.file, folder).string();
-        else
-            entry["settings"] = source.settings;
-        clips.push_back(std::move(entry));
-    }
-    const Json tree{{"format", kFormatName}, {"version", kVersion}, {"sequence", sequence}, {"clips", clips}};
+/// A text as JSON has it. Throws `Failure` if it is not valid UTF-8.
+std::string Quoted(const std::string& text) {
     try {
-        return tree.dump(2) + '\n';
+        return Json(text).dump();
     } catch (const Json::type_error&) {
         throw Failure("The project has a clip whose name or path is not valid UTF-8; rename its file.");
     }
+}
+
+} // namespace
+
+// Written without a tree: one can't be destroyed without memory, and would end the program where it is short.
+std::string WriteProject(const Project& project, const fs::path& folder) {
+    std::string sequence, clips;
+    VisitSequence(project.sequence, [&](const char* key, std::uint32_t member) {
+        sequence += fmt::format("{}    \"{}\": {}", sequence.empty() ? "" : ",\n", key, member);
+    });
+    for (const auto& clip : project.clips) {
+        const ClipSource& source = clip->source;
+        clips +=
+            fmt::format("{}    {{\n      \"name\": {},\n      \"{}\": {}\n    }}", clips.empty() ? "" : ",\n",
+                        Quoted(clip->name), source.IsFile() ? "file" : "settings",
+                        Quoted(source.IsFile() ? Stored(source.file, folder).string() : source.settings));
+    }
+    return fmt::format("{{\n  \"format\": \"{}\",\n  \"version\": {},\n  \"sequence\": {{\n{}\n  }},\n"
+                       "  \"clips\": [{}{}{}]\n}}\n",
+                       kFormatName, kVersion, sequence, clips.empty() ? "" : "\n", clips,
+                       clips.empty() ? "" : "\n  ");
 }
 
 Project ReadProject(const std::string& text, const std::string& name, const fs::path& folder) {

@@ -3,9 +3,10 @@
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
+#include <memory>
 #include <span>
-#include <system_error>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -40,11 +41,18 @@ TemporaryNames& TemporaryNames::Get() {
 
 TemporaryNames::TemporaryNames() : mBeginning(Beginning()) {
     std::atexit([] {
-        TemporaryNames& names = Get();
-        const std::lock_guard lock(names.mMutex);
-        for (const auto& [path, process] : names.mPaths)
-            if (process == ::getpid()) ::unlink(path.c_str());
+        const std::lock_guard lock(Get().mMutex);
+        Get().RemoveAll();
     });
+    // That may come from a signal handler, in the middle of anything: they stay if the list is in use.
+    std::at_quick_exit([] {
+        if (Get().mMutex.try_lock()) Get().RemoveAll();
+    });
+}
+
+void TemporaryNames::RemoveAll() const {
+    for (const auto& [path, process] : mPaths)
+        if (process == ::getpid()) ::unlink(path.c_str());
 }
 
 // Not made of the file's own name, which may be as long as a name can be.
@@ -78,9 +86,10 @@ void TemporaryNames::Tidy(const fs::path& folder) {
         const auto first = mPaths.lower_bound(own);
         if (first != mPaths.end() && first->first.starts_with(own)) return;
     }
-    std::error_code error;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
-        if (IsAbandoned(entry->path().filename().native())) ::unlink(entry->path().c_str());
+    // Not the standard library's iterator, which ends the program where memory is short.
+    const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), &::closedir);
+    while (const dirent* const entry = open ? ::readdir(open.get()) : nullptr)
+        if (IsAbandoned(entry->d_name)) ::unlinkat(::dirfd(open.get()), entry->d_name, 0);
 }
 
 } // namespace corvane

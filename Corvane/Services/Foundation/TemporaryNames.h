@@ -16,7 +16,8 @@ namespace corvane {
 /// that what a killed one left behind can be told from what another is writing. Any thread.
 class TemporaryNames {
   public:
-    /// Those of this process. When it ends by `exit`, files that still have such names are removed.
+    /// Those of this process. When it ends by `exit` or `quick_exit`, files that still have such names are
+    /// removed.
     static TemporaryNames& Get();
     /// For `Get`.
     TemporaryNames();
@@ -46,6 +47,7 @@ class TemporaryNames {
   private:
     std::string Next();
     void Remember(const std::filesystem::path& path);
+    void RemoveAll() const;
     bool IsAbandoned(std::string_view name) const;
 
     const std::string mBeginning; // of all names that are made while this system runs

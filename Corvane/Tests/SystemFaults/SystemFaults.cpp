@@ -3,7 +3,8 @@
 //   call;
 //                                     all calls after the nth fail, too, if MORE is 1
 //   SYNTHEX_FAULT_COUNTS=FILE         gets how many calls there were of each kind
-// Calls are counted from `main` on; those on the standard streams, which say what went wrong, are left alone.
+// Calls are counted from `main` on; those on the standard streams, which say what went wrong, are left alone,
+// and so are those of libraries while they are loaded: nobody could catch what their initialization throws.
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -28,13 +29,14 @@ constexpr int kHalf = -1, kKill = -2;
 
 std::array<std::atomic<long>, kKinds> gCounts;
 std::atomic<bool> gCounting = false;
+thread_local bool tLoading = false;
 int gKind = kKinds, gHow = 0, gMore = 0;
 long gNumber = 0;
 int (*gMain)(int, char**, char**) = nullptr;
 
 /// How this call is to fail; 0 if it is not.
 int HowToFail(Kind kind) {
-    if (!gCounting) return 0;
+    if (!gCounting || tLoading) return 0;
     const long number = ++gCounts[kind];
     if (kind != gKind || number < gNumber || (number > gNumber && gMore == 0)) return 0;
     if (gHow == kKill) ::raise(SIGKILL);
@@ -93,6 +95,14 @@ int __libc_start_main(int (*main)(int, char**, char**), int count, char** argume
     gMain = main;
     const auto next = reinterpret_cast<decltype(&__libc_start_main)>(::dlsym(RTLD_NEXT, __func__));
     return next(StartCounting, count, arguments, begin, end, loaderEnd, stack);
+}
+
+void* dlopen(const char* path, int flags) noexcept {
+    const auto next = reinterpret_cast<decltype(&dlopen)>(::dlsym(RTLD_NEXT, __func__));
+    tLoading = true;
+    void* const library = next(path, flags);
+    tLoading = false;
+    return library;
 }
 
 int open(const char* path, int flags, ...) {
