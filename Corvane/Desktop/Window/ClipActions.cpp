@@ -181,7 +181,10 @@ void ClipActions::Follow(const ProjectClip& clip, const PreferencesAnswer& answe
                 .arg(QString::fromStdString(clip.name), QString::fromStdString(answer.message)));
     }
     try {
-        mDocument.WriteSettings(text, clip.source.file, answer.settings);
+        const std::string lost = mDocument.WriteSettings(text, clip.source.file, answer.settings);
+        if (!lost.empty())
+            mMessages.Tell(
+                tr("%1: saved; %2.").arg(FromPath(clip.source.file), QString::fromStdString(lost)));
     } catch (const Failure& failure) {
         mMessages.Tell(QString::fromUtf8(failure.what()));
     }

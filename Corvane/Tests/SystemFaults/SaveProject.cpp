@@ -1,21 +1,15 @@
 // Saves a project as the window does, for script/faults.
 //   save_project FILE
 #include <cstdio>
-#include <new>
+#include <exception>
 
-#include "Engine/Failure.h"
 #include "Engine/ProjectFile.h"
 
-int main(int, char** arguments) {
-    try {
-        corvane::Project project;
-        project.Add("clip", {.file = {}, .settings = "{}"});
-        corvane::SaveProject(project, arguments[1]);
-        return 0;
-    } catch (const corvane::Failure& failure) {
-        std::fprintf(stderr, "%s\n", failure.what());
-    } catch (const std::bad_alloc&) {
-        std::fputs("There is not enough memory.\n", stderr);
-    }
+int main(int, char** arguments) try {
+    corvane::Project project;
+    project.Add("clip", {.file = {}, .settings = "{}"});
+    corvane::SaveProject(project, arguments[1]);
+} catch (const std::exception& exception) {
+    std::fprintf(stderr, "%s.\n", exception.what());
     return 1;
 }
