@@ -28,6 +28,10 @@ std::string ReadTextFile(const std::filesystem::path& path) {
 }
 
 void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
+    if (text.size() > kMostBytes)
+        throw Failure(fmt::format("{}: it would have {} bytes, more than the {} that are read; nothing was "
+                                  "changed.",
+                                  path.string(), text.size(), kMostBytes));
     try {
         AtomicFile file(path);
         file.Write(std::as_bytes(std::span(text)));

@@ -11,7 +11,8 @@ namespace corvane {
 std::string ReadTextFile(const std::filesystem::path& path);
 
 /// Makes `text` all that is in the file at `path`, as `AtomicFile` replaces files: never half of it. Throws
-/// `Failure`, whose sentence names the file and says why, and that nothing was changed. Any thread.
+/// `Failure`, whose sentence names the file and says why, and that nothing was changed; also if the text is
+/// too long to be read again. Any thread.
 void WriteTextFile(const std::filesystem::path& path, const std::string& text);
 
 } // namespace corvane
