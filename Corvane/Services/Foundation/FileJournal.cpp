@@ -11,10 +11,13 @@ namespace {
 
 thread_local FileJournal* gJournal = nullptr;
 
-/// The text of a settings file; nothing if it can't be read, or is too large to be one.
+/// A larger file is not kept for the case that it has to be put back.
+constexpr std::uint64_t kMostBytes = 16u << 20;
+
+/// The text of a file; nothing if it can't be read, or is too large.
 std::optional<std::string> ReadText(const std::filesystem::path& path) {
     try {
-        return ReadWholeFile(path, Mosk::File::kSizeLimit);
+        return ReadWholeFile(path, kMostBytes);
     } catch (const FileError&) {
         return std::nullopt;
     }

@@ -162,7 +162,12 @@ class Writer {
             mText += "null";
             return;
         }
-        if (std::isinf(number)) number = std::copysign(std::numeric_limits<double>::max(), number);
+        // What an infinite number becomes is spelled in full: the shortest form has another sign of the
+        // exponent.
+        if (std::abs(number) >= std::numeric_limits<double>::max()) {
+            mText += std::signbit(number) ? "-1.7976931348623157e308" : "1.7976931348623157e308";
+            return;
+        }
         const std::size_t start = mText.size();
         WriteNumber(number);
         // A double stays a double: without a fraction or an exponent it would be read as an integer.

@@ -114,7 +114,7 @@ enum class FileAttributesFlags : std::uint32_t { kNormal = 1 };
 class File {
   public:
     /// The largest file that `Open` takes, in bytes. Its users read files whole, so this bounds their memory.
-    static constexpr std::uint64_t kSizeLimit = 16u << 20;
+    static constexpr std::uint64_t kSizeLimit = 1u << 20;
 
     /// Nothing is open.
     File();

@@ -62,8 +62,8 @@ ValuePtr GetVariantInObject(const Value& object, const char* key);
 
 /// The text of a tree: compact, members in ascending order of their keys, integers as integers, doubles in
 /// the shortest form that reads back exactly (1.0 stays a double). JSON has no infinity: an infinite double
-/// is written as the largest finite one of its sign, NaN as null. `pretty` indents. Throws
-/// `boost::bad_any_cast` for a held type not listed at `Value`.
+/// is written as the largest finite one of its sign, 1.7976931348623157e308, and NaN as null. `pretty`
+/// indents. Throws `boost::bad_any_cast` for a held type not listed at `Value`.
 std::string GetJSONUTF8String(const Value& value, bool pretty);
 
 /// Parses zero-terminated text by RFC 8259, strictly: valid UTF-8, one value, no byte-order mark. Returns an

@@ -80,7 +80,9 @@ TEST(JSON, EveryDoubleReadsBackExactly) {
 
 // JSON has no infinity; a float reader must still get one back.
 TEST(JSON, InfinityIsWrittenAsWhatReadsAsAFloatInfinity) {
-    const ValuePtr back = Parse(GetJSONUTF8String(Value(-std::numeric_limits<double>::infinity()), false));
+    const std::string text = GetJSONUTF8String(Value(-std::numeric_limits<double>::infinity()), false);
+    EXPECT_EQ(text, "-1.7976931348623157e308");
+    const ValuePtr back = Parse(text);
     EXPECT_EQ(static_cast<float>(boost::any_cast<double>(*back)), -std::numeric_limits<float>::infinity());
     EXPECT_EQ(GetJSONUTF8String(Value(std::nan("")), false), "null");
 }
