@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -278,6 +279,8 @@ void AddValidateOptions(CLI::App& command, ValidateRequest& request) {
         .add_option_function<double>(
             "--time-limit",
             [&request](double seconds) {
+                // A range holds whatever is neither below nor above it: what is no number, too.
+                if (std::isnan(seconds)) throw CLI::ValidationError("--time-limit", "'nan' is no number");
                 request.timeLimit = std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
             },
             "For all checks together (default: 20)")
@@ -287,7 +290,7 @@ void AddValidateOptions(CLI::App& command, ValidateRequest& request) {
 
 void AddMakeChecksOptions(CLI::App& command, ChecksRequest& request) {
     command.add_option("FIRST", request.first)->required();
-    command.add_option("PIPE", request.pipe)->required();
+    command.add_option("REPORTS", request.reports)->required();
     command.add_option("BUNDLE", request.bundle)->required();
 }
 

@@ -98,10 +98,10 @@ int RunDesktop(const DesktopRequest& request);
 /// `synthex make-checks`, which `RunValidate` starts: make checks in this process.
 struct ChecksRequest {
     std::filesystem::path bundle;
-    int pipe = -1;         ///< descriptor to report on
+    int reports = -1;      ///< descriptor for a `CheckReporter`
     std::size_t first = 0; ///< number of the first check to make
 };
-/// Reports on the pipe. Ends the process at once if nobody reads there.
+/// Reports to the process that started it. Ends at once if nobody reads there.
 int RunChecks(const ChecksRequest& request);
 
 } // namespace corvane::commandline

@@ -67,6 +67,8 @@ TEST(Validate, EachFaultIsFound) {
         {"47 spoils byte 20 of 2", "asking for a frame of CvPixelFormat_BGRA_4444_8u, it touched byte 20."},
         {"memory is lost", "bytes more are in use after 200 rounds.", true},
         {"opening hangs", "while opening a settings file, the time limit passed.", false, "2"},
+        {"reports are forged", "while initializing, the plug-in ended the process with exit status 0."},
+        {"reports have no end", "while initializing, the time limit passed.", false, "2"},
         {"files stay open", "the number of open files is"},
         {"shutdown fails", "while shutting down what was never initialized, the result is 1 instead of 0."},
         {"the preferred size crashes",
@@ -82,7 +84,18 @@ TEST(Validate, EachFaultIsFound) {
                                                 {.environment = {{"SYNTHEX_FAULT", row.fault}}});
         EXPECT_EQ(result.status, 1) << row.fault;
         EXPECT_THAT(result.out, AllOf(HasSubstr("FAIL  "), HasSubstr(row.found))) << row.fault;
+        EXPECT_TRUE(IsSanitized() || result.peakMiB < 200) << row.fault << result.peakMiB;
     }
+}
+
+TEST(Validate, EveryProcessThatCameOfTheBundleIsEnded) {
+    const TestFolder folder;
+    const fs::path left = folder / "left";
+    RunSynthex({"validate", MakeBundle(folder, FAULTY_IMPORTER)},
+               {.environment = {{"SYNTHEX_FAULT", "a process is left"}, {"SYNTHEX_LEFT", left}}});
+    const std::string process = ReadFile(left);
+    EXPECT_FALSE(process.empty());
+    EXPECT_FALSE(fs::exists("/proc/" + process)) << process;
 }
 
 TEST(Validate, WhatIsNoPluginFails) {
