@@ -5,15 +5,21 @@
 #include <cstring>
 #include <string>
 
+#include "Services/Foundation/QuotedText.h"
+
 namespace corvane::commandline {
 
 void Print(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
+void PrintLine(std::string_view text) {
+    Print(Quoted(text) + "\n");
+}
+
 void PrintError(std::string_view message) {
     // One write, so that lines of several processes don't mix.
-    std::string line = "synthex: " + std::string(message);
+    std::string line = "synthex: " + Quoted(message);
     if (!line.ends_with('.')) line += '.';
     line += '\n';
     std::fwrite(line.data(), 1, line.size(), stderr);

@@ -56,7 +56,7 @@ void Say(const DialogOptions& options, const std::string& sentence) {
     if (options.dump)
         PrintError(sentence);
     else
-        Print(sentence + "\n");
+        PrintLine(sentence);
 }
 
 } // namespace

@@ -72,7 +72,7 @@ int RunRender(const RenderRequest& request) {
         return 128 + gSignal;
     }
     if (!request.quiet && !toOutput)
-        Print(fmt::format("{}: {}, {}\n", output, FramesText(report.frames), BytesText(report.bytes)));
+        PrintLine(fmt::format("{}: {}, {}", output, FramesText(report.frames), BytesText(report.bytes)));
     return kExitDone;
 }
 
