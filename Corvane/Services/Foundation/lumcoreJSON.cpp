@@ -195,11 +195,9 @@ void AddToObject(Value& object, const char* key, Value&& member) {
     members.insert_or_assign(members.end(), ToBytes(key), boost::make_shared<Value>(std::move(member)));
 }
 
-ValuePtr GetVariantInObject(const Value& object, const char* key) {
-    const auto* const members = boost::any_cast<Object>(&object);
-    if (members == nullptr) throw boost::bad_any_cast();
-    const auto found = members->find(std::string_view(key));
-    return found == members->end() ? ValuePtr() : found->second;
+ValuePtr GetVariantInObject(const Object& object, const char* key) {
+    const auto found = object.find(std::string_view(key));
+    return found == object.end() ? ValuePtr() : found->second;
 }
 
 std::string GetJSONUTF8String(const Value& value, bool pretty) {
