@@ -2,6 +2,8 @@
 // a question that is asked once too often or never, a path that gets lost, a button in the wrong state.
 #include "PrefsFixture.h"
 
+#include <set>
+
 namespace {
 
 class PrefsSaveTest : public PrefsTest {
@@ -106,6 +108,30 @@ TEST_F(PrefsSaveTest, AFailedPathStaysRecorded) {
     const Outcome outcome = Edit(kDistinctSettings, platform);
     EXPECT_EQ(State("saveFileButtonID", "enabled"), false);
     EXPECT_EQ(Text("late/clip.synthex"), outcome.buffer.data());
+}
+
+// In toolkits that raise messages for what the program sets, too, all comes out the same.
+TEST_F(PrefsSaveTest, MessagesThatTellOfNoEditChangeNothing) {
+    std::vector<std::string> clips{"{}", kDistinctSettings,
+                                   Changed({{"mFieldType", 7}, {"mRenderFormat", 9}})};
+    clips.push_back(Changed({{"mPixelFormat", 5}, {"mVideoFrameRate", {{"ticksperframe", 12345}}}}));
+    for (const auto& entry : std::filesystem::directory_iterator(SYNTHEX_SOURCE_DIR "/Samples"))
+        if (entry.path().extension() == ".synthex") clips.push_back(corvane::testing::ReadFile(entry.path()));
+    for (const std::string& clip : clips)
+        for (const std::string actions :
+             {"", "durationFramesTextID=0; frameRatePopupID=3", "fieldTypePopupID=0; frameWidthID=5",
+              "colorRenderingTypePopupID=1; colorRenderingTypePopupID=0; useAsCustomImporterID=true"}) {
+            std::set<std::string> outcomes;
+            for (const bool raise : {false, true}) {
+                corvane::RaiseProgramMessages(raise);
+                const bool saves = actions.ends_with("true");
+                const Outcome outcome = Edit(clip, actions, saves ? mSave : "");
+                outcomes.insert(std::to_string(outcome.result) + outcome.buffer.data() + mState.dump() +
+                                Text("clip.synthex"));
+            }
+            corvane::RaiseProgramMessages(false);
+            EXPECT_EQ(outcomes.size(), 1u) << actions << clip;
+        }
 }
 
 // The host gets the first half of the path then, and the buffer is not written.
