@@ -125,6 +125,7 @@ constexpr char kValidateExamples[] =
   synthex validate                                  the bundle that is in use
   synthex validate build/lib/ImporterSynthex.bundle
   synthex validate Some.bundle --time-limit 60
+  synthex validate --sequences 100000 --time-limit 600
 
 The checks are made in a process of its own: a plug-in that hangs or crashes is
 a failed check. Each check is one line, 'pass' or 'FAIL'.
@@ -283,11 +284,18 @@ void AddValidateOptions(CLI::App& command, ValidateRequest& request) {
             "For all checks together (default: 20)")
         ->type_name("SECONDS")
         ->check(CLI::Range(0.001, 86400.0));
+    command
+        .add_option(
+            "--sequences", request.sequences,
+            fmt::format("How many random sequences of requests to send (default: {})", kUsualSequences))
+        ->type_name("COUNT")
+        ->check(CLI::Range(std::uint64_t{0}, std::uint64_t{1'000'000'000}));
 }
 
 void AddMakeChecksOptions(CLI::App& command, ChecksRequest& request) {
     command.add_option("FIRST", request.first)->required();
     command.add_option("PIPE", request.pipe)->required();
+    command.add_option("SEQUENCES", request.sequences)->required();
     command.add_option("BUNDLE", request.bundle)->required();
 }
 

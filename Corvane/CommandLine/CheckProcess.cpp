@@ -21,10 +21,11 @@ namespace {
 constexpr int kReportDescriptor = 3;
 
 /// This program, started anew to make checks. What it prints goes to standard error.
-ChildStart StartOf(const std::filesystem::path& bundle, std::size_t first, int reports) {
+ChildStart StartOf(const std::filesystem::path& bundle, std::size_t first, std::uint64_t sequences,
+                   int reports) {
     return {.program = "/proc/self/exe",
             .arguments = {"synthex", "make-checks", std::to_string(first), std::to_string(kReportDescriptor),
-                          "--", bundle.string()},
+                          std::to_string(sequences), "--", bundle.string()},
             .descriptors = {{STDERR_FILENO, STDOUT_FILENO}, {reports, kReportDescriptor}}};
 }
 
@@ -67,10 +68,10 @@ std::string How(int status, bool timedOut) {
 } // namespace
 
 CheckProcessEnd RunCheckProcess(const std::filesystem::path& bundle, std::size_t first,
-                                std::chrono::steady_clock::time_point deadline,
+                                std::uint64_t sequences, std::chrono::steady_clock::time_point deadline,
                                 const OnCheckMade& onMade) try {
     auto [reading, writing] = MakePipe();
-    ChildProcess process(StartOf(bundle, first, writing.Get()));
+    ChildProcess process(StartOf(bundle, first, sequences, writing.Get()));
     writing.Close();
     ReportReader reader(onMade);
     ChildOutput reports[] = {{std::move(reading), [&](std::string_view bytes) { reader.Take(bytes); }}};

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -18,10 +19,12 @@ struct CheckProcessEnd {
 /// Told of each finished check: why it failed, or an empty text. Called on the thread of `RunCheckProcess`.
 using OnCheckMade = std::function<void(const std::string& why)>;
 
-/// Makes the checks from number `first` on in a process of their own, which is ended at `deadline`. Throws
-/// `Failure` if no process can be started. One thread at a time.
+/// Makes the checks from number `first` on, with that many random sequences of requests, in a process of
+/// their own, which is ended at `deadline`. Throws `Failure` if no process can be started. One thread at a
+/// time.
 CheckProcessEnd RunCheckProcess(const std::filesystem::path& bundle, std::size_t first,
-                                std::chrono::steady_clock::time_point deadline, const OnCheckMade& onMade);
+                                std::uint64_t sequences, std::chrono::steady_clock::time_point deadline,
+                                const OnCheckMade& onMade);
 
 // The process's reports are lines that begin with one of these words and a blank.
 inline constexpr char kReportDoing[] = "doing "; ///< what is asked of the plug-in next

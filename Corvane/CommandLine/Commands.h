@@ -1,12 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Engine/Preferences.h"
 #include "Export/Export.h"
+#include "Validate/Checks.h"
 
 namespace corvane::commandline {
 
@@ -82,6 +84,7 @@ int RunFormats(const FormatsRequest& request);
 struct ValidateRequest {
     std::filesystem::path bundle;
     std::chrono::milliseconds timeLimit = std::chrono::seconds(20); ///< for all checks together
+    std::uint64_t sequences = kUsualSequences;                      ///< of random requests
 };
 /// Prints one line a check, as each is made. Returns `kExitFailed` if one of them fails.
 int RunValidate(const ValidateRequest& request);
@@ -100,6 +103,7 @@ struct ChecksRequest {
     std::filesystem::path bundle;
     int pipe = -1;         ///< descriptor to report on
     std::size_t first = 0; ///< number of the first check to make
+    std::uint64_t sequences = kUsualSequences;
 };
 /// Reports on the pipe. Ends the process at once if nobody reads there.
 int RunChecks(const ChecksRequest& request);

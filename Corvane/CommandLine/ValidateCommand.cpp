@@ -16,7 +16,6 @@
 #include "Engine/Bundle.h"
 #include "Engine/Failure.h"
 #include "Services/Foundation/FileDescriptor.h"
-#include "Validate/Checks.h"
 
 namespace corvane::commandline {
 
@@ -58,8 +57,8 @@ class Results {
 };
 
 /// Makes all checks. After one that ended the process, the rest are made in a new one.
-void MakeAll(const std::filesystem::path& bundle, std::chrono::steady_clock::time_point deadline,
-             Results& results) {
+void MakeAll(const std::filesystem::path& bundle, std::uint64_t sequences,
+             std::chrono::steady_clock::time_point deadline, Results& results) {
     const std::span<const Check> checks = AllChecks();
     std::size_t next = 0;
     bool stop = false;
@@ -68,7 +67,7 @@ void MakeAll(const std::filesystem::path& bundle, std::chrono::steady_clock::tim
         results.Add(checks[next++].sentence, why);
     };
     while (!stop && next < checks.size()) {
-        const CheckProcessEnd end = RunCheckProcess(bundle, next, deadline, take);
+        const CheckProcessEnd end = RunCheckProcess(bundle, next, sequences, deadline, take);
         if (stop) return;
         if (next == checks.size()) return results.Add(kLastSentence, end.inOrder ? "" : end.how);
         take(end.how);
@@ -101,7 +100,7 @@ std::string Make(const Check& check, CheckRun& run) {
 int RunValidate(const ValidateRequest& request) {
     const std::filesystem::path bundle = Bundle::Find(request.bundle);
     Results results;
-    MakeAll(bundle, std::chrono::steady_clock::now() + request.timeLimit, results);
+    MakeAll(bundle, request.sequences, std::chrono::steady_clock::now() + request.timeLimit, results);
     return results.Finish(AllChecks().size() + 1);
 }
 
@@ -109,7 +108,8 @@ int RunChecks(const ChecksRequest& request) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
     const FileDescriptor pipe(request.pipe);
     for (const Check& check : AllChecks().subspan(std::min(request.first, AllChecks().size()))) {
-        CheckRun run(request.bundle, [&](const std::string& what) { Report(pipe, kReportDoing, what); });
+        CheckRun run(request.bundle, request.sequences,
+                     [&](const std::string& what) { Report(pipe, kReportDoing, what); });
         const std::string why = Make(check, run);
         Report(pipe, kReportMade, why);
         if (check.essential && !why.empty()) break;

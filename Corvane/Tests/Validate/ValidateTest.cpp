@@ -56,6 +56,8 @@ TEST(Validate, EachFaultIsFound) {
         {"a missing file is kept", "while opening a file that does not exist, it touched bytes 36 to 43."},
         {"39 succeeds", "while opening a file of an empty text, the result is 0 instead of 3."},
         {"37 spoils byte 12 of 2", "the depth is 223 instead of 32."},
+        {"27 spoils byte 8 of 2", "byte 8 of 12 is "},
+        {"27 spoils byte 8 of 2", "the plug-in ended the process: Segmentation fault."},
         {"37 spoils byte 60 of 2", "it touched byte 60."},
         {"37 spoils byte 28 of 1", "it touched byte 28."},
         {"45 spoils byte 24 of 1", "while asking for the first preferred size, the width is"},
@@ -71,7 +73,7 @@ TEST(Validate, EachFaultIsFound) {
         {"shutdown fails", "while shutting down what was never initialized, the result is 1 instead of 0."},
         {"the preferred size crashes",
          "while asking for the first preferred size, the plug-in ended the process: Aborted."},
-        {"the preferred size crashes", "2 of 25 checks failed.\n"}, // the others are made all the same
+        {"the preferred size crashes", "3 of 26 checks failed.\n"}, // the others are made all the same
         {"information exits", "the plug-in ended the process with exit status 0."},
     };
     const TestFolder folder;
