@@ -27,7 +27,8 @@ void RandomSequence::OpenFile() {
     ClipSettings created = kNewSettings;
     const Expected expected = Read(path.file, instance == nullptr ? created : instance->settings);
     const bool isNew = instance == nullptr && expected.result == kResult_Success;
-    if (isNew) record.To().mPrivateData = record.Get(); // anything else than before: it is to be written
+    // Of a file that is not there, null is stored.
+    if (instance == nullptr && !expected.told) record.ExpectWrites();
     Send(kSelector_OpenFile8, Wild(), record.Get(), expected, record);
     if (isNew) TakeNew(record.To().mPrivateData = record->mPrivateData, created);
     Compare(record);
@@ -66,10 +67,10 @@ void RandomSequence::AskForInfo() {
     access->mFilePath = path.text;
     info->mPrefs = mRandom.OneIn(4) ? nullptr : PlaceText(prefs);
     info->mPrivateData = instance == nullptr ? nullptr : instance->pointer;
-    info->mHasVideo = kUndefinedByte; // not what it is to be
     access.Arm();
     info.Arm();
 
+    info.ExpectWrites();
     info.To().mHasVideo = 1;
     ClipSettings created = kNewSettings;
     ClipSettings& settings = instance == nullptr ? created : instance->settings;
@@ -133,7 +134,10 @@ void RandomSequence::AskForPrefs() {
         expected = StartingPrefs(path.file != nullptr ? path.file : prior, *prefs.Get(), settings);
         if (!expected.told && (path.file == nullptr || !isNew)) expected = RunDialog(settings, platform);
         const std::string text = WriteSettings(settings);
-        if (!expected.told) std::memcpy(buffer.After(), text.c_str(), text.size() + 1);
+        if (!expected.told) {
+            std::memcpy(buffer.After(), text.c_str(), text.size() + 1);
+            buffer.ExpectWrites(); // it may hold that text already
+        }
     }
     if (!expected.told) prefs.To().mPrefsLength = kPrefsBufferSize;
     std::optional<ScopedPlatform> scope;

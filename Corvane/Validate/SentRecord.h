@@ -25,9 +25,11 @@ class SentBytes {
     std::byte* After() { return mAfter.data(); }
     /// The host has set what it sets.
     void Arm() { std::memcpy(mAfter.data(), mSent, mAfter.size()); }
+    /// Some are to be written even if none changes.
+    void ExpectWrites() { mIsWritten = true; }
     /// Keeps the bytes from being written if none is to change.
     void Protect() {
-        if (std::memcmp(mAfter.data(), mSent, mAfter.size()) == 0) mMemory.Protect();
+        if (!mIsWritten && std::memcmp(mAfter.data(), mSent, mAfter.size()) == 0) mMemory.Protect();
     }
     /// Says, as a clause, which byte is not what it is to be; empty if all are.
     std::string Difference() const {
@@ -41,6 +43,7 @@ class SentBytes {
     GuardedMemory& mMemory;
     std::byte* mSent;
     std::vector<std::byte> mAfter;
+    bool mIsWritten = false;
 };
 
 /// A record in such memory, random at first.
