@@ -26,7 +26,7 @@ ClipSettings RandomSettings(Random& random) {
     settings.fieldType = random.Of(kFieldTypes);
     settings.renderFormat = static_cast<std::uint32_t>(random.Below(3));
     settings.ticksPerFrame = random.Of(kRates);
-    const auto frames = static_cast<std::int64_t>(random.Below(2000)) - 100;
+    const auto frames = static_cast<std::int64_t>(random.Below(400)) - 100;
     settings.durationTicks =
         frames * (settings.ticksPerFrame > 0 ? settings.ticksPerFrame : lummediatypes::kTicksPerSecond);
     for (SettingsColor* const color : {&settings.upper, &settings.lower, &settings.topStart, &settings.topEnd,
