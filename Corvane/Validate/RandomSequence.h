@@ -45,9 +45,12 @@ struct SequenceMemory {
     GuardedMemory first{1024}, second{1024}, text{8192}, buffer{kPrefsBufferSize};
 };
 
-/// Requests in random order, with random records, against a model of what the plug-in is to answer.
+/// Requests in random order, with random records, against a model of what the plug-in is to answer: the
+/// instances that there are, and the settings of each. Notes in `run` what it finds.
 class RandomSequence {
   public:
+    /// The same number makes the same requests every time. Throws `Failure` if the system has no memory for
+    /// the settings files. The others outlive this object.
     RandomSequence(CheckRun& run, const Bundle& bundle, SequenceMemory& memory, std::uint64_t number)
         : mRun(run), mBundle(bundle), mMemory(memory), mNumber(number), mRandom(number) {
         for (int i = 0; i < 3; ++i) {
@@ -55,11 +58,13 @@ class RandomSequence {
             mFiles.emplace_back(mTexts.back().bytes);
         }
     }
+    /// Closes the instances that are left.
     ~RandomSequence() {
         for (const Instance& instance : mInstances)
             mBundle.Call(kSelector_CloseFile, nullptr, instance.pointer);
     }
 
+    /// Sends the requests, until one is answered wrongly.
     void Make();
 
   private:

@@ -15,13 +15,16 @@
 
 namespace corvane {
 
-/// Bytes that the plug-in gets between guard pages, and what they are to be afterwards.
+/// Bytes that the plug-in gets between guard pages, and what they are to be afterwards. One thread at a time.
 class SentBytes {
   public:
+    /// `size` bytes in `memory`, which outlives this object and has room for them.
     SentBytes(GuardedMemory& memory, std::size_t size, Random& random)
         : mMemory(memory), mSent(memory.Place(size, random.OneIn(2))), mAfter(size) {}
 
+    /// What the plug-in gets.
     std::byte* Sent() const { return mSent; }
+    /// As it is to be afterwards; what it is now, from `Arm` on.
     std::byte* After() { return mAfter.data(); }
     /// The host has set what it sets.
     void Arm() { std::memcpy(mAfter.data(), mSent, mAfter.size()); }
@@ -53,6 +56,7 @@ class Sent : public SentBytes {
     Sent(GuardedMemory& memory, Random& random) : SentBytes(memory, sizeof(Record), random) {
         for (std::size_t i = 0; i < sizeof(Record); ++i) SentBytes::Sent()[i] = std::byte(random.Bits());
     }
+    /// The record that the plug-in gets.
     Record* operator->() { return Get(); }
     Record* Get() { return reinterpret_cast<Record*>(SentBytes::Sent()); }
     /// The record as it is to be afterwards.
