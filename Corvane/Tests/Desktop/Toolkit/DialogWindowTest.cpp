@@ -55,7 +55,7 @@ TEST(DialogWindow, APopupFollowsItsModelAndKeepsPeopleFromDisabledItems) {
         Q_EMIT box.activated(1);
         EXPECT_EQ(popup.GetValue(), 2);
         EXPECT_EQ(box.currentIndex(), 2);
-        Q_EMIT box.activated(2); // chosen although it is shown
+        Q_EMIT box.activated(2);             // chosen although it is shown
         for (const int value : {1, -1, 2}) { // the program may choose it
             popup.SetValue(value);
             EXPECT_EQ(box.currentIndex(), value);
