@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDropEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
@@ -79,6 +80,7 @@ TEST_F(WindowTest, AProjectIsMadeEditedUndoneSavedAndOpenedAgain) {
     EXPECT_EQ(Cell(1, BinModel::kSize), "640 x 1080");
     Choose("Duplicate");
     Model().setData(Model().index(2, BinModel::kName), QStringLiteral("Another"), Qt::EditRole);
+    EXPECT_TRUE(Find<QLabel>(*mWindow, "viewerTitle").text().startsWith(QStringLiteral("Another ")));
     const corvane::Project whole = Project();
     const fs::path file = Folder() / "it.cvproj";
     WhenShown(SaveAs(file));
