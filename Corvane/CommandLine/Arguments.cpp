@@ -4,6 +4,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <limits>
@@ -43,7 +44,8 @@ constexpr char kExamples[] =
 The plug-in is looked for where --bundle says, else where the environment's
 SYNTHEX_BUNDLE says, else beside this program (../lib/ImporterSynthex.bundle).
 
-Exit status: 0 done, 1 the request failed, 2 wrong usage.)";
+Exit status: 0 done, 1 the request failed, 2 wrong usage, 3 the dialog was
+cancelled, 128 plus the signal's number if a signal ended it.)";
 
 constexpr char kInfoExamples[] =
     R"(Examples:
@@ -373,6 +375,8 @@ class Arguments {
 } // namespace
 
 int RunArguments(int argc, const char* const* argv) {
+    // SVT-AV1 would say on standard error what it is and does, and can be told by this alone.
+    ::setenv("SVT_LOG", "0", 0);
     const std::string dialogHelp = kDialogHelp;
     Arguments arguments;
     arguments.Add("info", "Say what clips are", kInfoExamples, AddInfoOptions, RunInfo);

@@ -33,11 +33,12 @@ class Temporaries {
 
     Temporaries() {
         std::atexit([] {
-            Temporaries& all = Get();
-            const std::lock_guard lock(all.mMutex);
-            // Not those of a process that this one was forked from.
-            for (const auto& [file, process] : all.mFiles)
-                if (process == ::getpid()) ::unlink(file.c_str());
+            const std::lock_guard lock(Get().mMutex);
+            Get().RemoveAll();
+        });
+        // That may come from a signal handler, in the middle of anything: they stay if the list is in use.
+        std::at_quick_exit([] {
+            if (Get().mMutex.try_lock()) Get().RemoveAll();
         });
     }
 
@@ -57,6 +58,12 @@ class Temporaries {
     }
 
   private:
+    void RemoveAll() const {
+        // Not those of a process that this one was forked from.
+        for (const auto& [file, process] : mFiles)
+            if (process == ::getpid()) ::unlink(file.c_str());
+    }
+
     std::mutex mMutex;
     std::map<fs::path, pid_t> mFiles; // with the process that made them
 };

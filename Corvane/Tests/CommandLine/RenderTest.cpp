@@ -77,6 +77,34 @@ TEST(Render, AFullDiskOrASignalLeavesTheOlderFile) {
     }
 }
 
+TEST(Render, ASecondSignalEndsTheProgramInTheMiddleOfAFrame) {
+    const TestFolder folder;
+    const fs::path clip =
+        folder.Write("clip.synthex",
+                     SettingsText(R"(,"mPixelFormat":1281443650,"mFrameWidth":16384,"mFrameHeight":8192)"));
+    const int watch = ::inotify_init1(IN_CLOEXEC);
+    ::inotify_add_watch(watch, folder.Path().c_str(), IN_CREATE);
+    pollfd created{watch, POLLIN, 0};
+    Process process(Synthex({"render", clip, folder / "out.raw"}));
+    EXPECT_EQ(::poll(&created, 1, 30000), 1) << "no temporary file was made";
+    process.Signal(SIGINT);
+    process.Signal(SIGTERM);
+    const ProcessResult result = process.Wait();
+    ::close(watch);
+    EXPECT_GT(result.status, 128);
+    EXPECT_EQ(result.err, "") << "it was cancelled in good order";
+    EXPECT_THAT(folder.Names(), ElementsAre("clip.synthex"));
+}
+
+TEST(Render, ThreadsThatCanNotBeStartedAreDoneWithout) {
+    if (IsSanitized()) GTEST_SKIP();
+    const TestFolder folder;
+    const ProcessResult result =
+        RunSynthex({"render", Sample("defaults"), folder / "out.raw", "--native", "--jobs", "512"},
+                   {.addressSpace = 512u << 20});
+    EXPECT_EQ(std::pair(result.status, result.err), std::pair(0, std::string()));
+}
+
 TEST(Render, AReaderThatDoesNotReadCanBeLeftBySignal) {
     // Nobody reads: the pipe is full after a part of the first frame.
     const TestFolder folder;
