@@ -22,7 +22,7 @@ struct Settings {
     int fieldType = 1;
     std::int64_t ticksPerFrame = 10160640000;
     int frames = 5;
-    bool gradient = false; ///< from black to white, opaque, and from the first row to the last
+    bool gradient = false; ///< from black at the top to white, in the first frame
 };
 
 inline std::string TextOf(const Settings& settings) {
@@ -31,9 +31,7 @@ inline std::string TextOf(const Settings& settings) {
         R"("mFieldType":{},"mRenderFormat":{},"mVideoFrameRate":{{"ticksperframe":{}}},"mVideoDuration":{{"ticks":{}}},)"
         R"("mUpperFieldColor":{{"mAlphaPart":1.0,"mRedPart":0.95,"mGreenPart":0.1,"mBluePart":0.3}},)"
         R"("mLowerFieldColor":{{"mAlphaPart":1.0,"mRedPart":0.05,"mGreenPart":0.8,"mBluePart":0.55}},)"
-        R"("mTopGradiantColorStart":{{"mAlphaPart":1.0}},"mTopGradiantColorEnd":{{"mAlphaPart":1.0}},)"
-        R"("mBottomGradiantColorStart":{{"mAlphaPart":1,"mRedPart":1,"mGreenPart":1,"mBluePart":1}},)"
-        R"("mBottomGradiantColorEnd":{{"mAlphaPart":1,"mRedPart":1,"mGreenPart":1,"mBluePart":1}}}})",
+        R"("mBottomGradiantColorStart":{{"mAlphaPart":1,"mRedPart":1,"mGreenPart":1,"mBluePart":1}}}})",
         settings.pixelFormat, settings.width, settings.height, settings.parNumerator, settings.parDenominator,
         settings.fieldType, settings.gradient ? 1 : 0, settings.ticksPerFrame,
         settings.ticksPerFrame * settings.frames);
