@@ -44,11 +44,13 @@ class Temporaries {
 
     /// Makes a file that was not there; none, with `errno` set, if it can't be made.
     FileDescriptor Make(const fs::path& file, mode_t mode) {
-        const std::lock_guard lock(mMutex);
-        const auto entry = mFiles.emplace(file, ::getpid()).first;
+        {
+            const std::lock_guard lock(mMutex);
+            mFiles.emplace(file, ::getpid());
+        }
         FileDescriptor descriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
         const int error = errno;
-        if (!descriptor) mFiles.erase(entry);
+        if (!descriptor) Forget(file);
         errno = error;
         return descriptor;
     }
