@@ -2,6 +2,7 @@
 
 option(SYNTHEX_TESTS "Build the tests" ON)
 option(SYNTHEX_BENCHMARKS "Build the benchmarks" ON)
+option(SYNTHEX_FUZZ "Build the fuzz targets (Clang, with the tests' support)" OFF)
 set(SYNTHEX_SANITIZE "" CACHE STRING "Sanitizers, comma separated: address,undefined or thread")
 
 if(NOT CMAKE_BUILD_TYPE)

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <charconv>
 #include <chrono>
+#include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <limits>
@@ -20,129 +22,12 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Export/Targets/ExportKinds.h"
+#include "HelpTexts.h"
 #include "Services/Frames/FrameBuffers.h"
 
 namespace corvane::commandline {
 
 namespace {
-
-constexpr char kAbout[] =
-    "Exact test clips from small settings files: make and edit them, and get their frames as pictures or "
-    "video.";
-
-constexpr char kExamples[] =
-    R"(Examples:
-  synthex info Samples/*.synthex             what these clips are
-  synthex render clip.synthex clip.mp4       a video
-  synthex render clip.synthex frame.png --frames 0
-                                             one picture
-  synthex edit clip.synthex                  its settings in a window
-  synthex desktop                            clips, a viewer and exports in a window
-  synthex render --help                      more about a subcommand
-
-The plug-in is looked for where --bundle says, else where the environment's
-SYNTHEX_BUNDLE says, else beside this program (../lib/ImporterSynthex.bundle).
-
-Exit status: 0 done, 1 the request failed, 2 wrong usage.)";
-
-constexpr char kInfoExamples[] =
-    R"(Examples:
-  synthex info clip.synthex
-  synthex info *.synthex --json | jq -r 'select(.fieldType == 0) | .path'
-
---json prints one object a line, one a clip, with these keys: path, width,
-height, parNumerator, parDenominator, fieldType (0 progressive, 1 upper field
-first, 2 lower field first, any other interlaced), depth (bits a pixel), scale,
-sampleSize (the rate is scale / sampleSize frames a second), duration (frames
-times sampleSize, lowest 32 bits), frames, pixelFormat (a name of 'synthex
-formats', or the code as "0x........" if it is unknown), deliveredFormat (the
-format in which frames arrive; null if none can be made).
-
-All clips are tried. Exit status: 0 all were read, 1 some were not.)";
-
-constexpr char kRenderExamples[] =
-    R"(Examples:
-  synthex render clip.synthex clip.mp4                        H.264
-  synthex render clip.synthex clip.mov --codec prores_ks      ProRes
-  synthex render clip.synthex clip.mkv --codec ffv1           lossless
-  synthex render clip.synthex frame.png --frames 12           one picture
-  synthex render clip.synthex 'frame.%05d.png' --frames 0:99  one file a frame
-  synthex render clip.synthex clip.raw --native               the plug-in's own bytes
-  synthex render clip.synthex - --format y4m | ffplay -       through a pipe
-
-A file gets its name when it is complete: a render that fails or is cancelled
-(Ctrl-C) leaves nothing behind, and an older file of that name as it was.
-
-Exit status: 0 done, 1 failed, 2 wrong usage, 130 cancelled by Ctrl-C (128 plus
-the signal's number: 143 for SIGTERM).)";
-
-constexpr char kNewExamples[] =
-    R"(Examples:
-  synthex new clip.synthex                                    in a window
-  synthex new clip.synthex --size 720x576 --par 16:15 --rate 25
-  synthex new clip.synthex --rate 30000/1001 --do fieldTypePopupID=1 \
-      --do durationFramesTextID=300                           without one)"
-    "\n";
-
-constexpr char kEditExamples[] =
-    R"(Examples:
-  synthex edit clip.synthex                                   in a window
-  synthex edit clip.synthex --do frameWidthID=1280 --do frameHeightID=720
-  synthex edit clip.synthex --do chooseColorButtonID0 --answer color=1,0.5,0,1
-  synthex edit clip.synthex --cancel --dump | jq .            only look)"
-    "\n";
-
-/// What --do and its like mean, for the help of both subcommands that show the dialog.
-constexpr char kDialogHelp[] =
-    R"(
-With any of --do, --answer, --cancel and --dump the dialog is worked without a
-window: the actions of --do in their order, then OK (or Cancel). ID names a
-control, as --dump lists them; VALUE is a number, an item's text or index, or
-true or false; a button is pressed by its ID alone. What the dialog asks on the
-way takes the --answers in their order: save=PATH or save=cancel (where to save),
-again=yes or again=no (another path after a failed save), color=R,G,B,A (0 to 1)
-or color=cancel.
-
---dump prints the dialog's state just before it closes: one JSON object of
-ID -> class, enabled, value, items, disabledItems, title, as the control has them.
-A script that can't be carried out changes nothing and says what it should be.
-
-Exit status: 0 done, 1 failed, 2 wrong usage, 3 cancelled.)";
-
-constexpr char kFormatsExamples[] =
-    R"(Examples:
-  synthex formats
-  synthex formats --json | jq -r 'select(.deliveredFormat == .name) | .code'
-
-"mPixelFormat" of a settings file is one of these codes, as a decimal number.
-Frames of formats that can't be drawn in arrive in the one named last.
---json prints one object a line: code, characters, name, deliveredFormat.
-
-Exit status: 0 done, 1 the plug-in could not be used.)";
-
-constexpr char kValidateExamples[] =
-    R"(Examples:
-  synthex validate                                  the bundle that is in use
-  synthex validate build/lib/ImporterSynthex.bundle
-  synthex validate Some.bundle --time-limit 60
-
-The checks are made in a process of its own: a plug-in that hangs or crashes is
-a failed check. Each check is one line, 'pass' or 'FAIL'.
-
-Exit status: 0 all checks passed, 1 some failed.)";
-
-constexpr char kDesktopExamples[] =
-    R"(Examples:
-  synthex desktop                                   an empty project
-  synthex desktop tests.cvproj                      a project
-  synthex desktop *.synthex                         a new project of these clips
-
-A window with the project's clips, a viewer, the settings dialog and exports.
-What is not saved is kept, and offered on the next start, however the program
-ends.
-
-Exit status: 0 closed, 1 no window can be shown, 128 plus the signal's number
-if a signal ended it.)";
 
 /// How the two whole numbers of an option are written.
 struct PairForm {
@@ -278,16 +163,25 @@ void AddValidateOptions(CLI::App& command, ValidateRequest& request) {
         .add_option_function<double>(
             "--time-limit",
             [&request](double seconds) {
+                // A range holds whatever is neither below nor above it: what is no number, too.
+                if (std::isnan(seconds)) throw CLI::ValidationError("--time-limit", "'nan' is no number");
                 request.timeLimit = std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
             },
             "For all checks together (default: 20)")
         ->type_name("SECONDS")
         ->check(CLI::Range(0.001, 86400.0));
+    command
+        .add_option(
+            "--sequences", request.sequences,
+            fmt::format("How many random sequences of requests to send (default: {})", kUsualSequences))
+        ->type_name("COUNT")
+        ->check(CLI::Range(std::uint64_t{0}, std::uint64_t{1'000'000'000}));
 }
 
 void AddMakeChecksOptions(CLI::App& command, ChecksRequest& request) {
     command.add_option("FIRST", request.first)->required();
-    command.add_option("PIPE", request.pipe)->required();
+    command.add_option("REPORTS", request.reports)->required();
+    command.add_option("SEQUENCES", request.sequences)->required();
     command.add_option("BUNDLE", request.bundle)->required();
 }
 
@@ -373,6 +267,8 @@ class Arguments {
 } // namespace
 
 int RunArguments(int argc, const char* const* argv) {
+    // SVT-AV1 would say on standard error what it is and does, and can be told by this alone.
+    ::setenv("SVT_LOG", "0", 0);
     const std::string dialogHelp = kDialogHelp;
     Arguments arguments;
     arguments.Add("info", "Say what clips are", kInfoExamples, AddInfoOptions, RunInfo);

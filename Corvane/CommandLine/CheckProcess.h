@@ -2,9 +2,12 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
+
+#include "Services/Foundation/FileDescriptor.h"
 
 namespace corvane::commandline {
 
@@ -18,13 +21,37 @@ struct CheckProcessEnd {
 /// Told of each finished check: why it failed, or an empty text. Called on the thread of `RunCheckProcess`.
 using OnCheckMade = std::function<void(const std::string& why)>;
 
-/// Makes the checks from number `first` on in a process of their own, which is ended at `deadline`. Throws
-/// `Failure` if no process can be started. One thread at a time.
+/// Makes the checks from number `first` on, with that many random sequences of requests, in a process of
+/// their own. It is ended at `deadline`, and with it every process that came of it, whatever the bundle does:
+/// nothing that is written to this process holds it or fills its memory, and only the code that makes the
+/// checks can tell of one. Makes this process the one that inherits orphans. Throws `Failure` if no process
+/// can be started. Main thread of a process that has no other children.
 CheckProcessEnd RunCheckProcess(const std::filesystem::path& bundle, std::size_t first,
-                                std::chrono::steady_clock::time_point deadline, const OnCheckMade& onMade);
+                                std::uint64_t sequences, std::chrono::steady_clock::time_point deadline,
+                                const OnCheckMade& onMade);
 
-// The process's reports are lines that begin with one of these words and a blank.
-inline constexpr char kReportDoing[] = "doing "; ///< what is asked of the plug-in next
-inline constexpr char kReportMade[] = "made ";   ///< a check is finished; why it failed, or nothing
+/// The other end: what the process that makes the checks reports with. One thread at a time.
+class CheckReporter {
+  public:
+    /// Takes over the descriptor that the process was given. To be made before the bundle gets control. Ends
+    /// the process if nobody is at the other end.
+    explicit CheckReporter(int descriptor);
+
+    /// Says what is asked of the plug-in next. As with the one below, a long text is cut short, and the
+    /// process ends if nobody reads.
+    void Doing(const std::string& what) const { Write(kDoing, what); }
+    /// Says that a check is finished, and why it failed, or nothing.
+    void Made(const std::string& why) const { Write(kMade, why); }
+
+    // What a report begins with after the secret. Each is a line.
+    static constexpr char kDoing[] = " doing ";
+    static constexpr char kMade[] = " made ";
+
+  private:
+    void Write(const char* word, std::string text) const;
+
+    FileDescriptor mDescriptor;
+    std::string mSecret; // makes a line a report
+};
 
 } // namespace corvane::commandline

@@ -1,12 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "Engine/Preferences.h"
 #include "Export/Export.h"
+#include "Validate/Checks.h"
 
 namespace corvane::commandline {
 
@@ -82,6 +84,7 @@ int RunFormats(const FormatsRequest& request);
 struct ValidateRequest {
     std::filesystem::path bundle;
     std::chrono::milliseconds timeLimit = std::chrono::seconds(20); ///< for all checks together
+    std::uint64_t sequences = kUsualSequences;                      ///< of random requests
 };
 /// Prints one line a check, as each is made. Returns `kExitFailed` if one of them fails.
 int RunValidate(const ValidateRequest& request);
@@ -98,10 +101,11 @@ int RunDesktop(const DesktopRequest& request);
 /// `synthex make-checks`, which `RunValidate` starts: make checks in this process.
 struct ChecksRequest {
     std::filesystem::path bundle;
-    int pipe = -1;         ///< descriptor to report on
+    int reports = -1;      ///< descriptor for a `CheckReporter`
     std::size_t first = 0; ///< number of the first check to make
+    std::uint64_t sequences = kUsualSequences;
 };
-/// Reports on the pipe. Ends the process at once if nobody reads there.
+/// Reports to the process that started it. Ends at once if nobody reads there.
 int RunChecks(const ChecksRequest& request);
 
 } // namespace corvane::commandline

@@ -1,6 +1,7 @@
 #include "DialogRun.h"
 
 #include <csignal>
+#include <system_error>
 
 #include <fmt/format.h>
 
@@ -56,7 +57,7 @@ void Say(const DialogOptions& options, const std::string& sentence) {
     if (options.dump)
         PrintError(sentence);
     else
-        Print(sentence + "\n");
+        PrintLine(sentence);
 }
 
 } // namespace
@@ -69,15 +70,16 @@ PreferencesAnswer RunPreferencesDialog(const Bundle& bundle, const PreferencesRe
     PreferencesAnswer answer = options.Scripted() ? RunScript(bundle, request, options, journal)
                                                   : RunWindow(bundle, request, clip, journal);
     if (answer.outcome == PreferencesOutcome::kUnreadable || answer.outcome == PreferencesOutcome::kFailed)
-        throw Failure(fmt::format("{}: the settings can't be edited ({}); nothing was changed.",
-                                  clip.string(), answer.message));
+        throw Failure(fmt::format("{}: the settings can't be edited ({}); {}.", clip.string(), answer.message,
+                                  journal.WhatChanged()));
     return answer;
 }
 
 int FinishDialog(const std::shared_ptr<Bundle>& bundle, const PreferencesAnswer& answer,
-                 const DialogOptions& options, const fs::path& clip, bool replace) {
+                 const DialogOptions& options, const fs::path& clip, const FileJournal& journal,
+                 bool replace) {
     if (answer.outcome == PreferencesOutcome::kCancelled) {
-        PrintError(fmt::format("{}: the dialog was cancelled; nothing was changed.", clip.string()));
+        PrintError(fmt::format("{}: the dialog was cancelled; {}.", clip.string(), journal.WhatChanged()));
         return kExitCancelled;
     }
     if (answer.outcome == PreferencesOutcome::kUseFile) {
@@ -85,13 +87,16 @@ int FinishDialog(const std::shared_ptr<Bundle>& bundle, const PreferencesAnswer&
         Say(options, fmt::format("{}: the clip's source is now {}.", clip.string(), source->Name()));
         return kExitDone;
     }
-    if (!replace && fs::exists(clip))
+    std::error_code error;
+    if (!replace && fs::exists(clip, error))
         throw Failure(
             fmt::format("{}: a file of that name was made meanwhile; it is kept, and the settings are "
                         "not; use --force to replace it.",
                         clip.string()));
-    WriteTextFile(clip, answer.settings);
-    Say(options, fmt::format("{}: saved.", clip.string()));
+    const std::string lost = WriteTextFile(clip, answer.settings);
+    if (answer.outcome == PreferencesOutcome::kNotSaved)
+        throw Failure(fmt::format("{}; its settings were saved to {}.", answer.message, clip.string()));
+    Say(options, fmt::format("{}: saved{}{}.", clip.string(), lost.empty() ? "" : "; ", lost));
     return kExitDone;
 }
 

@@ -20,9 +20,11 @@ PreferencesAnswer RunPreferencesDialog(const Bundle& bundle, const PreferencesRe
                                        FileJournal& journal);
 
 /// Does what the answer asks for: writes the settings to the clip's file, or opens the saved file that is the
-/// source now. Says so, and returns the exit status. `replace` allows that the clip's file exists. Throws
-/// `Failure` if the file can't be written or opened, or exists and is not to be replaced.
+/// source now. Says so, and returns the exit status. `journal` is that of the dialog; `replace` allows that
+/// the clip's file exists. Throws `Failure` if the file can't be written or opened, or exists and is not to
+/// be replaced, and, after the clip's file was written, if another was to be.
 int FinishDialog(const std::shared_ptr<Bundle>& bundle, const PreferencesAnswer& answer,
-                 const DialogOptions& options, const std::filesystem::path& clip, bool replace);
+                 const DialogOptions& options, const std::filesystem::path& clip, const FileJournal& journal,
+                 bool replace);
 
 } // namespace corvane::commandline

@@ -20,7 +20,7 @@ int RunEdit(const EditRequest& request) {
     FileJournal journal;
     const PreferencesRequest preferences{.file = request.clip, .settings = {}};
     const auto answer = RunPreferencesDialog(*bundle, preferences, request.dialog, request.clip, journal);
-    return FinishDialog(bundle, answer, request.dialog, request.clip, true);
+    return FinishDialog(bundle, answer, request.dialog, request.clip, journal, true);
 }
 
 } // namespace corvane::commandline

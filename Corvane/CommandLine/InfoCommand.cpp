@@ -29,11 +29,11 @@ std::string PixelFormatText(CvPixelFormat format) {
                        PixelFormatHex(format));
 }
 
-std::string Text(const Clip& clip) {
+void PrintText(const Clip& clip) {
     const ClipInfo& info = clip.Info();
-    std::string text = clip.Name() + "\n";
+    PrintLine(clip.Name());
     const auto add = [&](const char* label, const std::string& value) {
-        text += fmt::format("  {:<14} {}\n", label, value);
+        PrintLine(fmt::format("  {:<14} {}", label, value));
     };
     add("Size", SizeText(info.format.size));
     add("Pixel aspect", ShownText(info.format));
@@ -44,7 +44,6 @@ std::string Text(const Clip& clip) {
     if (const PixelFormatRow* const delivered = FindPixelFormatOf(info.format.raster))
         add("Delivered as", PixelFormatText(delivered->code));
     if (const std::string why = clip.WhyNotRenderable(); !why.empty()) add("Not renderable", why);
-    return text;
 }
 
 std::string JSONLine(const Clip& clip) {
@@ -77,8 +76,11 @@ int RunInfo(const InfoRequest& request) {
     for (const std::filesystem::path& path : request.clips) {
         try {
             const auto clip = Clip::OpenFile(bundle, path);
-            if (!request.json && !first) Print("\n");
-            Print(request.json ? JSONLine(*clip) : Text(*clip));
+            if (!request.json && !first) PrintLine("");
+            if (request.json)
+                Print(JSONLine(*clip));
+            else
+                PrintText(*clip);
             first = false;
         } catch (const Failure& failure) {
             PrintError(failure.what());

@@ -9,6 +9,7 @@
 #include "Commands.h"
 #include "DialogRun.h"
 #include "Engine/Failure.h"
+#include "Services/Foundation/AtomicFile.h"
 
 namespace corvane::commandline {
 
@@ -18,9 +19,16 @@ namespace fs = std::filesystem;
 
 /// Says at once what would otherwise come up only after the person has set everything.
 void CheckOutput(const fs::path& output, bool force) {
-    const auto fail = [&](const char* why) { throw Failure(fmt::format("{}: {}.", output.string(), why)); };
+    const auto fail = [&](const std::string& why) {
+        throw Failure(fmt::format("{}: {}.", output.string(), why));
+    };
     std::error_code error;
     if (fs::is_directory(output, error)) fail("this is a folder; name a file in it");
+    try {
+        FollowLinks(output);
+    } catch (const FileError& why) {
+        fail(fmt::format("{}; {}", why.what(), why.GetRemedy()));
+    }
     if (fs::exists(output, error) && !force) fail("the file exists; use --force to replace it, or edit it");
     const fs::path folder = fs::absolute(output).parent_path();
     if (!fs::is_directory(folder, error)) fail("the folder does not exist; make it first");
@@ -34,9 +42,9 @@ void CheckOutput(const fs::path& output, bool force) {
 
 /// Whether the person saved to the file from within the dialog, and so has decided about what was there.
 bool WasSavedTo(const fs::path& output, const FileJournal& journal) {
-    return std::ranges::any_of(journal.Paths(), [&](const Mosk::String& path) {
+    return std::ranges::any_of(journal.Entries(), [&](const FileJournal::Entry& entry) {
         std::error_code error;
-        return fs::equivalent(Mosk::ToUTF8(path), output, error);
+        return entry.changed && fs::equivalent(entry.target, output, error);
     });
 }
 
@@ -49,7 +57,7 @@ int RunNew(const NewRequest& request) {
     const PreferencesRequest preferences{.file = {}, .settings = {}, .sequence = request.sequence};
     const auto answer = RunPreferencesDialog(*bundle, preferences, request.dialog, request.output, journal);
     const bool replace = request.force || WasSavedTo(request.output, journal);
-    return FinishDialog(bundle, answer, request.dialog, request.output, replace);
+    return FinishDialog(bundle, answer, request.dialog, request.output, journal, replace);
 }
 
 } // namespace corvane::commandline

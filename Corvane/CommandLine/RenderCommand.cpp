@@ -1,5 +1,6 @@
 #include <atomic>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <system_error>
@@ -23,9 +24,14 @@ std::atomic<int> gSignal{0};
 static_assert(std::atomic<bool>::is_always_lock_free && std::atomic<int>::is_always_lock_free,
               "a signal handler may touch nothing else");
 
+// The first signal cancels the export. A second one ends the program, whatever holds it: by `quick_exit`,
+// which a handler may call, and which removes the temporary file if it can.
 void OnEndingSignal(int signal) {
+    if (gCancel.exchange(true)) {
+        ::signal(signal, SIG_DFL);
+        std::quick_exit(128 + signal);
+    }
     gSignal = signal;
-    gCancel = true;
 }
 
 /// Whether the export makes files that have to be tidied up. A pipe or device is written as it is, and a
@@ -37,8 +43,7 @@ bool MakesFiles(const std::filesystem::path& output) {
            (type == std::filesystem::file_type::not_found || type == std::filesystem::file_type::regular);
 }
 
-/// Lets the signals that end a program end the export instead, which then tidies up. A second signal does no
-/// more: ending at once would leave a half-written file.
+/// Lets the signals that end a program end the export instead, which then tidies up.
 void TakeEndingSignals() {
     struct sigaction action {};
     action.sa_handler = OnEndingSignal;
@@ -72,7 +77,8 @@ int RunRender(const RenderRequest& request) {
         return 128 + gSignal;
     }
     if (!request.quiet && !toOutput)
-        Print(fmt::format("{}: {}, {}\n", output, FramesText(report.frames), BytesText(report.bytes)));
+        PrintLine(fmt::format("{}: {}, {}{}", output, FramesText(report.frames), BytesText(report.bytes),
+                              report.dropsAlpha ? ", without the clip's alpha" : ""));
     return kExitDone;
 }
 

@@ -6,7 +6,6 @@
 #include <string>
 
 #include <sys/prctl.h>
-#include <unistd.h>
 
 #include <fmt/format.h>
 
@@ -15,7 +14,6 @@
 #include "Console.h"
 #include "Engine/Bundle.h"
 #include "Engine/Failure.h"
-#include "Services/Foundation/FileDescriptor.h"
 #include "Validate/Checks.h"
 
 namespace corvane::commandline {
@@ -29,19 +27,19 @@ class Results {
   public:
     void Add(std::string_view sentence, const std::string& why) {
         ++mMade;
-        if (why.empty()) return Say(fmt::format("pass  {}\n", sentence));
+        if (why.empty()) return Say(fmt::format("pass  {}", sentence));
         ++mFailed;
-        Say(fmt::format("FAIL  {}: {}.\n", sentence.substr(0, sentence.size() - 1), why));
+        Say(fmt::format("FAIL  {}: {}.", sentence.substr(0, sentence.size() - 1), why));
     }
 
     /// Prints the sum. Returns the exit status.
     int Finish(std::size_t wanted) const {
         if (mFailed == 0)
-            Say(fmt::format("All {} checks passed.\n", mMade));
+            Say(fmt::format("All {} checks passed.", mMade));
         else if (mMade == wanted)
-            Say(fmt::format("{} of {} checks failed.\n", mFailed, wanted));
+            Say(fmt::format("{} of {} checks failed.", mFailed, wanted));
         else
-            Say(fmt::format("{} of {} checks failed; {} could not be made.\n", mFailed, wanted,
+            Say(fmt::format("{} of {} checks failed; {} could not be made.", mFailed, wanted,
                             wanted - mMade));
         return mFailed == 0 ? kExitDone : kExitFailed;
     }
@@ -49,7 +47,7 @@ class Results {
   private:
     /// At once: a person watches, and the checks that follow may take long.
     static void Say(const std::string& line) {
-        Print(line);
+        PrintLine(line);
         FlushOutput();
     }
 
@@ -58,30 +56,23 @@ class Results {
 };
 
 /// Makes all checks. After one that ended the process, the rest are made in a new one.
-void MakeAll(const std::filesystem::path& bundle, std::chrono::steady_clock::time_point deadline,
-             Results& results) {
+void MakeAll(const std::filesystem::path& bundle, std::uint64_t sequences,
+             std::chrono::steady_clock::time_point deadline, Results& results) {
     const std::span<const Check> checks = AllChecks();
     std::size_t next = 0;
     bool stop = false;
     const auto take = [&](const std::string& why) {
+        if (next == checks.size()) return;
         stop = !why.empty() && checks[next].essential;
         results.Add(checks[next++].sentence, why);
     };
     while (!stop && next < checks.size()) {
-        const CheckProcessEnd end = RunCheckProcess(bundle, next, deadline, take);
+        const CheckProcessEnd end = RunCheckProcess(bundle, next, sequences, deadline, take);
         if (stop) return;
         if (next == checks.size()) return results.Add(kLastSentence, end.inOrder ? "" : end.how);
         take(end.how);
         if (end.timedOut) return;
     }
-}
-
-/// Reports to the process that started this one.
-void Report(const FileDescriptor& pipe, const char* word, std::string text) {
-    std::ranges::replace(text, '\n', ' ');
-    const std::string line = word + text + "\n";
-    // Without the one who started it, the reports are of no use to anybody.
-    if (!pipe.Write(std::as_bytes(std::span(line)))) ::_exit(kExitFailed);
 }
 
 /// Makes one check. Returns why it failed, or an empty text.
@@ -101,17 +92,18 @@ std::string Make(const Check& check, CheckRun& run) {
 int RunValidate(const ValidateRequest& request) {
     const std::filesystem::path bundle = Bundle::Find(request.bundle);
     Results results;
-    MakeAll(bundle, std::chrono::steady_clock::now() + request.timeLimit, results);
+    MakeAll(bundle, request.sequences, std::chrono::steady_clock::now() + request.timeLimit, results);
     return results.Finish(AllChecks().size() + 1);
 }
 
 int RunChecks(const ChecksRequest& request) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    const FileDescriptor pipe(request.pipe);
+    const CheckReporter reporter(request.reports);
     for (const Check& check : AllChecks().subspan(std::min(request.first, AllChecks().size()))) {
-        CheckRun run(request.bundle, [&](const std::string& what) { Report(pipe, kReportDoing, what); });
+        CheckRun run(request.bundle, request.sequences,
+                     [&](const std::string& what) { reporter.Doing(what); });
         const std::string why = Make(check, run);
-        Report(pipe, kReportMade, why);
+        reporter.Made(why);
         if (check.essential && !why.empty()) break;
     }
     return kExitDone;

@@ -30,6 +30,13 @@ std::u16string PluginPath(const std::filesystem::path& path) {
     }
 }
 
+/// Why settings of that many bytes are not read; empty if they are.
+std::string WhyTooLarge(const char* what, std::uint64_t size) {
+    if (size <= Mosk::File::kSizeLimit) return {};
+    return fmt::format("{} {} bytes, more than the {} that settings may have", what, size,
+                       Mosk::File::kSizeLimit);
+}
+
 /// Why a settings file that the plug-in could not read can't be read.
 std::string WhyUnreadable(const std::filesystem::path& path) {
     struct stat status {};
@@ -37,9 +44,8 @@ std::string WhyUnreadable(const std::filesystem::path& path) {
         return errno == ENOENT ? "there is no such file" : std::string(std::strerror(errno));
     if (S_ISDIR(status.st_mode)) return "this is a folder, not a settings file";
     if (!S_ISREG(status.st_mode)) return "this is a pipe or a device, not a settings file";
-    if (static_cast<std::uint64_t>(status.st_size) > Mosk::File::kSizeLimit)
-        return fmt::format("the file has {} bytes, more than the {} that a settings file may have",
-                           status.st_size, Mosk::File::kSizeLimit);
+    if (auto why = WhyTooLarge("the file has", static_cast<std::uint64_t>(status.st_size)); !why.empty())
+        return why;
     if (::access(path.c_str(), R_OK) != 0) return "you are not allowed to read this file";
     return "the plug-in can't read this file";
 }
@@ -86,6 +92,7 @@ std::unique_ptr<Clip> Clip::OpenFile(std::shared_ptr<Bundle> bundle, const std::
 
 std::unique_ptr<Clip> Clip::OpenPrefs(std::shared_ptr<Bundle> bundle, std::string name, std::string prefs) {
     std::unique_ptr<Clip> clip(new Clip(std::move(bundle), std::move(name)));
+    if (const std::string why = WhyTooLarge("its settings have", prefs.size()); !why.empty()) clip->Fail(why);
     clip->mPrefs = std::move(prefs);
     clip->AskForInfo();
     return clip;

@@ -37,17 +37,17 @@ void FillRecords(const PreferencesRequest& request, Records& records) {
     records.prefs.mSequenceSampleSize = request.sequence.rate.sampleSize;
 }
 
-/// The path that a block holds the beginning of. The block has as many bytes as the path has code units, its
-/// terminating zero included, which is the first half of the text. It is the path of a file that was written
-/// during the request; the last one written that fits.
-std::u16string FindPath(const void* block, const FileJournal& journal) {
+/// The file whose path a block holds the beginning of. The block has as many bytes as the path has code
+/// units, its terminating zero included, which is the first half of the text. It is a file that was written
+/// during the request, or was to be; the last one that fits. Null if there is none.
+const FileJournal::Entry* FindFile(const void* block, const FileJournal& journal) {
     const std::size_t size = HostBlockSize(block);
-    const auto fits = [&](const Mosk::String& path) {
-        return path.size() + 1 == size && std::memcmp(path.c_str(), block, size) == 0;
+    const auto fits = [&](const FileJournal::Entry& entry) {
+        return entry.path.size() + 1 == size && std::memcmp(entry.path.c_str(), block, size) == 0;
     };
-    const auto& paths = journal.Paths();
-    const auto found = std::find_if(paths.rbegin(), paths.rend(), fits);
-    return found == paths.rend() ? std::u16string() : *found;
+    const auto& entries = journal.Entries();
+    const auto found = std::find_if(entries.rbegin(), entries.rend(), fits);
+    return found == entries.rend() ? nullptr : &*found;
 }
 
 PreferencesAnswer Failed(std::string why) {
@@ -57,11 +57,17 @@ PreferencesAnswer Failed(std::string why) {
 /// Takes the block of the new path over.
 PreferencesAnswer UseFile(char16_t* block, const FileJournal& journal) {
     const std::unique_ptr<char16_t, void (*)(void*)> owned(block, MemoryFunctions()->Free);
-    const std::u16string path = block != nullptr ? FindPath(block, journal) : std::u16string();
-    if (path.empty())
+    const FileJournal::Entry* const entry = block != nullptr ? FindFile(block, journal) : nullptr;
+    if (entry == nullptr)
         return Failed("the plug-in names a saved file as the source, and saved none of that name");
-    return {
-        .outcome = PreferencesOutcome::kUseFile, .settings = {}, .file = Mosk::ToUTF8(path), .message = {}};
+    std::string file = Mosk::ToUTF8(entry->path);
+    if (entry->whyNot.empty())
+        return {.outcome = PreferencesOutcome::kUseFile, .settings = {}, .file = file, .message = {}};
+    return {.outcome = PreferencesOutcome::kNotSaved,
+            .settings = entry->text,
+            .file = {},
+            .message =
+                fmt::format("{} could not be saved ({}) and is not the clip's source", file, entry->whyNot)};
 }
 
 PreferencesAnswer Interpret(const Answer& answer, const Records& records, const FileJournal& journal) {

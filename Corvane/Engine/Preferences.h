@@ -27,6 +27,7 @@ struct PreferencesRequest {
 enum class PreferencesOutcome {
     kDone,       ///< the person confirmed the settings
     kUseFile,    ///< the person saved them, and the saved file is to be the clip's source
+    kNotSaved,   ///< the same, but they are not in that file: keep them elsewhere
     kCancelled,  ///< the settings are as they were
     kUnreadable, ///< the clip's file could not be read
     kFailed
@@ -35,9 +36,9 @@ enum class PreferencesOutcome {
 /// What came of a request.
 struct PreferencesAnswer {
     PreferencesOutcome outcome = PreferencesOutcome::kFailed;
-    std::string settings;       ///< the settings text; of `kDone` and `kCancelled`
+    std::string settings;       ///< the settings text; of `kDone`, `kNotSaved` and `kCancelled`
     std::filesystem::path file; ///< of `kUseFile`: the saved file
-    std::string message;        ///< of `kUnreadable` and `kFailed`: why, as half a sentence
+    std::string message;        ///< of `kNotSaved`, `kUnreadable` and `kFailed`: why, as half a sentence
 };
 
 /// Sends the preferences request (selector 38) as a host does, which shows the plug-in's dialog on the

@@ -18,7 +18,8 @@ std::string WriteProject(const Project& project, const std::filesystem::path& fo
 /// A project from its text. `name` is what messages call it; relative paths begin at `folder`. It is no error
 /// that a clip's file does not exist: the clip is missing, not the project.
 ///
-/// Throws `Failure` with the reason if the text is cut or damaged, is no project, or is of a newer version.
+/// Throws `Failure` with the reason if the text is cut or damaged, nests deeper than settings may, is no
+/// project, or is of a newer version.
 Project ReadProject(const std::string& text, const std::string& name, const std::filesystem::path& folder);
 
 /// Opens a project file. Throws `Failure`, also if it can't be read.

@@ -39,7 +39,8 @@ void VisitMembers(Settings& settings, const Visit& visit) {
 
 /// The member of that name; empty if there is none.
 ValuePtr MemberOf(const ValuePtr& value, const char* key) {
-    return value && boost::any_cast<Object>(value.get()) ? GetVariantInObject(*value, key) : ValuePtr();
+    const auto* const object = boost::any_cast<Object>(value.get());
+    return object ? GetVariantInObject(*object, key) : ValuePtr();
 }
 
 /// Takes the number over, the low bits of one that is too large. Integers pass for a color's floats, but not
@@ -80,10 +81,11 @@ ClipSettings ReadSettings(const std::string& text) {
 
 std::string WriteSettings(const ClipSettings& settings) {
     Value tree = Object();
+    const auto& members = boost::any_cast<const Object&>(tree);
     VisitMembers(settings, [&](const char* key, const char* part, auto member) {
         if (part == nullptr) return AddToObject(tree, key, JSONOf(member));
-        if (!GetVariantInObject(tree, key)) AddToObject(tree, key, Value(Object()));
-        AddToObject(*GetVariantInObject(tree, key), part, JSONOf(member));
+        if (!GetVariantInObject(members, key)) AddToObject(tree, key, Value(Object()));
+        AddToObject(*GetVariantInObject(members, key), part, JSONOf(member));
     });
     return GetJSONUTF8String(tree, false);
 }

@@ -27,11 +27,16 @@ std::string ReadTextFile(const std::filesystem::path& path) {
     }
 }
 
-void WriteTextFile(const std::filesystem::path& path, const std::string& text) {
+std::string WriteTextFile(const std::filesystem::path& path, const std::string& text, mode_t mode) {
+    if (text.size() > kMostBytes)
+        throw Failure(fmt::format("{}: it would have {} bytes, more than the {} that are read; nothing was "
+                                  "changed.",
+                                  path.string(), text.size(), kMostBytes));
     try {
-        AtomicFile file(path);
+        AtomicFile file(path, mode);
         file.Write(std::as_bytes(std::span(text)));
         file.Commit();
+        return file.WhatIsLost();
     } catch (const FileError& error) {
         throw Failure(
             fmt::format("{}: it could not be saved ({}); nothing was changed.", path.string(), error.what()));

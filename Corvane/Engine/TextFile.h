@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <string>
 
+#include <sys/types.h>
+
 namespace corvane {
 
 /// The text of the file at `path`. Throws `Failure`, whose sentence names the file and says why, if there is
@@ -10,8 +12,10 @@ namespace corvane {
 /// thread.
 std::string ReadTextFile(const std::filesystem::path& path);
 
-/// Makes `text` all that is in the file at `path`, as `AtomicFile` replaces files: never half of it. Throws
-/// `Failure`, whose sentence names the file and says why, and that nothing was changed. Any thread.
-void WriteTextFile(const std::filesystem::path& path, const std::string& text);
+/// Makes `text` all that is in the file at `path`, as `AtomicFile` replaces files: never half of it. A new
+/// file gets the permissions `mode`, as far as the process gives them. Returns what could not be kept of an
+/// older file, as a clause, or nothing. Throws `Failure`, whose sentence names the file and says why, and
+/// that nothing was changed; also if the text is too long to be read again. Any thread.
+std::string WriteTextFile(const std::filesystem::path& path, const std::string& text, mode_t mode = 0666);
 
 } // namespace corvane

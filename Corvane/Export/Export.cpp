@@ -95,6 +95,10 @@ std::unique_ptr<Target> MakeTarget(const ExportOptions& options, const ExportKin
     return MakeLibavTarget({options.output, kind.name, options.codec, facts});
 }
 
+bool DropsAlpha(const StreamFacts& facts, const Target& target) {
+    return facts.HasAlpha() && !target.KeepsAlpha();
+}
+
 } // namespace
 
 ExportPreview PreviewExport(const Clip& clip, const ExportOptions& options) {
@@ -107,7 +111,7 @@ ExportPreview PreviewExport(const Clip& clip, const ExportOptions& options) {
         if (std::string reason = clip.WhyNotRenderable(); !reason.empty()) return {std::move(reason), false};
         const StreamFacts facts = FactsOf(clip, clip.Info().frames);
         const std::unique_ptr<Target> target = MakeTarget(nowhere, kind, facts);
-        return {{}, facts.HasAlpha() && !target->KeepsAlpha()};
+        return {{}, DropsAlpha(facts, *target)};
     } catch (const Failure& failure) {
         std::string reason = failure.what();
         if (const std::string start = fmt::format("{}: ", kNowhere); reason.starts_with(start))
@@ -128,7 +132,8 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
     const std::int64_t total = range.last - range.first + 1;
 
     const WriteSignalGuard guard;
-    const std::unique_ptr<Target> target = MakeTarget(options, kind, FactsOf(clip, total));
+    const StreamFacts facts = FactsOf(clip, total);
+    const std::unique_ptr<Target> target = MakeTarget(options, kind, facts);
     const RenderFrame render = [&clip](std::int64_t index) {
         Frame frame = clip.GetFrame(index);
         const FrameView view = frame.View();
@@ -139,6 +144,7 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
         RunPipeline(render, *target, range.first, range.last, JobsOf(options, *target), progress, cancel);
     report.cancelled = report.frames < total;
     if (report.cancelled) return report;
+    report.dropsAlpha = DropsAlpha(facts, *target);
     target->Finish();
     report.bytes = target->BytesWritten();
     return report;

@@ -22,9 +22,12 @@ struct ExportOptions {
     std::string format;
     /// The codec, NAME[:option=value[:option=value...]], such as `h264:preset=ultrafast:crf=23` or
     /// `ffv1:pix_fmt=yuv420p`. NAME is one of `ExportCodecs` or any encoder of libav; the options are the
-    /// encoder's own, and `pix_fmt` and `threads`. For `y4m` it is the sampling: 420, 422 or 444, with p10,
-    /// p12, p14 or p16 behind it for more bits. Empty: the kind's default, with the defaults of
-    /// `H264Settings`.
+    /// encoder's own, and `pix_fmt` and `threads`. For `y4m` it is the sampling: 420, 422 or 444, with p8,
+    /// p10, p12, p14 or p16 behind it for other bits than 16 of float frames and 8 of others. Empty: the
+    /// kind's default, with the defaults of `H264Settings`.
+    ///
+    /// Without `pix_fmt` the pictures keep what the codec can of the clip's alpha and of its bits (H.264:
+    /// 8 bits).
     std::string codec;
     /// First and last frame, both included, from 0. Empty: the whole clip, or its first frame for one
     /// picture.
@@ -43,6 +46,8 @@ using ExportProgress = std::function<void(std::int64_t done, std::int64_t total)
 struct ExportReport {
     std::int64_t frames = 0;
     std::uint64_t bytes = 0; ///< bytes written, all files together
+    /// Whether the clip has alpha and the output has no place for it.
+    bool dropsAlpha = false;
     /// Whether the export was cancelled; nothing is left behind then.
     bool cancelled = false;
 };

@@ -39,15 +39,11 @@ std::unordered_set<std::string> PicturesIn(const fs::path& folder, std::string_v
 
 } // namespace
 
-ExportOptions OptionsFor(const ExportChoice& choice, const Clip& clip) {
+ExportOptions OptionsFor(const ExportChoice& choice) {
     ExportOptions options;
     options.format = choice.kind;
-    options.native = choice.native;
-    if (choice.codecWithAlpha != nullptr) {
-        options.codec = choice.codecWithAlpha;
-        if (PreviewExport(clip, options).whyNot.empty()) return options;
-    }
     options.codec = choice.codec;
+    options.native = choice.native;
     return options;
 }
 

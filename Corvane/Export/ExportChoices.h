@@ -13,9 +13,8 @@ namespace corvane {
 
 // What the window does with the rows of `ExportKinds.h`. Any thread.
 
-/// The options for exporting the clip in this way, without output and frames. Opens the encoder if the choice
-/// has a codec for alpha, which takes some milliseconds. Fails only for want of memory.
-ExportOptions OptionsFor(const ExportChoice& choice, const Clip& clip);
+/// The options for exporting in this way, without output and frames. Fails only for want of memory.
+ExportOptions OptionsFor(const ExportChoice& choice);
 /// Puts settings into options that `OptionsFor` gave for a choice of H.264; else it has the defaults.
 void SetH264(ExportOptions& options, const H264Settings& h264);
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include <sys/resource.h>
@@ -64,13 +65,28 @@ ExportQueue::~ExportQueue() {
 ExportQueue::ID ExportQueue::Add(ExportJob job) {
     const auto entry = std::make_shared<Entry>();
     entry->job = std::move(job);
-    const std::lock_guard lock(mMutex);
-    entry->id = ++mLast;
-    mEntries.push_back(entry);
-    mWaiting.push_back(entry);
-    if (!mThread.joinable()) mThread = std::thread([this] { RunJobs(); });
+    bool runs = true;
+    {
+        const std::lock_guard lock(mMutex);
+        entry->id = ++mLast;
+        mEntries.push_back(entry);
+        runs = Start();
+        if (runs) mWaiting.push_back(entry);
+    }
     mWake.notify_all();
+    if (!runs)
+        Fail(*entry, fmt::format("{}: the system can't start a thread for the export; end other programs",
+                                 entry->job.options.output.string()));
     return entry->id;
+}
+
+bool ExportQueue::Start() {
+    try {
+        if (!mThread.joinable()) mThread = std::thread([this] { RunJobs(); });
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 void ExportQueue::Cancel(ID id) {

@@ -54,8 +54,8 @@ class ExportQueue {
   public:
     using ID = std::uint64_t;
     /// Told of every change of a job's state, and a few times a second of its progress, on the queue's
-    /// thread. If a waiting job is cancelled, told on the thread that cancels it. It may call the queue and
-    /// must not throw.
+    /// thread. If a waiting job is cancelled, told on the thread that cancels it; if the queue can't have a
+    /// thread, on the one that adds the job. It may call the queue and must not throw.
     using Listener = std::function<void(ID, const ExportStatus&)>;
 
     /// `bundle` makes the clips. `listener` may be empty.
@@ -86,6 +86,7 @@ class ExportQueue {
     struct Entry;
     using EntryPtr = std::shared_ptr<Entry>;
 
+    bool Start();
     void RunJobs();
     void RunJob(Entry& entry);
     void Export(Entry& entry);

@@ -4,7 +4,9 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <new>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -26,15 +28,29 @@ class Pipeline {
           mCancel(cancel), mSlots(jobs == 1 ? 1 : 2 * std::size_t{jobs}) {}
 
     std::int64_t Run(unsigned jobs) {
-        std::vector<std::thread> threads;
-        for (unsigned i = 1; i < jobs; ++i) threads.emplace_back([this] { Work(); });
-        Work();
-        for (std::thread& thread : threads) thread.join();
+        {
+            std::vector<std::jthread> threads;
+            threads.reserve(jobs);
+            while (threads.size() + 1 < jobs && Start(threads)) {
+            }
+            Work();
+        }
         if (mError) std::rethrow_exception(mError);
         return mConsumed;
     }
 
   private:
+    // Starts one more thread. False if the system has none left: those that run will do.
+    bool Start(std::vector<std::jthread>& threads) {
+        try {
+            threads.emplace_back([this] { Work(); });
+            return true;
+        } catch (const std::system_error&) {
+        } catch (const std::bad_alloc&) {
+        }
+        return false;
+    }
+
     void Work() {
         std::unique_lock lock(mMutex);
         try {

@@ -1,5 +1,6 @@
 /// What tests and benchmarks ask of the host services that no program does. A target of its own: only what
-/// links `corvane_test_hooks` can call these. All may be called from any thread, and none can fail.
+/// links `corvane_test_hooks` can call these. All may be called from any thread, unless they say otherwise,
+/// and none can fail.
 #pragma once
 
 #include <cstdint>
@@ -17,6 +18,9 @@ void PurgeIdleFrames();
 /// that back.
 void FailFrameCreation(std::uint32_t nth);
 
+/// From now on, frames tell that their rows go up in memory, as in some hosts; or no longer.
+void StoreFramesBottomUp(bool bottomUp);
+
 /// Says whether a suite is to be refused; called on the thread that acquires it.
 using SuiteRefusal = bool (*)(const char* name, std::int32_t version);
 
@@ -25,6 +29,10 @@ void SetSuiteRefusal(SuiteRefusal refuse);
 
 /// Blocks handed out by the host's memory functions and not freed yet.
 std::int64_t HostBlocksInUse();
+
+/// From now on, values that the program sets raise change messages, too, as in other toolkits; or no longer.
+/// UI thread.
+void RaiseProgramMessages(bool raise);
 
 /// How many of the toolkit's controls and dialogs exist at this moment.
 std::int64_t CountLiveNodes();

@@ -27,6 +27,8 @@ std::vector<std::string> Command(const std::vector<std::string>& program, const 
     if (options.addressSpace != 0) command.push_back(fmt::format("--as={}", options.addressSpace));
     if (options.fileSize != 0) command.push_back(fmt::format("--fsize={}", options.fileSize));
     if (options.unprivileged && ::geteuid() == 0) command.insert(command.end(), {"setpriv", "--reuid=65534"});
+    if (!options.redirections.empty())
+        command.insert(command.end(), {"sh", "-c", "exec \"$@\" " + options.redirections, "sh"});
     command.insert(command.end(), program.begin(), program.end());
     return command;
 }

@@ -29,6 +29,7 @@ struct ProcessOptions {
     std::uint64_t fileSize = 0;                                        ///< limit in bytes; 0 for none
     bool unprivileged = false;                                         ///< as a user who is not root
     bool terminal = false;                                             ///< standard error is a terminal
+    std::string redirections = {};     ///< of the shell, such as ">&-", on top of the rest
     std::filesystem::path output = {}; ///< where standard output goes; empty: into the result
 };
 

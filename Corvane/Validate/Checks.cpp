@@ -39,6 +39,8 @@ std::span<const Check> AllChecks() {
         {"The gradient blends from top to bottom and from start to end.", CheckGradient},
         {"The same frame is made of the same bytes every time, and given back.", CheckRepeatedFrame},
         {"Frames that can't be made are refused and leave none behind.", CheckImpossibleFrames},
+        {"Requests in random order, with records between guard pages, are answered by the contract.",
+         CheckSequences},
         {"Instances that are closed leave no memory behind.", CheckInstancesAreFreed},
         {"Loading 100 times grows neither memory nor the number of mappings.", CheckReload},
     };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <span>
@@ -15,11 +16,13 @@ class CheckRun {
     /// Told what is being asked of the plug-in, before it is asked.
     using OnDoing = std::function<void(const std::string&)>;
 
-    CheckRun(std::filesystem::path bundle, OnDoing onDoing)
-        : mBundle(std::move(bundle)), mOnDoing(std::move(onDoing)) {}
+    CheckRun(std::filesystem::path bundle, std::uint64_t sequences, OnDoing onDoing)
+        : mBundle(std::move(bundle)), mSequences(sequences), mOnDoing(std::move(onDoing)) {}
 
     /// The bundle to check.
     const std::filesystem::path& BundlePath() const { return mBundle; }
+    /// How many random sequences of requests to send.
+    std::uint64_t Sequences() const { return mSequences; }
 
     /// Says what is asked of the plug-in next, as a clause that goes on after "while" ("opening a settings
     /// file"). It is what the person reads if the plug-in hangs or ends the process, and what a failure is
@@ -42,10 +45,15 @@ class CheckRun {
     static std::string Unexpected(const char* what, const std::string& found, const std::string& wanted);
 
     std::filesystem::path mBundle;
+    std::uint64_t mSequences;
     OnDoing mOnDoing;
     std::string mDoing;
     std::string mWhyFailed;
 };
+
+/// How many random sequences of requests are sent unless the person asks for more: what takes less than a
+/// second.
+inline constexpr std::uint64_t kUsualSequences = 500;
 
 /// A check that a host makes of an importer, through its entry point alone.
 struct Check {

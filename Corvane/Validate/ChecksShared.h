@@ -45,6 +45,8 @@ void CheckGradient(CheckRun& run);
 void CheckRepeatedFrame(CheckRun& run);
 void CheckImpossibleFrames(CheckRun& run);
 
+void CheckSequences(CheckRun& run);
+
 /// A regular file that lives in memory: it needs no folder, and nothing of it stays when the process is
 /// ended.
 class MemoryFile {

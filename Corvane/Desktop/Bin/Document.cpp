@@ -68,13 +68,14 @@ void Document::Change(const QString& text, Project after) {
     if (!after.HoldsSameAs(mProject)) mUndo.push(new ProjectStep(*this, text, std::move(after)));
 }
 
-void Document::WriteSettings(const QString& text, const std::filesystem::path& file,
-                             const std::string& settings) {
+std::string Document::WriteSettings(const QString& text, const std::filesystem::path& file,
+                                    const std::string& settings) {
     std::string before = ReadTextFile(file);
-    if (before == settings) return;
-    WriteTextFile(file, settings);
+    if (before == settings) return {};
+    std::string lost = WriteTextFile(file, settings);
     mUndo.push(new FileStep(*this, text, file, std::move(before), settings));
     Q_EMIT Changed();
+    return lost;
 }
 
 void Document::Put(const Project& project) {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include <QObject>
 #include <QUndoStack>
@@ -31,9 +32,11 @@ class Document final : public QObject {
     /// "Rename Clip". Does nothing if nothing changes.
     void Change(const QString& text, Project after);
     /// Writes a clip's settings file, as one step that can be undone: undoing it writes the earlier text,
-    /// unless the file holds something else by then (`StepFailed`). Throws `Failure` if the file can't be
-    /// read or written; nothing is changed then.
-    void WriteSettings(const QString& text, const std::filesystem::path& file, const std::string& settings);
+    /// unless the file holds something else by then (`StepFailed`). Returns what could not be kept of the
+    /// file, as `WriteTextFile` does. Throws `Failure` if the file can't be read or written; nothing is
+    /// changed then.
+    std::string WriteSettings(const QString& text, const std::filesystem::path& file,
+                              const std::string& settings);
 
     /// Starts over with an empty project. Here, as in the next two, the steps so far can no longer be undone.
     void Clear();

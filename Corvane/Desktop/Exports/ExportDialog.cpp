@@ -53,7 +53,7 @@ ExportDialog::ExportDialog(const Clip& clip, const QString& name, const ExportPl
 
 void ExportDialog::FindKinds(const Clip& clip) {
     for (const ExportChoice& choice : ExportChoices()) {
-        ExportOptions options = OptionsFor(choice, clip);
+        ExportOptions options = OptionsFor(choice);
         ExportPreview preview = PreviewExport(clip, options);
         mKinds.push_back({&choice, std::move(options), std::move(preview)});
     }

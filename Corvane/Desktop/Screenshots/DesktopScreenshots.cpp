@@ -19,6 +19,7 @@
 #include "Desktop/Exports/ExportPanel.h"
 #include "Desktop/Window/Appearance.h"
 #include "Desktop/Window/MainWindow.h"
+#include "Services/Foundation/StandardStreams.h"
 
 namespace {
 
@@ -126,6 +127,7 @@ void TakeAll(Session& session, const QStringList& samples, const QStringList& ba
 } // namespace
 
 int main(int, char** arguments) {
+    corvane::KeepStandardStreamsOpen();
     QtPlatform platform({});
     const corvane::ScopedPlatform scope(platform);
     const QDir samples(QString::fromLocal8Bit(arguments[2])), clips(QString::fromLocal8Bit(arguments[3]));

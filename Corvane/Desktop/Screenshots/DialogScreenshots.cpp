@@ -12,6 +12,7 @@
 
 #include "Desktop/Toolkit/QtPlatform.h"
 #include "Engine/Preferences.h"
+#include "Services/Foundation/StandardStreams.h"
 
 namespace {
 
@@ -45,6 +46,7 @@ bool Take(const corvane::Bundle& bundle, const std::string& path, const std::fun
 } // namespace
 
 int main(int, char** arguments) {
+    corvane::KeepStandardStreamsOpen();
     const std::string folder = arguments[1];
     corvane::desktop::QtPlatform platform({});
     const corvane::ScopedPlatform scope(platform);

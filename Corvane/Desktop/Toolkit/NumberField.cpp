@@ -70,8 +70,8 @@ double NumberField::valueFromText(const QString& text) const {
 
 QValidator::State NumberField::validate(QString& text, int&) const {
     const QString number = WithoutUnit(text).trimmed();
-    constexpr QStringView kCharacters = u"0123456789+-.eE";
-    if (!std::all_of(number.begin(), number.end(), [&](QChar c) { return kCharacters.contains(c); }))
+    const QStringView characters = mLimits.decimals == 0 ? u"0123456789+-eE" : u"0123456789+-eE.";
+    if (!std::all_of(number.begin(), number.end(), [&](QChar c) { return characters.contains(c); }))
         return QValidator::Invalid;
     return ParseFiniteNumber(number.toStdString()) ? QValidator::Acceptable : QValidator::Intermediate;
 }

@@ -13,6 +13,7 @@
 #include "ColorSwatch.h"
 #include "DialogWindow.h"
 #include "SaveFileDialog.h"
+#include "Services/Foundation/QuotedText.h"
 #include "Text.h"
 
 namespace corvane::desktop {
@@ -42,7 +43,8 @@ class Application final : public QApplication {
         try {
             return QApplication::notify(receiver, event);
         } catch (const std::exception& exception) {
-            std::fprintf(stderr, "synthex: A step failed and was left out: %s.\n", exception.what());
+            std::fprintf(stderr, "synthex: A step failed and was left out: %s.\n",
+                         Quoted(exception.what()).c_str());
             return true;
         }
     }

@@ -128,7 +128,7 @@ QList<QAction*> Viewer::ViewActions() const {
     return mActions->view;
 }
 
-void Viewer::ShowTitle(const QString& name) {
+void Viewer::SetName(const QString& name) {
     QString text = name;
     if (mClip) text += QStringLiteral("  —  ") + QString::fromStdString(FormatText(mClip->Info().format));
     mTitle->SetLine(text, Qt::ElideMiddle);
@@ -154,7 +154,7 @@ void Viewer::SetClip(std::shared_ptr<const Clip> clip, const QString& name, bool
     const std::int64_t frames = mClip ? mClip->Info().frames : 0;
     if (!keepPlace || !mClip) mArea->ShowMessage(mClip ? QString() : tr("Choose a clip to see it here."));
     if (!keepPlace) mDropped->clear();
-    ShowTitle(name);
+    SetName(name);
     const ClipFormat format = mClip ? mClip->Info().format : ClipFormat();
     mActions->Enable(mClip != nullptr, format.Interlaced());
     if (mClip && !format.Interlaced()) mActions->bothFields->trigger();
@@ -172,7 +172,7 @@ void Viewer::SetProblem(const QString& name, const QString& sentence) {
     mTransport->SetClip(0, 0);
     mArea->SetClip(ClipFormat());
     mArea->ShowMessage(sentence);
-    ShowTitle(name);
+    SetName(name);
     ShowReadout();
 }
 

@@ -49,6 +49,8 @@ class Viewer final : public QWidget {
     /// Shows why there is no clip, as a sentence. If a clip is set with `keepPlace` afterwards, it goes on
     /// where the last one was.
     void SetProblem(const QString& name, const QString& sentence);
+    /// Gives what is shown another name.
+    void SetName(const QString& name);
 
     /// The frame at the playhead; 0 if there is no clip.
     std::int64_t CurrentFrame() const { return mClip ? mFrame : 0; }
@@ -83,7 +85,6 @@ class Viewer final : public QWidget {
     void BuildLayout();
     void ConnectParts();
     void StopClip();
-    void ShowTitle(const QString& name);
     void ShowReadout();
     void StepBy(std::int64_t frames);
     void MovePlayhead(std::int64_t frame);

@@ -87,6 +87,8 @@ bool Autosave::Claim(const fs::path& file) {
 void Autosave::ClaimNew() {
     std::error_code error;
     fs::create_directories(mFolder, error);
+    // What is not saved is nobody else's to read.
+    fs::permissions(mFolder, fs::perms::owner_all, error);
     Claim(mFolder / (QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString() + kSuffix));
 }
 
@@ -124,7 +126,7 @@ void Autosave::Write() {
         QString failure;
         try {
             if (file.empty()) throw Failure(mFolder.string() + ": files can't be made in this folder.");
-            WriteTextFile(file, ToText(project, path));
+            WriteTextFile(file, ToText(project, path), 0600);
         } catch (const Failure& why) {
             failure =
                 tr("Changes are not kept until you save the project: %1").arg(QString::fromUtf8(why.what()));

@@ -127,6 +127,7 @@ void ClipActions::NewClip() {
     if (answer.outcome == PreferencesOutcome::kFailed || answer.outcome == PreferencesOutcome::kUnreadable)
         return mMessages.Tell(
             tr("The new clip was not made: %1.").arg(QString::fromStdString(answer.message)));
+    TellIfNotSaved(answer);
     Project project = mDocument.GetProject();
     const ClipSource source = SourceOf(answer);
     const std::string name =
@@ -134,6 +135,13 @@ void ClipActions::NewClip() {
     const std::uint64_t id = project.Add(name, source);
     mDocument.Change(tr("New Clip"), std::move(project));
     mView.Choose(id);
+}
+
+/// Says that the settings are not in the file that was to be the clip's source; they go where the clip's are.
+void ClipActions::TellIfNotSaved(const PreferencesAnswer& answer) {
+    if (answer.outcome == PreferencesOutcome::kNotSaved)
+        mMessages.Tell(
+            tr("%1; the clip itself has its settings.").arg(QString::fromStdString(answer.message)));
 }
 
 void ClipActions::EditSettings() {
@@ -155,10 +163,12 @@ void ClipActions::EditSettings() {
 /// Does what the person decided in the dialog of an existing clip.
 void ClipActions::Follow(const ProjectClip& clip, const PreferencesAnswer& answer) {
     const QString text = tr("Edit Settings of %1").arg(QString::fromStdString(clip.name));
-    const bool keepsFile = clip.source.IsFile() && answer.outcome == PreferencesOutcome::kDone;
+    const bool keepsFile = clip.source.IsFile() && answer.outcome != PreferencesOutcome::kUseFile;
     switch (answer.outcome) {
     case PreferencesOutcome::kDone:
+    case PreferencesOutcome::kNotSaved:
     case PreferencesOutcome::kUseFile: {
+        TellIfNotSaved(answer);
         if (keepsFile) break;
         Project project = mDocument.GetProject();
         project.SetSource(clip.id, SourceOf(answer));
@@ -167,11 +177,14 @@ void ClipActions::Follow(const ProjectClip& clip, const PreferencesAnswer& answe
     case PreferencesOutcome::kCancelled: return;
     default:
         return mMessages.Tell(
-            tr("%1: the settings can't be edited (%2); nothing was changed.")
+            tr("%1: the settings can't be edited (%2).")
                 .arg(QString::fromStdString(clip.name), QString::fromStdString(answer.message)));
     }
     try {
-        mDocument.WriteSettings(text, clip.source.file, answer.settings);
+        const std::string lost = mDocument.WriteSettings(text, clip.source.file, answer.settings);
+        if (!lost.empty())
+            mMessages.Tell(
+                tr("%1: saved; %2.").arg(FromPath(clip.source.file), QString::fromStdString(lost)));
     } catch (const Failure& failure) {
         mMessages.Tell(QString::fromUtf8(failure.what()));
     }

@@ -49,6 +49,7 @@ class ClipActions final : public QObject {
     void Export();
     void Update();
     void Follow(const ProjectClip& clip, const PreferencesAnswer& answer);
+    void TellIfNotSaved(const PreferencesAnswer& answer);
     bool Opens(const std::string& name, const ClipSource& source);
 
     Document& mDocument;

@@ -71,6 +71,7 @@ MainWindow::MainWindow(QtPlatform& platform, std::shared_ptr<Bundle> bundle, Opt
     connect(&mModel, &BinModel::ClipLoaded, this, [this](std::uint64_t id) {
         if (id == mBin->Current()) ShowCurrent();
     });
+    connect(&mModel, &BinModel::dataChanged, this, &MainWindow::ShowClipName);
     connect(&mDocument, &Document::Changed, this, &MainWindow::ShowTitle);
     connect(&mDocument, &Document::Saved, this, &MainWindow::ShowTitle);
     ShowTitle();
@@ -139,6 +140,11 @@ void MainWindow::ShowCurrent() {
         mViewer->SetProblem(name, loaded->problem);
     else
         mViewer->SetClip(loaded->clip, name, same);
+}
+
+void MainWindow::ShowClipName() {
+    if (const int row = mModel.RowOf(mShown); mModel.LoadedAt(row) != nullptr)
+        mViewer->SetName(QString::fromStdString(mModel.ClipAt(row).name));
 }
 
 void MainWindow::ShowTitle() {

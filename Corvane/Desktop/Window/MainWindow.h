@@ -62,6 +62,7 @@ class MainWindow final : public QMainWindow {
     void BuildExports();
     void RestoreState();
     void ShowCurrent();
+    void ShowClipName();
     void ShowTitle();
     void ExportClips(const std::vector<std::uint64_t>& ids);
     bool LeavesExports();

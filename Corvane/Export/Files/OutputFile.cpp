@@ -44,8 +44,12 @@ OutputFile::OutputFile(const std::filesystem::path& path) : mPath(path), mName(p
 }
 
 void OutputFile::OpenAsIs() {
-    mAsIs = FileDescriptor(mPath == "-" ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
-                                        : open(mPath.c_str(), O_WRONLY | O_CLOEXEC));
+    if (mPath == "-")
+        mAsIs = FileDescriptor(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0));
+    else {
+        Guarded([this] { FollowLinks(mPath); }); // refuses those that another user planted
+        mAsIs = FileDescriptor(mPath, O_WRONLY);
+    }
     if (!mAsIs) Fail(errno);
     EnlargePipe(mAsIs.Get());
 }
@@ -99,7 +103,7 @@ void OutputFile::CommitAll(std::span<OutputFile> files) {
     try {
         AtomicFile::CommitAll(regular);
     } catch (const FileError& error) {
-        const auto isLeft = [](const OutputFile& file) { return file.mFile && !file.WorkingPath().empty(); };
+        const auto isLeft = [](const OutputFile& file) { return file.mFile && file.mFile->IsPending(); };
         std::ranges::find_if(files, isLeft)->Fail(error);
     }
 }

@@ -35,7 +35,7 @@ class OutputFile {
     /// does. Any thread.
     void WriteAt(std::span<const std::byte> bytes, std::uint64_t offset);
 
-    /// Closes the file but leaves it under its temporary name.
+    /// Closes the file but leaves it under a temporary name.
     void Close();
     /// Closes the file and puts it in its place, on the disk.
     void Commit();
@@ -48,8 +48,8 @@ class OutputFile {
     bool IsRegular() const { return mFile.has_value(); }
     /// Whether writes wait for a reader.
     bool IsPipe() const;
-    /// Where the bytes are until `Commit`; the path itself for what is no regular file.
-    const std::filesystem::path& WorkingPath() const { return IsRegular() ? mFile->TemporaryPath() : mPath; }
+    /// Where this process finds the bytes until `Commit`; the path itself for what is no regular file.
+    std::filesystem::path WorkingPath() const { return IsRegular() ? mFile->WorkingPath() : mPath; }
     /// What to call it in messages.
     const std::string& Name() const { return mName; }
     /// Bytes given to `Write`; after `Commit`, the size of a regular file.

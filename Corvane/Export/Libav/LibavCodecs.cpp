@@ -1,6 +1,8 @@
 #include "LibavCodecs.h"
 
 #include <algorithm>
+#include <memory>
+#include <new>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -40,7 +42,42 @@ std::map<std::string, std::string> ParseOptions(const std::string& codec, std::s
     return options;
 }
 
+struct FreeContext {
+    void operator()(AVFormatContext* context) const {
+        if (context->pb != nullptr) {
+            std::uint8_t* bytes = nullptr;
+            avio_close_dyn_buf(context->pb, &bytes);
+            av_free(bytes);
+        }
+        avformat_free_context(context);
+    }
+};
+
+// Whether the container takes a stream of this codec. Those like MOV take some in one of them alone, and say
+// so no sooner than they begin; by then an encoder would have been opened in vain.
+bool Carries(const AVOutputFormat& container, AVCodecID codec, const StreamFacts& facts) {
+    if (avformat_query_codec(&container, codec, FF_COMPLIANCE_NORMAL) == 0) return false;
+    if (!IsQuickTimeFamily(container)) return true;
+    AVFormatContext* made = nullptr;
+    if (avformat_alloc_output_context2(&made, &container, nullptr, nullptr) < 0) throw std::bad_alloc();
+    const std::unique_ptr<AVFormatContext, FreeContext> context(made);
+    AVStream* const stream = avformat_new_stream(made, nullptr);
+    if (stream == nullptr || avio_open_dyn_buf(&made->pb) < 0) throw std::bad_alloc();
+    stream->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
+    stream->codecpar->codec_id = codec;
+    stream->codecpar->width = static_cast<int>(facts.size.width);
+    stream->codecpar->height = static_cast<int>(facts.size.height);
+    stream->time_base = {static_cast<int>(facts.rate.sampleSize), static_cast<int>(facts.rate.scale)};
+    stream->avg_frame_rate = av_inv_q(stream->time_base);
+    return avformat_init_output(made, nullptr) >= 0;
+}
+
 } // namespace
+
+bool IsQuickTimeFamily(const AVOutputFormat& container) {
+    const std::string_view name = container.name;
+    return name == "mp4" || name == "mov" || name == "ipod" || name == "3gp";
+}
 
 std::string CodecChoice::Take(const std::string& option) {
     const auto node = options.extract(option);
@@ -70,7 +107,7 @@ CodecChoice CodecFor(const LibavRequest& request, const AVOutputFormat& containe
     if (choice.codec == nullptr || choice.codec->type != AVMEDIA_TYPE_VIDEO)
         throw UsageFailure(fmt::format(
             "there is no video codec called {}; choose {} or another encoder of libav", name, ListCodecs()));
-    if (avformat_query_codec(&container, choice.codec->id, FF_COMPLIANCE_NORMAL) == 0)
+    if (!Carries(container, choice.codec->id, request.facts))
         throw UsageFailure(fmt::format("{}: {} can't carry {}; choose another codec, or mkv",
                                        request.output.string(), request.kind, name));
     return choice;

@@ -26,6 +26,9 @@ struct CodecChoice {
 /// hold video in one file. Any thread.
 const AVOutputFormat* ContainerFor(const LibavRequest& request);
 
+/// Whether it is MOV, or a container that is built like it. Any thread.
+bool IsQuickTimeFamily(const AVOutputFormat& container);
+
 /// The encoder that was asked for, or the default of the container: that of its `ExportKind`, else libav's.
 /// For names of `ExportCodecs` it is their encoder, if this libav has it. Throws `UsageFailure` if there is
 /// no such codec, if the container can't carry it, or for options that are not written as such. Any thread.

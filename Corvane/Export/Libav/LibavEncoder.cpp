@@ -2,6 +2,7 @@
 
 #include <new>
 #include <string>
+#include <tuple>
 
 #include <fmt/format.h>
 
@@ -34,55 +35,72 @@ AVFieldOrder FieldOrderOf(FieldOrder order) {
     }
 }
 
-AVPixelFormat PixelsFor(CodecChoice& choice, const StreamFacts& facts) {
-    const AVCodec& codec = *choice.codec;
+PixelLimits LimitsOf(const CodecChoice& choice) {
+    const std::string_view encoder = choice.codec->name;
+    PixelLimits limits;
+    for (const ExportCodec& row : ExportCodecs())
+        if (encoder == row.encoder) limits.mostBits = row.mostBits;
+    // The profiles of ProRes stand for 4:2:2 or 4:4:4; the encoder would take either with any.
+    const auto profile = choice.options.find("profile");
+    if (encoder == "prores_ks" && profile != choice.options.end() && profile->second != "auto")
+        limits.wholeChroma = profile->second.starts_with('4') || profile->second == "5";
+    return limits;
+}
+
+// The formats to try, best first.
+std::vector<AVPixelFormat> PixelsFor(CodecChoice& choice, const StreamFacts& facts) {
     const std::string wanted = choice.Take("pix_fmt");
-    AVPixelFormat format = av_get_pix_fmt(wanted.c_str());
-    if (wanted.empty()) {
-        const AVCodecDescriptor* const about = avcodec_descriptor_get(codec.id);
-        const int kinds =
-            about != nullptr ? about->props & (AV_CODEC_PROP_LOSSY | AV_CODEC_PROP_LOSSLESS) : 0;
-        format = ChoosePixels(codec.pix_fmts, kinds == AV_CODEC_PROP_LOSSLESS, facts);
-    }
-    if (format == AV_PIX_FMT_NONE || !LayoutOf(format, facts))
+    std::vector<AVPixelFormat> formats;
+    if (wanted.empty())
+        formats = ChoosePixels(*choice.codec, LimitsOf(choice), facts);
+    else if (const AVPixelFormat format = av_get_pix_fmt(wanted.c_str()); LayoutOf(format, facts))
+        formats = {format};
+    if (formats.empty())
         throw UsageFailure(
             fmt::format("codec {}: frames of this clip can't be converted to {}; choose another pix_fmt",
-                        codec.name, wanted.empty() ? "what it takes" : wanted));
-    return format;
+                        choice.codec->name, wanted.empty() ? "what it takes" : wanted));
+    return formats;
+}
+
+// Adds parameters that an encoder has under one option, before those that were asked for: the last one
+// counts.
+void AddParameters(std::string& option, const std::string& parameters) {
+    option = option.empty() ? parameters : parameters + ':' + option;
 }
 
 void SetDefaults(CodecChoice& choice, FieldOrder order) {
-    if (std::string_view(choice.codec->name) != "libx264") return;
-    const H264Settings usual;
+    const std::string_view encoder = choice.codec->name;
     auto& options = choice.options;
+    // It would print what it is and does, past libav's log.
+    if (encoder == "libx265") AddParameters(options["x265-params"], "log-level=none");
+    if (encoder != "libx264") return;
+    const H264Settings usual;
     options.try_emplace("preset", usual.preset);
     if (!options.contains("b") && !options.contains("qp"))
         options.try_emplace("crf", std::to_string(usual.quality));
     if (order == FieldOrder::kProgressive) return;
     // The flag for interlaced coding alone would mean top first.
-    std::string& parameters = options["x264-params"];
-    parameters += fmt::format("{}{}=1", parameters.empty() ? "" : ":",
-                              order == FieldOrder::kLowerFirst ? "bff" : "tff");
+    AddParameters(options["x264-params"], order == FieldOrder::kLowerFirst ? "bff=1" : "tff=1");
 }
 
 } // namespace
 
 LibavEncoder::LibavEncoder(const LibavRequest& request, CodecChoice choice, bool globalHeader,
                            const LibavLog& log)
-    : mFacts(request.facts), mName(request.output.string()), mCodec(*choice.codec), mLog(log),
-      mPacket(av_packet_alloc()) {
-    mContext.reset(avcodec_alloc_context3(&mCodec));
-    if (!mContext || !mPacket) throw std::bad_alloc();
-    mContext->pix_fmt = PixelsFor(choice, mFacts);
-    mLayout = *LayoutOf(mContext->pix_fmt, mFacts);
-    Describe(mFacts);
-    if (globalHeader) mContext->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    SetDefaults(choice, mFacts.order);
+    : mFacts(request.facts), mName(request.output.string()), mCodec(*choice.codec),
+      mGlobalHeader(globalHeader), mLog(log), mPacket(av_packet_alloc()) {
+    if (!mPacket) throw std::bad_alloc();
     Open(choice);
     const int size =
         av_image_get_buffer_size(mContext->pix_fmt, mContext->width, mContext->height, kRowAlignment);
     mPool.reset(av_buffer_pool_init(static_cast<std::size_t>(size) + kBitstreamSlack, av_buffer_alloc));
     if (size < 0 || !mPool) throw std::bad_alloc();
+}
+
+LibavEncoder::~LibavEncoder() {
+    // SVT-AV1 waits forever if it is closed before it was told that no more pictures come, or before the
+    // first one came. It is left to the end of the process.
+    if (!mEnded && std::string_view(mCodec.name) == "libsvtav1") std::ignore = mContext.release();
 }
 
 void LibavEncoder::Describe(const StreamFacts& facts) {
@@ -101,20 +119,40 @@ void LibavEncoder::Describe(const StreamFacts& facts) {
     context.color_primaries = static_cast<AVColorPrimaries>(facts.tags.primaries);
     context.color_trc = static_cast<AVColorTransferCharacteristic>(facts.tags.transfer);
     if (yCbCr && planar->subsampleW != 0) context.chroma_sample_location = AVCHROMA_LOC_LEFT;
-    context.thread_count = 0; // as many as the machine has
+    if (mGlobalHeader) context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
 }
 
 void LibavEncoder::Open(CodecChoice& choice) {
+    const std::vector<AVPixelFormat> formats = PixelsFor(choice, mFacts);
+    SetDefaults(choice, mFacts.order);
+    int error = 0;
+    // As many threads as the machine has, else one: there may be none to start.
+    for (const int threads : {0, 1})
+        for (const AVPixelFormat format : formats) {
+            error = TryToOpen(format, threads, choice);
+            if (error >= 0) return;
+        }
+    FailToOpen(error);
+}
+
+int LibavEncoder::TryToOpen(AVPixelFormat format, int threads, const CodecChoice& choice) {
+    mLog.Clear();
+    mContext.reset(avcodec_alloc_context3(&mCodec));
+    if (!mContext) throw std::bad_alloc();
+    mContext->pix_fmt = format;
+    mContext->thread_count = threads;
+    mLayout = *LayoutOf(format, mFacts);
+    Describe(mFacts);
     AVDictionary* options = nullptr;
     for (const auto& [name, value] : choice.options) av_dict_set(&options, name.c_str(), value.c_str(), 0);
     const int error = avcodec_open2(mContext.get(), &mCodec, &options);
     const AVDictionaryEntry* const unknown = av_dict_get(options, "", nullptr, AV_DICT_IGNORE_SUFFIX);
     const std::string unknownName = unknown != nullptr && error >= 0 ? unknown->key : "";
     av_dict_free(&options);
-    if (error < 0) FailToOpen(error);
     if (!unknownName.empty())
         throw UsageFailure(fmt::format("codec {} has no option {}; see `ffmpeg -h encoder={}`", mCodec.name,
                                        unknownName, mCodec.name));
+    return error;
 }
 
 void LibavEncoder::FailToOpen(int error) const {
@@ -155,6 +193,7 @@ void LibavEncoder::NewPicture(AVFrame& picture) const {
 }
 
 void LibavEncoder::Encode(const AVFrame* picture, const Sink& sink) {
+    mEnded = picture == nullptr;
     int error = avcodec_send_frame(mContext.get(), picture);
     while (error >= 0) {
         error = avcodec_receive_packet(mContext.get(), mPacket.get());

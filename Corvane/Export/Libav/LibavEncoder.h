@@ -24,6 +24,7 @@ class LibavEncoder {
     /// Opens the encoder. `globalHeader`: the container wants its header once and not in every key frame.
     /// `log` outlives the encoder. Throws `UsageFailure` for options that the encoder does not have.
     LibavEncoder(const LibavRequest& request, CodecChoice choice, bool globalHeader, const LibavLog& log);
+    ~LibavEncoder();
 
     /// The encoder's own state, with all that containers must be told.
     const AVCodecContext& Context() const { return *mContext; }
@@ -39,18 +40,21 @@ class LibavEncoder {
     void Encode(const AVFrame* picture, const Sink& sink);
 
   private:
-    void Describe(const StreamFacts& facts);
     void Open(CodecChoice& choice);
+    int TryToOpen(AVPixelFormat format, int threads, const CodecChoice& choice);
+    void Describe(const StreamFacts& facts);
     [[noreturn]] void FailToOpen(int error) const;
 
     const StreamFacts mFacts;
     const std::string mName; // of the output, for messages
     const AVCodec& mCodec;
+    const bool mGlobalHeader;
     const LibavLog& mLog;
     std::unique_ptr<AVCodecContext, LibavFree> mContext;
     PixelLayout mLayout;
     std::unique_ptr<AVBufferPool, LibavFree> mPool;
     std::unique_ptr<AVPacket, LibavFree> mPacket;
+    bool mEnded = false; // no more pictures will come
 };
 
 } // namespace corvane

@@ -35,7 +35,7 @@ std::string LibavMessage(int error) {
 }
 
 LibavLog::LibavLog() {
-    sLast.clear();
+    Clear();
     const std::lock_guard lock(sMutex);
     if (sLogs++ == 0) av_log_set_callback(KeepErrors);
 }
@@ -43,6 +43,10 @@ LibavLog::LibavLog() {
 LibavLog::~LibavLog() {
     const std::lock_guard lock(sMutex);
     if (--sLogs == 0) av_log_set_callback(av_log_default_callback);
+}
+
+void LibavLog::Clear() const {
+    sLast.clear();
 }
 
 std::string LibavLog::Reason(int error) const {

@@ -16,6 +16,8 @@ class LibavLog {
     LibavLog(const LibavLog&) = delete;
     LibavLog& operator=(const LibavLog&) = delete;
 
+    /// Forgets what was logged on this thread so far.
+    void Clear() const;
     /// The last error that was logged on this thread, or the words for `error` if there was none.
     std::string Reason(int error) const;
 };

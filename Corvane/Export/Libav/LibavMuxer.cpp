@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <new>
+#include <span>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <fmt/format.h>
@@ -12,22 +14,6 @@ namespace {
 
 constexpr int kBufferSize = 1 << 20;
 
-// Matroska gives the aspect as a size in whole pixels. If that is not exact, readers are to take the codec's
-// own ratio.
-bool CanTellAspect(const AVOutputFormat& container, const AVCodecContext& encoder) {
-    const bool matroska =
-        std::string_view(container.name) == "matroska" || std::string_view(container.name) == "webm";
-    const bool codecTells = encoder.codec_id == AV_CODEC_ID_H264 || encoder.codec_id == AV_CODEC_ID_HEVC ||
-                            encoder.codec_id == AV_CODEC_ID_FFV1;
-    const AVRational aspect = encoder.sample_aspect_ratio;
-    return !matroska || !codecTells || std::int64_t{encoder.width} * aspect.num % aspect.den == 0;
-}
-
-bool IsQuickTimeFamily(const AVOutputFormat& container) {
-    const std::string_view name = container.name;
-    return name == "mp4" || name == "mov" || name == "ipod" || name == "3gp";
-}
-
 } // namespace
 
 LibavMuxer::LibavMuxer(const LibavRequest& request, const AVOutputFormat& container, const LibavLog& log)
@@ -36,12 +22,15 @@ LibavMuxer::LibavMuxer(const LibavRequest& request, const AVOutputFormat& contai
     AVIOContext* const io = buffer ? avio_alloc_context(buffer, kBufferSize, 1, this, nullptr, WriteBytes,
                                                         mFile.IsRegular() ? Seek : nullptr)
                                    : nullptr;
-    // The name is for moving MP4's index to the front, for which libav reads the file again.
-    const int error =
-        avformat_alloc_output_context2(&mContext, &container, nullptr, mFile.WorkingPath().c_str());
+    const int error = avformat_alloc_output_context2(&mContext, &container, nullptr, nullptr);
     if (io == nullptr || error < 0) throw std::bad_alloc();
     mContext->pb = io;
-    mContext->flags |= AVFMT_FLAG_CUSTOM_IO;
+    // Equal exports have equal bytes: no date and no random number.
+    mContext->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
+    // The file is read again to move MP4's index to the front.
+    mContext->opaque = this;
+    mContext->io_open = OpenToRead;
+    mContext->io_close2 = CloseToRead;
     if (!mFile.IsRegular()) io->seekable = 0;
 }
 
@@ -52,24 +41,73 @@ LibavMuxer::~LibavMuxer() {
     avformat_free_context(mContext);
 }
 
-int LibavMuxer::WriteBytes(void* self, std::uint8_t* bytes, int size) {
-    auto& muxer = *static_cast<LibavMuxer*>(self);
+template <class Step>
+std::int64_t LibavMuxer::Keeping(const Step& step) {
     try {
-        muxer.mFile.Write({reinterpret_cast<const std::byte*>(bytes), static_cast<std::size_t>(size)});
-        return size;
+        return step();
     } catch (...) {
-        if (!muxer.mWriteError) muxer.mWriteError = std::current_exception();
+        if (!mWriteError) mWriteError = std::current_exception();
         return AVERROR(EIO);
     }
 }
 
+std::int64_t LibavMuxer::Size() const {
+    struct stat status {};
+    if (fstat(mFile.Fd(), &status) != 0) mFile.Fail(errno);
+    return status.st_size;
+}
+
+int LibavMuxer::WriteBytes(void* self, std::uint8_t* bytes, int size) {
+    auto& muxer = *static_cast<LibavMuxer*>(self);
+    return static_cast<int>(muxer.Keeping([&] {
+        muxer.mFile.Write(std::as_bytes(std::span(bytes, static_cast<std::size_t>(size))));
+        return size;
+    }));
+}
+
 std::int64_t LibavMuxer::Seek(void* self, std::int64_t offset, int whence) {
-    const int fd = static_cast<LibavMuxer*>(self)->mFile.Fd();
-    if ((whence & AVSEEK_SIZE) == 0) return lseek(fd, offset, whence & 3);
-    const off_t here = lseek(fd, 0, SEEK_CUR);
-    const off_t size = lseek(fd, 0, SEEK_END);
-    lseek(fd, here, SEEK_SET);
-    return size;
+    auto& muxer = *static_cast<LibavMuxer*>(self);
+    return muxer.Keeping([&] {
+        if ((whence & AVSEEK_SIZE) != 0) return muxer.Size();
+        const off_t place = lseek(muxer.mFile.Fd(), offset, whence & 3);
+        if (place < 0) muxer.mFile.Fail(errno);
+        return place;
+    });
+}
+
+int LibavMuxer::OpenToRead(AVFormatContext* context, AVIOContext** io, const char*, int flags,
+                           AVDictionary**) {
+    auto& muxer = *static_cast<LibavMuxer*>(context->opaque);
+    if ((flags & AVIO_FLAG_WRITE) != 0 || !muxer.mFile.IsRegular()) return AVERROR(ENOSYS);
+    muxer.mReadPlace = 0;
+    auto* const buffer = static_cast<unsigned char*>(av_malloc(kBufferSize));
+    *io =
+        buffer ? avio_alloc_context(buffer, kBufferSize, 0, &muxer, ReadBytes, nullptr, SeekToRead) : nullptr;
+    return *io != nullptr ? 0 : AVERROR(ENOMEM);
+}
+
+int LibavMuxer::CloseToRead(AVFormatContext*, AVIOContext* io) {
+    if (io != nullptr) av_freep(&io->buffer);
+    avio_context_free(&io);
+    return 0;
+}
+
+int LibavMuxer::ReadBytes(void* self, std::uint8_t* bytes, int size) {
+    auto& muxer = *static_cast<LibavMuxer*>(self);
+    return static_cast<int>(muxer.Keeping([&]() -> std::int64_t {
+        const ssize_t count =
+            pread(muxer.mFile.Fd(), bytes, static_cast<std::size_t>(size), muxer.mReadPlace);
+        if (count < 0) muxer.mFile.Fail(errno);
+        muxer.mReadPlace += count;
+        return count > 0 ? count : AVERROR_EOF;
+    }));
+}
+
+std::int64_t LibavMuxer::SeekToRead(void* self, std::int64_t offset, int whence) {
+    auto& muxer = *static_cast<LibavMuxer*>(self);
+    if ((whence & AVSEEK_SIZE) != 0) return muxer.Keeping([&] { return muxer.Size(); });
+    if ((whence & 3) != SEEK_SET) return AVERROR(EINVAL);
+    return muxer.mReadPlace = offset;
 }
 
 void LibavMuxer::Begin(const AVCodecContext& encoder, const StreamFacts& facts) {
@@ -80,8 +118,7 @@ void LibavMuxer::Begin(const AVCodecContext& encoder, const StreamFacts& facts) 
     mStream->time_base = encoder.time_base;
     mStream->avg_frame_rate = encoder.framerate;
     mStream->duration = facts.frames;
-    if (CanTellAspect(*mContext->oformat, encoder))
-        mStream->sample_aspect_ratio = encoder.sample_aspect_ratio;
+    mStream->sample_aspect_ratio = encoder.sample_aspect_ratio;
     WriteHeader();
 }
 

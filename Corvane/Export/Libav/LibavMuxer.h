@@ -27,8 +27,17 @@ class LibavMuxer {
     std::uint64_t BytesWritten() const { return mFile.BytesWritten(); }
 
   private:
+    // What libav calls. Its muxers don't always look at what comes of it, so that errors are kept here.
     static int WriteBytes(void* self, std::uint8_t* bytes, int size);
     static std::int64_t Seek(void* self, std::int64_t offset, int whence);
+    static int OpenToRead(AVFormatContext* context, AVIOContext** io, const char* name, int flags,
+                          AVDictionary** options);
+    static int CloseToRead(AVFormatContext* context, AVIOContext* io);
+    static int ReadBytes(void* self, std::uint8_t* bytes, int size);
+    static std::int64_t SeekToRead(void* self, std::int64_t offset, int whence);
+    template <class Step>
+    std::int64_t Keeping(const Step& step);
+    std::int64_t Size() const;
     void WriteHeader();
     void Check(int error);
 
@@ -37,7 +46,8 @@ class LibavMuxer {
     AVFormatContext* mContext = nullptr;
     AVStream* mStream = nullptr;
     AVRational mTimeBase{1, 1};
-    std::exception_ptr mWriteError; // what writing the file threw: it can't pass through libav
+    std::int64_t mReadPlace = 0;    // where the file is read again
+    std::exception_ptr mWriteError; // what using the file threw: it can't pass through libav
 };
 
 } // namespace corvane

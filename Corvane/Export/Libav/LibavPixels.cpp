@@ -1,10 +1,12 @@
 #include "LibavPixels.h"
 
 #include <algorithm>
+#include <functional>
 #include <span>
-#include <vector>
+#include <tuple>
 
 extern "C" {
+#include <libavcodec/avcodec.h>
 #include <libavutil/frame.h>
 #include <libavutil/pixdesc.h>
 }
@@ -40,22 +42,20 @@ constexpr AVPixelFormat kYCbCrA8[] = {AV_PIX_FMT_YUVA444P};
 constexpr AVPixelFormat kYCbCr16[] = {AV_PIX_FMT_YUV444P16, AV_PIX_FMT_YUV444P14, AV_PIX_FMT_YUV444P12,
                                       AV_PIX_FMT_YUV444P10};
 constexpr AVPixelFormat kYCbCrA16[] = {AV_PIX_FMT_YUVA444P16, AV_PIX_FMT_YUVA444P12, AV_PIX_FMT_YUVA444P10};
-constexpr AVPixelFormat kForPlayers[] = {AV_PIX_FMT_YUV420P,   AV_PIX_FMT_YUV422P,  AV_PIX_FMT_YUV422P10,
-                                         AV_PIX_FMT_YUV420P10, AV_PIX_FMT_YUV444P,  AV_PIX_FMT_YUV444P10,
-                                         AV_PIX_FMT_YUVJ420P,  AV_PIX_FMT_YUVJ422P, AV_PIX_FMT_RGB24};
 
 using Choices = std::span<const AVPixelFormat>;
 
-// The lists to look through, for a lossless codec.
+// The lists to look through for a lossless codec: alpha counts more than depth, and depth more than the kind
+// of color.
 std::vector<Choices> LosslessChoices(const StreamFacts& facts) {
-    Choices plain8 = kRGB8, alpha8 = kRGBA8, plain16 = kRGB16, alpha16 = kRGBA16;
-    if (facts.IsYCbCr()) plain8 = kYCbCr8, alpha8 = kYCbCrA8, plain16 = kYCbCr16, alpha16 = kYCbCrA16;
+    const Choices rgb[2][2] = {{kRGB8, kRGB16}, {kRGBA8, kRGBA16}};
+    const Choices yCbCr[2][2] = {{kYCbCr8, kYCbCr16}, {kYCbCrA8, kYCbCrA16}};
     std::vector<Choices> lists;
-    if (facts.IsFloat() && facts.HasAlpha()) lists.push_back(alpha16);
-    if (facts.IsFloat()) lists.push_back(plain16);
-    if (facts.HasAlpha()) lists.push_back(alpha8);
-    lists.push_back(plain8);
-    if (facts.IsYCbCr()) lists.push_back(kRGB8);
+    for (const bool alpha : {true, false})
+        for (const bool deep : {true, false})
+            for (const bool own : {true, false})
+                if ((!alpha || facts.HasAlpha()) && (!deep || facts.IsFloat()))
+                    lists.push_back((facts.IsYCbCr() == own ? yCbCr : rgb)[alpha][deep]);
     return lists;
 }
 
@@ -83,6 +83,38 @@ std::optional<PlanarFormat> PlanarLayoutOf(AVPixelFormat format, const StreamFac
     return layout;
 }
 
+// What the codec takes and these frames can fill, in the codec's order.
+std::vector<AVPixelFormat> FormatsOf(const AVCodec& codec, const PixelLimits& limits,
+                                     const StreamFacts& facts) {
+    std::vector<AVPixelFormat> formats;
+    for (const AVPixelFormat* next = codec.pix_fmts; next != nullptr && *next != AV_PIX_FMT_NONE; ++next) {
+        const AVPixFmtDescriptor& about = *av_pix_fmt_desc_get(*next);
+        if (LayoutOf(*next, facts) && about.comp[0].depth <= limits.mostBits &&
+            limits.wholeChroma.value_or(about.log2_chroma_w == 0) == (about.log2_chroma_w == 0))
+            formats.push_back(*next);
+    }
+    return formats;
+}
+
+bool Has(std::span<const AVPixelFormat> formats, AVPixelFormat format) {
+    return std::ranges::find(formats, format) != formats.end();
+}
+
+// How many bits of a clip's samples are lost in a format.
+int LostBits(const AVPixFmtDescriptor& about, bool forPlayers, const StreamFacts& facts) {
+    const bool yCbCr = (about.flags & AV_PIX_FMT_FLAG_RGB) == 0;
+    // Y'CbCr of limited range needs more than 8 bits for all levels of 8-bit R'G'B'.
+    const int needed = facts.IsFloat() ? 16 : forPlayers || yCbCr == facts.IsYCbCr() ? 8 : 10;
+    return std::max(needed - about.comp[0].depth, 0);
+}
+
+// Whether two formats differ in nothing but depth.
+bool AreAlike(const AVPixFmtDescriptor& a, const AVPixFmtDescriptor& b) {
+    constexpr std::uint64_t kKind = AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_ALPHA;
+    return (a.flags & kKind) == (b.flags & kKind) && a.log2_chroma_w == b.log2_chroma_w &&
+           a.log2_chroma_h == b.log2_chroma_h;
+}
+
 std::variant<PictureConverter, PackedReader> SourceFor(const PixelLayout& layout, const StreamFacts& facts) {
     if (const auto* planar = std::get_if<PlanarFormat>(&layout)) return PictureConverter(facts, *planar);
     return PackedReader(facts, std::get<PackedFormat>(layout));
@@ -102,22 +134,31 @@ bool HasAlpha(AVPixelFormat format) {
     return about != nullptr && (about->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
 }
 
-AVPixelFormat ChoosePixels(const AVPixelFormat* supported, bool lossless, const StreamFacts& facts) {
-    const auto takes = [supported](AVPixelFormat format) {
-        if (supported == nullptr) return true;
-        for (const AVPixelFormat* next = supported; *next != AV_PIX_FMT_NONE; ++next)
-            if (*next == format) return true;
-        return false;
+std::vector<AVPixelFormat> ChoosePixels(const AVCodec& codec, const PixelLimits& limits,
+                                        const StreamFacts& facts) {
+    std::vector<AVPixelFormat> taken = FormatsOf(codec, limits, facts);
+    const AVCodecDescriptor* const about = avcodec_descriptor_get(codec.id);
+    const int props = about != nullptr ? about->props : 0;
+    if ((props & (AV_CODEC_PROP_LOSSY | AV_CODEC_PROP_LOSSLESS)) == AV_CODEC_PROP_LOSSLESS)
+        for (const Choices& list : LosslessChoices(facts))
+            for (const AVPixelFormat format : list)
+                if (codec.pix_fmts == nullptr || Has(taken, format)) return {format};
+    if (taken.empty()) return {};
+    // Pictures that refer to each other are for players, and players expect 4:2:0. Deliberate: no alpha of
+    // VP8 and VP9, which lies beside the picture, in WebM alone, and is passed over by most of them.
+    const bool forPlayers = (props & AV_CODEC_PROP_INTRA_ONLY) == 0 && Has(taken, AV_PIX_FMT_YUV420P);
+    if (forPlayers) std::erase_if(taken, HasAlpha);
+    const auto merits = [&](AVPixelFormat format) {
+        const AVPixFmtDescriptor& pixels = *av_pix_fmt_desc_get(format);
+        return std::tuple(facts.HasAlpha() && HasAlpha(format),
+                          forPlayers ? pixels.log2_chroma_w + pixels.log2_chroma_h : 0,
+                          -LostBits(pixels, forPlayers, facts));
     };
-    std::vector<Choices> lists;
-    if (lossless) lists = LosslessChoices(facts);
-    lists.push_back(kForPlayers);
-    for (const Choices& list : lists)
-        for (const AVPixelFormat format : list)
-            if (takes(format) && LayoutOf(format, facts)) return format;
-    for (const AVPixelFormat* next = supported; next != nullptr && *next != AV_PIX_FMT_NONE; ++next)
-        if (LayoutOf(*next, facts)) return *next;
-    return AV_PIX_FMT_NONE;
+    std::ranges::stable_sort(taken, std::greater(), merits);
+    std::erase_if(taken, [best = taken.front()](AVPixelFormat format) {
+        return !AreAlike(*av_pix_fmt_desc_get(format), *av_pix_fmt_desc_get(best));
+    });
+    return taken;
 }
 
 LibavPainter::LibavPainter(const PixelLayout& layout, const StreamFacts& facts)

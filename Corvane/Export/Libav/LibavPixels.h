@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <variant>
+#include <vector>
 
 extern "C" {
 #include <libavutil/pixfmt.h>
@@ -11,6 +12,7 @@ extern "C" {
 #include "Export/Picture/PackedReader.h"
 #include "Export/Picture/PictureConverter.h"
 
+struct AVCodec;
 struct AVFrame;
 
 namespace corvane {
@@ -27,10 +29,18 @@ std::optional<PixelLayout> LayoutOf(AVPixelFormat format, const StreamFacts& fac
 /// Whether pictures of `format` have alpha.
 bool HasAlpha(AVPixelFormat format);
 
-/// The best of `supported` (ends with AV_PIX_FMT_NONE; null is "any") for these frames: for a lossless codec
-/// the one that keeps every bit of them, else the one that most players take. AV_PIX_FMT_NONE if none can be
-/// filled.
-AVPixelFormat ChoosePixels(const AVPixelFormat* supported, bool lossless, const StreamFacts& facts);
+/// What the pictures of a codec have to be, apart from what its encoder takes.
+struct PixelLimits {
+    int mostBits = 16;               ///< of a sample
+    std::optional<bool> wholeChroma; ///< chroma in every column, or not
+};
+
+/// The pixel formats for a codec's pictures of these frames, best first. The first keeps as much of the
+/// frames as the codec can: alpha before depth, in 4:2:0 if the codec is made for players, and every bit if
+/// it is lossless. The others are like it but for their depth, for an encoder that can't be opened with the
+/// first. Empty if none can be filled.
+std::vector<AVPixelFormat> ChoosePixels(const AVCodec& codec, const PixelLimits& limits,
+                                        const StreamFacts& facts);
 
 /// Fills pictures of libav. One thread at a time. Throws `Failure` if the conversion can't be set up.
 class LibavPainter {

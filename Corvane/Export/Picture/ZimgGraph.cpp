@@ -1,5 +1,7 @@
 #include "ZimgGraph.h"
 
+#include <new>
+
 #include <fmt/format.h>
 
 #include "Engine/Failure.h"
@@ -9,7 +11,7 @@ namespace {
 
 [[noreturn]] void FailWithLastError() {
     char message[256] = {};
-    zimg_get_last_error(message, sizeof message);
+    if (zimg_get_last_error(message, sizeof message) == ZIMG_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
     throw Failure(fmt::format(
         "the frames can't be converted to this output's colors: {}; choose another codec", message));
 }

@@ -31,7 +31,7 @@ class PlaneBuffer {
 /// A conversion of zimg: between two formats of fixed size. One thread at a time.
 class ZimgGraph {
   public:
-    /// Throws `Failure` if zimg has no such conversion.
+    /// Throws `Failure` if zimg has no such conversion, and `std::bad_alloc`.
     ZimgGraph(const zimg_image_format& source, const zimg_image_format& result);
 
     /// Converts `source` into `result`, whose planes are shaped for the two formats. Throws `Failure` if zimg

@@ -32,7 +32,7 @@ constexpr ExportKind kKinds[] = {
                   .kind = "y4m"},
                  {.id = "y4m-444",
                   .label = "Y4M, 4:4:4",
-                  .about = "Uncompressed Y'CbCr with all of its chroma, 8 bits.",
+                  .about = "Uncompressed Y'CbCr with all of its chroma; 16 bits for float frames.",
                   .kind = "y4m",
                   .codec = "444"}}},
     {.name = "raw",
@@ -62,6 +62,8 @@ constexpr ExportKind kKinds[] = {
 constexpr ExportCodec kCodecs[] = {
     {.name = "h264",
      .encoder = "libx264",
+     // Deliberate: hardly a browser or a device plays H.264 of 10 bits.
+     .mostBits = 8,
      .choices = {{.id = "mp4-h264",
                   .label = "MP4, H.264",
                   .about = "Plays nearly everywhere. 8 bits, 4:2:0.",
@@ -88,8 +90,7 @@ constexpr ExportCodec kCodecs[] = {
                   .label = "MOV, ProRes 4444",
                   .about = "For compositing. 10 bits, 4:4:4, with the alpha of clips that have it.",
                   .kind = "mov",
-                  .codec = "prores:profile=4:pix_fmt=yuv444p10le",
-                  .codecWithAlpha = "prores:profile=4:pix_fmt=yuva444p10le"}}},
+                  .codec = "prores:profile=4"}}},
     {.name = "v210",
      .encoder = "v210",
      .choices = {{.id = "mov-v210",

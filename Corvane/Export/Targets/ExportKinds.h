@@ -23,12 +23,11 @@ enum class ExportNaming {
 
 /// One way to export that a person can choose in the window. `ExportOptions` can ask for the same.
 struct ExportChoice {
-    const char* id;                       ///< for settings; never changes
-    const char* label;                    ///< "MP4, H.264"
-    const char* about;                    ///< what it is good for, in a sentence
-    const char* kind;                     ///< the name of an `ExportKind`
-    const char* codec = "";               ///< as in `ExportOptions`
-    const char* codecWithAlpha = nullptr; ///< tried first, for clips with alpha; null if there is none
+    const char* id;         ///< for settings; never changes
+    const char* label;      ///< "MP4, H.264"
+    const char* about;      ///< what it is good for, in a sentence
+    const char* kind;       ///< the name of an `ExportKind`
+    const char* codec = ""; ///< as in `ExportOptions`
     ExportNaming naming = ExportNaming::kOneFile;
     bool native = false; ///< as in `ExportOptions`
 
@@ -60,6 +59,8 @@ struct ExportKind {
 struct ExportCodec {
     const char* name;    ///< as in `ExportOptions::codec`
     const char* encoder; ///< which of libav's encoders is preferred
+    /// Bits of a sample, if nothing else is asked for: fewer than the encoder takes if few players show more.
+    int mostBits = 16;
     /// How the window offers the codec. Rows without an id are empty.
     ExportChoice choices[kMostChoicesPerRow] = {};
 };

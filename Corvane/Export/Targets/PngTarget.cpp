@@ -36,7 +36,7 @@ class PngTarget final : public Target {
         OutputFile& file = mFiles.emplace_back(mNumbered ? mNumbered->For(png.index) : mPath);
         file.Write(png.image);
         mWritten += png.image.size();
-        file.Close();
+        if (mNumbered) file.Close(); // too many to be open at once
     }
 
     void Finish() override { OutputFile::CommitAll(mFiles); }

@@ -22,27 +22,30 @@ struct Sampling {
     std::string tag; // after the letter C
 };
 
-Sampling ParseSampling(const std::string& name) {
+Sampling ParseSampling(const std::string& name, const StreamFacts& facts) {
     struct Row {
         std::string_view name;
         int subsampleW;
         int subsampleH;
     };
     constexpr Row kSamplings[] = {{"420", 1, 1}, {"422", 1, 0}, {"444", 0, 0}};
-    constexpr std::pair<std::string_view, int> kDepths[] = {
-        {"", 8}, {"p10", 10}, {"p12", 12}, {"p14", 14}, {"p16", 16}};
+    constexpr std::pair<std::string_view, int> kDepths[] = {{"", 0},     {"p8", 8},   {"p10", 10},
+                                                            {"p12", 12}, {"p14", 14}, {"p16", 16}};
+    const int usual = facts.IsFloat() ? 16 : 8;
     for (const Row& row : kSamplings)
-        for (const auto& [suffix, bits] : kDepths)
+        for (const auto& [suffix, depth] : kDepths)
             if (name == fmt::format("{}{}", row.name, suffix)) {
+                const int bits = depth != 0 ? depth : usual;
                 PlanarFormat planes;
                 planes.bits = bits;
                 planes.subsampleW = row.subsampleW;
                 planes.subsampleH = row.subsampleH;
+                if (bits > 8) return {planes, fmt::format("{}p{}", row.name, bits)};
                 // The plain tag of 8-bit 4:2:0 would mean chroma in the center.
-                return {planes, name == "420" ? "420mpeg2" : name};
+                return {planes, row.name == "420" ? "420mpeg2" : std::string(row.name)};
             }
     throw UsageFailure(fmt::format(
-        "y4m has no codec {}; choose 420, 422 or 444, or one with more bits such as 422p10", name));
+        "y4m has no codec {}; choose 420, 422 or 444, or one with its bits such as 422p10", name));
 }
 
 std::string HeaderOf(const StreamFacts& facts, const std::string& tag) {
@@ -108,8 +111,8 @@ class Y4mTarget final : public Target {
 
 std::unique_ptr<Target> MakeY4mTarget(const std::filesystem::path& path, const std::string& sampling,
                                       const StreamFacts& facts) {
-    const std::string name = !sampling.empty() ? sampling : facts.IsFloat() ? "420p16" : "420";
-    return std::make_unique<Y4mTarget>(path, ParseSampling(name), facts);
+    return std::make_unique<Y4mTarget>(path, ParseSampling(sampling.empty() ? "420" : sampling, facts),
+                                       facts);
 }
 
 } // namespace corvane

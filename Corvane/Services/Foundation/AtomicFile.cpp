@@ -1,10 +1,6 @@
 #include "AtomicFile.h"
 
-#include <atomic>
 #include <cerrno>
-#include <cstdlib>
-#include <map>
-#include <mutex>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -15,61 +11,15 @@
 
 #include <fmt/format.h>
 
-#include "NeverDestroyed.h"
+#include "TemporaryNames.h"
 
 namespace corvane {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// The temporary files that there are, for a process that ends in the middle of writing without the writer
-/// being told, as when the display goes away: what `exit` runs removes them.
-class Temporaries {
-  public:
-    static Temporaries& Get() {
-        static NeverDestroyed<Temporaries> all;
-        return all.Get();
-    }
-
-    Temporaries() {
-        std::atexit([] {
-            Temporaries& all = Get();
-            const std::lock_guard lock(all.mMutex);
-            // Not those of a process that this one was forked from.
-            for (const auto& [file, process] : all.mFiles)
-                if (process == ::getpid()) ::unlink(file.c_str());
-        });
-    }
-
-    /// Makes a file that was not there; none, with `errno` set, if it can't be made.
-    FileDescriptor Make(const fs::path& file, mode_t mode) {
-        const std::lock_guard lock(mMutex);
-        const auto entry = mFiles.emplace(file, ::getpid()).first;
-        FileDescriptor descriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
-        const int error = errno;
-        if (!descriptor) mFiles.erase(entry);
-        errno = error;
-        return descriptor;
-    }
-    void Forget(const fs::path& file) {
-        const std::lock_guard lock(mMutex);
-        mFiles.erase(file);
-    }
-
-  private:
-    std::mutex mMutex;
-    std::map<fs::path, pid_t> mFiles; // with the process that made them
-};
-
 fs::path FolderOf(const fs::path& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
-}
-
-/// A name that this process did not use before. Not made of the file's own, which may be as long as a name
-/// can be.
-std::string TemporaryName() {
-    static std::atomic<std::uint64_t> count = 0;
-    return fmt::format(".synthex-{}-{}", ::getpid(), ++count);
 }
 
 /// Why no file can be made in `folder`, or given its name there. `replaces` is whether there is one to
@@ -108,18 +58,42 @@ void CheckTarget(const fs::path& path, const struct stat& status) {
                         "allow writing to it or choose another name");
 }
 
-/// Makes a name given in it last: without this, a crash of the machine may bring the old one back.
+/// Makes a name given in it last: without this, a crash of the machine may bring the old one back. The file
+/// has its name by then and is whole, so that it is of no use to fail.
 void SyncFolder(const fs::path& folder) {
-    const FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (descriptor) ::fsync(descriptor.Get());
+    if (const FileDescriptor descriptor(folder, O_RDONLY | O_DIRECTORY); descriptor) descriptor.Sync();
+}
+
+/// The path by which this process, and no other, finds an open file that need not have a name.
+fs::path PathOf(const FileDescriptor& file) {
+    return fmt::format("/proc/self/fd/{}", file.Get());
+}
+
+/// Gives an open file a name if it is free. False, with `errno` set, if that can't be done.
+bool Link(const FileDescriptor& file, const fs::path& path) {
+    return ::linkat(AT_FDCWD, PathOf(file).c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+/// Whether `link` may be followed: by the rule that systems have for protected links, whether this one has
+/// it turned on or not.
+bool MayFollow(const fs::path& link, const struct stat& status) {
+    struct stat folder {};
+    constexpr mode_t kForAll = S_ISVTX | S_IWOTH;
+    return ::stat(FolderOf(link).c_str(), &folder) != 0 || (folder.st_mode & kForAll) != kForAll ||
+           status.st_uid == ::geteuid() || status.st_uid == folder.st_uid;
 }
 
 } // namespace
 
 fs::path FollowLinks(fs::path path) {
     constexpr int kMostLinks = 40; // as the system has it
-    std::error_code error;
-    for (int links = 0; fs::is_symlink(fs::symlink_status(path, error)); ++links) {
+    struct stat status {};
+    for (int links = 0; ::lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode); ++links) {
+        if (!MayFollow(path, status))
+            throw FileError(Mosk::kResult_AccessDenied,
+                            "this is a link that another user put into a folder for all",
+                            "name the file that is meant");
+        std::error_code error;
         const fs::path next = fs::read_symlink(path, error);
         if (error) break;
         if (links == kMostLinks)
@@ -130,30 +104,55 @@ fs::path FollowLinks(fs::path path) {
 }
 
 // By the private constructor: the destructor then runs if this one throws.
-AtomicFile::AtomicFile(const fs::path& path) : AtomicFile() {
+AtomicFile::AtomicFile(const fs::path& path, mode_t mode) : AtomicFile() {
     mPath = FollowLinks(path);
-    struct stat status {};
-    const bool exists = ::stat(mPath.c_str(), &status) == 0;
-    if (exists) CheckTarget(mPath, status);
-    const fs::path folder = FolderOf(mPath);
-    do {
-        fs::path temporary = folder / TemporaryName();
-        // What replaces a file is nobody else's to read before it has that file's permissions.
-        mDescriptor = Temporaries::Get().Make(temporary, exists ? 0600 : 0666);
-        if (mDescriptor) mTemporary = std::move(temporary);
-    } while (!mDescriptor && errno == EEXIST);
-    if (!mDescriptor) throw NotMade(folder, exists, errno);
-    if (exists && ::fchmod(mDescriptor.Get(), status.st_mode & 07777) != 0) throw FileError::OfWriting(errno);
+    struct stat older {};
+    mReplaces = ::lstat(mPath.c_str(), &older) == 0;
+    if (!mReplaces && errno != ENOENT) throw NotMade(FolderOf(mPath), false, errno);
+    if (mReplaces) CheckTarget(mPath, older);
+    // What replaces a file is nobody else's to read before it has that file's permissions.
+    Open(mReplaces ? 0600 : mode);
+    if (mReplaces) TakeOver(older);
 }
 
 AtomicFile::AtomicFile(AtomicFile&& other) noexcept
-    : mPath(std::move(other.mPath)), mTemporary(std::exchange(other.mTemporary, {})),
-      mDescriptor(std::move(other.mDescriptor)) {}
+    : mPath(std::move(other.mPath)), mReplaces(other.mReplaces), mLost(std::move(other.mLost)),
+      mTemporary(std::exchange(other.mTemporary, {})), mDescriptor(std::move(other.mDescriptor)) {}
 
 AtomicFile::~AtomicFile() {
     if (mTemporary.empty()) return;
     ::unlink(mTemporary.c_str());
-    Temporaries::Get().Forget(mTemporary);
+    TemporaryNames::Get().Forget(mTemporary);
+}
+
+void AtomicFile::Open(mode_t mode) {
+    const fs::path folder = FolderOf(mPath);
+    TemporaryNames::Get().Tidy(folder);
+    mDescriptor = FileDescriptor(folder, O_RDWR | O_TMPFILE, mode);
+    // Without its path it could not be given a name.
+    if (mDescriptor && ::access(PathOf(mDescriptor).c_str(), F_OK) == 0) return;
+    mTemporary = TemporaryNames::Get().Make(folder, [&](const fs::path& file) {
+        mDescriptor = FileDescriptor(file, O_RDWR | O_CREAT | O_EXCL, mode);
+        return bool(mDescriptor);
+    });
+    if (mTemporary.empty()) throw NotMade(folder, mReplaces, errno);
+}
+
+void AtomicFile::TakeOver(const struct stat& older) {
+    // Only root can give files away. To a group of one's own anybody can.
+    const int file = mDescriptor.Get();
+    struct stat status {};
+    const bool given = ::fchown(file, older.st_uid, older.st_gid) == 0 ||
+                       ::fchown(file, static_cast<uid_t>(-1), older.st_gid) == 0;
+    const bool owned = ::fstat(file, &status) == 0 && status.st_uid == older.st_uid;
+    if (::fchmod(file, older.st_mode & (given && owned ? 07777 : 0777)) != 0)
+        throw FileError::OfWriting(errno);
+    if (older.st_nlink > 1) mLost = "its other names (hard links) keep the older file";
+    if (!owned) mLost += std::string(mLost.empty() ? "" : ", and ") + "it belongs to you now";
+}
+
+fs::path AtomicFile::WorkingPath() const {
+    return mTemporary.empty() ? PathOf(mDescriptor) : mTemporary;
 }
 
 void AtomicFile::Write(std::span<const std::byte> bytes) {
@@ -161,22 +160,35 @@ void AtomicFile::Write(std::span<const std::byte> bytes) {
 }
 
 void AtomicFile::Close() {
+    if (!mDescriptor) return;
     // Its bytes are on their way to the disk when `Flush` asks for them.
-    if (mDescriptor) ::sync_file_range(mDescriptor.Get(), 0, 0, SYNC_FILE_RANGE_WRITE);
+    ::sync_file_range(mDescriptor.Get(), 0, 0, SYNC_FILE_RANGE_WRITE);
+    TakeTemporaryName();
     if (!mDescriptor.Close()) throw FileError::OfWriting(errno);
 }
 
 void AtomicFile::Flush() {
-    if (!mDescriptor) mDescriptor = FileDescriptor(::open(mTemporary.c_str(), O_WRONLY | O_CLOEXEC));
-    // Not every file system can be asked (EINVAL).
-    if (!mDescriptor || (::fsync(mDescriptor.Get()) != 0 && errno != EINVAL) || !mDescriptor.Close())
-        throw FileError::OfWriting(errno);
+    if (!mDescriptor) mDescriptor = FileDescriptor(mTemporary, O_WRONLY);
+    if (!mDescriptor || !mDescriptor.Sync()) throw FileError::OfWriting(errno);
+    if (!mTemporary.empty() && !mDescriptor.Close()) throw FileError::OfWriting(errno);
+}
+
+void AtomicFile::TakeTemporaryName() {
+    if (!mTemporary.empty()) return;
+    mTemporary = TemporaryNames::Get().Make(FolderOf(mPath),
+                                            [this](const fs::path& file) { return Link(mDescriptor, file); });
+    if (mTemporary.empty()) throw NotMade(FolderOf(mPath), mReplaces, errno);
 }
 
 void AtomicFile::TakeName() {
-    if (::rename(mTemporary.c_str(), mPath.c_str()) != 0) throw NotMade(FolderOf(mPath), false, errno);
-    Temporaries::Get().Forget(mTemporary);
-    mTemporary.clear();
+    if (!mTemporary.empty() || mReplaces || !Link(mDescriptor, mPath)) {
+        TakeTemporaryName();
+        if (::rename(mTemporary.c_str(), mPath.c_str()) != 0)
+            throw NotMade(FolderOf(mPath), mReplaces, errno);
+        TemporaryNames::Get().Forget(mTemporary);
+        mTemporary.clear();
+    }
+    mDescriptor.Close();
 }
 
 void AtomicFile::Commit() {

@@ -3,6 +3,9 @@
 #include <cstddef>
 #include <filesystem>
 #include <span>
+#include <string>
+
+#include <sys/stat.h>
 
 #include "FileDescriptor.h"
 #include "FileError.h"
@@ -10,35 +13,41 @@
 namespace corvane {
 
 /// The file that a chain of symbolic links ends at, whether it exists or not; `path` itself if it is no link.
-/// Throws `FileError` if the links lead in a circle. Any thread.
+/// Throws `FileError` if the links lead in a circle, and if one is not the user's own although anybody may
+/// put one there, as in /tmp: files could be replaced through it that its maker may not touch. Any thread.
 std::filesystem::path FollowLinks(std::filesystem::path path);
 
-/// A file that replaces another one whole, or makes a new one: it is written under a temporary name in the
+/// A file that replaces another one whole, or makes a new one: it has no name, or a temporary one in the
 /// folder where it belongs, and takes its name in one step when it is complete and on the disk. Until then an
-/// older file of that name stays as it was. Without `Commit` nothing is left, and nothing either if the
-/// process ends by `exit` in between.
+/// older file of that name stays as it was. Without `Commit` nothing is left, however the process ends; only
+/// of what has a temporary name (after `Close`, and where there are no files without one) the next file that
+/// is made in that folder removes what a killed process left.
 ///
-/// Links are followed and keep pointing. The permissions of an older file are kept; a new file gets those
-/// that the process gives to new files. One thread at a time.
+/// Links are followed and keep pointing. The owner and the permissions of an older file are kept; a new file
+/// gets those that the process gives to new files. One thread at a time.
 class AtomicFile {
   public:
-    /// Makes the temporary file for the one at `path`. Throws `FileError`, and leaves everything as it was,
-    /// if that is a folder, a pipe or a device, if it is a file that may not be written, or if no file can be
-    /// made in its folder. A file that may be written in a folder that may not is refused: written in place
-    /// it could be left half done.
-    explicit AtomicFile(const std::filesystem::path& path);
+    /// Makes the file that will be at `path`, with the permissions `mode` if it is a new one. Throws
+    /// `FileError`, and leaves everything as it was, if there is a folder, a pipe or a device, a file that
+    /// may not be written, or if no file can be made in its folder. A file that may be written in a folder
+    /// that may not is refused: written in place it could be left half done.
+    explicit AtomicFile(const std::filesystem::path& path, mode_t mode = 0666);
     ~AtomicFile();
     AtomicFile(AtomicFile&& other) noexcept;
     AtomicFile& operator=(AtomicFile&&) = delete;
 
-    /// Where the bytes are until `Commit`; empty afterwards.
-    const std::filesystem::path& TemporaryPath() const { return mTemporary; }
+    /// Where this process finds the bytes until `Commit`.
+    std::filesystem::path WorkingPath() const;
     /// The open file, at the end of what was written; none after `Close` and `Commit`.
     const FileDescriptor& Descriptor() const { return mDescriptor; }
+    /// Whether it still waits for its name.
+    bool IsPending() const { return mDescriptor || !mTemporary.empty(); }
+    /// What can't be kept of the file that is replaced, as a clause; empty if all is.
+    const std::string& WhatIsLost() const { return mLost; }
 
     /// Writes on. Throws `FileError` if the system does not take all of `bytes`.
     void Write(std::span<const std::byte> bytes);
-    /// Closes the file but leaves it under its temporary name, so that many can be made before the first gets
+    /// Closes the file but leaves it under a temporary name, so that many can be made before the first gets
     /// its name. Throws `FileError` if the system reports that earlier writes failed.
     void Close();
 
@@ -51,11 +60,16 @@ class AtomicFile {
 
   private:
     AtomicFile() = default;
+    void Open(mode_t mode);
+    void TakeOver(const struct stat& older);
     void Flush();
+    void TakeTemporaryName();
     void TakeName();
 
     std::filesystem::path mPath; // links followed
-    std::filesystem::path mTemporary;
+    bool mReplaces = false;      // whether there is a file at that path
+    std::string mLost;
+    std::filesystem::path mTemporary; // empty while the file has no name
     FileDescriptor mDescriptor;
 };
 

@@ -10,10 +10,14 @@
 #include <pugixml.hpp>
 
 #include "NeverDestroyed.h"
+#include "RegularFile.h"
 
 namespace corvane {
 
 namespace {
+
+/// A property list larger than this is none of a bundle.
+constexpr std::uint64_t kMostBytes = 1 << 20;
 
 struct Registry {
     std::mutex mutex;
@@ -39,8 +43,13 @@ std::string PropertyString(const pugi::xml_document& plist, const char* name) {
 BundleRegistration::BundleRegistration(const std::filesystem::path& folder) {
     const std::filesystem::path file = folder / "Contents" / "Info.plist";
     pugi::xml_document plist;
-    if (const auto parsed = plist.load_file(file.c_str()); !parsed)
-        throw std::runtime_error(file.string() + ": " + parsed.description());
+    try {
+        const std::string text = ReadWholeFile(file, kMostBytes);
+        if (const auto parsed = plist.load_buffer(text.data(), text.size()); !parsed)
+            throw std::runtime_error(parsed.description());
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(file.string() + ": " + error.what());
+    }
     const std::string identifier = PropertyString(plist, "CFBundleIdentifier");
     mExecutable = PropertyString(plist, "CFBundleExecutable");
     if (identifier.empty() || mExecutable.empty())

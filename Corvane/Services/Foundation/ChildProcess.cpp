@@ -17,6 +17,9 @@
 namespace corvane {
 namespace {
 
+/// Of one call of the system, in milliseconds: what it takes is 32 bits.
+constexpr std::chrono::milliseconds::rep kLongestWait = 3'600'000;
+
 /// Takes what there is of an output, which ends with an error on a terminal.
 void TakeFrom(ChildOutput& output) {
     std::array<char, 65536> bytes;
@@ -64,11 +67,13 @@ bool ChildProcess::Follow(std::span<ChildOutput> outputs, Clock::time_point dead
     for (;;) {
         for (std::size_t i = 0; i < outputs.size(); ++i) waits[i] = {outputs[i].descriptor.Get(), POLLIN, 0};
         waits.back() = {mWatch.Get(), POLLIN, 0};
+        // Looked at each time: whoever writes without end is ready each time.
         const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
+        if (left.count() <= 0) return false;
         const int ready = ::poll(waits.data(), waits.size(),
-                                 static_cast<int>(std::max<milliseconds::rep>(left.count(), 0)));
-        if (ready < 0 && errno == EINTR) continue;
-        if (ready <= 0) return false;
+                                 static_cast<int>(std::min<milliseconds::rep>(left.count(), kLongestWait)));
+        if (ready < 0 && errno != EINTR) return false;
+        if (ready <= 0) continue;
         if (ready == 1 && waits.back().revents != 0) return true;
         for (std::size_t i = 0; i < outputs.size(); ++i)
             if (waits[i].revents != 0) TakeFrom(outputs[i]);
@@ -76,6 +81,8 @@ bool ChildProcess::Follow(std::span<ChildOutput> outputs, Clock::time_point dead
 }
 
 ChildEnd ChildProcess::End() {
+    // Also by itself: it may have left its group.
+    ::kill(mId, SIGKILL);
     ::kill(-mId, SIGKILL);
     ChildEnd end;
     rusage usage{};

@@ -50,10 +50,10 @@ class ChildProcess {
     void Signal(int number) const;
 
     /// Reads `outputs` until the process has ended and what it wrote is read; an output that others hold open
-    /// is not waited for. Returns false if `deadline` comes before.
+    /// is not waited for. Returns false if `deadline` comes before, however much is written.
     bool Follow(std::span<ChildOutput> outputs, Clock::time_point deadline) const;
 
-    /// Kills what is left of its group and returns how it ended. Once.
+    /// Kills it and what is left of its group, and returns how it ended. Once.
     ChildEnd End();
 
   private:

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <span>
 #include <utility>
 
@@ -16,6 +17,9 @@ class FileDescriptor {
     /// Takes over an open descriptor; a negative number is none, so that the answer of `open` can be handed
     /// in.
     explicit FileDescriptor(int number) : mNumber(number) {}
+    /// Opens the file at `path` as the system's `open` does, not for child processes. Owns nothing, with
+    /// `errno` set, if the system refuses.
+    FileDescriptor(const std::filesystem::path& path, int flags, unsigned mode = 0);
     ~FileDescriptor() { Close(); }
     FileDescriptor(FileDescriptor&& other) noexcept : mNumber(std::exchange(other.mNumber, -1)) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept {
@@ -38,6 +42,9 @@ class FileDescriptor {
     /// as `Write` does. Any thread.
     bool WriteAt(std::span<const std::byte> bytes, std::uint64_t offset) const;
 
+    /// Brings what was written to the disk. False, with `errno` set, if that fails; true if the file lies
+    /// where there is nothing to bring it to.
+    bool Sync() const;
     /// Closes it. False, with `errno` set, if the system reports only now that earlier writes failed.
     bool Close();
 

@@ -11,10 +11,13 @@ namespace {
 
 thread_local FileJournal* gJournal = nullptr;
 
-/// The text of a settings file; nothing if it can't be read, or is too large to be one.
+/// A larger file is not kept for the case that it has to be put back.
+constexpr std::uint64_t kMostBytes = 16u << 20;
+
+/// The text of a file; nothing if it can't be read, or is too large.
 std::optional<std::string> ReadText(const std::filesystem::path& path) {
     try {
-        return ReadWholeFile(path, Mosk::File::kSizeLimit);
+        return ReadWholeFile(path, kMostBytes);
     } catch (const FileError&) {
         return std::nullopt;
     }
@@ -41,22 +44,44 @@ FileJournal::~FileJournal() {
     gJournal = nullptr;
 }
 
-void FileJournal::Note(const Mosk::String& path, const std::filesystem::path& target) {
-    if (gJournal == nullptr) return;
-    gJournal->mPaths.push_back(path);
-    auto& before = gJournal->mBefore;
-    if (std::ranges::find(before, target, &Before::target) != before.end()) return;
-    std::error_code error;
-    before.push_back({target, std::filesystem::exists(target, error), ReadText(target)});
+FileJournal* FileJournal::Current() {
+    return gJournal;
+}
+
+FileJournal::Entry& FileJournal::Begin(const Mosk::String& path, const std::filesystem::path& target,
+                                       std::string text) {
+    auto entry = std::ranges::find(mEntries, target, &Entry::target);
+    if (entry == mEntries.end()) {
+        std::error_code error;
+        mEntries.push_back({.path = {},
+                            .target = target,
+                            .existed = std::filesystem::exists(target, error),
+                            .before = ReadText(target),
+                            .text = {},
+                            .whyNot = {}});
+    } else {
+        std::rotate(entry, entry + 1, mEntries.end());
+    }
+    mEntries.back().path = path;
+    mEntries.back().text = std::move(text);
+    return mEntries.back();
+}
+
+std::string FileJournal::WhatChanged() const {
+    std::string files;
+    for (const Entry& entry : mEntries)
+        if (entry.changed) files += (files.empty() ? "" : ", ") + entry.target.string();
+    return files.empty() ? "nothing was changed" : "what was saved meanwhile stays in " + files;
 }
 
 void FileJournal::Undo() {
-    for (const Before& file : mBefore) {
+    for (const Entry& entry : mEntries) {
         std::error_code error;
-        if (!file.existed)
-            std::filesystem::remove(file.target, error);
-        else if (file.text && ReadText(file.target) != file.text)
-            WriteText(file.target, *file.text);
+        if (!entry.changed) continue;
+        if (!entry.existed)
+            std::filesystem::remove(entry.target, error);
+        else if (entry.before && ReadText(entry.target) != entry.before)
+            WriteText(entry.target, *entry.before);
     }
 }
 

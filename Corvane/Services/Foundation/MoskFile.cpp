@@ -1,7 +1,9 @@
 #include "Mosk.h"
 
 #include <optional>
+#include <span>
 #include <stdexcept>
+#include <string_view>
 
 #include <sys/stat.h>
 
@@ -11,10 +13,13 @@
 
 namespace Mosk {
 
-/// What is open: one of the two.
+/// What is open: `read`, or one of those below, with where it leads.
 struct File::State {
     std::optional<corvane::RegularFile> read;
     std::optional<corvane::AtomicFile> written;
+    std::optional<corvane::FileError> failure; // why it can't be written
+    String path;
+    std::filesystem::path target;
 };
 
 namespace {
@@ -26,6 +31,11 @@ std::string SystemPath(const String& path) {
     } catch (const std::invalid_argument&) {
         return {};
     }
+}
+
+bool IsRegularFile(const std::filesystem::path& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 /// The result of `step`, which may throw `FileError`.
@@ -56,15 +66,20 @@ Result File::Create(const String& path, FileAccessFlags, FileShareModeFlags,
     const std::string name = SystemPath(path);
     if (name.empty()) return kResult_NotFound;
     mState = std::make_unique<State>();
-    return ResultOf([&] {
-        const std::filesystem::path target = corvane::FollowLinks(name);
-        corvane::FileJournal::Note(path, target);
-        struct stat status {};
-        if (disposition == FileCreateDispositionFlags::kFailIfExists &&
-            ::stat(target.c_str(), &status) == 0 && S_ISREG(status.st_mode))
+    mState->path = path;
+    mState->target = name;
+    const bool mustBeNew = disposition == FileCreateDispositionFlags::kFailIfExists;
+    try {
+        mState->target = corvane::FollowLinks(name);
+        if (mustBeNew && IsRegularFile(mState->target))
             throw corvane::FileError(kResult_Failed, "the file exists", "choose another name");
-        mState->written.emplace(target);
-    });
+        mState->written.emplace(mState->target);
+    } catch (const corvane::FileError& error) {
+        if (mustBeNew || corvane::FileJournal::Current() == nullptr) return error.GetResult();
+        // Told by `Write`, so that the journal gets the text that would have been lost.
+        mState->failure = error;
+    }
+    return kResult_OK;
 }
 
 std::uint64_t File::SizeOnDisk() const {
@@ -81,10 +96,23 @@ Result File::Read(void* buffer, std::uint32_t size, std::uint32_t& bytesRead) {
 
 Result File::Write(const void* bytes, std::uint32_t size, std::uint32_t& bytesWritten) {
     bytesWritten = 0;
-    if (!mState || !mState->written) return kResult_Failed;
+    if (!mState || (!mState->written && !mState->failure)) return kResult_Failed;
+    const std::string_view text(static_cast<const char*>(bytes), size);
+    corvane::FileJournal* const journal = corvane::FileJournal::Current();
+    corvane::FileJournal::Entry unkept;
+    auto& entry =
+        journal != nullptr ? journal->Begin(mState->path, mState->target, std::string(text)) : unkept;
     const Result result = ResultOf([&] {
-        mState->written->Write({static_cast<const std::byte*>(bytes), size});
-        mState->written->Commit();
+        try {
+            if (mState->failure) throw *mState->failure;
+            mState->written->Write(std::as_bytes(std::span(text)));
+            mState->written->Commit();
+            entry.changed = true;
+            entry.whyNot.clear();
+        } catch (const corvane::FileError& error) {
+            entry.whyNot = error.what();
+            throw;
+        }
     });
     Close();
     if (result >= 0) bytesWritten = size;
@@ -96,8 +124,7 @@ void File::Close() noexcept {
 }
 
 bool PathUtils::ExistsOnDisk(const String& path) {
-    struct stat status {};
-    return ::stat(SystemPath(path).c_str(), &status) == 0 && S_ISREG(status.st_mode);
+    return IsRegularFile(SystemPath(path));
 }
 
 String PathUtils::GetFilePart(const String& path) {

@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <fmt/format.h>
 
@@ -11,7 +12,7 @@ namespace corvane {
 
 RegularFile::RegularFile(const std::filesystem::path& path, std::uint64_t limit)
     // Not blocking: opening a pipe would wait for a writer.
-    : mDescriptor(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY)) {
+    : mDescriptor(path, O_RDONLY | O_NONBLOCK | O_NOCTTY) {
     struct stat status {};
     if (!mDescriptor || ::fstat(mDescriptor.Get(), &status) != 0) throw FileError::OfReading(errno);
     if (S_ISDIR(status.st_mode)) throw FileError::OfReading(EISDIR);
@@ -28,6 +29,11 @@ std::size_t RegularFile::Read(std::span<std::byte> bytes) {
     const std::int64_t count = mDescriptor.Read(bytes);
     if (count < 0) throw FileError::OfReading(errno);
     return static_cast<std::size_t>(count);
+}
+
+void RegularFile::Seek(std::uint64_t offset) {
+    if (::lseek(mDescriptor.Get(), static_cast<off_t>(offset), SEEK_SET) < 0)
+        throw FileError::OfReading(errno);
 }
 
 std::string ReadWholeFile(const std::filesystem::path& path, std::uint64_t limit) {

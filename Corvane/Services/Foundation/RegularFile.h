@@ -24,6 +24,8 @@ class RegularFile {
     /// Reads on until `bytes` is full or the file ends, and returns how many bytes came. Throws `FileError`
     /// if the system can't read.
     std::size_t Read(std::span<std::byte> bytes);
+    /// Goes on reading at `offset` bytes from the start; beyond the end nothing comes.
+    void Seek(std::uint64_t offset);
 
   private:
     FileDescriptor mDescriptor;

@@ -162,7 +162,12 @@ class Writer {
             mText += "null";
             return;
         }
-        if (std::isinf(number)) number = std::copysign(std::numeric_limits<double>::max(), number);
+        // What an infinite number becomes is spelled in full: the shortest form has another sign of the
+        // exponent.
+        if (std::abs(number) >= std::numeric_limits<double>::max()) {
+            mText += std::signbit(number) ? "-1.7976931348623157e308" : "1.7976931348623157e308";
+            return;
+        }
         const std::size_t start = mText.size();
         WriteNumber(number);
         // A double stays a double: without a fraction or an exponent it would be read as an integer.
@@ -195,11 +200,9 @@ void AddToObject(Value& object, const char* key, Value&& member) {
     members.insert_or_assign(members.end(), ToBytes(key), boost::make_shared<Value>(std::move(member)));
 }
 
-ValuePtr GetVariantInObject(const Value& object, const char* key) {
-    const auto* const members = boost::any_cast<Object>(&object);
-    if (members == nullptr) throw boost::bad_any_cast();
-    const auto found = members->find(std::string_view(key));
-    return found == members->end() ? ValuePtr() : found->second;
+ValuePtr GetVariantInObject(const Object& object, const char* key) {
+    const auto found = object.find(std::string_view(key));
+    return found == object.end() ? ValuePtr() : found->second;
 }
 
 std::string GetJSONUTF8String(const Value& value, bool pretty) {

@@ -6,6 +6,7 @@
 #include <limits>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -169,6 +170,7 @@ constexpr std::uint64_t kRowAlignment = 64;
 
 std::atomic<std::uint32_t> gMaxSide = kDefaultMaxFrameSide;
 std::atomic<std::uint64_t> gMaxBytes = kDefaultMaxFrameBytes;
+std::atomic<bool> gBottomUp = false;
 
 // The row of a format that frames can have; null for the others.
 const PixelFormatRow* FindConcrete(CvPixelFormat format) {
@@ -177,22 +179,22 @@ const PixelFormatRow* FindConcrete(CvPixelFormat format) {
 }
 
 struct Layout {
-    std::uint64_t rowBytes = 0;
-    std::uint64_t bytes = 0; // 0 when no such frame can be made
+    std::uint64_t rowBytes;
+    std::uint64_t bytes;
 };
 
-// In 64 bits: a row fits 32 bits before it is multiplied by the height.
-Layout LayOut(CvPixelFormat format, std::uint32_t width, std::uint32_t height) {
+// Nothing if no such frame can be made. In 64 bits: a row fits 32 bits before it is multiplied by the height.
+std::optional<Layout> LayOut(CvPixelFormat format, std::uint32_t width, std::uint32_t height) {
     const PixelFormatRow* const row = FindConcrete(format);
     const std::uint32_t maxSide = gMaxSide;
-    if (row == nullptr || width == 0 || height == 0 || width > maxSide || height > maxSide) return {};
+    if (row == nullptr || width > maxSide || height > maxSide) return {};
 
     const std::uint64_t pixelBytes = BytesPerPixel(row->raster);
     const std::uint64_t rowBytes = (width * pixelBytes + kRowAlignment - 1) / kRowAlignment * kRowAlignment;
     if (rowBytes > std::numeric_limits<std::int32_t>::max()) return {};
     const std::uint64_t bytes = rowBytes * height;
     if (bytes > gMaxBytes) return {};
-    return {rowBytes, bytes};
+    return Layout{rowBytes, bytes};
 }
 
 std::int32_t Create(CvVexelHandle* handle, std::int32_t access, CvPixelFormat format, std::uint32_t width,
@@ -201,12 +203,12 @@ std::int32_t Create(CvVexelHandle* handle, std::int32_t access, CvPixelFormat fo
     if (!handle) return kFailed;
     *handle = nullptr;
     try {
-        const Layout layout = LayOut(format, width, height);
-        if (access != kCvVexelAccess_ReadWrite || layout.bytes == 0 || Pool().ShallFail()) return kFailed;
-        CvVexel* const frame = Pool().Take(layout.bytes);
+        const std::optional<Layout> layout = LayOut(format, width, height);
+        if (access != kCvVexelAccess_ReadWrite || !layout || Pool().ShallFail()) return kFailed;
+        CvVexel* const frame = Pool().Take(layout->bytes);
         if (!frame) return kFailed;
 
-        frame->rowBytes = static_cast<std::int32_t>(layout.rowBytes);
+        frame->rowBytes = static_cast<std::int32_t>(layout->rowBytes);
         frame->width = width;
         frame->height = height;
         frame->format = format;
@@ -234,6 +236,8 @@ std::int32_t Dispose(CvVexelHandle handle) {
 std::int32_t GetPixels(CvVexelHandle handle, std::int32_t access, char** pixels) {
     if (!IsLive(handle) || access != kCvVexelAccess_ReadWrite || !pixels) return kFailed;
     *pixels = reinterpret_cast<char*>(handle->memory.Base());
+    if (gBottomUp && handle->height > 0)
+        *pixels += std::ptrdiff_t{handle->rowBytes} * (std::ptrdiff_t{handle->height} - 1);
     return kSucceeded;
 }
 
@@ -245,7 +249,7 @@ std::int32_t GetBounds(CvVexelHandle handle, CvRect* bounds) {
 
 std::int32_t GetRowBytes(CvVexelHandle handle, std::int32_t* rowBytes) {
     if (!IsLive(handle) || !rowBytes) return kFailed;
-    *rowBytes = handle->rowBytes;
+    *rowBytes = gBottomUp ? -handle->rowBytes : handle->rowBytes;
     return kSucceeded;
 }
 
@@ -292,6 +296,10 @@ void SetFrameLimits(std::uint32_t maxSide, std::uint64_t maxBytes) {
 
 FrameLimits GetFrameLimits() {
     return {gMaxSide, gMaxBytes};
+}
+
+void StoreFramesBottomUp(bool bottomUp) {
+    gBottomUp = bottomUp;
 }
 
 void PurgeIdleFrames() {

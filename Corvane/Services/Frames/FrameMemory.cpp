@@ -42,6 +42,7 @@ std::byte* MapHugePages(std::size_t bytes) {
 } // namespace
 
 std::size_t FrameMemory::RoundUp(std::size_t bytes) {
+    if (bytes < kPage) return kPage; // a frame without pixels has an address, too
     return RoundUpTo(bytes < kSmallestMapping ? kPage : kHugePage, bytes);
 }
 

@@ -12,11 +12,12 @@ namespace corvane {
 namespace {
 
 std::string DescribeLimits(const NumberLimits& limits) {
+    const char* const kind = limits.decimals == 0 ? "a whole number" : "a number";
     if (limits.minimum && limits.maximum)
-        return fmt::format("a number from {} to {}", *limits.minimum, *limits.maximum);
-    if (limits.minimum) return fmt::format("a number from {} up", *limits.minimum);
-    if (limits.maximum) return fmt::format("a number up to {}", *limits.maximum);
-    return "a number";
+        return fmt::format("{} from {} to {}", kind, *limits.minimum, *limits.maximum);
+    if (limits.minimum) return fmt::format("{} from {} up", kind, *limits.minimum);
+    if (limits.maximum) return fmt::format("{} up to {}", kind, *limits.maximum);
+    return kind;
 }
 
 std::string DescribeItems(const PopupModel& popup) {

@@ -282,6 +282,7 @@ std::optional<double> ParseFiniteNumber(std::string_view text) {
 }
 
 double NumberLimits::Hold(double value) const {
+    if (decimals == 0) value = std::round(value);
     if (minimum && value < *minimum) return *minimum;
     if (maximum && value > *maximum) return *maximum;
     return value;

@@ -41,11 +41,12 @@ std::optional<double> ParseFiniteNumber(std::string_view text);
 struct NumberLimits {
     std::optional<double> minimum, maximum; ///< both included
     double step = 1;                        ///< of the arrow keys and buttons
-    int decimals = 0;                       ///< digits shown after the point; entries may have more
+    /// Digits shown after the point. Entries may have more, but if none are shown they are whole numbers.
+    int decimals = 0;
 
-    /// `value`, or the nearest limit if it is outside.
+    /// `value`, or the nearest number that may be entered.
     double Hold(double value) const;
-    /// Whether `value` is within the limits.
+    /// Whether `value` may be entered.
     bool Holds(double value) const { return Hold(value) == value; }
 };
 

@@ -13,8 +13,13 @@ namespace corvane {
 namespace {
 
 std::atomic<std::int64_t> gLiveNodes = 0;
+bool gRaisesProgramMessages = false;
 
 } // namespace
+
+void RaiseProgramMessages(bool raise) {
+    gRaisesProgramMessages = raise;
+}
 
 std::int64_t CountLiveNodes() {
     return gLiveNodes;
@@ -39,6 +44,11 @@ void ControlModel::Report(ControlAspect aspect) {
     if (mDialog && mDialog->mObserver) mDialog->mObserver->ControlChanged(*this, aspect);
 }
 
+void ControlModel::ReportSetValue() {
+    Report(ControlAspect::kValue);
+    if (gRaisesProgramMessages && mDialog) mDialog->Deliver(*this);
+}
+
 void PopupModel::AddItem(const Mosk::String& text) {
     mItems.push_back({text});
     Report(ControlAspect::kItems);
@@ -46,7 +56,7 @@ void PopupModel::AddItem(const Mosk::String& text) {
 
 void PopupModel::SetValue(long index) {
     mValue = HasItem(index) ? index : -1;
-    Report(ControlAspect::kValue);
+    ReportSetValue();
 }
 
 void PopupModel::EnableAllItems() {
@@ -62,12 +72,12 @@ void PopupModel::DisableItem(long index, bool disabled) {
 
 void NumberModel::SetValue(double value) {
     mValue = value;
-    Report(ControlAspect::kValue);
+    ReportSetValue();
 }
 
 void CheckboxModel::SetChecked(bool checked) {
     mChecked = checked;
-    Report(ControlAspect::kValue);
+    ReportSetValue();
 }
 
 void TextButtonModel::SetText(const Mosk::String& title) {
@@ -144,7 +154,7 @@ bool DialogModel::Enter(NumberModel& number, double value) {
 bool DialogModel::Choose(PopupModel& popup, long index) {
     if (mClosed || !popup.IsEnabled() || !popup.HasItem(index)) return false;
     if (!popup.mItems[static_cast<std::size_t>(index)].enabled) return false;
-    if (std::exchange(popup.mValue, index) == index) return true;
+    popup.mValue = index;
     popup.Report(ControlAspect::kValue);
     Deliver(popup);
     return true;

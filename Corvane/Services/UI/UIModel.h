@@ -93,6 +93,8 @@ class ControlModel {
     void AddReceiver(const lumui::ui::MessageFunctionPtr& receiver) { mReceivers.push_back(receiver); }
     void SetEnabled(bool enabled);
     void Report(ControlAspect aspect);
+    /// Reports a value that the program has set.
+    void ReportSetValue();
 
   private:
     friend class DialogModel;
@@ -246,7 +248,8 @@ class DialogModel final : public lumui::ui::UI_DialogView {
     /// Enters a finite number, which is held to the layout's limits. Entering the number that the control
     /// holds already is no change.
     bool Enter(NumberModel& number, double value);
-    /// Chooses an item. Choosing the chosen item again is no change.
+    /// Chooses an item. The choice counts even if the item is shown already: it may stand for a setting that
+    /// no item has.
     bool Choose(PopupModel& popup, long index);
     /// Checks a box or clears it.
     bool Check(CheckboxModel& box, bool checked);

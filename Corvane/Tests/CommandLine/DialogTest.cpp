@@ -87,6 +87,11 @@ TEST_F(EditTest, ACancelChangesNothingAndADumpIsOneObject) {
     EXPECT_EQ(result.status, 3) << result.err;
     EXPECT_EQ(ReadFile(clip), SettingsText());
     EXPECT_EQ(nlohmann::json::parse(result.out)["fieldTypePopupID"]["value"], 0);
+    // What was saved from within stays, which is to be said.
+    const std::string other = folder / "other.synthex";
+    ExpectRefused(WithScript({"edit", clip, "--cancel"}, "saveToPathButtonID", "save=" + other), 3, clip,
+                  other);
+    EXPECT_EQ(Read(other)["mFrameWidth"], 64);
 }
 
 TEST_F(EditTest, TheSavedFileBecomesTheSource) {
@@ -99,6 +104,18 @@ TEST_F(EditTest, TheSavedFileBecomesTheSource) {
     EXPECT_EQ(ReadFile(clip), SettingsText());
     EXPECT_EQ(Read(other)["mFrameWidth"], 9);
     EXPECT_EQ(Read(other)["mFrameHeight"], 5);
+}
+
+TEST_F(EditTest, SettingsThatTheirFileDoesNotTakeAreKept) {
+    const auto expectKept = [&](std::vector<std::string> command, const fs::path& where,
+                                const fs::path& save) {
+        const auto arguments = WithScript(std::move(command), "useAsCustomImporterID=true; frameWidthID=9",
+                                          "save=" + save.string() + "; again=no");
+        ExpectRefused(arguments, 1, save, where);
+        EXPECT_EQ(Read(where)["mFrameWidth"], 9);
+    };
+    expectKept({"new", folder / "new.synthex"}, folder / "new.synthex", folder / "none/other.synthex");
+    expectKept({"edit", clip}, clip, folder.Path());
 }
 
 TEST_F(EditTest, AScriptThatCanNotBeCarriedOutChangesNothing) {
@@ -122,22 +139,6 @@ TEST_F(EditTest, AScriptThatCanNotBeCarriedOutChangesNothing) {
         EXPECT_TRUE(fs::is_symlink(folder / "link.synthex")) << said;
         EXPECT_EQ(folder.Names().size(), 3u) << said;
     }
-}
-
-TEST_F(EditTest, SaysWhyAClipCanNotBeEdited) {
-    fs::permissions(folder.Path(), fs::perms::all);
-    const fs::path broken = folder.Write("broken.synthex", "{");
-    fs::permissions(clip, fs::perms(0444));
-    const auto expectRefused = [](const fs::path& path, const char* said, const ProcessOptions& options) {
-        ExpectRefused({"edit", path, "--do", "frameWidthID=3"}, 1, path, said, options);
-    };
-    expectRefused(folder / "none.synthex", "no such file", {});
-    expectRefused(broken, "JSON not well-formed", {});
-    if (RunsUnprivileged()) expectRefused(clip, "not allowed to write", {.unprivileged = true});
-    fs::permissions(clip, fs::perms(0644));
-    expectRefused(clip, "size limit", {.fileSize = 100});
-    EXPECT_EQ(ReadFile(clip) + ReadFile(broken), SettingsText() + "{");
-    EXPECT_THAT(folder.Names(), ElementsAre("broken.synthex", "clip.synthex"));
 }
 
 TEST_F(EditTest, WithoutADisplayNamesTheOptionsThatNeedNone) {

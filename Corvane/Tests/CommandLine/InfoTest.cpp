@@ -90,6 +90,8 @@ TEST(Info, JSONHoldsWhateverThePathHolds) {
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_EQ(std::ranges::count(result.out, '\n'), 1);
     EXPECT_EQ(ordered_json::parse(result.out).at("path"), odd.string());
+    EXPECT_THAT(RunSynthex({"info", odd}).out,
+                HasSubstr("/a \"quoted\" \\ name\\n\\x01 \xC3\xA9.synthex\n  Size"));
     ExpectRefused({"info", "--json", folder.Write("\xFF.synthex", SettingsText())}, 1, "", "rename the file");
 }
 
@@ -106,7 +108,7 @@ TEST(Info, BadFilesAreRefusedWithNameAndReason) {
     const std::string nested(100000, '[');
     const char* const malformed = "JSON not well-formed";
     fs::permissions(folder.Write("unreadable", SettingsText()), fs::perms::none);
-    fs::resize_file(folder.Write("5 GB", "{"), std::uintmax_t{5} << 30);
+    fs::resize_file(folder.Write("large", "{"), (1u << 20) + 1);
     ::mkfifo((folder / "FIFO").c_str(), 0600);
     const std::pair<fs::path, const char*> kRows[] = {
         {folder / "missing", "no such file"},
@@ -114,7 +116,7 @@ TEST(Info, BadFilesAreRefusedWithNameAndReason) {
         {folder.Path(), "this is a folder"},
         {folder / "FIFO", "a pipe or a device"},
         {"/dev/zero", "a pipe or a device"},
-        {folder / "5 GB", "5368709120 bytes"},
+        {folder / "large", "1048577 bytes, more than the 1048576"},
         {folder.Write("empty", ""), malformed},
         {folder.Write("zero bytes", std::string(1000, '\0')), malformed},
         {folder.Write("a text for a number", R"({"mFrameWidth":"720"})"), "bad_any_cast"},

@@ -1,5 +1,5 @@
 // Faults sought: bytes that are not the plug-in's, files half written by a full disk, a signal or a reader
-// that went away, and older files lost by them.
+// that went away, older files lost by them, reports that end up in a file.
 #include <csignal>
 
 #include <fcntl.h>
@@ -50,31 +50,64 @@ TEST(Render, ColorsBeyondAllBoundsRender) {
         }
 }
 
-TEST(Render, AFullDiskOrASignalLeavesTheOlderFile) {
-    const std::pair<const char*, int> rows[] = {
-        {"out.raw", 0}, {"out.y4m", 0},      {"out.png", 0},       {"out.mp4", 0},
-        {"out.mkv", 0}, {"out.raw", SIGINT}, {"out.mp4", SIGTERM}, {"out.%05d.png", SIGINT},
-    };
-    for (const auto& [name, signal] : rows) {
+TEST(Render, ASignalLeavesTheOlderFileAndASecondOneEndsAtOnce) {
+    const std::tuple<const char*, int, bool> rows[] = {{"out.raw", SIGINT, false},
+                                                       {"out.mp4", SIGTERM, false},
+                                                       {"out.mp4", SIGINT, true},
+                                                       {"out.%05d.png", SIGINT, false}};
+    for (const auto& [name, signal, twice] : rows) {
         SCOPED_TRACE(testing::Message() << name << " " << signal);
         const TestFolder folder;
         const fs::path out = folder.Write(name, "older");
         const int watch = ::inotify_init1(IN_CLOEXEC);
-        ::inotify_add_watch(watch, folder.Path().c_str(), IN_CREATE);
-        pollfd created{watch, POLLIN, 0};
-        // 4096 is a multiple of a disk's blocks, as a disk's end is.
-        Process process(Synthex({"render", Sample(signal == 0 ? "gradient-23976" : "uhd-5994"), out}),
-                        {.fileSize = signal == 0 ? 4096u : 0});
-        EXPECT_EQ(::poll(&created, 1, 30000), 1) << "no temporary file was made";
-        if (signal != 0) process.Signal(signal);
+        ::inotify_add_watch(watch, folder.Path().c_str(), IN_MODIFY);
+        pollfd begun{watch, POLLIN, 0};
+        Process process(Synthex({"render", Sample("uhd-5994"), out}));
+        EXPECT_EQ(::poll(&begun, 1, 30000), 1) << "nothing was written";
+        if (twice) process.Signal(SIGSTOP), process.Signal(SIGTERM); // so that it gets both at once
+        process.Signal(signal);
+        if (twice) process.Signal(SIGCONT);
         const ProcessResult result = process.Wait();
         ::close(watch);
-        EXPECT_EQ(result.status, signal == 0 ? 1 : 128 + signal);
-        EXPECT_THAT(result.err, AllOf(StartsWith("synthex: " + out.string() + ": "),
-                                      HasSubstr(signal == 0 ? "limit" : "cancelled")));
+        EXPECT_EQ(result.status, 128 + signal);
+        if (!twice) {
+            EXPECT_THAT(result.err,
+                        AllOf(StartsWith("synthex: " + out.string() + ": "), HasSubstr("cancelled")));
+        }
         EXPECT_THAT(folder.Names(), ElementsAre(name));
         EXPECT_EQ(ReadFile(out), "older");
     }
+}
+
+TEST(Render, AFullDiskIsToldWithTheRemedy) {
+    const TestFolder folder;
+    const std::string clip = Sample("gradient-23976"), out = folder.Write("out.y4m", "older");
+    ExpectRefused({"render", clip, out}, 1, out + ": ", "size limit; raise it", {.fileSize = 4096});
+    ExpectRefused({"render", clip, "/dev/full", "--format", "y4m"}, 1,
+                  "/dev/full: ", "full; free some space");
+    EXPECT_EQ(ReadFile(out), "older");
+}
+
+TEST(Render, FilesAreNotTakenForStreamsThatWereClosed) {
+    for (const char* const name : {"out.raw", "out.png", "out.mp4"}) {
+        const TestFolder folder;
+        const std::vector<std::string> arguments = {"render", Sample("defaults"), folder / name, "--frames",
+                                                    "0"};
+        ASSERT_EQ(RunSynthex(arguments).status, 0);
+        const std::string whole = ReadFile(folder / name);
+        RunSynthex(arguments, {.redirections = "<&- >&- 2>&-"});
+        EXPECT_TRUE(ReadFile(folder / name) == whole) << name;
+    }
+}
+
+TEST(Render, ThreadsThatCanNotBeStartedAreDoneWithout) {
+    if (IsSanitized()) GTEST_SKIP();
+    const TestFolder folder;
+    const ProcessResult result =
+        RunSynthex({"render", Sample("defaults"), folder / "out.raw", "--native", "--jobs", "512"},
+                   {.addressSpace = 512u << 20});
+    EXPECT_LE(result.status, 1) << result.err;
+    EXPECT_EQ(folder.Names().size(), 1 - static_cast<unsigned>(result.status));
 }
 
 TEST(Render, AReaderThatDoesNotReadCanBeLeftBySignal) {

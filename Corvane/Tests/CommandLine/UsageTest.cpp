@@ -29,7 +29,7 @@ TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
     const std::string clip = Sample("defaults");
     const std::pair<Arguments, const char*> kRows[] = {
         {{}, "synthex --help"},
-        {{"infos"}, "no subcommand or option 'infos'"},
+        {{"in\n\x1b\x7f\u009b\xFF\u00e9"}, "no subcommand or option 'in\\n\\x1b\\x7f\\x9b\\xff\u00e9'"},
         {{"info"}, "synthex info --help"},
         {{"info", clip, "--jsno"}, "--jsno"},
         {{"render", clip}, "OUT is required"},
@@ -52,6 +52,7 @@ TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
         {{"new", "x", "--do", "=1"}, "ID=VALUE"},
         {{"new", "x", "--answer", "maybe"}, "save=PATH"},
         {{"validate", "--time-limit", "0"}, "--time-limit"},
+        {{"validate", "--time-limit", "nan"}, "--time-limit"},
     };
     for (const auto& [arguments, said] : kRows) ExpectRefused(arguments, 2, "", said);
 }
@@ -67,11 +68,13 @@ TEST(Usage, TheBundleIsNamedBeforeOrAfterTheSubcommand) {
         ExpectRefused(arguments, 1, "/none: ", "--bundle");
 }
 
-TEST(Usage, AFullDiskIsNoticedByWhatIsPrinted) {
+TEST(Usage, WhatIsPrintedIsNotLostInSilence) {
     for (const Arguments& arguments :
          {Arguments{"info", Sample("defaults")}, {"formats"}, {"formats", "--json"}})
         ExpectRefused(arguments, 1, "standard output: it can't be written (No space left on device)", "",
                       {.output = "/dev/full"});
+    ExpectRefused({"formats"}, 1, "standard output: it can't be written (Bad file descriptor)", "",
+                  {.redirections = ">&-"});
 }
 
 TEST(Formats, AreListedAlikeForPeopleAndPrograms) {

@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+#include <sys/stat.h>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -33,8 +35,20 @@ TEST(Bundle, WhatIsNoBundleIsRefusedWithItsName) {
                  "<plist><dict><key>CFBundleIdentifier</key><string>org.broken</string>"
                  "<key>CFBundleExecutable</key><string>Broken</string></dict></plist>");
     expectRefused("Broken", "does not load");
-    // A library without the entry point: the bench's own.
+    // Opening a pipe would wait for ever; so much of a library is one that was copied half.
     fs::copy_file(SYNTHEX_BUILD_DIR "/lib/libcorvane.so", folder / "Broken/Contents/Linux/Broken");
+    fs::resize_file(folder / "Broken/Contents/Linux/Broken", 20000);
+    expectRefused("Broken", "cut off");
+    for (const char* const name : {"Linux/Broken", "Info.plist"}) {
+        const fs::path file = folder / "Broken/Contents" / name, aside = folder / "aside";
+        fs::rename(file, aside);
+        ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+        expectRefused("Broken", "pipe");
+        fs::rename(aside, file);
+    }
+    // A library without the entry point: the bench's own.
+    fs::copy_file(SYNTHEX_BUILD_DIR "/lib/libcorvane.so", folder / "Broken/Contents/Linux/Broken",
+                  fs::copy_options::overwrite_existing);
     expectRefused("Broken", "has no xImportEntry");
 }
 

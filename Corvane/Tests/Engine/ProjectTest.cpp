@@ -2,6 +2,7 @@
 // for a project or crashes, a file that is half written.
 #include "Engine/ProjectFile.h"
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -60,7 +61,8 @@ TEST_F(ProjectFiles, ATextCutAnywhereIsRefused) {
     const std::string text = corvane::WriteProject(TwoClips("/x/a.synthex"), {});
     EXPECT_EQ(FailureOf(text), "");
     for (std::size_t length = 0; length + 2 < text.size(); ++length)
-        ASSERT_THAT(FailureOf(text.substr(0, length)), HasSubstr("it.cvproj: this project is cut or damaged"))
+        ASSERT_THAT(FailureOf(text.substr(0, length)),
+                    HasSubstr("it.cvproj: this project can't be read: it is cut or damaged at"))
             << length;
 }
 
@@ -83,12 +85,18 @@ TEST_F(ProjectFiles, WhatIsNoProjectOfThisVersionSaysWhy) {
         {head + sequence + R"("clips":[{"name":"x"}]})", "\"settings\" is missing"},
         {head + sequence + R"("clips":[{"name":1,"file":"x"}]})", "\"name\" is no text"},
         {head + sequence + R"("clips":[{"name":"x","file":""}]})", "\"file\" is empty"},
-        {std::string(200000, '['), "cut or damaged"},
+        {std::string(200000, '['), "deeper than 256 levels"},
+        {R"({"x":)" + std::string(200000, '['), "deeper than 256 levels"},
+        {R"({"x":1e400})", "damaged at byte 10 of 11"},
     };
     for (const auto& [text, why] : kRows)
         EXPECT_THAT(FailureOf(text), testing::AllOf(HasSubstr("it.cvproj: "), HasSubstr(why)))
             << text.substr(0, 200);
-    EXPECT_EQ(FailureOf(head + sequence + R"("clips":[],"later":{}})"), "");
+    // Members that nobody reads. Looked up one by one, so many would take minutes.
+    std::string later;
+    for (int i = 0; i < 1000000; ++i) later += fmt::format(",\"{}\":{{}}", i);
+    EXPECT_EQ(FailureOf(head + sequence + R"("clips":[{"file":"x","name":"x")" + later + "}]" + later + "}"),
+              "");
 }
 
 TEST_F(ProjectFiles, WhatIsNoFileOfTextSaysWhy) {
@@ -102,6 +110,9 @@ TEST_F(ProjectFiles, WhatIsNoFileOfTextSaysWhy) {
     Project project;
     project.Add("\xff", {});
     corvane::SaveProject({}, mFolder / "it.cvproj");
+    EXPECT_THROW(corvane::SaveProject(project, mFolder / "it.cvproj"), corvane::Failure);
+    project.clips.clear();
+    project.Add(std::string(64u << 20, 'x'), {});
     EXPECT_THROW(corvane::SaveProject(project, mFolder / "it.cvproj"), corvane::Failure);
     EXPECT_TRUE(corvane::LoadProject(mFolder / "it.cvproj").clips.empty());
 }

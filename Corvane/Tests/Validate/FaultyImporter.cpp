@@ -3,8 +3,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <dlfcn.h>
 #include <unistd.h>
@@ -45,7 +47,29 @@ char* PixelsOf(const Call& call) {
 using Fault = std::int32_t (*)(const Call& call);
 
 std::int32_t Hang(const Call&) {
+    // Out of the group that is ended with this process.
+    ::setpgid(0, ::getpgid(::getppid()));
     for (;;) ::pause();
+}
+
+std::int32_t Forge(const Call&) {
+    for (int i = 0; i < 30; ++i) ::dprintf(3, "made \n made \n0 made \n");
+    ::_exit(0);
+}
+
+std::int32_t WriteForEver(const Call&) {
+    static const std::vector<char> bytes(1 << 20, 'x');
+    for (;;) [[maybe_unused]] const ssize_t written = ::write(3, bytes.data(), bytes.size());
+}
+
+/// Leaves a process in a session of its own, whose number goes into the file that the environment names.
+std::int32_t LeaveAProcess(const Call& call) {
+    ::unsetenv("SYNTHEX_FAULT"); // once is enough
+    if (::fork() != 0) return call.Real();
+    ::setsid();
+    if (::fork() != 0) ::_exit(0);
+    std::ofstream(std::getenv("SYNTHEX_LEFT")) << ::getpid();
+    return Hang(call);
 }
 
 std::int32_t LoseAFrame(const Call& call) {
@@ -108,6 +132,9 @@ constexpr FaultRow kFaults[] = {
     {"files stay open", kSelector_Init, KeepAFileOpen},
     {"shutdown fails", kSelector_Shutdown, [](const Call& call) { return call.Real() + 1; }},
     {"opening hangs", kSelector_OpenFile8, Hang},
+    {"reports are forged", kSelector_Init, Forge},
+    {"reports have no end", kSelector_Init, WriteForEver},
+    {"a process is left", kSelector_Init, LeaveAProcess},
     {"the preferred size crashes", kSelector_PreferredFrameSize,
      [](const Call&) -> std::int32_t { std::abort(); }},
     {"information exits", kSelector_GetInfo8, [](const Call&) -> std::int32_t { ::_exit(0); }},

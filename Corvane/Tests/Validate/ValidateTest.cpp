@@ -56,6 +56,8 @@ TEST(Validate, EachFaultIsFound) {
         {"a missing file is kept", "while opening a file that does not exist, it touched bytes 36 to 43."},
         {"39 succeeds", "while opening a file of an empty text, the result is 0 instead of 3."},
         {"37 spoils byte 12 of 2", "the depth is 223 instead of 32."},
+        {"27 spoils byte 8 of 2", "while sending selector 27 as request "},
+        {"37 spoils byte 174 of 2", "byte 174 of 214 is "},
         {"37 spoils byte 60 of 2", "it touched byte 60."},
         {"37 spoils byte 28 of 1", "it touched byte 28."},
         {"45 spoils byte 24 of 1", "while asking for the first preferred size, the width is"},
@@ -67,11 +69,13 @@ TEST(Validate, EachFaultIsFound) {
         {"47 spoils byte 20 of 2", "asking for a frame of CvPixelFormat_BGRA_4444_8u, it touched byte 20."},
         {"memory is lost", "bytes more are in use after 200 rounds.", true},
         {"opening hangs", "while opening a settings file, the time limit passed.", false, "2"},
+        {"reports are forged", "while initializing, the plug-in ended the process with exit status 0."},
+        {"reports have no end", "while initializing, the time limit passed.", false, "2"},
         {"files stay open", "the number of open files is"},
         {"shutdown fails", "while shutting down what was never initialized, the result is 1 instead of 0."},
         {"the preferred size crashes",
          "while asking for the first preferred size, the plug-in ended the process: Aborted."},
-        {"the preferred size crashes", "2 of 25 checks failed.\n"}, // the others are made all the same
+        {"the preferred size crashes", "3 of 26 checks failed.\n"}, // the others are made all the same
         {"information exits", "the plug-in ended the process with exit status 0."},
     };
     const TestFolder folder;
@@ -82,7 +86,18 @@ TEST(Validate, EachFaultIsFound) {
                                                 {.environment = {{"SYNTHEX_FAULT", row.fault}}});
         EXPECT_EQ(result.status, 1) << row.fault;
         EXPECT_THAT(result.out, AllOf(HasSubstr("FAIL  "), HasSubstr(row.found))) << row.fault;
+        EXPECT_TRUE(IsSanitized() || result.peakMiB < 200) << row.fault << result.peakMiB;
     }
+}
+
+TEST(Validate, EveryProcessThatCameOfTheBundleIsEnded) {
+    const TestFolder folder;
+    const fs::path left = folder / "left";
+    RunSynthex({"validate", MakeBundle(folder, FAULTY_IMPORTER)},
+               {.environment = {{"SYNTHEX_FAULT", "a process is left"}, {"SYNTHEX_LEFT", left}}});
+    const std::string process = ReadFile(left);
+    EXPECT_FALSE(process.empty());
+    EXPECT_FALSE(fs::exists("/proc/" + process)) << process;
 }
 
 TEST(Validate, WhatIsNoPluginFails) {

@@ -113,8 +113,9 @@ inline constexpr std::int32_t kCvVexelCreator2SuiteVersion = 3;
 /// "Corvane Vexel Creator 2 Suite", version 3: makes frame buffers. Any thread.
 struct CvVexelCreator2Suite3 {
     /// Creates a frame of `width` x `height` pixels and stores its handle at `handle`. The pixels hold
-    /// whatever the memory held before. Rows begin at multiples of 64 bytes. Fails with a null handle for an
-    /// extended or unknown format, a side of 0, a size over the host's limits, or when memory runs out.
+    /// whatever the memory held before. Rows begin at multiples of 64 bytes. A side may be 0: the frame has
+    /// no pixels then. Fails with a null handle for an extended or unknown format, a size over the host's
+    /// limits, or when memory runs out.
     std::int32_t (*Create)(CvVexelHandle* handle, std::int32_t access, CvPixelFormat format,
                            std::uint32_t width, std::uint32_t height, std::int32_t reserved1,
                            std::int32_t reserved2, std::uint32_t parNumerator, std::uint32_t parDenominator);
@@ -133,7 +134,7 @@ struct CvVexelSuite1 {
     std::int32_t (*GetPixels)(CvVexelHandle handle, std::int32_t access, char** pixels);
     /// The frame's bounds in pixels: 0, 0, width, height.
     std::int32_t (*GetBounds)(CvVexelHandle handle, CvRect* bounds);
-    /// The distance from row to row, in bytes.
+    /// The distance from row to row, in bytes; negative if the rows go up in memory.
     std::int32_t (*GetRowBytes)(CvVexelHandle handle, std::int32_t* rowBytes);
     /// The pixel format the frame was created with.
     std::int32_t (*GetPixelFormat)(CvVexelHandle handle, CvPixelFormat* format);
@@ -203,7 +204,7 @@ struct [[gnu::packed]] imIndPixelFormatRec {
 /// Selectors 37 and 38: the clip's file.
 struct [[gnu::packed]] imFileAccessRec8 {
     std::byte mReserved0[12];
-    const char16_t* mFilePath; ///< zero-terminated; owned by the host
+    const char16_t* mFilePath; ///< zero-terminated, or null for no file; owned by the host
     std::byte mReserved20[8];
     char16_t* mNewFilePath; ///< receives a block made with the host's memory functions; the host frees it
 };
@@ -211,7 +212,7 @@ struct [[gnu::packed]] imFileAccessRec8 {
 /// Selector 39: open a file.
 struct [[gnu::packed]] imFileOpenRec8 {
     std::byte mReserved0[12];
-    const char16_t* mFilePath; ///< zero-terminated; owned by the host
+    const char16_t* mFilePath; ///< zero-terminated, or null for no file; owned by the host
     std::byte mReserved20[16];
     void* mPrivateData; ///< the instance; kept by the host, destroyed by selector 9
 };

@@ -114,7 +114,7 @@ enum class FileAttributesFlags : std::uint32_t { kNormal = 1 };
 class File {
   public:
     /// The largest file that `Open` takes, in bytes. Its users read files whole, so this bounds their memory.
-    static constexpr std::uint64_t kSizeLimit = 16u << 20;
+    static constexpr std::uint64_t kSizeLimit = 1u << 20;
 
     /// Nothing is open.
     File();
@@ -136,7 +136,8 @@ class File {
     /// symbolic link the file it points to is replaced. A target that is read-only fails with
     /// `kResult_AccessDenied`, and so does one in a folder in which no file can be made; a target that is no
     /// regular file fails with `kResult_NotAFile`, a missing folder with `kResult_NotFound`, and a file that
-    /// exists, if `disposition` wants none, with `kResult_Failed`.
+    /// exists, if `disposition` wants none, with `kResult_Failed`. During a request for preferences all but
+    /// the last are told by `Write`: the host keeps the text, so that it is not lost.
     Result Create(const String& path, FileAccessFlags access, FileShareModeFlags share,
                   FileCreateDispositionFlags disposition, FileAttributesFlags attributes, bool temporary);
 

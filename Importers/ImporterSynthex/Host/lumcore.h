@@ -56,14 +56,13 @@ void AddToObject(Value& object, const char* key, const Value& member);
 /// The same; takes the member over instead of copying it.
 void AddToObject(Value& object, const char* key, Value&& member);
 
-/// The member of that name, or an empty pointer; shared with the tree. Throws `boost::bad_any_cast` if
-/// `object` holds no object.
-ValuePtr GetVariantInObject(const Value& object, const char* key);
+/// The member of that name, or an empty pointer; shared with the tree.
+ValuePtr GetVariantInObject(const Object& object, const char* key);
 
 /// The text of a tree: compact, members in ascending order of their keys, integers as integers, doubles in
 /// the shortest form that reads back exactly (1.0 stays a double). JSON has no infinity: an infinite double
-/// is written as the largest finite one of its sign, NaN as null. `pretty` indents. Throws
-/// `boost::bad_any_cast` for a held type not listed at `Value`.
+/// is written as the largest finite one of its sign, 1.7976931348623157e308, and NaN as null. `pretty`
+/// indents. Throws `boost::bad_any_cast` for a held type not listed at `Value`.
 std::string GetJSONUTF8String(const Value& value, bool pretty);
 
 /// Parses zero-terminated text by RFC 8259, strictly: valid UTF-8, one value, no byte-order mark. Returns an

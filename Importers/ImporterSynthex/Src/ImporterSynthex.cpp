@@ -18,6 +18,10 @@ constexpr char kFileExtension[] = "synthex";
 
 constinit Mosk::ObjectPtr<Mosk::Module, Mosk::AtomicValue> gDllModule;
 
+/// What stands in for the module before there is one: a null reference can't. Not a static of the entry: the
+/// guard of that is a lock, and the entry takes none.
+constinit const Mosk::ResourceCollection kNoResources;
+
 /// The pointer that a record begins with; packed records need not be aligned.
 void* FirstField(const void* record) {
     void* field = nullptr;
@@ -94,10 +98,11 @@ int CloseFile(void* instance) {
 
 int GetIndPixelFormat(const void* index, imIndPixelFormatRec* record) {
     if (record->mPrivateData == nullptr) return kResult_NoInstance;
-    CvPixelFormat format = record->mPixelFormat;
+    CvPixelFormat format = 0;
     const int result = ImporterSynthex::GetIndexPixelFormat(
         static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(index)), format);
-    record->mPixelFormat = format;
+    // The record of an index that is not in the list may be one that can't be written.
+    if (result == kResult_Success) record->mPixelFormat = format;
     return result;
 }
 
@@ -150,8 +155,6 @@ xImportEntry(std::int32_t selector, imStdParms* stdParms, void* param1, void* pa
                 CFBundleGetBundleWithIdentifier(PLATFORM_BUNDLE_ID(SYNTHEX_BUNDLE_IDENTIFIER)))
             Mosk::Module::Create(bundle, gDllModule);
 
-    // Before a module exists an empty collection stands in for it: a null reference can't.
-    static const Mosk::ResourceCollection kNoResources;
     const Mosk::ResourceCollection& module = gDllModule.mObject ? *gDllModule.mObject : kNoResources;
     const std::int32_t result =
         CvImportModule<ImporterSynthex>::ImportEntry(module, selector, stdParms, param1, param2);
@@ -275,13 +278,13 @@ std::int32_t ImporterSynthex::OnCloseFile(void**) {
 }
 
 std::int32_t ImporterSynthex::OnOpenFile8(const imFileOpenRec8* record) {
-    const Mosk::Result status = GetSynthexDataFromFile(record->mFilePath, mSynthexInfo);
+    const Mosk::Result status = GetSynthexDataFromFile(PathOf(record->mFilePath), mSynthexInfo);
     return status < 0 ? kResult_FileUnreadable : kResult_Success;
 }
 
 std::int32_t ImporterSynthex::OnGetInfo8(const imFileAccessRec8* access, imFileInfoRec8* info) {
     info->mHasVideo = 1;
-    if (!Mosk::PathUtils::ExistsOnDisk(access->mFilePath)) {
+    if (!Mosk::PathUtils::ExistsOnDisk(PathOf(access->mFilePath))) {
         const char* const prefs = info->mPrefs;
         if (prefs == nullptr) return kResult_FileUnreadable;
         mSynthexInfo = lumcore::serialization::Serializer<SynthexInfo>::FromUTF8String(
@@ -314,6 +317,10 @@ std::int32_t ImporterSynthex::OnPreferredFrameSize(imPreferredFrameSizeRec* reco
     record->mWidth = mSynthexInfo.mFrameWidth;
     record->mHeight = mSynthexInfo.mFrameHeight;
     return kResult_Success;
+}
+
+Mosk::String PathOf(const char16_t* path) {
+    return path == nullptr ? Mosk::String() : Mosk::String(path);
 }
 
 Mosk::Result GetSynthexDataFromFile(const Mosk::String& path, SynthexInfo& info) {

@@ -69,6 +69,10 @@ class ImporterSynthex : public CvImportModule<ImporterSynthex> {
     SynthexInfo mSynthexInfo;
 };
 
+/// The path that a record holds. A null pointer names no file, and neither does the empty path that is
+/// returned for it.
+Mosk::String PathOf(const char16_t* path);
+
 /// Reads a settings file into `info`. Returns the file status, negative if the file can't be read. A file
 /// that does not decode throws what `Serializer<SynthexInfo>` throws; `info` is unchanged then.
 Mosk::Result GetSynthexDataFromFile(const Mosk::String& path, SynthexInfo& info);

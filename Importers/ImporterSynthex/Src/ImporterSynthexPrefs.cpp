@@ -83,7 +83,7 @@ lumworkspace::workspace::Workspace* GetWorkspace() {
 
 std::int32_t ImporterSynthex::OnGetPrefs(imStdParms* stdParms, imFileAccessRec8* access,
                                          imGetPrefsRec* prefs) {
-    const Mosk::String path = access->mFilePath;
+    const Mosk::String path = PathOf(access->mFilePath);
     const bool exists = Mosk::PathUtils::ExistsOnDisk(path);
     const bool showDialog = !exists || prefs->mFirstTime == 0;
     if (prefs->mPrefs == nullptr) {

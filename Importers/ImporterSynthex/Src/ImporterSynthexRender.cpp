@@ -14,7 +14,8 @@ struct PixelBuffer {
     std::uint32_t height = 0;
     RK_PixelFormat format = 0;
 
-    /// The address of a row. The offset is a 32-bit product.
+    /// The address of a row. Deliberate: the offset is an unsigned 32-bit product, so only frames whose rows
+    /// go down in memory can have a gradient.
     char* Row(std::uint32_t row) const { return base + static_cast<std::uint32_t>(rowBytes) * row; }
 };
 
@@ -61,23 +62,23 @@ RK_PixelFormat FillFormat(CvPixelFormat format) {
     return is8BitVideo601 ? kRK_VUYA_8u_601 : kRK_VUYA_32f_709;
 }
 
-void FillRows(const PixelBuffer& buffer, std::uint32_t firstRow, std::int32_t step, std::uint32_t rows,
+void FillRows(const PixelBuffer& buffer, char* firstRow, std::int32_t step, std::uint32_t rows,
               const RasterColor& color) {
-    RK_FillWithColor(buffer.Row(firstRow), step, buffer.width, rows, buffer.format, color.mParts,
-                     kRK_FillReplace);
+    RK_FillWithColor(firstRow, step, buffer.width, rows, buffer.format, color.mParts, kRK_FillReplace);
 }
 
 void FillFieldColors(const PixelBuffer& buffer, const SynthexInfo& info) {
     const RasterColor upper(info.mUpperFieldColor);
     if (info.mFieldType == lummediatypes::kFieldType_Progressive) {
-        FillRows(buffer, 0, buffer.rowBytes, buffer.height, upper);
+        FillRows(buffer, buffer.base, buffer.rowBytes, buffer.height, upper);
         return;
     }
     // Deliberate: the even rows are the upper field's whatever the field order, and of an odd number of rows
     // the last one is left as it is.
     const std::int32_t fieldStep = 2 * buffer.rowBytes;
-    FillRows(buffer, 0, fieldStep, buffer.height / 2, upper);
-    FillRows(buffer, 1, fieldStep, buffer.height / 2, RasterColor(info.mLowerFieldColor));
+    char* const secondRow = buffer.base + buffer.rowBytes; // in a frame stored bottom up, before the first
+    FillRows(buffer, buffer.base, fieldStep, buffer.height / 2, upper);
+    FillRows(buffer, secondRow, fieldStep, buffer.height / 2, RasterColor(info.mLowerFieldColor));
 }
 
 /// The share of the clip that lies before the frame is divided in double precision and rounded to float; all
@@ -95,7 +96,7 @@ void FillGradient(const PixelBuffer& buffer, const SynthexInfo& info, std::int32
     // reached.
     for (std::uint32_t row = 0; row < buffer.height; ++row) {
         const float s = static_cast<float>(row) / static_cast<float>(buffer.height);
-        FillRows(buffer, row, buffer.rowBytes, 1, top + delta * s);
+        FillRows(buffer, buffer.Row(row), buffer.rowBytes, 1, top + delta * s);
     }
 }
 

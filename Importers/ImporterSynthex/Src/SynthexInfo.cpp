@@ -62,9 +62,14 @@ struct JSONConvert<float> {
 
 namespace {
 
+/// The object that a value holds. Throws `boost::bad_any_cast` if it holds anything else.
+const Object& ObjectIn(const Value& value) {
+    return boost::any_cast<const Object&>(value);
+}
+
 /// Reads one member. A missing one is what the type makes of nothing: 0, square pixels, opaque black.
 template <class T>
-T ExtractPropertyFromObject(const Value& object, const char* key) {
+T ExtractPropertyFromObject(const Object& object, const char* key) {
     const ValuePtr member = GetVariantInObject(object, key);
     return member ? JSONConvert<T>::FromJSON(*member) : T{};
 }
@@ -124,8 +129,9 @@ Value JSONConvert<FloatColor>::ToJSON(const FloatColor& color) {
 // transparent.
 FloatColor JSONConvert<FloatColor>::FromJSON(const Value& value) {
     FloatColor color;
+    const Object& object = ObjectIn(value);
     VisitParts(
-        [&](const char* key, auto part) { color.*part = ExtractPropertyFromObject<float>(value, key); });
+        [&](const char* key, auto part) { color.*part = ExtractPropertyFromObject<float>(object, key); });
     return color;
 }
 
@@ -137,8 +143,9 @@ Value JSONConvert<PixelAspectRatio>::ToJSON(const PixelAspectRatio& ratio) {
 }
 
 PixelAspectRatio JSONConvert<PixelAspectRatio>::FromJSON(const Value& value) {
-    const auto numerator = ExtractPropertyFromObject<std::uint32_t>(value, "numerator");
-    const auto denominator = ExtractPropertyFromObject<std::uint32_t>(value, "denominator");
+    const Object& object = ObjectIn(value);
+    const auto numerator = ExtractPropertyFromObject<std::uint32_t>(object, "numerator");
+    const auto denominator = ExtractPropertyFromObject<std::uint32_t>(object, "denominator");
     return PixelAspectRatio(numerator, denominator);
 }
 
@@ -149,7 +156,7 @@ Value JSONConvert<TickTime>::ToJSON(const TickTime& time) {
 }
 
 TickTime JSONConvert<TickTime>::FromJSON(const Value& value) {
-    return TickTime(ExtractPropertyFromObject<std::int64_t>(value, "ticks"));
+    return TickTime(ExtractPropertyFromObject<std::int64_t>(ObjectIn(value), "ticks"));
 }
 
 Value JSONConvert<FrameRate>::ToJSON(const FrameRate& rate) {
@@ -159,7 +166,7 @@ Value JSONConvert<FrameRate>::ToJSON(const FrameRate& rate) {
 }
 
 FrameRate JSONConvert<FrameRate>::FromJSON(const Value& value) {
-    return FrameRate(ExtractPropertyFromObject<std::int64_t>(value, "ticksperframe"));
+    return FrameRate(ExtractPropertyFromObject<std::int64_t>(ObjectIn(value), "ticksperframe"));
 }
 
 Value JSONConvert<SynthexInfo>::ToJSON(const SynthexInfo& info) {
@@ -170,8 +177,9 @@ Value JSONConvert<SynthexInfo>::ToJSON(const SynthexInfo& info) {
 
 SynthexInfo JSONConvert<SynthexInfo>::FromJSON(const Value& value) {
     SynthexInfo info;
+    const Object& object = ObjectIn(value);
     VisitFields([&]<class T>(const char* key, T SynthexInfo::*field) {
-        info.*field = ExtractPropertyFromObject<T>(value, key);
+        info.*field = ExtractPropertyFromObject<T>(object, key);
     });
     return info;
 }
@@ -181,8 +189,8 @@ SynthexInfo Serializer<SynthexInfo>::FromUTF8String(const unsigned char* data, s
     const ValuePtr parsed = terminated ? JSONParse(data) : JSONParse(data, size);
     if (!parsed) throw std::runtime_error("JSON not well-formed");
     // Documents of the host's generic serializer wrap the record.
-    if (boost::any_cast<Object>(parsed.get()) != nullptr)
-        if (const ValuePtr wrapped = GetVariantInObject(*parsed, "SerializerWrappedObject"))
+    if (const auto* const object = boost::any_cast<Object>(parsed.get()))
+        if (const ValuePtr wrapped = GetVariantInObject(*object, "SerializerWrappedObject"))
             return JSONConvert<SynthexInfo>::FromJSON(*wrapped);
     return JSONConvert<SynthexInfo>::FromJSON(*parsed);
 }

@@ -72,14 +72,4 @@ TEST_F(EntryTest, IndexPixelFormatNeedsAnInstanceAndLooksAtTheLowBitsOfTheIndex)
     EXPECT_EQ(CvPixelFormat(record.mPixelFormat), 0u);
 }
 
-TEST_F(EntryTest, CloseAndVideoNeedAnInstance) {
-    EXPECT_EQ(Close(nullptr), 3);
-    auto record = HostRecord<imSourceVideoRec>();
-    record.mPrivateData = nullptr;
-    EXPECT_EQ(mBundle.Call(kSelector_GetSourceVideo, nullptr, &record).result, 5);
-    auto expected = HostRecord<imSourceVideoRec>();
-    expected.mPrivateData = nullptr;
-    EXPECT_EQ(Bytes(record), Bytes(expected));
-}
-
 } // namespace

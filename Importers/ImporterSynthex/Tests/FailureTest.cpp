@@ -125,22 +125,6 @@ Answer CallWith(long allocations, const corvane::Bundle& bundle, int selector, v
     return answer;
 }
 
-// Whatever allocation fails, the host gets a result, and the request works once there is memory again.
-TEST_F(FailureTest, EveryFailedAllocationIsAnswered) {
-    auto access = HostRecord<imFileAccessRec8>();
-    access.mFilePath = u"/none";
-    long failures = 0;
-    for (int result = -1; result != 0; ++failures) {
-        auto info = HostRecord<imFileInfoRec8>();
-        info.mPrivateData = nullptr;
-        info.mPrefs = kDistinctSettings;
-        result = CallWith(failures, mBundle, kSelector_GetInfo8, &access, &info).result;
-        if (void* const instance = info.mPrivateData) Close(instance);
-        EXPECT_TRUE(result == 0 || result == -1 || result == 3 || result == 99) << result;
-    }
-    EXPECT_GT(failures, 20);
-}
-
 // A frame that could not be finished, as for a digit there was no memory, is given back.
 TEST_F(FailureTest, EveryFailedAllocationGivesItsFrameBack) {
     const auto clip = corvane::Clip::OpenPrefs(std::make_shared<corvane::Bundle>(mBundle.Path()), "clip",

@@ -30,7 +30,6 @@ TEST_F(PrefsTest, EachControlWritesItsOwnSettingAndNothingElse) {
     } kRows[] = {
         {"", Json::object()},
         {"frameWidthID=720", {{"/mFrameWidth", 720}}},
-        {"frameWidthID=719.9", {{"/mFrameWidth", 719}}},
         {"frameHeightID=32768", {{"/mFrameHeight", 32768}}},
         {"fieldTypePopupID=Progressive", {{"/mFieldType", 0}}},
         {"fieldTypePopupID=Lower Field First", {{"/mFieldType", 2}}},
@@ -176,8 +175,7 @@ TEST_F(PrefsTest, TimingKeepsFramesAndSecondsTogether) {
         {k25, kSecond * 2, "frameRatePopupID=PAL HD - 50 fps", kSecond, 50, 1},
         {k25, kSecond, "durationSecondsTextID=0", k25, 1, 0.04}, // never shorter than one frame
         {k25, kSecond, "durationSecondsTextID=0.019", k25, 1, 0.04},
-        {k25, kSecond, "durationFramesTextID=0", 0, 0, 0}, // but no minimum here
-        {k25, kSecond, "durationFramesTextID=7.9", 7 * k25, 7.9, 0.28},
+        {k25, kSecond, "durationFramesTextID=0", 0, 0, 0},                // but no minimum here
         {k25, kSecond, "durationSecondsTextID=1.03", 26 * k25, 26, 1.04}, // the nearest frame, not the lower
         {k25, kSecond, "durationSecondsTextID=1.01", 25 * k25, 25, 1},
         // Frames that seconds as a double can't quite say: opening must not shorten the clip.
@@ -185,7 +183,8 @@ TEST_F(PrefsTest, TimingKeepsFramesAndSecondsTogether) {
         {k5994, kMany, "", kMany, 1000003, static_cast<double>(kMany) / kSecond},
         // What settings files may bring.
         {k25, 0, "", k25, 1, 0.04},
-        {k25, -kSecond, "", -24 * k25, -24, -0.96},
+        {k25, -kSecond, "", k25, 1, 0.04},
+        {k25, -5 * k25 / 2, "frameRatePopupID=PAL HD - 50 fps", k25 / 2, 1, 0.02},
         {0, kSecond, "", kSecond, 0, 1},
         {0, 0, "", 0, 0, 0},
         {-k25, kSecond, "", kSecond, -25, 1},
@@ -230,8 +229,14 @@ TEST_F(PrefsTest, UnknownSettingsShowTheFirstItemAndStay) {
         {"pixelAspectPopupID", "mFramePAR", {{"numerator", 7}, {"denominator", 0}}, 0},
     };
     for (const auto& row : kRows) {
-        EXPECT_EQ(Edited(Changed({{row.key, row.value}}), "")[row.key], row.value);
+        const std::string prefs = Changed({{row.key, row.value}}), choice = std::to_string(row.shown);
+        EXPECT_EQ(Edited(prefs, "")[row.key], row.value);
         EXPECT_EQ(State(row.popup), row.shown) << row.key << row.value;
+        // Chosen by somebody, it counts: as if it had not been shown before.
+        const auto chosen = [&](const std::string& first) {
+            return Edited(prefs, first + row.popup + "=" + choice)[row.key];
+        };
+        EXPECT_EQ(chosen(""), chosen(row.popup + std::string("=2; "))) << row.key << row.value;
     }
     EXPECT_EQ(Edited(Changed({{"mFrameWidth", 4294967295u}}), "")["mFrameWidth"], 4294967295u)
         << "limits are for people";
@@ -271,8 +276,9 @@ TEST_F(PrefsTest, HandlersTakeWhatProgramsSet) {
     } kRows[] = {
         // No color is chosen: the edits write nothing, the buttons ask nothing.
         {"pixelFormatPopupID=-1; pixelFormatPopupID=48; pixelAspectPopupID=-1; frameRatePopupID=-1; "
-         "chooseColorPopupID=-1; chooseColorRedTextID0=0.5; frameWidthID=-0.5; durationFramesTextID=-2",
-         {{"/mFrameWidth", 0}, {"/mVideoDuration/ticks", -16951334400}},
+         "chooseColorPopupID=-1; chooseColorRedTextID0=0.5; frameWidthID=-0.5; frameHeightID=719.9; "
+         "durationFramesTextID=-2.9",
+         {{"/mFrameWidth", 0}, {"/mFrameHeight", 719}, {"/mVideoDuration/ticks", -16951334400}},
          ""},
         // The gradient's disabled item: its edits write the field colors, its buttons ask nothing.
         {"chooseColorPopupID=0; chooseColorGreenTextID1=0.5",

@@ -228,6 +228,7 @@ TEST_F(DialogEntryTest, ARecordWithAFileOpensBoundToIt) {
     info.mSavedFilePath = Path("clip.synthex");
     info.mDrawFrameNumber = false;
     mExchange->SetPrefs(info);
+    corvane::RaiseProgramMessages(true); // a box that is shown checked is not one that somebody checks
     EXPECT_EQ(HandedOver("").mClipName, u"clip.synthex") << "OK hands over the name of the file it saved";
     EXPECT_EQ(State("saveToPathStaticTextID"), (mFolder / "clip.synthex").string());
     EXPECT_EQ(Json({State("useAsCustomImporterID"), State("useAsCustomImporterID", "enabled")}),
@@ -235,7 +236,8 @@ TEST_F(DialogEntryTest, ARecordWithAFileOpensBoundToIt) {
     EXPECT_EQ(State("saveFileButtonID", "enabled"), true);
     EXPECT_EQ(State("drawFrameNumberCBID"), false);
     EXPECT_TRUE(std::filesystem::exists(mFolder / "clip.synthex"));
-    EXPECT_FALSE(mExchange->UsesSavedFrameFileAsSource()) << "showing the box is not checking it";
+    EXPECT_FALSE(mExchange->UsesSavedFrameFileAsSource());
+    corvane::RaiseProgramMessages(false);
     EXPECT_TRUE(HandedOver("drawFrameNumberCBID=true").mDrawFrameNumber) << "what has no place in the text";
 }
 

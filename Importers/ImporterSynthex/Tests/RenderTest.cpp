@@ -153,6 +153,17 @@ TEST_F(RenderTest, TheNumberIsTheFramesOwnAndOfInterlacedClipsOnly) {
     EXPECT_EQ(printed, expected);
 }
 
+// Row 0 lies last in memory then, and the second field begins before the first.
+TEST_F(RenderTest, FieldsOfAFrameThatIsStoredBottomUp) {
+    corvane::StoreFramesBottomUp(true);
+    CvVexelHandle handle = nullptr;
+    ASSERT_EQ(AskForFrame(Settings(CvPixelFormat_BGRA_4444_8u, 1, 0).c_str(), 0, handle).result, 0);
+    const corvane::Frame frame(handle);
+    corvane::StoreFramesBottomUp(false);
+    for (std::uint32_t y = kBelowNumber; y < kHeight - 1; ++y)
+        ExpectRow(frame.View(), y, y % 2 == 0 ? kUpper : kLower);
+}
+
 TEST_F(RenderTest, FramesThatCanNotBeMade) {
     const auto live = corvane::GetFrameStatistics().liveFrames;
     const struct {
@@ -160,15 +171,16 @@ TEST_F(RenderTest, FramesThatCanNotBeMade) {
         std::uint32_t height;
         int result;
         bool noMemory = false;
-    } kRows[] = {{CvPixelFormat_BGRA_4444_8u, 0, 5},           // no rows
+    } kRows[] = {{CvPixelFormat_BGRA_4444_8u, 0, 0},           // no rows
                  {CvPixelFormat_BGRA_4444_8u, 4294967295u, 5}, // too many
                  {CvPixelFormat_BGRA_4444_8u, kHeight, 5, true},
                  {0x12345678, kHeight, 3},
                  {CvPixelFormat_BGRA_4444_8u, kHeight, 0}};
     for (const auto& row : kRows) {
         if (row.noMemory) corvane::FailFrameCreation(1);
-        Render(Settings(row.format, 1, 0, row.height), 0);
+        const corvane::Frame frame = Render(Settings(row.format, 1, 1, row.height), 0);
         EXPECT_EQ(mResult, row.result) << row.format << ", " << row.height;
+        EXPECT_EQ(static_cast<bool>(frame), row.result == 0);
     }
     EXPECT_EQ(corvane::GetFrameStatistics().liveFrames, live);
 }

@@ -88,7 +88,7 @@ TEST(Settings, RulesOfReading) {
         {R"({"mVideoDuration": {}})", "ticks", "0"},
         {R"({"mUpperFieldColor": {"mRedPart": 1}})", "mRedPart", "1.0"},
         {R"({"mUpperFieldColor": {"mRedPart": -3}})", "mRedPart", "-3.0"},
-        {R"({"mUpperFieldColor": {"mRedPart": 1e300}})", "mRedPart", "1.7976931348623157e+308"},
+        {R"({"mUpperFieldColor": {"mRedPart": 1e300}})", "mRedPart", "1.7976931348623157e308"},
         {R"({"mUpperFieldColor": {"mRedPart": 1}})", "mAlphaPart", "0.0"},
         {R"({"mLowerFieldColor": {"mRedPart": 1}})", "mAlphaPart", "1.0"},
         {R"({"mFramePAR": {"denominator": 3}})", "numerator", "0"},

@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDropEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QMimeData>
@@ -79,6 +80,7 @@ TEST_F(WindowTest, AProjectIsMadeEditedUndoneSavedAndOpenedAgain) {
     EXPECT_EQ(Cell(1, BinModel::kSize), "640 x 1080");
     Choose("Duplicate");
     Model().setData(Model().index(2, BinModel::kName), QStringLiteral("Another"), Qt::EditRole);
+    EXPECT_TRUE(Find<QLabel>(*mWindow, "viewerTitle").text().startsWith(QStringLiteral("Another ")));
     const corvane::Project whole = Project();
     const fs::path file = Folder() / "it.cvproj";
     WhenShown(SaveAs(file));
@@ -186,6 +188,10 @@ TEST_F(WindowTest, UnsavedChangesAreAskedFor) {
     Open(Write("file.synthex"));
     const fs::path unsaved = Folder() / "unsaved";
     WaitUntil([&] { return HasUnsaved(unsaved); }, "what is kept of the changes");
+    for (const auto& file : fs::recursive_directory_iterator(unsaved))
+        if (file.path().extension() == ".autosave") {
+            EXPECT_EQ(file.status().permissions() & fs::perms(077), fs::perms::none) << "others may read it";
+        }
     WhenShown(Press(QMessageBox::Cancel));
     EXPECT_FALSE(mWindow->close());
     WhenShown(Press(QMessageBox::Cancel));

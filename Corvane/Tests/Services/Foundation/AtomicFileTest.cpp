@@ -79,6 +79,11 @@ TEST_F(AtomicFileTest, SaysWhyItFailsAndLeavesEverything) {
     for (const char* const name : {"locked", "closed"}) fs::permissions(mFolder / name, fs::perms(0555));
     fs::permissions(mFolder.Path(), fs::perms(0777));
     fs::create_symlink("circle", mFolder / "circle");
+    // Where all may write, a link of somebody else's may lead anywhere.
+    fs::create_directory(mFolder / "all");
+    fs::permissions(mFolder / "all", fs::perms(01777));
+    fs::create_symlink(mFolder / "planted", mFolder / "all/link");
+    const bool root = ::lchown((mFolder / "all/link").c_str(), 1, 1) == 0;
     const std::vector<std::string> names = mFolder.Names();
     const std::pair<fs::path, const char*> kRows[] = {
         {mFolder.Path(), "this is a folder"},
@@ -95,11 +100,14 @@ TEST_F(AtomicFileTest, SaysWhyItFailsAndLeavesEverything) {
         const corvane::testing::AsNobody nobody;
         for (const auto& [path, why] : kRows) EXPECT_THAT(Save(path, "new"), testing::HasSubstr(why)) << path;
     }
-    {
-        const corvane::testing::FullDisk full(10);
-        EXPECT_THAT(Save(mOld, "longer than ten bytes"), testing::HasSubstr("size limit"));
+    if (root) {
+        EXPECT_THAT(Save(mFolder / "all/link", "new"), testing::HasSubstr("another user"));
     }
-    { AtomicFile(mOld).Write(Bytes("half")); }
+    {
+        AtomicFile half(mOld);
+        half.Write(Bytes("half"));
+        half.Close(); // has a temporary name then
+    }
     EXPECT_EQ(ReadFile(mOld), kOldText);
     EXPECT_EQ(mFolder.Names(), names);
     for (const char* const name : {"locked", "closed"}) fs::permissions(mFolder / name, fs::perms(0755));
@@ -107,14 +115,34 @@ TEST_F(AtomicFileTest, SaysWhyItFailsAndLeavesEverything) {
 }
 
 TEST_F(AtomicFileTest, AProcessThatEndsInTheMiddleLeavesNothing) {
-    const auto end = [&] {
-        AtomicFile file(mFolder / "new");
+    const auto end = [&](int signal) {
+        AtomicFile file(mFolder / "new"), closed(mFolder / "closed");
+        closed.Close();
+        if (signal != 0) ::raise(signal);
         std::exit(0);
     };
     AtomicFile parents(mOld);
-    EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
+    parents.Close();
+    EXPECT_EXIT(end(0), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(mFolder.Names().size(), 2u);
+    EXPECT_EXIT(end(SIGKILL), testing::KilledBySignal(SIGKILL), "");
+    // A killed process can't tidy up; whoever writes there next does, and takes nothing from the living.
+    { const AtomicFile next(mFolder / "./next"); }
     parents.Commit();
     EXPECT_THAT(mFolder.Names(), ElementsAre("old"));
+}
+
+TEST_F(AtomicFileTest, OfAnOlderFileTheOwnerIsKeptAndTheRestIsSaid) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can give files away";
+    ASSERT_EQ(::chown(mOld.c_str(), 65534, 65534), 0);
+    fs::permissions(mOld, fs::perms(04711));
+    Save(mOld, "new");
+    struct stat status {};
+    ::stat(mOld.c_str(), &status);
+    EXPECT_THAT((std::vector{status.st_uid, status.st_gid, status.st_mode & 07777}),
+                ElementsAre(65534, 65534, 04711));
+    fs::create_hard_link(mOld, mFolder / "other");
+    EXPECT_THAT(AtomicFile(mOld).WhatIsLost(), testing::HasSubstr("hard links"));
 }
 
 } // namespace

@@ -80,7 +80,9 @@ TEST(JSON, EveryDoubleReadsBackExactly) {
 
 // JSON has no infinity; a float reader must still get one back.
 TEST(JSON, InfinityIsWrittenAsWhatReadsAsAFloatInfinity) {
-    const ValuePtr back = Parse(GetJSONUTF8String(Value(-std::numeric_limits<double>::infinity()), false));
+    const std::string text = GetJSONUTF8String(Value(-std::numeric_limits<double>::infinity()), false);
+    EXPECT_EQ(text, "-1.7976931348623157e308");
+    const ValuePtr back = Parse(text);
     EXPECT_EQ(static_cast<float>(boost::any_cast<double>(*back)), -std::numeric_limits<float>::infinity());
     EXPECT_EQ(GetJSONUTF8String(Value(std::nan("")), false), "null");
 }
@@ -88,7 +90,6 @@ TEST(JSON, InfinityIsWrittenAsWhatReadsAsAFloatInfinity) {
 TEST(JSON, OtherKindsAreRefused) {
     Value number = std::uint64_t{1};
     EXPECT_THROW(AddToObject(number, "a", number), boost::bad_any_cast);
-    EXPECT_THROW(GetVariantInObject(number, "a"), boost::bad_any_cast);
     EXPECT_THROW(GetJSONUTF8String(Value(1.0f), false), boost::bad_any_cast);
 }
 

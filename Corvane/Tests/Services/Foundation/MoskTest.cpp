@@ -50,19 +50,4 @@ TEST(Alerts, ReachTheNewestSinkOfTheThread) {
     EXPECT_FALSE(disabled);
 }
 
-TEST(Bundles, AreFoundWhileRegisteredAndReadTheirResources) {
-    constexpr auto kFind = [] { return CFBundleGetBundleWithIdentifier(SYNTHEX_BUNDLE_IDENTIFIER); };
-    EXPECT_EQ(kFind(), nullptr);
-    {
-        const corvane::BundleRegistration registration(SYNTHEX_BUILD_DIR "/lib/ImporterSynthex.bundle");
-        ASSERT_NE(kFind(), nullptr);
-        std::vector<std::byte> bytes;
-        EXPECT_TRUE(lumcore::utility::GetBinaryFromModule(kFind(), u"ImporterSynthexPrefs", u"loom", bytes));
-        EXPECT_FALSE(bytes.empty());
-        EXPECT_FALSE(lumcore::utility::GetBinaryFromModule(kFind(), u"Other", u"loom", bytes));
-        EXPECT_TRUE(bytes.empty());
-    }
-    EXPECT_EQ(kFind(), nullptr);
-}
-
 } // namespace

@@ -93,14 +93,15 @@ TEST_F(FrameBuffersTest, TheBufferReturnedLastIsHandedOutFirst) {
 TEST_F(FrameBuffersTest, SizesOverTheLimitFail) {
     constexpr std::uint32_t kLargest = std::numeric_limits<std::uint32_t>::max();
     constexpr std::pair<std::uint32_t, std::uint32_t> kRefused[] = {
-        {46341, 46341}, {70000, 70000},      {kLargest, 1}, {1, kLargest}, {0, 5},
-        {5, 0},         {32769, 1},          {1, 32769},    {0, 0},        {kLargest, kLargest},
-        {32768, 16385}, {1u << 30, 1u << 30}};
+        {46341, 46341}, {70000, 70000}, {kLargest, 1},        {1, kLargest},  {32769, 0},          {32769, 1},
+        {1, 32769},     {0, 32769},     {kLargest, kLargest}, {32768, 16385}, {1u << 30, 1u << 30}};
     for (const auto& [width, height] : kRefused) EXPECT_EQ(TryCreate(kBGRA, width, height), nullptr);
     EXPECT_EQ(TryCreate(kBGRAFloat, 32768, 4097), nullptr);
-    for (const auto& [width, height] : {std::pair(32768u, 16384u), {32768u, 1u}, {1u, 32768u}}) {
+    for (const auto& [width, height] :
+         {std::pair(32768u, 16384u), {32768u, 1u}, {1u, 32768u}, {0u, 5u}, {5u, 0u}, {0u, 0u}}) {
         const CvVexelHandle frame = TryCreate(kBGRA, width, height);
         EXPECT_NE(frame, nullptr) << width << " x " << height;
+        EXPECT_NE(Pixels(frame), nullptr);
         Dispose(frame);
     }
     // With wider limits: a row that does not fit 32 bits, and more than the system has.

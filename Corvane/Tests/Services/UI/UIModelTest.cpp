@@ -22,9 +22,9 @@ using lumui::controls::UI_ControlChangedMessage;
 using lumui::controls::UI_ControlView;
 
 constexpr char kScript[] = R"(<dialog title="T" default="ok" cancel="no">
-    <popup id="list"/> <number id="size" min="1" max="10"/> <number id="free"/> <checkbox id="box" text="B"/>
-    <row><button id="save" text="_Save"/></row> <statictext id="text" text="none"/>
-    <button id="no" text="Cancel"/> <button id="ok" text="OK"/>
+    <popup id="list"/> <number id="size" min="1" max="10"/> <number id="free" decimals="1"/>
+    <checkbox id="box" text="B"/> <row><button id="save" text="_Save"/></row>
+    <statictext id="text" text="none"/> <button id="no" text="Cancel"/> <button id="ok" text="OK"/>
 </dialog>)";
 
 /// A dialog that notes what is delivered to it.
@@ -114,13 +114,14 @@ TEST_F(UIModelTest, OnlyPeopleRaiseMessages) {
 
     EXPECT_TRUE(model.Enter(size, 0.1 + 0.2)) << "held to the minimum, so it changes";
     EXPECT_TRUE(model.Enter(size, 1)); // says nothing: it is 1 already
+    EXPECT_TRUE(model.Enter(size, 1.4)) << "no decimals: only whole numbers";
     EXPECT_TRUE(model.Enter(size, 11));
     EXPECT_TRUE(model.Enter(size, 12)) << "held at 10 again, which its widget is to show";
     EXPECT_FALSE(model.Enter(size, std::numeric_limits<double>::quiet_NaN()));
     for (const auto& [item, chosen] : {std::pair(0, true), {0, true}, {2, false}, {-1, false}})
         EXPECT_EQ(model.Choose(list, item), chosen) << item;
     for (int i = 0; i < 2; ++i) EXPECT_TRUE(model.Check(box, false));
-    EXPECT_EQ(dialog.mNoted, Parts("size; size; size; list; box"));
+    EXPECT_EQ(dialog.mNoted, Parts("size; size; size; size; list; list; box"));
     EXPECT_EQ(size.GetValue(), 10);
 
     size.SetDisabled(true);
@@ -172,11 +173,12 @@ TEST_F(UIModelTest, ScriptsThatCantBeCarriedOutSayWhyAndDoNothing) {
     } kRows[] = {
         {"box=true; sise=2", "", "",
          R"(The dialog has no control "sise"; it has list, size, free, box, save, text, no, ok)"},
-        {"box=true; size=two", "", "", R"(The control "size" accepts a number from 1 to 10, not "two")"},
-        {"size=11", "", "", R"(The control "size" accepts a number from 1 to 10, not "11")"},
-        {"size=2,5", "", "", R"(The control "size" accepts a number from 1 to 10, not "2,5")"},
-        {"size", "", "", R"(The control "size" accepts a number from 1 to 10, and none was given)"},
-        {"free=nan", "", "", R"(The control "free" accepts a number, not "nan")"},
+        {"box=true; size=two", "", "",
+         R"(The control "size" accepts a whole number from 1 to 10, not "two")"},
+        {"size=11", "", "", R"(The control "size" accepts a whole number from 1 to 10, not "11")"},
+        {"size=2.5", "", "", R"(The control "size" accepts a whole number from 1 to 10, not "2.5")"},
+        {"size", "", "", R"(The control "size" accepts a whole number from 1 to 10, and none was given)"},
+        {"free=2,5", "", "", R"(The control "free" accepts a number, not "2,5")"},
         {"list=blue", "", "", R"(The control "list" accepts one of 0 "red", 1 "7", not "blue")"},
         {"list=-1", "", "", R"(The control "list" accepts one of 0 "red", 1 "7", not "-1")"},
         {"list=gray", "", "", R"(The control "list" accepts one of 0 "red", 1 "7", not "gray")"},

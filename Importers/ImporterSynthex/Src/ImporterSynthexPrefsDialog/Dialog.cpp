@@ -122,16 +122,38 @@ constexpr Binding kBindings[] = {
 
 } // namespace
 
+/// Marks the dialog as setting values itself, for the length of a scope.
+///
+/// A toolkit may raise change messages for values that the program sets, too. They tell of no edit, and are
+/// ignored: a popup that shows its first row for a value that no row has would store that row, and a check
+/// box that is shown checked would save a file.
+class Dialog::SettingScope {
+  public:
+    explicit SettingScope(Dialog& dialog) : mDialog(dialog) { mDialog.mIsSetting = true; }
+    ~SettingScope() { mDialog.mIsSetting = false; }
+    SettingScope(const SettingScope&) = delete;
+    SettingScope& operator=(const SettingScope&) = delete;
+
+  private:
+    Dialog& mDialog;
+};
+
 template <class Control>
 void Dialog::Bind(ControlID<Control> id, Handler handler) {
     const auto callback = lumui::ui::BindMessageFunction<Dialog, Message>(handler, this);
-    Get(id)->NotifyWhenChanged(callback);
+    Get(id)->NotifyWhenChanged(
+        boost::make_shared<lumui::ui::MessageFunction>([this, callback](lumui::ui::UI_Message* message) {
+            if (mIsSetting) return;
+            const SettingScope setting(*this);
+            (*callback)(message);
+        }));
 }
 
 void Dialog::Initialize() {
     lumcore::config::Localizer::Get();
     Require(GetView() != nullptr, kHasView);
     for (const Binding& row : kBindings) row.bind(*this, row);
+    const SettingScope setting(*this);
     InitDialogValues();
 }
 

@@ -77,6 +77,7 @@ class ImporterSynthexPrefsDialogImpl : public lumloom::UI_Loom {
     }
 
     // Dialog.cpp
+    class SettingScope;
     template <class Control>
     void Bind(ControlID<Control> id, Handler handler);
     friend struct Binding;
@@ -111,4 +112,5 @@ class ImporterSynthexPrefsDialogImpl : public lumloom::UI_Loom {
     Mosk::InterfaceRef<IImporterSynthexPrefsDialogDataExchange> mDataExchange;
     SynthexInfo mSynthexInfo;
     bool mInitialized = false;
+    bool mIsSetting = false; ///< while the initialization or a handler runs
 };

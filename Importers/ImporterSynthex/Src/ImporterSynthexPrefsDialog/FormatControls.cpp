@@ -72,7 +72,8 @@ void Dialog::DurationSecondsChanged(Message*) {
     const auto edit = Get(kDurationSeconds);
     TickTime duration(Truncate<std::int64_t>(edit->GetValue() * kTicksPerSecondAsDouble));
     duration.AlignToFrame(mSynthexInfo.mVideoFrameRate);
-    if (lummediatypes::kTime_Zero >= duration) duration.AddFrames(1, mSynthexInfo.mVideoFrameRate);
+    if (lummediatypes::kTime_Zero >= duration)
+        duration = TickTime(lummediatypes::kTime_Zero).AddFrames(1, mSynthexInfo.mVideoFrameRate);
     Get(kDurationFrames)->SetValue(static_cast<double>(duration.ToFrame64(mSynthexInfo.mVideoFrameRate)));
     edit->SetValue(ToSeconds(duration));
     mSynthexInfo.mVideoDuration = duration;

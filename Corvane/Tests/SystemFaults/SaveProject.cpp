@@ -1,0 +1,15 @@
+// Saves a project as the window does, for script/faults.
+//   save_project FILE
+#include <cstdio>
+#include <exception>
+
+#include "Engine/ProjectFile.h"
+
+int main(int, char** arguments) try {
+    corvane::Project project;
+    project.Add("clip", {.file = {}, .settings = "{}"});
+    corvane::SaveProject(project, arguments[1]);
+} catch (const std::exception& exception) {
+    std::fprintf(stderr, "%s.\n", exception.what());
+    return 1;
+}
