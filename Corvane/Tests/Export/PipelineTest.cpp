@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "Services/Frames/FrameBuffers.h"
+#include "Tests/Export/TestClips.h"
+
 namespace {
 
 using corvane::Packet;
@@ -76,6 +79,17 @@ TEST(Pipeline, FramesArriveInOrderWithAnyNumberOfThreads) {
         EXPECT_EQ(told, wantedTold);
         EXPECT_LE(target.packets, target.slots) << "packets are to be used again";
     }
+}
+
+// Catches a frame whose memory is another's by the time it is written.
+TEST(Pipeline, FramesStayUntilTheTargetHasReadThem) {
+    struct : RecordingTarget {
+        bool KeepsFrames() const override { return true; }
+        void Consume(Packet&) override { EXPECT_EQ(corvane::GetFrameStatistics().liveFrames, 1u); }
+    } target;
+    const auto clip = corvane::testing::MakeClip({.width = 8, .height = 8});
+    const auto render = [&](std::int64_t index) { return corvane::RenderedFrame{{}, clip->GetFrame(index)}; };
+    EXPECT_EQ(corvane::RunPipeline(render, target, 0, 4, 1, {}, false), 5);
 }
 
 TEST(Pipeline, TheFirstExceptionOfAnyStepEndsIt) {
