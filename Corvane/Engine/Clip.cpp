@@ -180,6 +180,8 @@ Frame Clip::GetFrame(std::int64_t index) const {
     if (index < 0 || index >= mInfo.frames)
         Fail(fmt::format("there is no frame {}; the clip has {}", index,
                          mInfo.frames == 0 ? "none" : fmt::format("frames 0 to {}", mInfo.frames - 1)));
+    // The host makes frames without pixels; nobody can use them.
+    if (mInfo.format.size.width == 0 || mInfo.format.size.height == 0) Fail(WhyNotRenderable());
     CvVexelHandle handle = nullptr;
     imSourceVideoRec record = HostRecord<imSourceVideoRec>();
     record.mPrivateData = mInstance;

@@ -55,7 +55,7 @@ TEST(New, RefusesWrongPlacesBeforeAnyWindow) {
     };
     expectRefused(folder.Path(), "folder");
     expectRefused(folder / "none/clip.synthex", "the folder does not exist");
-    expectRefused(folder / "\xFF.synthex", "not valid UTF-8");
+    ExpectRefused({"new", folder / "\xFF.synthex"}, 1, folder / "\\xff.synthex", "not valid UTF-8", options);
     options.unprivileged = true; // root may write there
     if (RunsUnprivileged()) expectRefused(folder / "locked/clip.synthex", "not allowed");
     EXPECT_THAT(folder.Names(), ElementsAre("locked"));

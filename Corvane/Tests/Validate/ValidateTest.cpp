@@ -13,12 +13,12 @@ namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::HasSubstr;
 
-/// Makes a bundle of that executable under the real one's identifier.
+/// Makes a bundle of that executable under the real one's identifier and with its resources.
 fs::path MakeBundle(const TestFolder& folder, const fs::path& executable) {
     const fs::path bundle = folder / "Faulty.bundle";
     fs::create_directories(bundle / "Contents/Linux");
-    fs::copy_file(SYNTHEX_BUILD_DIR "/lib/ImporterSynthex.bundle/Contents/Info.plist",
-                  bundle / "Contents/Info.plist");
+    for (const char* const name : {"Info.plist", "Resources"})
+        fs::create_symlink(corvane::testing::BundlePath() / "Contents" / name, bundle / "Contents" / name);
     fs::create_symlink(executable, bundle / "Contents/Linux/ImporterSynthex");
     return bundle;
 }

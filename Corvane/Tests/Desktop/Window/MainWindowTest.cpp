@@ -79,6 +79,7 @@ TEST_F(WindowTest, AProjectIsMadeEditedUndoneSavedAndOpenedAgain) {
     WaitForClips();
     EXPECT_EQ(Cell(1, BinModel::kSize), "640 x 1080");
     Choose("Duplicate");
+    WaitForClips();
     Model().setData(Model().index(2, BinModel::kName), QStringLiteral("Another"), Qt::EditRole);
     EXPECT_TRUE(Find<QLabel>(*mWindow, "viewerTitle").text().startsWith(QStringLiteral("Another ")));
     const corvane::Project whole = Project();
