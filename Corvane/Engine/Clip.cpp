@@ -130,7 +130,7 @@ void Clip::AskForSettings() {
     prefs.mPrefs = buffer.data();
     prefs.mFirstTime = 1;
     const Answer answer = mBundle->Call(kSelector_GetPrefs, &access, &prefs);
-    mPrefs.assign(buffer.data());
+    mPrefs = buffer.substr(0, buffer.find('\0'));
     if (answer.result != kResult_Success) Fail("the file changed while it was being opened; try again");
 }
 

@@ -78,7 +78,7 @@ PreferencesAnswer Interpret(const Answer& answer, const Records& records, const 
         if (records.prefs.mPrefsLength == 0) return Failed("the settings are too long to be kept");
         const bool done = answer.result == kResult_Success;
         return {.outcome = done ? PreferencesOutcome::kDone : PreferencesOutcome::kCancelled,
-                .settings = records.buffer.data(),
+                .settings = records.buffer.substr(0, records.buffer.find('\0')),
                 .file = {},
                 .message = {}};
     }

@@ -162,8 +162,8 @@ xImportEntry(std::int32_t selector, imStdParms* stdParms, void* param1, void* pa
     return result;
 }
 
-// One case a selector. NOLINTNEXTLINE(readability-function-size)
 template <class Importer>
+// NOLINTNEXTLINE(readability-function-size): one case a selector
 int CvImportModule<Importer>::ImportEntry(const Mosk::ResourceCollection& module, int selector,
                                           imStdParms* stdParms, void* param1, void* param2) {
     static ReportDisabled sDisabled;
