@@ -78,7 +78,7 @@ int RunRender(const RenderRequest& request) {
     }
     if (!request.quiet && !toOutput)
         PrintLine(fmt::format("{}: {}, {}{}", output, FramesText(report.frames), BytesText(report.bytes),
-                              report.dropsAlpha ? ", without the clip's alpha" : ""));
+                              report.losesAlpha ? ", without the clip's alpha" : ""));
     return kExitDone;
 }
 

@@ -79,6 +79,14 @@ ClipSettings ReadSettings(const std::string& text) {
     return settings;
 }
 
+bool IsOpaque(const ClipSettings& settings) {
+    const auto isOpaque = [](const SettingsColor& color) { return color[3] >= 1; };
+    if (settings.renderFormat == 0)
+        return isOpaque(settings.upper) && (settings.fieldType == 0 || isOpaque(settings.lower));
+    return isOpaque(settings.topStart) && isOpaque(settings.topEnd) && isOpaque(settings.bottomStart) &&
+           isOpaque(settings.bottomEnd);
+}
+
 std::string WriteSettings(const ClipSettings& settings) {
     Value tree = Object();
     const auto& members = boost::any_cast<const Object&>(tree);

@@ -38,6 +38,9 @@ struct ClipSettings {
 /// are. Any thread.
 ClipSettings ReadSettings(const std::string& text);
 
+/// Whether every pixel of the clip is opaque: no color that is shown has an alpha below 1. Any thread.
+bool IsOpaque(const ClipSettings& settings);
+
 /// The text of settings: all members, in the order and the form in which a plug-in writes them. Any thread.
 std::string WriteSettings(const ClipSettings& settings);
 

@@ -12,6 +12,7 @@
 #include <boost/algorithm/string/case_conv.hpp>
 #include <fmt/format.h>
 
+#include "Engine/SettingsText.h"
 #include "Export/Files/NumberedName.h"
 #include "Export/Files/OutputFile.h"
 #include "Export/Picture/StreamFacts.h"
@@ -144,7 +145,7 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
         RunPipeline(render, *target, range.first, range.last, JobsOf(options, *target), progress, cancel);
     report.cancelled = report.frames < total;
     if (report.cancelled) return report;
-    report.dropsAlpha = DropsAlpha(facts, *target);
+    report.losesAlpha = DropsAlpha(facts, *target) && !IsOpaque(ReadSettings(clip.Settings()));
     target->Finish();
     report.bytes = target->BytesWritten();
     return report;

@@ -46,8 +46,8 @@ using ExportProgress = std::function<void(std::int64_t done, std::int64_t total)
 struct ExportReport {
     std::int64_t frames = 0;
     std::uint64_t bytes = 0; ///< bytes written, all files together
-    /// Whether the clip has alpha and the output has no place for it.
-    bool dropsAlpha = false;
+    /// Whether the clip is not opaque and the output has no place for its alpha.
+    bool losesAlpha = false;
     /// Whether the export was cancelled; nothing is left behind then.
     bool cancelled = false;
 };

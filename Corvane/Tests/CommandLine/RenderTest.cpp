@@ -79,6 +79,15 @@ TEST(Render, ASignalLeavesTheOlderFileAndASecondOneEndsAtOnce) {
     }
 }
 
+TEST(Render, SaysIfAlphaIsLost) {
+    const TestFolder folder;
+    for (const auto& [name, isLost] : {std::pair("alpha-gradient", true), std::pair("defaults", false)})
+        EXPECT_EQ(RunSynthex({"render", Sample(name), folder / "a.y4m", "--frames", "0"})
+                      .out.ends_with(", without the clip's alpha\n"),
+                  isLost)
+            << name;
+}
+
 TEST(Render, AFullDiskIsToldWithTheRemedy) {
     const TestFolder folder;
     const std::string clip = Sample("gradient-23976"), out = folder.Write("out.y4m", "older");
