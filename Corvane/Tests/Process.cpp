@@ -21,7 +21,8 @@ using corvane::FileDescriptor;
 
 /// The command that gives `program` what the options say: the system has a program for each.
 std::vector<std::string> Command(const std::vector<std::string>& program, const ProcessOptions& options) {
-    std::vector<std::string> command = {"env"};
+    // A shell has what it starts in the background ignore SIGINT.
+    std::vector<std::string> command = {"env", "--default-signal"};
     for (const auto& [name, value] : options.environment) command.push_back(name + "=" + value);
     if (options.addressSpace != 0 || options.fileSize != 0) command.push_back("prlimit");
     if (options.addressSpace != 0) command.push_back(fmt::format("--as={}", options.addressSpace));
