@@ -267,8 +267,9 @@ class Arguments {
 } // namespace
 
 int RunArguments(int argc, const char* const* argv) {
-    // SVT-AV1 would say on standard error what it is and does, and can be told by this alone.
-    ::setenv("SVT_LOG", "0", 0);
+    // SVT-AV1 would say on standard error what it is, what it does and why it fails, and can be told by this
+    // alone.
+    ::setenv("SVT_LOG", "-1", 0);
     const std::string dialogHelp = kDialogHelp;
     Arguments arguments;
     arguments.Add("info", "Say what clips are", kInfoExamples, AddInfoOptions, RunInfo);

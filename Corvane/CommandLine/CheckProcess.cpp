@@ -66,9 +66,9 @@ ChildStart StartOf(const std::filesystem::path& bundle, std::size_t first, std::
 /// may have.
 class ReportReader {
   public:
-    ReportReader(const std::string& secret, const OnCheckMade& onMade)
+    ReportReader(const std::string& secret, const CheckListener& listener)
         : mDoingStart(secret + CheckReporter::kDoing), mMadeStart(secret + CheckReporter::kMade),
-          mOnMade(onMade) {}
+          mListener(listener) {}
 
     void Take(std::string_view bytes) {
         for (std::size_t end = bytes.find('\n'); end != bytes.npos; end = bytes.find('\n')) {
@@ -86,14 +86,17 @@ class ReportReader {
     void Add(std::string_view bytes) { mLine += bytes.substr(0, kLongestLine - mLine.size()); }
 
     void TakeLine(std::string_view line) {
-        if (line.starts_with(mDoingStart)) mDoing = line.substr(mDoingStart.size());
+        if (line.starts_with(mDoingStart)) {
+            mDoing = line.substr(mDoingStart.size());
+            mListener.doing(mDoing);
+        }
         if (!line.starts_with(mMadeStart)) return;
         mDoing.clear();
-        mOnMade(std::string(line.substr(mMadeStart.size())));
+        mListener.made(std::string(line.substr(mMadeStart.size())));
     }
 
     const std::string mDoingStart, mMadeStart;
-    const OnCheckMade& mOnMade;
+    const CheckListener& mListener;
     std::string mLine;
     std::string mDoing;
 };
@@ -154,14 +157,14 @@ std::string How(int status, bool timedOut) {
 
 CheckProcessEnd RunCheckProcess(const std::filesystem::path& bundle, std::size_t first,
                                 std::uint64_t sequences, std::chrono::steady_clock::time_point deadline,
-                                const OnCheckMade& onMade) try {
+                                const CheckListener& listener) try {
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     const std::string secret = MakeSecret();
     auto [own, its] = MakeConnection();
     own.Write(std::as_bytes(std::span(secret)));
     ChildProcess process(StartOf(bundle, first, sequences, its.Get()));
     its.Close();
-    ReportReader reader(secret, onMade);
+    ReportReader reader(secret, listener);
     ChildOutput reports[] = {{std::move(own), [&](std::string_view bytes) { reader.Take(bytes); }}};
     const bool timedOut = !process.Follow(reports, deadline);
     const int status = process.End().status;

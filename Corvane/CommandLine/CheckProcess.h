@@ -18,8 +18,11 @@ struct CheckProcessEnd {
     std::string how;       ///< as a clause ("while initializing, the plug-in ended the process: Aborted")
 };
 
-/// Told of each finished check: why it failed, or an empty text. Called on the thread of `RunCheckProcess`.
-using OnCheckMade = std::function<void(const std::string& why)>;
+/// Who is told of the checks, on the thread of `RunCheckProcess`.
+struct CheckListener {
+    std::function<void(const std::string& what)> doing; ///< of what is asked of the plug-in next
+    std::function<void(const std::string& why)> made;   ///< of each finished check: why it failed, or nothing
+};
 
 /// Makes the checks from number `first` on, with that many random sequences of requests, in a process of
 /// their own. It is ended at `deadline`, and with it every process that came of it, whatever the bundle does:
@@ -28,7 +31,7 @@ using OnCheckMade = std::function<void(const std::string& why)>;
 /// can be started. Main thread of a process that has no other children.
 CheckProcessEnd RunCheckProcess(const std::filesystem::path& bundle, std::size_t first,
                                 std::uint64_t sequences, std::chrono::steady_clock::time_point deadline,
-                                const OnCheckMade& onMade);
+                                const CheckListener& listener);
 
 /// The other end: what the process that makes the checks reports with. One thread at a time.
 class CheckReporter {

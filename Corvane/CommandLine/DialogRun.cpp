@@ -9,6 +9,7 @@
 #include "Desktop/Loader/DesktopLoader.h"
 #include "Engine/Clip.h"
 #include "Engine/TextFile.h"
+#include "Services/Foundation/AtomicFile.h"
 #include "Services/UI/ScriptedPlatform.h"
 
 namespace corvane::commandline {
@@ -78,6 +79,7 @@ PreferencesAnswer RunPreferencesDialog(const Bundle& bundle, const PreferencesRe
 int FinishDialog(const std::shared_ptr<Bundle>& bundle, const PreferencesAnswer& answer,
                  const DialogOptions& options, const fs::path& clip, const FileJournal& journal,
                  bool replace) {
+    if (const std::string lost = journal.WhatWasLost(); !lost.empty()) Say(options, lost);
     if (answer.outcome == PreferencesOutcome::kCancelled) {
         PrintError(fmt::format("{}: the dialog was cancelled; {}.", clip.string(), journal.WhatChanged()));
         return kExitCancelled;
@@ -95,8 +97,9 @@ int FinishDialog(const std::shared_ptr<Bundle>& bundle, const PreferencesAnswer&
                         clip.string()));
     const std::string lost = WriteTextFile(clip, answer.settings);
     if (answer.outcome == PreferencesOutcome::kNotSaved)
-        throw Failure(fmt::format("{}; its settings were saved to {}.", answer.message, clip.string()));
-    Say(options, fmt::format("{}: saved{}{}.", clip.string(), lost.empty() ? "" : "; ", lost));
+        throw Failure(fmt::format("{}; its settings were saved to {}{}{}.", answer.message, clip.string(),
+                                  lost.empty() ? "" : "; ", lost));
+    Say(options, SavedText(clip, lost));
     return kExitDone;
 }
 

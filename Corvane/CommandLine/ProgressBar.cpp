@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include "Export/ExportText.h"
+#include "Services/Foundation/QuotedText.h"
 
 namespace corvane::commandline {
 
@@ -14,11 +15,8 @@ namespace {
 
 constexpr std::chrono::milliseconds kDrawEvery(100);
 constexpr int kBarWidth = 24;
+constexpr std::size_t kMostColumns = 79; // of a terminal that is narrow
 constexpr char kWipeLine[] = "\r\x1b[K";
-
-void Draw(const std::string& line) {
-    std::fwrite(line.data(), 1, line.size(), stderr);
-}
 
 } // namespace
 
@@ -35,15 +33,27 @@ ProgressBar::ProgressBar(bool wanted)
     : mShown(wanted && ::isatty(STDERR_FILENO) != 0), mStart(Clock::now()), mNextDraw(mStart) {}
 
 ProgressBar::~ProgressBar() {
-    if (mShown) Draw(kWipeLine);
+    Wipe();
 }
 
 void ProgressBar::Update(std::int64_t done, std::int64_t total) {
-    if (!mShown) return;
-    const Clock::time_point now = Clock::now();
-    if (now < mNextDraw && done < total) return;
-    mNextDraw = now + kDrawEvery;
-    Draw(kWipeLine + ProgressLine(done, total, std::chrono::duration<double>(now - mStart).count()));
+    if (mShown && (Clock::now() >= mNextDraw || done >= total))
+        Draw(ProgressLine(done, total, std::chrono::duration<double>(Clock::now() - mStart).count()));
+}
+
+void ProgressBar::Update(std::string_view doing) {
+    if (mShown && Clock::now() >= mNextDraw) Draw(Quoted(doing).substr(0, kMostColumns));
+}
+
+void ProgressBar::Wipe() {
+    if (mDrawn) std::fputs(kWipeLine, stderr);
+    mDrawn = false;
+}
+
+void ProgressBar::Draw(const std::string& line) {
+    std::fputs((kWipeLine + line).c_str(), stderr);
+    mDrawn = true;
+    mNextDraw = Clock::now() + kDrawEvery;
 }
 
 } // namespace corvane::commandline

@@ -77,8 +77,9 @@ int RunRender(const RenderRequest& request) {
         return 128 + gSignal;
     }
     if (!request.quiet && !toOutput)
-        PrintLine(fmt::format("{}: {}, {}{}", output, FramesText(report.frames), BytesText(report.bytes),
-                              report.losesAlpha ? ", without the clip's alpha" : ""));
+        PrintLine(fmt::format("{}: {}, {}{}{}{}", output, FramesText(report.frames), BytesText(report.bytes),
+                              report.losesAlpha ? ", without the clip's alpha" : "",
+                              report.lost.empty() ? "" : "; ", report.lost));
     return kExitDone;
 }
 

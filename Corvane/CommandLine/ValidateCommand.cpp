@@ -14,6 +14,7 @@
 #include "Console.h"
 #include "Engine/Bundle.h"
 #include "Engine/Failure.h"
+#include "ProgressBar.h"
 #include "Validate/Checks.h"
 
 namespace corvane::commandline {
@@ -32,8 +33,11 @@ class Results {
         Say(fmt::format("FAIL  {}: {}.", sentence.substr(0, sentence.size() - 1), why));
     }
 
+    /// Shows what is being done.
+    void Doing(const std::string& what) { mProgress.Update(what); }
+
     /// Prints the sum. Returns the exit status.
-    int Finish(std::size_t wanted) const {
+    int Finish(std::size_t wanted) {
         if (mFailed == 0)
             Say(fmt::format("All {} checks passed.", mMade));
         else if (mMade == wanted)
@@ -46,11 +50,13 @@ class Results {
 
   private:
     /// At once: a person watches, and the checks that follow may take long.
-    static void Say(const std::string& line) {
+    void Say(const std::string& line) {
+        mProgress.Wipe();
         PrintLine(line);
         FlushOutput();
     }
 
+    ProgressBar mProgress{true};
     std::size_t mMade = 0;
     std::size_t mFailed = 0;
 };
@@ -61,13 +67,14 @@ void MakeAll(const std::filesystem::path& bundle, std::uint64_t sequences,
     const std::span<const Check> checks = AllChecks();
     std::size_t next = 0;
     bool stop = false;
+    const auto doing = [&](const std::string& what) { results.Doing(what); };
     const auto take = [&](const std::string& why) {
         if (next == checks.size()) return;
         stop = !why.empty() && checks[next].essential;
         results.Add(checks[next++].sentence, why);
     };
     while (!stop && next < checks.size()) {
-        const CheckProcessEnd end = RunCheckProcess(bundle, next, sequences, deadline, take);
+        const CheckProcessEnd end = RunCheckProcess(bundle, next, sequences, deadline, {doing, take});
         if (stop) return;
         if (next == checks.size()) return results.Add(kLastSentence, end.inOrder ? "" : end.how);
         take(end.how);

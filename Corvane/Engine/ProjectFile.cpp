@@ -256,8 +256,8 @@ Project LoadProject(const fs::path& path) {
     return ReadProject(ReadTextFile(path), path.string(), fs::absolute(path).parent_path());
 }
 
-void SaveProject(const Project& project, const fs::path& path) {
-    WriteTextFile(path, WriteProject(project, fs::absolute(path).parent_path()));
+std::string SaveProject(const Project& project, const fs::path& path) {
+    return WriteTextFile(path, WriteProject(project, fs::absolute(path).parent_path()));
 }
 
 } // namespace corvane

@@ -25,7 +25,8 @@ Project ReadProject(const std::string& text, const std::string& name, const std:
 /// Opens a project file. Throws `Failure`, also if it can't be read.
 Project LoadProject(const std::filesystem::path& path);
 
-/// Saves a project file, whole or not at all. Throws `Failure`, and an older file is as it was then.
-void SaveProject(const Project& project, const std::filesystem::path& path);
+/// Saves a project file, whole or not at all. Returns what could not be kept of an older file, as a clause,
+/// or nothing. Throws `Failure`, and an older file is as it was then.
+[[nodiscard]] std::string SaveProject(const Project& project, const std::filesystem::path& path);
 
 } // namespace corvane

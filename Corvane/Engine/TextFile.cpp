@@ -35,11 +35,10 @@ std::string WriteTextFile(const std::filesystem::path& path, const std::string& 
     try {
         AtomicFile file(path, mode);
         file.Write(std::as_bytes(std::span(text)));
-        file.Commit();
-        return file.WhatIsLost();
+        return file.Commit();
     } catch (const FileError& error) {
-        throw Failure(
-            fmt::format("{}: it could not be saved ({}); nothing was changed.", path.string(), error.what()));
+        throw Failure(fmt::format("{}: it could not be saved ({}; {}); nothing was changed.", path.string(),
+                                  error.what(), error.GetRemedy()));
     }
 }
 

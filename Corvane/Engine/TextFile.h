@@ -14,8 +14,9 @@ std::string ReadTextFile(const std::filesystem::path& path);
 
 /// Makes `text` all that is in the file at `path`, as `AtomicFile` replaces files: never half of it. A new
 /// file gets the permissions `mode`, as far as the process gives them. Returns what could not be kept of an
-/// older file, as a clause, or nothing. Throws `Failure`, whose sentence names the file and says why, and
-/// that nothing was changed; also if the text is too long to be read again. Any thread.
-std::string WriteTextFile(const std::filesystem::path& path, const std::string& text, mode_t mode = 0666);
+/// older file, as a clause, or nothing. Throws `Failure`, whose sentence names the file and says why, what
+/// can be done, and that nothing was changed; also if the text is too long to be read again. Any thread.
+[[nodiscard]] std::string WriteTextFile(const std::filesystem::path& path, const std::string& text,
+                                        mode_t mode = 0666);
 
 } // namespace corvane

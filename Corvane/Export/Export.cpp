@@ -96,8 +96,8 @@ std::unique_ptr<Target> MakeTarget(const ExportOptions& options, const ExportKin
     return MakeLibavTarget({options.output, kind.name, options.codec, facts});
 }
 
-bool DropsAlpha(const StreamFacts& facts, const Target& target) {
-    return facts.HasAlpha() && !target.KeepsAlpha();
+bool LosesAlpha(const Clip& clip, const StreamFacts& facts, const Target& target) {
+    return facts.HasAlpha() && !target.KeepsAlpha() && !IsOpaque(ReadSettings(clip.Settings()));
 }
 
 } // namespace
@@ -112,7 +112,7 @@ ExportPreview PreviewExport(const Clip& clip, const ExportOptions& options) {
         if (std::string reason = clip.WhyNotRenderable(); !reason.empty()) return {std::move(reason), false};
         const StreamFacts facts = FactsOf(clip, clip.Info().frames);
         const std::unique_ptr<Target> target = MakeTarget(nowhere, kind, facts);
-        return {{}, DropsAlpha(facts, *target)};
+        return {{}, LosesAlpha(clip, facts, *target)};
     } catch (const Failure& failure) {
         std::string reason = failure.what();
         if (const std::string start = fmt::format("{}: ", kNowhere); reason.starts_with(start))
@@ -145,8 +145,8 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
         RunPipeline(render, *target, range.first, range.last, JobsOf(options, *target), progress, cancel);
     report.cancelled = report.frames < total;
     if (report.cancelled) return report;
-    report.losesAlpha = DropsAlpha(facts, *target) && !IsOpaque(ReadSettings(clip.Settings()));
-    target->Finish();
+    report.losesAlpha = LosesAlpha(clip, facts, *target);
+    report.lost = target->Finish();
     report.bytes = target->BytesWritten();
     return report;
 }

@@ -48,6 +48,8 @@ struct ExportReport {
     std::uint64_t bytes = 0; ///< bytes written, all files together
     /// Whether the clip is not opaque and the output has no place for its alpha.
     bool losesAlpha = false;
+    /// What could not be kept of older files that were replaced, as a clause, or nothing.
+    std::string lost;
     /// Whether the export was cancelled; nothing is left behind then.
     bool cancelled = false;
 };
@@ -70,8 +72,8 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
 struct ExportPreview {
     /// Why it would fail, as a sentence without the name of the output; empty if it can be made.
     std::string whyNot;
-    /// Whether the clip has alpha and the output has no place for it.
-    bool dropsAlpha = false;
+    /// Whether the clip is not opaque and the output has no place for its alpha.
+    bool losesAlpha = false;
 };
 
 /// Sets up everything that `ExportClip` would, encoder and container included, but renders no frame and makes

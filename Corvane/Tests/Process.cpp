@@ -27,7 +27,11 @@ std::vector<std::string> Command(const std::vector<std::string>& program, const 
     if (options.addressSpace != 0 || options.fileSize != 0) command.push_back("prlimit");
     if (options.addressSpace != 0) command.push_back(fmt::format("--as={}", options.addressSpace));
     if (options.fileSize != 0) command.push_back(fmt::format("--fsize={}", options.fileSize));
-    if (options.unprivileged && ::geteuid() == 0) command.insert(command.end(), {"setpriv", "--reuid=65534"});
+    const bool fewProcesses = options.processes != 0;
+    if ((options.unprivileged || fewProcesses) && ::geteuid() == 0)
+        command.insert(command.end(), {"setpriv", fewProcesses ? "--reuid=65533" : "--reuid=65534"});
+    if (fewProcesses)
+        command.insert(command.end(), {"prlimit", fmt::format("--nproc={}", options.processes)});
     if (!options.redirections.empty())
         command.insert(command.end(), {"sh", "-c", "exec \"$@\" " + options.redirections, "sh"});
     command.insert(command.end(), program.begin(), program.end());

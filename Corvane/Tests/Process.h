@@ -27,8 +27,9 @@ struct ProcessOptions {
     std::vector<std::pair<std::string, std::string>> environment = {}; ///< added to that of the test
     std::uint64_t addressSpace = 0;                                    ///< limit in bytes; 0 for none
     std::uint64_t fileSize = 0;                                        ///< limit in bytes; 0 for none
-    bool unprivileged = false;                                         ///< as a user who is not root
-    bool terminal = false;                                             ///< standard error is a terminal
+    unsigned processes = 0;    ///< limit of processes and threads, as a user who has no others; 0 for none
+    bool unprivileged = false; ///< as a user who is not root
+    bool terminal = false;     ///< standard error is a terminal
     std::string redirections = {};     ///< of the shell, such as ">&-", on top of the rest
     std::filesystem::path output = {}; ///< where standard output goes; empty: into the result
 };

@@ -8,6 +8,7 @@
 #include "Engine/Failure.h"
 #include "Engine/ProjectFile.h"
 #include "Engine/TextFile.h"
+#include "Services/Foundation/AtomicFile.h"
 
 namespace corvane::desktop {
 
@@ -45,9 +46,10 @@ class Document::FileStep final : public QUndoCommand {
             if (ReadTextFile(mFile) != expected)
                 throw Failure(fmt::format("{}: the file was changed by another program and is kept as it is.",
                                           mFile.string()));
-            WriteTextFile(mFile, text);
+            if (const std::string lost = WriteTextFile(mFile, text); !lost.empty())
+                Q_EMIT mDocument.StepNoted(QString::fromStdString(SavedText(mFile, lost)));
         } catch (const Failure& failure) {
-            Q_EMIT mDocument.StepFailed(QString::fromUtf8(failure.what()));
+            Q_EMIT mDocument.StepNoted(QString::fromUtf8(failure.what()));
         }
         Q_EMIT mDocument.Changed();
     }
@@ -104,11 +106,12 @@ void Document::Recover(const Project& project, const std::filesystem::path& path
     Replace(project, path, std::nullopt);
 }
 
-void Document::Save(const std::filesystem::path& path) {
-    SaveProject(mProject, path);
+std::string Document::Save(const std::filesystem::path& path) {
+    std::string lost = SaveProject(mProject, path);
     mPath = std::filesystem::absolute(path).lexically_normal();
     mSaved = mProject;
     Q_EMIT Saved();
+    return lost;
 }
 
 } // namespace corvane::desktop

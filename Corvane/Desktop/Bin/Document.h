@@ -32,7 +32,7 @@ class Document final : public QObject {
     /// "Rename Clip". Does nothing if nothing changes.
     void Change(const QString& text, Project after);
     /// Writes a clip's settings file, as one step that can be undone: undoing it writes the earlier text,
-    /// unless the file holds something else by then (`StepFailed`). Returns what could not be kept of the
+    /// unless the file holds something else by then (`StepNoted`). Returns what could not be kept of the
     /// file, as `WriteTextFile` does. Throws `Failure` if the file can't be read or written; nothing is
     /// changed then.
     std::string WriteSettings(const QString& text, const std::filesystem::path& file,
@@ -44,17 +44,17 @@ class Document final : public QObject {
     void Open(const Project& project, const std::filesystem::path& path);
     /// Goes on with a project that was not saved: it counts as modified. `path` is its file, or empty.
     void Recover(const Project& project, const std::filesystem::path& path);
-    /// Saves the project, which has that file from then on. Throws `Failure` if the file can't be written;
-    /// nothing is changed then.
-    void Save(const std::filesystem::path& path);
+    /// Saves the project, which has that file from then on. Returns what could not be kept of an older file,
+    /// as `SaveProject` does. Throws `Failure` if the file can't be written; nothing is changed then.
+    [[nodiscard]] std::string Save(const std::filesystem::path& path);
 
   Q_SIGNALS:
     /// There is another project, or something else in the project or in one of its settings files.
     void Changed();
     /// The project has another file, or its file now holds what the project holds.
     void Saved();
-    /// A step could not be undone or done again; `sentence` says why.
-    void StepFailed(const QString& sentence);
+    /// A step could not be undone or done again, or not all of its file was kept; `sentence` tells of it.
+    void StepNoted(const QString& sentence);
 
   private:
     class ProjectStep;

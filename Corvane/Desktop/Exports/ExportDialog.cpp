@@ -203,7 +203,7 @@ void ExportDialog::ChooseKind(int index) {
     mKind = index;
     mDestination->SetChoice(*Chosen().choice);
     QString about = QString::fromUtf8(Chosen().choice->about);
-    if (Chosen().preview.dropsAlpha) about += tr(" The clip's alpha is dropped: colors stay as they are.");
+    if (Chosen().preview.losesAlpha) about += tr(" The clip's alpha is dropped: colors stay as they are.");
     mAbout->setText(about);
     mForm->setRowVisible(mQuality, Chosen().choice->IsH264());
     mForm->setRowVisible(mPreset, Chosen().choice->IsH264());

@@ -41,9 +41,11 @@ QString RunningText(const ExportStatus& status) {
 }
 
 QString DoneText(const ExportStatus& status) {
-    return ExportRow::tr("Done: %1, %2 in %3")
-        .arg(FrameCount(status.report.frames), QString::fromStdString(BytesText(status.report.bytes)),
-             QString::fromStdString(WaitText(status.seconds)));
+    const ExportReport& report = status.report;
+    const QString text = ExportRow::tr("Done: %1, %2 in %3")
+                             .arg(FrameCount(report.frames), QString::fromStdString(BytesText(report.bytes)),
+                                  QString::fromStdString(WaitText(status.seconds)));
+    return report.lost.empty() ? text : text + QStringLiteral("; ") + QString::fromStdString(report.lost);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <system_error>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -126,7 +127,8 @@ void Autosave::Write() {
         QString failure;
         try {
             if (file.empty()) throw Failure(mFolder.string() + ": files can't be made in this folder.");
-            WriteTextFile(file, ToText(project, path), 0600);
+            // Nobody else has such a file.
+            std::ignore = WriteTextFile(file, ToText(project, path), 0600);
         } catch (const Failure& why) {
             failure =
                 tr("Changes are not kept until you save the project: %1").arg(QString::fromUtf8(why.what()));

@@ -14,6 +14,7 @@
 #include "Desktop/Toolkit/Actions.h"
 #include "Desktop/Toolkit/Text.h"
 #include "Engine/Failure.h"
+#include "Services/Foundation/AtomicFile.h"
 
 namespace corvane::desktop {
 
@@ -119,10 +120,18 @@ void ClipActions::AddFiles(const QStringList& files) {
     if (chosen != 0) mView.Choose(chosen);
 }
 
-void ClipActions::NewClip() {
+/// Opens the dialog, and says what was not kept of files that are saved from within it.
+PreferencesAnswer ClipActions::Request(const PreferencesRequest& request) {
     const FileJournal journal;
-    const PreferencesAnswer answer = RequestPreferences(
-        *mBundle, {.file = {}, .settings = {}, .sequence = mDocument.GetProject().sequence}, journal);
+    PreferencesAnswer answer = RequestPreferences(*mBundle, request, journal);
+    if (const std::string lost = journal.WhatWasLost(); !lost.empty())
+        mMessages.Tell(QString::fromStdString(lost));
+    return answer;
+}
+
+void ClipActions::NewClip() {
+    const PreferencesAnswer answer =
+        Request({.file = {}, .settings = {}, .sequence = mDocument.GetProject().sequence});
     if (answer.outcome == PreferencesOutcome::kCancelled) return;
     if (answer.outcome == PreferencesOutcome::kFailed || answer.outcome == PreferencesOutcome::kUnreadable)
         return mMessages.Tell(
@@ -154,10 +163,7 @@ void ClipActions::EditSettings() {
         return mMessages.Tell(
             tr("%1: you are not allowed to write this file; duplicate the clip and edit the copy.")
                 .arg(QString::fromStdString(clip.source.file.string())));
-    const FileJournal journal;
-    const PreferencesAnswer answer =
-        RequestPreferences(*mBundle, {.file = clip.source.file, .settings = clip.source.settings}, journal);
-    Follow(clip, answer);
+    Follow(clip, Request({.file = clip.source.file, .settings = clip.source.settings}));
 }
 
 /// Does what the person decided in the dialog of an existing clip.
@@ -182,9 +188,7 @@ void ClipActions::Follow(const ProjectClip& clip, const PreferencesAnswer& answe
     }
     try {
         const std::string lost = mDocument.WriteSettings(text, clip.source.file, answer.settings);
-        if (!lost.empty())
-            mMessages.Tell(
-                tr("%1: saved; %2.").arg(FromPath(clip.source.file), QString::fromStdString(lost)));
+        if (!lost.empty()) mMessages.Tell(QString::fromStdString(SavedText(clip.source.file, lost)));
     } catch (const Failure& failure) {
         mMessages.Tell(QString::fromUtf8(failure.what()));
     }

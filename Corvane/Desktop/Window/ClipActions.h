@@ -48,6 +48,7 @@ class ClipActions final : public QObject {
     void ShowInFolder();
     void Export();
     void Update();
+    PreferencesAnswer Request(const PreferencesRequest& request);
     void Follow(const ProjectClip& clip, const PreferencesAnswer& answer);
     void TellIfNotSaved(const PreferencesAnswer& answer);
     bool Opens(const std::string& name, const ClipSource& source);

@@ -12,6 +12,7 @@
 #include "Engine/Failure.h"
 #include "Engine/ProjectFile.h"
 #include "SequenceDialog.h"
+#include "Services/Foundation/AtomicFile.h"
 
 namespace corvane::desktop {
 
@@ -22,7 +23,7 @@ ProjectActions::ProjectActions(Document& document, Autosave& autosave, MessageBa
       mRecent(new RecentFiles(&window)) {
     connect(mRecent, &RecentFiles::Chosen, this, [this](const QString& file) { Open(ToPath(file)); });
     connect(&mAutosave, &Autosave::Failed, &mMessages, &MessageBar::Tell);
-    connect(&mDocument, &Document::StepFailed, &mMessages, &MessageBar::Tell);
+    connect(&mDocument, &Document::StepNoted, &mMessages, &MessageBar::Tell);
 }
 
 void ProjectActions::AddTo(QMenu& file, QMenu& project) {
@@ -72,7 +73,8 @@ void ProjectActions::ChooseFiles() {
 
 bool ProjectActions::SaveTo(const fs::path& file) {
     try {
-        mDocument.Save(file);
+        if (const std::string lost = mDocument.Save(file); !lost.empty())
+            mMessages.Tell(QString::fromStdString(SavedText(file, lost)));
     } catch (const Failure& failure) {
         mMessages.Tell(QString::fromUtf8(failure.what()));
         return false;

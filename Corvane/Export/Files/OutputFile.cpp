@@ -87,11 +87,22 @@ void OutputFile::Close() {
         Fail(errno);
 }
 
-void OutputFile::Commit() {
-    CommitAll({this, 1});
+std::string OutputFile::WhatIsLost(std::span<const OutputFile> files) {
+    const auto loses = [](const OutputFile& file) { return file.mFile && !file.mFile->WhatIsLost().empty(); };
+    const auto first = std::ranges::find_if(files, loses);
+    if (first == files.end()) return {};
+    const std::string& lost = first->mFile->WhatIsLost();
+    if (files.size() == 1) return lost;
+    const auto others = std::ranges::count_if(files, loses) - 1;
+    return fmt::format("{} ({}{})", lost, first->mPath.filename().string(),
+                       others == 0 ? "" : fmt::format(" and {} more", others));
 }
 
-void OutputFile::CommitAll(std::span<OutputFile> files) {
+std::string OutputFile::Commit() {
+    return CommitAll({this, 1});
+}
+
+std::string OutputFile::CommitAll(std::span<OutputFile> files) {
     std::vector<AtomicFile*> regular;
     for (OutputFile& file : files) {
         struct stat status {};
@@ -106,6 +117,7 @@ void OutputFile::CommitAll(std::span<OutputFile> files) {
         const auto isLeft = [](const OutputFile& file) { return file.mFile && file.mFile->IsPending(); };
         std::ranges::find_if(files, isLeft)->Fail(error);
     }
+    return WhatIsLost(files);
 }
 
 void OutputFile::Fail(int error) const {

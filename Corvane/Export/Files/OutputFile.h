@@ -37,10 +37,12 @@ class OutputFile {
 
     /// Closes the file but leaves it under a temporary name.
     void Close();
-    /// Closes the file and puts it in its place, on the disk.
-    void Commit();
-    /// The same for several files, none of which gets its name before all are on the disk.
-    static void CommitAll(std::span<OutputFile> files);
+    /// Closes the file and puts it in its place, on the disk. Returns what could not be kept of an older
+    /// file, as a clause, or nothing.
+    [[nodiscard]] std::string Commit();
+    /// The same for several files, none of which gets its name before all are on the disk. Of several, the
+    /// clause names the first that lost something.
+    [[nodiscard]] static std::string CommitAll(std::span<OutputFile> files);
 
     /// The descriptor's number; negative after `Close` and `Commit`.
     int Fd() const { return Descriptor().Get(); }
@@ -60,6 +62,7 @@ class OutputFile {
 
   private:
     const FileDescriptor& Descriptor() const { return IsRegular() ? mFile->Descriptor() : mAsIs; }
+    static std::string WhatIsLost(std::span<const OutputFile> files);
     void OpenAsIs();
     template <class Step>
     void Guarded(const Step& step) const;

@@ -14,6 +14,7 @@ extern "C" {
 
 #include "Engine/Failure.h"
 #include "Export/Targets/ExportKinds.h"
+#include "LibavThreads.h"
 
 namespace corvane {
 namespace {
@@ -126,21 +127,27 @@ void LibavEncoder::Open(CodecChoice& choice) {
     const std::vector<AVPixelFormat> formats = PixelsFor(choice, mFacts);
     SetDefaults(choice, mFacts.order);
     int error = 0;
-    // As many threads as the machine has, else one: there may be none to start.
-    for (const int threads : {0, 1})
+    for (const bool few : {false, true}) {
+        if (few) KeepToFewThreads(choice);
+        const unsigned threads = MostThreads(mCodec, few);
+        if (!CanStartThreads(threads)) {
+            if (few && error == 0) FailForThreads(threads);
+            continue;
+        }
         for (const AVPixelFormat format : formats) {
-            error = TryToOpen(format, threads, choice);
+            error = TryToOpen(format, choice);
             if (error >= 0) return;
         }
+    }
     FailToOpen(error);
 }
 
-int LibavEncoder::TryToOpen(AVPixelFormat format, int threads, const CodecChoice& choice) {
+int LibavEncoder::TryToOpen(AVPixelFormat format, const CodecChoice& choice) {
     mLog.Clear();
     mContext.reset(avcodec_alloc_context3(&mCodec));
     if (!mContext) throw std::bad_alloc();
     mContext->pix_fmt = format;
-    mContext->thread_count = threads;
+    mContext->thread_count = 0; // as many as the machine is good for, unless an option says otherwise
     mLayout = *LayoutOf(format, mFacts);
     Describe(mFacts);
     AVDictionary* options = nullptr;
@@ -169,6 +176,13 @@ void LibavEncoder::FailToOpen(int error) const {
                         av_get_pix_fmt_name(mContext->pix_fmt), columns, rows));
     throw Failure(fmt::format("{}: {} can't encode this clip: {}; choose another codec or other options",
                               mName, codec, mLog.Reason(error)));
+}
+
+void LibavEncoder::FailForThreads(unsigned count) const {
+    throw Failure(
+        fmt::format("{}: {} needs {}, which the system does not let it start; end other programs, raise "
+                    "the limit of processes or choose another codec",
+                    mName, mCodec.name, count == 1 ? "a thread" : fmt::format("{} threads", count)));
 }
 
 void LibavEncoder::NewPicture(AVFrame& picture) const {

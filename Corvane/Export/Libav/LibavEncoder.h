@@ -41,9 +41,10 @@ class LibavEncoder {
 
   private:
     void Open(CodecChoice& choice);
-    int TryToOpen(AVPixelFormat format, int threads, const CodecChoice& choice);
+    int TryToOpen(AVPixelFormat format, const CodecChoice& choice);
     void Describe(const StreamFacts& facts);
     [[noreturn]] void FailToOpen(int error) const;
+    [[noreturn]] void FailForThreads(unsigned count) const;
 
     const StreamFacts mFacts;
     const std::string mName; // of the output, for messages

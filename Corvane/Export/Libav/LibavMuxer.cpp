@@ -145,11 +145,11 @@ void LibavMuxer::Write(AVPacket& packet) {
     Check(av_interleaved_write_frame(mContext, &packet));
 }
 
-void LibavMuxer::Finish() {
+std::string LibavMuxer::Finish() {
     Check(av_write_trailer(mContext));
     avio_flush(mContext->pb);
     Check(mContext->pb->error);
-    mFile.Commit();
+    return mFile.Commit();
 }
 
 void LibavMuxer::Check(int error) {

@@ -21,8 +21,9 @@ class LibavMuxer {
     void Begin(const AVCodecContext& encoder, const StreamFacts& facts);
     /// Writes the packet, and leaves it empty.
     void Write(AVPacket& packet);
-    /// Completes the container and puts the file in its place.
-    void Finish();
+    /// Completes the container and puts the file in its place. Returns what could not be kept of an older
+    /// file, as a clause, or nothing.
+    [[nodiscard]] std::string Finish();
     /// Bytes written to the file so far.
     std::uint64_t BytesWritten() const { return mFile.BytesWritten(); }
 

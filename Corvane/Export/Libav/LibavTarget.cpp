@@ -43,9 +43,9 @@ class LibavTarget final : public Target {
         av_frame_unref(&picture);
     }
 
-    void Finish() override {
+    std::string Finish() override {
         mEncoder.Encode(nullptr, mToMuxer);
-        mMuxer.Finish();
+        return mMuxer.Finish();
     }
 
     bool KeepsAlpha() const override { return HasAlpha(mEncoder.Context().pix_fmt); }

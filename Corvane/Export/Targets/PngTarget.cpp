@@ -39,7 +39,7 @@ class PngTarget final : public Target {
         if (mNumbered) file.Close(); // too many to be open at once
     }
 
-    void Finish() override { OutputFile::CommitAll(mFiles); }
+    std::string Finish() override { return OutputFile::CommitAll(mFiles); }
 
     std::uint64_t BytesWritten() const override { return mWritten; }
 

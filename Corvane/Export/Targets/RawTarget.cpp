@@ -70,7 +70,7 @@ class RawTarget final : public Target {
                 mFile.Write({raw.frame.At(0, y), mRowBytes});
     }
 
-    void Finish() override { mFile.Commit(); }
+    std::string Finish() override { return mFile.Commit(); }
     bool KeepsFrames() const override { return mAsDelivered; }
     // A frame in the cache of the thread that made it is written sooner than a second thread makes another;
     // only a pipe keeps the one thread waiting.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 #include "Engine/Frame.h"
 
@@ -27,8 +28,9 @@ class Target {
     virtual void Prepare(const FrameView& frame, std::int64_t index, Packet& packet) = 0;
     /// The part that needs the frames' order: encoding and writing.
     virtual void Consume(Packet& packet) = 0;
-    /// Completes the output and puts it in its place.
-    virtual void Finish() = 0;
+    /// Completes the output and puts it in its place. Returns what could not be kept of older files, as a
+    /// clause, or nothing.
+    [[nodiscard]] virtual std::string Finish() = 0;
 
     /// Whether a packet refers to the frame's own pixels, so that the frame must live until it is consumed.
     virtual bool KeepsFrames() const { return false; }

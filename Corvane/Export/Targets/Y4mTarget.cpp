@@ -97,7 +97,7 @@ class Y4mTarget final : public Target {
     }
 
     void Consume(Packet& packet) override { mFile.Write(static_cast<Y4mPacket&>(packet).bytes); }
-    void Finish() override { mFile.Commit(); }
+    std::string Finish() override { return mFile.Commit(); }
     bool KeepsAlpha() const override { return false; }
     std::uint64_t BytesWritten() const override { return mFile.BytesWritten(); }
 

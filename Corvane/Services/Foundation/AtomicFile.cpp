@@ -103,6 +103,10 @@ fs::path FollowLinks(fs::path path) {
     return path;
 }
 
+std::string SavedText(const fs::path& path, const std::string& lost) {
+    return fmt::format("{}: saved{}{}.", path.string(), lost.empty() ? "" : "; ", lost);
+}
+
 // By the private constructor: the destructor then runs if this one throws.
 AtomicFile::AtomicFile(const fs::path& path, mode_t mode) : AtomicFile() {
     mPath = FollowLinks(path);
@@ -191,9 +195,10 @@ void AtomicFile::TakeName() {
     mDescriptor.Close();
 }
 
-void AtomicFile::Commit() {
+std::string AtomicFile::Commit() {
     AtomicFile* const files[] = {this};
     CommitAll(files);
+    return mLost;
 }
 
 void AtomicFile::CommitAll(std::span<AtomicFile* const> files) {

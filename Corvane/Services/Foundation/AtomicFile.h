@@ -17,6 +17,10 @@ namespace corvane {
 /// put one there, as in /tmp: files could be replaced through it that its maker may not touch. Any thread.
 std::filesystem::path FollowLinks(std::filesystem::path path);
 
+/// What people are told of a file that was saved: "PATH: saved.", and what was lost by it, a clause, if it is
+/// not empty. Any thread; fails only for want of memory.
+std::string SavedText(const std::filesystem::path& path, const std::string& lost);
+
 /// A file that replaces another one whole, or makes a new one: it has no name, or a temporary one in the
 /// folder where it belongs, and takes its name in one step when it is complete and on the disk. Until then an
 /// older file of that name stays as it was. Without `Commit` nothing is left, however the process ends; only
@@ -42,7 +46,7 @@ class AtomicFile {
     const FileDescriptor& Descriptor() const { return mDescriptor; }
     /// Whether it still waits for its name.
     bool IsPending() const { return mDescriptor || !mTemporary.empty(); }
-    /// What can't be kept of the file that is replaced, as a clause; empty if all is.
+    /// What `Commit` does not keep of the file that it replaces, as a clause; empty if it keeps all.
     const std::string& WhatIsLost() const { return mLost; }
 
     /// Writes on. Throws `FileError` if the system does not take all of `bytes`.
@@ -52,10 +56,10 @@ class AtomicFile {
     void Close();
 
     /// Brings what was written to the disk and gives the file its name. Throws `FileError` if either fails;
-    /// the older file is as it was then.
-    void Commit();
+    /// the older file is as it was then. Returns `WhatIsLost`, which is to be told.
+    [[nodiscard]] std::string Commit();
     /// The same for several files, no sooner than all of them are on the disk; quicker than one after the
-    /// other. If it throws, some may have their names.
+    /// other. If it throws, some may have their names. Each still knows `WhatIsLost`.
     static void CommitAll(std::span<AtomicFile* const> files);
 
   private:

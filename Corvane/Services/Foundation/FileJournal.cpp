@@ -1,6 +1,7 @@
 #include "FileJournal.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "AtomicFile.h"
 #include "RegularFile.h"
@@ -28,7 +29,7 @@ void WriteText(const std::filesystem::path& path, const std::string& text) {
     try {
         AtomicFile file(path);
         file.Write(std::as_bytes(std::span(text)));
-        file.Commit();
+        std::ignore = file.Commit(); // there is nobody to tell
     } catch (const FileError&) {
         return;
     }
@@ -58,7 +59,8 @@ FileJournal::Entry& FileJournal::Begin(const Mosk::String& path, const std::file
                             .existed = std::filesystem::exists(target, error),
                             .before = ReadText(target),
                             .text = {},
-                            .whyNot = {}});
+                            .whyNot = {},
+                            .lost = {}});
     } else {
         std::rotate(entry, entry + 1, mEntries.end());
     }
@@ -72,6 +74,14 @@ std::string FileJournal::WhatChanged() const {
     for (const Entry& entry : mEntries)
         if (entry.changed) files += (files.empty() ? "" : ", ") + entry.target.string();
     return files.empty() ? "nothing was changed" : "what was saved meanwhile stays in " + files;
+}
+
+std::string FileJournal::WhatWasLost() const {
+    std::string sentences;
+    for (const Entry& entry : mEntries)
+        if (!entry.lost.empty())
+            sentences += (sentences.empty() ? "" : " ") + SavedText(entry.target, entry.lost);
+    return sentences;
 }
 
 void FileJournal::Undo() {

@@ -22,6 +22,7 @@ class FileJournal {
         std::string text;                  ///< what was written last, or was to be
         std::string whyNot;                ///< why the file does not hold that, as a clause; empty if it does
         bool changed = false;              ///< whether it was ever written
+        std::string lost;                  ///< what writing it did not keep, as a clause
     };
 
     /// Begins the account of the calling thread.
@@ -39,6 +40,9 @@ class FileJournal {
     /// What of the disk is another than before, as a clause: "nothing was changed", or the files that were
     /// saved.
     std::string WhatChanged() const;
+    /// What people are to be told of files that were saved, but of which something was lost: a sentence, or
+    /// one after the other; empty if there are none.
+    std::string WhatWasLost() const;
     /// Puts the files back to what they were before each was first written, and removes those that did not
     /// exist. For a request that turns out to be wrong half way. What can't be put back stays as it is.
     void Undo();

@@ -106,7 +106,8 @@ Result File::Write(const void* bytes, std::uint32_t size, std::uint32_t& bytesWr
         try {
             if (mState->failure) throw *mState->failure;
             mState->written->Write(std::as_bytes(std::span(text)));
-            mState->written->Commit();
+            // Saved again, the file has no other names any more.
+            if (std::string lost = mState->written->Commit(); !lost.empty()) entry.lost = std::move(lost);
             entry.changed = true;
             entry.whyNot.clear();
         } catch (const corvane::FileError& error) {

@@ -39,6 +39,8 @@ TEST(New, MakesAClipOfTheSequencesFormat) {
 
     // A file that exists is kept, unless it is to be replaced.
     ExpectRefused({"new", clip, "--dump"}, 1, clip, "--force");
+    ExpectRefused(WithScript({"new", clip, "--force"}, "frameWidthID=9"), 1, clip, "size limit; raise it",
+                  {.fileSize = 99});
     EXPECT_EQ(Read(clip), settings);
     EXPECT_EQ(RunSynthex({"new", clip, "--force", "--rate", "25", "--dump"}).status, 0);
     EXPECT_EQ(Read(clip)["mVideoFrameRate"]["ticksperframe"], 10160640000);
@@ -96,11 +98,13 @@ TEST_F(EditTest, ACancelChangesNothingAndADumpIsOneObject) {
 
 TEST_F(EditTest, TheSavedFileBecomesTheSource) {
     const fs::path other = folder / "Schön.synthex";
+    fs::create_hard_link(folder.Write("link", "older"), other);
     const auto result =
         RunSynthex(WithScript({"edit", clip}, "frameWidthID=9; useAsCustomImporterID=true; frameHeightID=5",
                               "save=" + other.string()));
     EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_THAT(result.out, AllOf(HasSubstr(clip.string()), HasSubstr(other.string())));
+    EXPECT_THAT(result.out,
+                AllOf(HasSubstr(clip.string()), HasSubstr(other.string() + ": saved; its other names")));
     EXPECT_EQ(ReadFile(clip), SettingsText());
     EXPECT_EQ(Read(other)["mFrameWidth"], 9);
     EXPECT_EQ(Read(other)["mFrameHeight"], 5);

@@ -89,8 +89,14 @@ TEST(Render, ASignalLeavesTheOlderFileAndASecondOneEndsAtOnce) {
     }
 }
 
-TEST(Render, SaysIfAlphaIsLost) {
+TEST(Render, SaysWhatIsLost) {
     const TestFolder folder;
+    for (const char* const name : {"1.png", "%d.png"}) {
+        fs::remove(folder / "1.png");
+        fs::create_hard_link(folder.Write("other", "older"), folder / "1.png");
+        EXPECT_THAT(RunSynthex({"render", Sample("defaults"), folder / name, "--frames", "1:1"}).out,
+                    HasSubstr("hard links"));
+    }
     for (const auto& [name, isLost] : {std::pair("alpha-gradient", true), std::pair("defaults", false)})
         EXPECT_EQ(RunSynthex({"render", Sample(name), folder / "a.y4m", "--frames", "0"})
                       .out.ends_with(", without the clip's alpha\n"),
@@ -101,7 +107,10 @@ TEST(Render, SaysIfAlphaIsLost) {
 TEST(Render, AFullDiskIsToldWithTheRemedy) {
     const TestFolder folder;
     const std::string clip = Sample("gradient-23976"), out = folder.Write("out.y4m", "older");
-    ExpectRefused({"render", clip, out}, 1, out + ": ", "size limit; raise it", {.fileSize = 4096});
+    for (const char* const name : {"out.y4m", "out.raw", "out.%d.png", "out.mp4", "out.mkv"})
+        ExpectRefused({"render", clip, folder / name}, 1, folder / "out.", "size limit; raise it",
+                      {.fileSize = 99});
+    EXPECT_THAT(folder.Names(), ElementsAre("out.y4m"));
     ExpectRefused({"render", clip, "/dev/full", "--format", "y4m"}, 1,
                   "/dev/full: ", "full; free some space");
     EXPECT_EQ(ReadFile(out), "older");
@@ -127,6 +136,19 @@ TEST(Render, ThreadsThatCanNotBeStartedAreDoneWithout) {
                    {.addressSpace = 512u << 20});
     EXPECT_LE(result.status, 1) << result.err;
     EXPECT_EQ(folder.Names().size(), 1 - static_cast<unsigned>(result.status));
+    if (::geteuid() != 0 || !RunsUnprivileged()) return; // else all of the user's programs count
+    fs::permissions(folder.Path(), fs::perms::all);
+    // These two would wait for the threads for ever.
+    for (const auto& [codec, processes, needed] : {std::tuple("libx265", 1u, "needs a thread"),
+                                                   {"libx265", 2u, ""},
+                                                   {"libsvtav1", 16u, "needs 16 threads"},
+                                                   {"libsvtav1", 17u, ""}}) {
+        const ProcessResult few = RunSynthex(
+            {"render", Sample("defaults"), folder / "out.mkv", "--frames", "0:1", "--codec", codec},
+            {.processes = processes});
+        EXPECT_EQ(few.status, *needed != '\0') << codec << ' ' << processes << few.err;
+        EXPECT_THAT(few.err, HasSubstr(needed));
+    }
 }
 
 TEST(Render, AReaderThatDoesNotReadCanBeLeftBySignal) {

@@ -47,7 +47,7 @@ TEST_F(ProjectFiles, WhatLiesBelowMovesWithTheProject) {
                                       {"here/below/a.synthex", "moved/there/below/a.synthex"},
                                       {"a.synthex", "a.synthex"}}) {
         const Project project = TwoClips(mFolder / file);
-        corvane::SaveProject(project, mFolder / "here/it.cvproj");
+        EXPECT_EQ(corvane::SaveProject(project, mFolder / "here/it.cvproj"), "");
         EXPECT_TRUE(corvane::LoadProject(mFolder / "here/it.cvproj").HoldsSameAs(project)) << file;
         fs::rename(mFolder / "here", mFolder / "moved/there");
         const Project moved = corvane::LoadProject(mFolder / "moved/there/it.cvproj");
@@ -106,14 +106,18 @@ TEST_F(ProjectFiles, WhatIsNoFileOfTextSaysWhy) {
     fs::resize_file(large, (64u << 20) + 1);
     EXPECT_THAT([&] { corvane::LoadProject(large); },
                 testing::ThrowsMessage<corvane::Failure>(HasSubstr("more than")));
-    EXPECT_THROW(corvane::SaveProject({}, mFolder / "none/it.cvproj"), corvane::Failure);
+    EXPECT_THROW(std::ignore = corvane::SaveProject({}, mFolder / "none/it.cvproj"), corvane::Failure);
     Project project;
     project.Add("\xff", {});
-    corvane::SaveProject({}, mFolder / "it.cvproj");
-    EXPECT_THROW(corvane::SaveProject(project, mFolder / "it.cvproj"), corvane::Failure);
+    fs::create_hard_link(large, mFolder / "it.cvproj");
+    EXPECT_THAT(corvane::SaveProject({}, mFolder / "it.cvproj"), HasSubstr("hard links"));
+    EXPECT_THROW(std::ignore = corvane::SaveProject(project, mFolder / "it.cvproj"), corvane::Failure);
     project.clips.clear();
     project.Add(std::string(64u << 20, 'x'), {});
-    EXPECT_THROW(corvane::SaveProject(project, mFolder / "it.cvproj"), corvane::Failure);
+    EXPECT_THROW(std::ignore = corvane::SaveProject(project, mFolder / "it.cvproj"), corvane::Failure);
+    const corvane::testing::FullDisk full(99);
+    EXPECT_THAT([&] { std::ignore = corvane::SaveProject(TwoClips("/a"), mFolder / "it.cvproj"); },
+                testing::ThrowsMessage<corvane::Failure>(HasSubstr("size limit; raise it")));
     EXPECT_TRUE(corvane::LoadProject(mFolder / "it.cvproj").clips.empty());
 }
 

@@ -250,6 +250,7 @@ TEST(ExportChoices, WhatTheySayOfAClipIsTrue) {
         {{.width = 2, .height = 16388, .fieldType = 0}, 3}};
     for (auto [settings, unfit] : rows) {
         settings.frames = kFrames;
+        settings.alpha = 0.5;
         const auto clip = MakeClip(settings);
         for (const ExportChoice& choice : ExportChoices()) {
             SCOPED_TRACE(fmt::format("{} of {}x{}", choice.id, settings.width, settings.height));
@@ -259,9 +260,10 @@ TEST(ExportChoices, WhatTheySayOfAClipIsTrue) {
             options.output = CompletedPath(folder / "out", choice);
             const ExportPreview preview = PreviewExport(*clip, options);
             try {
-                ExportClip(*clip, options, {}, std::atomic<bool>{false});
-                EXPECT_EQ(preview.whyNot, "");
-                ExpectReadsAgain(folder, choice, settings.pixelFormat != kFloatX && !preview.dropsAlpha);
+                const ExportReport report = ExportClip(*clip, options, {}, std::atomic<bool>{false});
+                EXPECT_EQ(std::pair(preview.whyNot, preview.losesAlpha),
+                          std::pair(std::string(), report.losesAlpha));
+                ExpectReadsAgain(folder, choice, settings.pixelFormat != kFloatX && !preview.losesAlpha);
             } catch (const Failure& failure) {
                 EXPECT_THAT(failure.what(), ::testing::EndsWith(preview.whyNot));
                 EXPECT_NE(preview.whyNot, "");

@@ -43,7 +43,7 @@ class RecordingTarget : public corvane::Target {
         order.push_back(index);
         --inside;
     }
-    void Finish() override {}
+    std::string Finish() override { return {}; }
     std::uint64_t BytesWritten() const override { return 0; }
     void FailAt(std::int64_t index, const std::string& step) const {
         if (index == kBadFrame && step == failing) throw corvane::Failure(step);

@@ -22,6 +22,7 @@ struct Settings {
     int fieldType = 1;
     std::int64_t ticksPerFrame = 10160640000;
     int frames = 5;
+    double alpha = 1;      ///< of the upper field
     bool gradient = false; ///< from black at the top to white, in the first frame
 };
 
@@ -29,12 +30,12 @@ inline std::string TextOf(const Settings& settings) {
     return fmt::format(
         R"({{"mPixelFormat":{},"mFrameWidth":{},"mFrameHeight":{},"mFramePAR":{{"numerator":{},"denominator":{}}},)"
         R"("mFieldType":{},"mRenderFormat":{},"mVideoFrameRate":{{"ticksperframe":{}}},"mVideoDuration":{{"ticks":{}}},)"
-        R"("mUpperFieldColor":{{"mAlphaPart":1.0,"mRedPart":0.95,"mGreenPart":0.1,"mBluePart":0.3}},)"
+        R"("mUpperFieldColor":{{"mAlphaPart":{},"mRedPart":0.95,"mGreenPart":0.1,"mBluePart":0.3}},)"
         R"("mLowerFieldColor":{{"mAlphaPart":1.0,"mRedPart":0.05,"mGreenPart":0.8,"mBluePart":0.55}},)"
         R"("mBottomGradiantColorStart":{{"mAlphaPart":1,"mRedPart":1,"mGreenPart":1,"mBluePart":1}}}})",
         settings.pixelFormat, settings.width, settings.height, settings.parNumerator, settings.parDenominator,
         settings.fieldType, settings.gradient ? 1 : 0, settings.ticksPerFrame,
-        settings.ticksPerFrame * settings.frames);
+        settings.ticksPerFrame * settings.frames, settings.alpha);
 }
 
 inline std::shared_ptr<Bundle> LoadBundle() {

@@ -8,7 +8,7 @@
 int main(int, char** arguments) try {
     corvane::Project project;
     project.Add("clip", {.file = {}, .settings = "{}"});
-    corvane::SaveProject(project, arguments[1]);
+    std::puts(corvane::SaveProject(project, arguments[1]).c_str());
 } catch (const std::exception& exception) {
     std::fprintf(stderr, "%s.\n", exception.what());
     return 1;

@@ -25,10 +25,12 @@ fs::path MakeBundle(const TestFolder& folder, const fs::path& executable) {
 
 TEST(Validate, TheImporterAndAFaultlessWrapperPass) {
     const TestFolder folder;
-    for (const fs::path& bundle : {corvane::testing::BundlePath(), MakeBundle(folder, FAULTY_IMPORTER)}) {
-        const ProcessResult result = RunSynthex({"validate", bundle});
+    for (const bool terminal : {false, true}) {
+        const fs::path bundle =
+            terminal ? MakeBundle(folder, FAULTY_IMPORTER) : corvane::testing::BundlePath();
+        const ProcessResult result = RunSynthex({"validate", bundle}, {.terminal = terminal});
         EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.err, "");
+        EXPECT_THAT(result.err, testing::MatchesRegex(terminal ? ".* of random sequence .*\r\x1b\\[K" : ""));
         EXPECT_THAT(result.out,
                     AllOf(testing::StartsWith("pass  The bundle loads.\n"),
                           testing::EndsWith(" checks passed.\n"), testing::Not(HasSubstr("FAIL"))));

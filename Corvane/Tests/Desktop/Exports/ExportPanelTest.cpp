@@ -173,7 +173,7 @@ TEST_F(ExportDialogTest, GivesWhatWasEnteredAndProposesItTheNextTime) {
 }
 
 TEST_F(ExportDialogTest, WhatDoesNotFitCanNotBeChosenAndSaysWhy) {
-    Open({.width = 47, .height = 33});
+    Open({.width = 47, .height = 33, .alpha = 0.5});
     auto& kinds = Get<QComboBox>("exportKind");
     const QStandardItem& movie = *qobject_cast<QStandardItemModel*>(kinds.model())->item(0);
     EXPECT_FALSE(movie.isEnabled());
@@ -182,6 +182,7 @@ TEST_F(ExportDialogTest, WhatDoesNotFitCanNotBeChosenAndSaysWhy) {
     EXPECT_EQ(kinds.currentText(), "MOV, ProRes 422 HQ");
     EXPECT_TRUE(Get<QLabel>("exportAbout").text().contains("alpha is dropped"));
     Open({.width = 47, .height = 33, .frames = 0});
+    EXPECT_FALSE(Get<QLabel>("exportAbout").text().contains("alpha is dropped")) << "opaque";
     EXPECT_FALSE(Get<QPushButton>("exportStart").isEnabled());
     EXPECT_TRUE(Get<QLabel>("exportUnfit").text().contains("no duration"));
 }

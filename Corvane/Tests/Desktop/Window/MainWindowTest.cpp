@@ -241,14 +241,14 @@ TEST_F(WindowTest, WhatAnEndedProgramDidNotSaveIsOffered) {
         EXPECT_EQ(Cell(0, BinModel::kSize), "64 x 48");
         EXPECT_TRUE(mWindow->isWindowModified());
         // It is this program's now, and kept until it is saved.
-        mWindow->GetDocument().Save(Folder() / "it.cvproj");
+        std::ignore = mWindow->GetDocument().Save(Folder() / "it.cvproj");
         EXPECT_TRUE(fs::is_empty(Folder() / "unsaved"));
     }
 }
 
 TEST_F(WindowTest, ExportsRunBehindTheWindow) {
     Open(Write("file.synthex"));
-    mWindow->GetDocument().Save(Folder() / "it.cvproj");
+    std::ignore = mWindow->GetDocument().Save(Folder() / "it.cvproj");
     const auto exportTo = [this](const char* name) {
         WhenShown([&, name](QDialog& dialog) {
             EXPECT_EQ(dialog.parentWidget(), mWindow.get());

@@ -21,7 +21,7 @@ std::string WriteFrame(TestFrame& frame, bool native) {
     const auto packet = target->NewPacket();
     target->Prepare(frame.View(), 0, *packet);
     target->Consume(*packet);
-    target->Finish();
+    EXPECT_EQ(target->Finish(), "");
     return ReadFile(folder / "a.raw");
 }
 

@@ -21,7 +21,7 @@ std::string Write(TestFrame& frame, const std::string& sampling, int frames) {
         target->Prepare(frame.View(), i, *packet);
         target->Consume(*packet);
     }
-    target->Finish();
+    EXPECT_EQ(target->Finish(), "");
     return corvane::testing::ReadFile(folder / "a.y4m");
 }
 
