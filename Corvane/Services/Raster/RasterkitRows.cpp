@@ -1,9 +1,8 @@
 #include "RasterkitRows.h"
 
-#include <algorithm>
 #include <cstring>
 
-#include "RasterkitRecency.h"
+#include "RasterkitMeasuredFill.h"
 
 #if defined(__x86_64__)
 #include <emmintrin.h>
@@ -29,6 +28,9 @@ template <typename Vector>
     }
 }
 
+// Shorter rows gain nothing from being streamed.
+constexpr std::size_t kLongRow = 1024;
+
 // Rows that are narrower than the pattern: up to three 8-bit pixels.
 void FillNarrow(std::byte* row, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
                 const Pattern& pattern) {
@@ -47,16 +49,41 @@ const bool gHasAVX2 = __builtin_cpu_supports("avx2") != 0;
     FillBy(start, step, rowBytes, rows, vector);
 }
 
-// Shorter rows gain nothing from being streamed.
-constexpr std::size_t kStreamedRow = 1024;
+#endif
 
-// Writes past the caches: their lines need not be read first, which is half of what memory has to do.
-void StreamRows(std::byte* row, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+// Through the caches.
+void FillCached(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
                 const Pattern& pattern) {
+    if (rowBytes < sizeof(Vector16)) return FillNarrow(start, step, rowBytes, rows, pattern);
+#if defined(__x86_64__)
+    if (gHasAVX2 && rowBytes >= sizeof(Vector32)) return FillAVX2(start, step, rowBytes, rows, pattern);
+#endif
+    FillRowsBaseline(start, step, rowBytes, rows, pattern);
+}
+
+} // namespace
+
+void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+              const Pattern& pattern) {
+    if (rowBytes < kLongRow) return FillCached(start, step, rowBytes, rows, pattern);
+    const MeasuredFill fill(start, rowBytes * rows);
+    (fill.IsStreamed() ? FillRowsStreamed : FillCached)(start, step, rowBytes, rows, pattern);
+}
+
+void FillRowsBaseline(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+                      const Pattern& pattern) {
+    FillBy<Vector16>(start, step, rowBytes, rows, pattern);
+}
+
+#if defined(__x86_64__)
+
+// The lines of streamed rows need not be read first, which is half of what the memory has to do.
+void FillRowsStreamed(std::byte* row, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+                      const Pattern& pattern) {
     const Pattern twice[2] = {pattern, pattern};
     for (; rows > 0; --rows, row += step) {
         std::byte* const end = row + rowBytes;
-        // The pattern goes on in the aligned vectors as it began in what stands before them.
+        // The pattern goes on in the aligned vectors as it begins in what stands before them.
         const std::size_t before = -reinterpret_cast<std::uintptr_t>(row) % sizeof(__m128i);
         std::memcpy(row, &pattern, sizeof pattern);
         __m128i vector;
@@ -68,24 +95,19 @@ void StreamRows(std::byte* row, std::ptrdiff_t step, std::size_t rowBytes, std::
     }
 }
 
-#endif
+void CompleteFills() noexcept {
+    _mm_sfence();
+}
 
-} // namespace
+#else
 
-void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
-              const Pattern& pattern) {
-    if (rowBytes < sizeof(Vector16)) return FillNarrow(start, step, rowBytes, rows, pattern);
-#if defined(__x86_64__)
-    if (rowBytes >= kStreamedRow && !IsProbablyCached(start, rowBytes * rows))
-        return StreamRows(start, step, rowBytes, rows, pattern);
-    if (gHasAVX2 && rowBytes >= sizeof(Vector32)) return FillAVX2(start, step, rowBytes, rows, pattern);
-#endif
+void FillRowsStreamed(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+                      const Pattern& pattern) {
     FillRowsBaseline(start, step, rowBytes, rows, pattern);
 }
 
-void FillRowsBaseline(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
-                      const Pattern& pattern) {
-    FillBy<Vector16>(start, step, rowBytes, rows, pattern);
-}
+void CompleteFills() noexcept {}
+
+#endif
 
 } // namespace corvane::raster
