@@ -24,10 +24,10 @@ class Relaxed {
 // What is known of the memory of one frame. Threads may mix their notes up: an estimate is wrong then.
 struct Known {
     Relaxed<const std::byte*> start{nullptr};
-    Relaxed<bool> isStreamed{true};  // which way is the faster one
-    Relaxed<int> storedInTurn{0};    // how often it was filled through the caches since it last was not
-    Relaxed<int> untilTrial{0};      // fills until the other way is tried
-    Relaxed<float> stored{0};        // speed through the caches, bytes a second; 0 if not known
+    Relaxed<bool> isStreamed{true}; // which way is the faster one
+    Relaxed<int> storedInTurn{0};   // how often it was filled through the caches since it last was not
+    Relaxed<int> untilTrial{0};     // fills until the other way is tried
+    Relaxed<float> stored{0};       // speed through the caches, bytes a second; 0 if not known
 };
 
 // Enough for the frames of a pool. Frames lie at whole pages, often huge ones: only a product mixes the bits
@@ -46,10 +46,16 @@ constexpr std::ptrdiff_t kNear = 256 * 1024;
 // Fills of at least so many bytes are timed, and one in so many of the shorter ones.
 constexpr std::size_t kLong = 64 * 1024;
 constexpr std::uint32_t kTimedOneIn = 64;
+// The time of fewer bytes is too short to say anything.
+constexpr std::size_t kTellingBytes = 4096;
 
-// Frames between two trials. Streaming what the caches hold costs more than the opposite: they lose it.
+// After so many fills of the same frame the other way is tried. New ones are streamed.
+constexpr int kNewFrames = 8;
 constexpr int kStreamedFrames = 128;
-constexpr int kStoredFrames = 256;
+constexpr int kStoredFrames = 128;
+
+// How much faster than past the caches it must be through them: less is within the noise.
+constexpr float kMargin = 1.1f;
 
 // A cache takes to memory only if it is used a few times: before that, the speed says nothing.
 constexpr int kStoredToTell = 3;
@@ -66,12 +72,13 @@ struct Frame {
 };
 [[gnu::tls_model("initial-exec")]] constinit thread_local Frame tFrame{};
 
+// Threads are interrupted: one slow frame must not decide.
 float Smooth(float before, float now) {
-    return before == 0 ? now : before + (now - before) / 4;
+    return before == 0 ? now : before + (now - before) / 8;
 }
 
 void Learn(const Frame& frame) {
-    if (!frame.tells || frame.timedBytes < kLong / 8) return;
+    if (!frame.tells || frame.timedBytes < kTellingBytes) return;
     const float speed = static_cast<float>(frame.timedBytes) /
                         std::max(std::chrono::duration<float>(frame.time).count(), 1e-9f);
     if (frame.isStreamed) {
@@ -80,7 +87,7 @@ void Learn(const Frame& frame) {
     }
     Known& known = *frame.known;
     known.stored = Smooth(known.stored, speed);
-    known.isStreamed = known.stored < gStreamed;
+    known.isStreamed = gStreamed == 0 || known.stored < kMargin * gStreamed;
     if (known.isStreamed) {
         known.stored = 0;
         known.untilTrial = kStreamedFrames;
@@ -90,7 +97,6 @@ void Learn(const Frame& frame) {
 // Which way to fill a frame: the faster one, or the other one if that is to be tried. Stored frames far ahead
 // of streamed ones need no trial.
 bool ChooseStreamed(Known& known) {
-    if (gStreamed == 0) return true;
     if (known.untilTrial > 0) {
         known.untilTrial = known.untilTrial - 1;
         return known.isStreamed;
@@ -108,7 +114,7 @@ void BeginFrame(const std::byte* start) {
         known.start = start;
         known.isStreamed = true;
         known.storedInTurn = 0;
-        known.untilTrial = 0;
+        known.untilTrial = kNewFrames;
         known.stored = 0;
     }
     tFrame = {};
@@ -126,7 +132,7 @@ MeasuredFill::MeasuredFill(const std::byte* start, std::size_t bytes) : mBytes(b
     if (behind <= 0 || behind > kNear) BeginFrame(start);
     frame.last = start;
     mIsStreamed = frame.isStreamed;
-    mIsTimed = bytes >= kLong || ++frame.calls % kTimedOneIn == 0;
+    mIsTimed = bytes >= kLong || frame.calls++ % kTimedOneIn == 0;
     if (mIsTimed) mBegun = Clock::now();
 }
 

@@ -67,7 +67,10 @@ void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::
               const Pattern& pattern) {
     if (rowBytes < kLongRow) return FillCached(start, step, rowBytes, rows, pattern);
     const MeasuredFill fill(start, rowBytes * rows);
-    (fill.IsStreamed() ? FillRowsStreamed : FillCached)(start, step, rowBytes, rows, pattern);
+    if (fill.IsStreamed())
+        FillRowsStreamed(start, step, rowBytes, rows, pattern);
+    else
+        FillCached(start, step, rowBytes, rows, pattern);
 }
 
 void FillRowsBaseline(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
