@@ -13,6 +13,7 @@
 #include "FrameMemory.h"
 #include "Services/Foundation/NeverDestroyed.h"
 #include "Services/Raster/PixelFormats.h"
+#include "Services/Raster/RasterkitRows.h"
 #include "Services/TestHooks.h"
 
 /// What a handle points to. Never freed, only reused, so that a handle which was disposed of can be told.
@@ -235,6 +236,8 @@ std::int32_t Dispose(CvVexelHandle handle) {
 
 std::int32_t GetPixels(CvVexelHandle handle, std::int32_t access, char** pixels) {
     if (!IsLive(handle) || access != kCvVexelAccess_ReadWrite || !pixels) return kFailed;
+    // The host asks when the plug-in has filled the frame, before it goes to other threads.
+    raster::CompleteFills();
     *pixels = reinterpret_cast<char*>(handle->memory.Base());
     if (gBottomUp && handle->height > 0)
         *pixels += std::ptrdiff_t{handle->rowBytes} * (std::ptrdiff_t{handle->height} - 1);

@@ -1,4 +1,4 @@
-/// Writes a pattern of pixels to rows of memory. Private to the raster service.
+/// Writes a pattern of pixels to rows of memory. Private to the host's services.
 #pragma once
 
 #include <cstddef>
@@ -18,5 +18,14 @@ void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::
 /// any. Rows have at least 16 bytes. For `FillRows` and its test.
 void FillRowsBaseline(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
                       const Pattern& pattern);
+
+/// The same past the caches, if the machine can: for memory that they don't hold. For `FillRows` and its
+/// test.
+void FillRowsStreamed(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+                      const Pattern& pattern);
+
+/// Makes what this thread filled visible to every thread that it tells of it from now on, in whatever way.
+/// A lock or a system call does that too.
+void CompleteFills() noexcept;
 
 } // namespace corvane::raster

@@ -1,0 +1,145 @@
+#include "RasterkitMeasuredFill.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstdint>
+
+namespace corvane::raster {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+template <class T>
+class Relaxed {
+  public:
+    explicit constexpr Relaxed(T value) : mValue(value) {}
+    operator T() const { return mValue.load(std::memory_order_relaxed); }
+    Relaxed& operator=(T value) { return mValue.store(value, std::memory_order_relaxed), *this; }
+
+  private:
+    std::atomic<T> mValue;
+};
+
+// What is known of the memory of one frame. Threads may mix their notes up: an estimate is wrong then.
+struct Known {
+    Relaxed<const std::byte*> start{nullptr};
+    Relaxed<bool> isStreamed{true}; // which way is the faster one
+    Relaxed<int> storedInTurn{0};   // how often it was filled through the caches since it last was not
+    Relaxed<int> untilTrial{0};     // fills until the other way is tried
+    Relaxed<float> stored{0};       // speed through the caches, bytes a second; 0 if not known
+};
+
+// Enough for the frames of a pool. Frames lie at whole pages, often huge ones: only a product mixes the bits
+// in which they differ.
+std::array<Known, 256> gKnown;
+Known& KnownOf(const std::byte* start) {
+    return gKnown[(reinterpret_cast<std::uintptr_t>(start) * 0x9E3779B97F4A7C15u) >> 56];
+}
+
+// The speed past the caches, bytes a second; 0 if not known. It depends on no frame.
+Relaxed<float> gStreamed{0};
+
+// A fill that begins at most this far behind the last one's beginning belongs to the same frame.
+constexpr std::ptrdiff_t kNear = 256 * 1024;
+
+// Fills of at least so many bytes are timed, and one in so many of the shorter ones.
+constexpr std::size_t kLong = 64 * 1024;
+constexpr std::uint32_t kTimedOneIn = 64;
+// The time of fewer bytes is too short to say anything.
+constexpr std::size_t kTellingBytes = 4096;
+
+// After so many fills of the same frame the other way is tried. New ones are streamed.
+constexpr int kNewFrames = 8;
+constexpr int kStreamedFrames = 128;
+constexpr int kStoredFrames = 128;
+
+// How much faster than past the caches it must be through them: less is within the noise.
+constexpr float kMargin = 1.1f;
+
+// A cache takes to memory only if it is used a few times: before that, the speed says nothing.
+constexpr int kStoredToTell = 3;
+
+// The frame that a thread is filling.
+struct Frame {
+    Known* known;
+    const std::byte* last; // where its newest fill began
+    bool isStreamed;
+    bool tells; // whether its speed shows the worth of its way
+    std::uint32_t calls;
+    std::size_t timedBytes;
+    Clock::duration time;
+};
+[[gnu::tls_model("initial-exec")]] constinit thread_local Frame tFrame{};
+
+// Threads are interrupted: one slow frame must not decide.
+float Smooth(float before, float now) {
+    return before == 0 ? now : before + (now - before) / 8;
+}
+
+void Learn(const Frame& frame) {
+    if (!frame.tells || frame.timedBytes < kTellingBytes) return;
+    const float speed = static_cast<float>(frame.timedBytes) /
+                        std::max(std::chrono::duration<float>(frame.time).count(), 1e-9f);
+    if (frame.isStreamed) {
+        gStreamed = Smooth(gStreamed, speed);
+        return;
+    }
+    Known& known = *frame.known;
+    known.stored = Smooth(known.stored, speed);
+    known.isStreamed = gStreamed == 0 || known.stored < kMargin * gStreamed;
+    if (known.isStreamed) {
+        known.stored = 0;
+        known.untilTrial = kStreamedFrames;
+    }
+}
+
+// Which way to fill a frame: the faster one, or the other one if that is to be tried. Stored frames far ahead
+// of streamed ones need no trial.
+bool ChooseStreamed(Known& known) {
+    if (known.untilTrial > 0) {
+        known.untilTrial = known.untilTrial - 1;
+        return known.isStreamed;
+    }
+    if (known.isStreamed) return false; // until it is known how fast that is
+    known.untilTrial = kStoredFrames;
+    return known.stored < 2 * gStreamed;
+}
+
+// Ends the thread's frame and begins another one.
+void BeginFrame(const std::byte* start) {
+    Learn(tFrame);
+    Known& known = KnownOf(start);
+    if (known.start != start) {
+        known.start = start;
+        known.isStreamed = true;
+        known.storedInTurn = 0;
+        known.untilTrial = kNewFrames;
+        known.stored = 0;
+    }
+    tFrame = {};
+    tFrame.known = &known;
+    tFrame.isStreamed = ChooseStreamed(known);
+    tFrame.tells = tFrame.isStreamed || known.storedInTurn >= kStoredToTell;
+    known.storedInTurn = tFrame.isStreamed ? 0 : known.storedInTurn + 1;
+}
+
+} // namespace
+
+MeasuredFill::MeasuredFill(const std::byte* start, std::size_t bytes) : mBytes(bytes) {
+    Frame& frame = tFrame;
+    const std::ptrdiff_t behind = start - frame.last;
+    if (behind <= 0 || behind > kNear) BeginFrame(start);
+    frame.last = start;
+    mIsStreamed = frame.isStreamed;
+    mIsTimed = bytes >= kLong || frame.calls++ % kTimedOneIn == 0;
+    if (mIsTimed) mBegun = Clock::now();
+}
+
+MeasuredFill::~MeasuredFill() {
+    if (!mIsTimed) return;
+    tFrame.timedBytes += mBytes;
+    tFrame.time += Clock::now() - mBegun;
+}
+
+} // namespace corvane::raster
