@@ -172,7 +172,6 @@ QVariant BinModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole: return Text(row, index.column());
     case Qt::EditRole: return index.column() == kName ? Text(row, kName) : QVariant();
     case Qt::ToolTipRole: return ToolTip(row);
-    case Qt::SizeHintRole: return QSize(0, mThumbnail.height() + 6);
     case Qt::AccessibleDescriptionRole: return bad ? row.loaded->problem : QVariant();
     case Qt::DecorationRole:
         if (index.column() != kName) return {};

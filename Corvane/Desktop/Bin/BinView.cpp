@@ -5,8 +5,36 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QStyledItemDelegate>
+#include <QtMath>
+
+#include "Engine/ClipText.h"
 
 namespace corvane::desktop {
+
+namespace {
+
+/// Cells with some room above and below, so that thumbnails don't touch.
+class Cells final : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        return QStyledItemDelegate::sizeHint(option, index) + QSize(0, 6);
+    }
+};
+
+/// A text as wide as those of a column usually get; empty if they may have any width.
+std::string WideText(int column) {
+    switch (column) {
+    case BinModel::kSize: return ShapeText({.size = {720, 576}, .aspect = {128, 117}});
+    case BinModel::kRate: return RateText({60000, 1001});
+    case BinModel::kFields: return FieldOrderText(FieldOrder::kUpperFirst);
+    case BinModel::kDuration: return DurationText({.format = {}, .durationTicks = 1, .frames = 99999});
+    default: return {};
+    }
+}
+
+} // namespace
 
 BinView::BinView(BinModel& model, QWidget* parent) : QTreeView(parent), mModel(model) {
     setObjectName(QStringLiteral("bin"));
@@ -24,8 +52,14 @@ BinView::BinView(BinModel& model, QWidget* parent) : QTreeView(parent), mModel(m
     setContextMenuPolicy(Qt::ActionsContextMenu);
     setModel(&model);
     setIconSize(model.ThumbnailSize());
-    constexpr int kWidths[BinModel::kColumns] = {220, 125, 80, 90, 180, 130};
-    for (int column = 0; column < BinModel::kColumns; ++column) setColumnWidth(column, kWidths[column]);
+    setItemDelegate(new Cells(this));
+    setColumnWidth(BinModel::kName, 220);
+    setColumnWidth(BinModel::kSource, 130);
+    const QFontMetricsF font(this->font());
+    const int margins = 2 * (style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, this) + 1);
+    for (int column = BinModel::kSize; column <= BinModel::kDuration; ++column)
+        setColumnWidth(column,
+                       margins + qCeil(font.horizontalAdvance(QString::fromStdString(WideText(column)))));
     for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
         connect(&model, signal, viewport(), [this] { viewport()->update(); });
 }

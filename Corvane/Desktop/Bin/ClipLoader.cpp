@@ -40,8 +40,7 @@ void ClipLoader::Run(const std::stop_token& stop) {
             wanted = std::move(mWaiting.front());
             mWaiting.pop_front();
         }
-        // To the thread that the loader lives in.
-        QMetaObject::invokeMethod(this, [this, loaded = Load(wanted)] { Q_EMIT Loaded(loaded); });
+        mUI.Post([this, loaded = Load(wanted)] { Q_EMIT Loaded(loaded); });
     }
 }
 

@@ -12,6 +12,7 @@
 #include <QObject>
 #include <QSize>
 
+#include "Desktop/Toolkit/UICalls.h"
 #include "Engine/Project.h"
 
 namespace corvane::desktop {
@@ -52,6 +53,7 @@ class ClipLoader final : public QObject {
 
     const std::shared_ptr<Bundle> mBundle;
     const QSize mThumbnail;
+    UICalls mUI;
     std::mutex mMutex; // guards mWaiting
     std::condition_variable_any mWake;
     std::deque<ProjectClip> mWaiting;

@@ -4,7 +4,6 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMetaObject>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QVBoxLayout>
@@ -15,11 +14,10 @@ namespace corvane::desktop {
 
 ExportPanel::ExportPanel(std::shared_ptr<Bundle> bundle, QWidget* parent) : QWidget(parent) {
     MakeWidgets();
-    mQueue = std::make_unique<ExportQueue>(
-        std::move(bundle), [this](ExportQueue::ID id, const ExportStatus& status) {
-            QMetaObject::invokeMethod(
-                this, [this, id, status] { ShowStatus(id, status); }, Qt::QueuedConnection);
-        });
+    mQueue = std::make_unique<ExportQueue>(std::move(bundle),
+                                           [this](ExportQueue::ID id, const ExportStatus& status) {
+                                               mUI.Post([this, id, status] { ShowStatus(id, status); });
+                                           });
     ShowCounts();
 }
 

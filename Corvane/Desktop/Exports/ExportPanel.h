@@ -5,6 +5,7 @@
 
 #include <QWidget>
 
+#include "Desktop/Toolkit/UICalls.h"
 #include "Export/ExportQueue.h"
 
 class QLabel;
@@ -54,6 +55,7 @@ class ExportPanel final : public QWidget {
     QPushButton* mClear = nullptr;
     QVBoxLayout* mList = nullptr;
     int mUnfinished = 0;
+    UICalls mUI;
     std::unique_ptr<ExportQueue> mQueue; // last: no other thread calls once it is gone
 };
 

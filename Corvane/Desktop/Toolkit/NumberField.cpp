@@ -70,10 +70,13 @@ double NumberField::valueFromText(const QString& text) const {
 
 QValidator::State NumberField::validate(QString& text, int&) const {
     const QString number = WithoutUnit(text).trimmed();
-    const QStringView characters = mLimits.decimals == 0 ? u"0123456789+-eE" : u"0123456789+-eE.";
-    if (!std::all_of(number.begin(), number.end(), [&](QChar c) { return characters.contains(c); }))
+    // Points and commas may be typed even if none is due: without them 719.9 would become 7199.
+    constexpr QStringView kCharacters = u"0123456789+-eE.,";
+    if (!std::all_of(number.begin(), number.end(), [&](QChar c) { return kCharacters.contains(c); }))
         return QValidator::Invalid;
-    return ParseFiniteNumber(number.toStdString()) ? QValidator::Acceptable : QValidator::Intermediate;
+    const auto value = ParseFiniteNumber(number.toStdString());
+    const bool isNumber = value && (mLimits.decimals > 0 || *value == std::round(*value));
+    return isNumber ? QValidator::Acceptable : QValidator::Intermediate;
 }
 
 void NumberField::stepBy(int steps) {

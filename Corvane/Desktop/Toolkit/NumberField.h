@@ -10,9 +10,10 @@ namespace corvane::desktop {
 ///
 /// The number changes when the program sets it, and when a person's entry is finished: by Return, by leaving
 /// the field, by a step, or by `interpretText`. Text that was not edited stands for the exact number, not for
-/// the rounded one that it shows. Entries are decimal text with a point, whatever the locale, and without one
-/// if no decimals are shown. Only steps are held to the limits here; the dialog's model holds entries to
-/// them. `valueChanged` reports only what a person does. UI thread.
+/// the rounded one that it shows. Entries are decimal text with a point, whatever the locale, and whole
+/// numbers if no decimals are shown; after any other entry the number is what it was. Only steps are held to
+/// the limits here; the dialog's model holds entries to them. `valueChanged` reports only what a person does.
+/// UI thread.
 class NumberField final : public QDoubleSpinBox {
   public:
     /// `unit` is shown after the number; it may be empty.
@@ -24,6 +25,8 @@ class NumberField final : public QDoubleSpinBox {
     QString textFromValue(double value) const override;
     double valueFromText(const QString& text) const override;
     QValidator::State validate(QString& text, int& position) const override;
+    /// Mends nothing: an entry that is no number is not taken.
+    void fixup(QString&) const override {}
     void stepBy(int steps) override;
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }

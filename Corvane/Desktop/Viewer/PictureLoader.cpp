@@ -79,19 +79,9 @@ void PictureLoader::Work() {
         lock.lock();
         mBusy.erase(busy);
         // Moved, not copied: the UI thread has the only reference, and so the last one.
-        mMade.push_back(std::move(made));
-        QMetaObject::invokeMethod(this, &PictureLoader::HandOn, Qt::QueuedConnection);
+        mUI.Post([this, picture = std::move(made)] { Q_EMIT Made(picture); });
         mWake.notify_one(); // the other thread may be waiting for a large one to end
     }
-}
-
-void PictureLoader::HandOn() {
-    std::vector<PicturePointer> made;
-    {
-        const std::lock_guard lock(mMutex);
-        made.swap(mMade);
-    }
-    for (const PicturePointer& picture : made) Q_EMIT Made(picture);
 }
 
 } // namespace corvane::desktop

@@ -10,6 +10,7 @@
 
 #include <QObject>
 
+#include "Desktop/Toolkit/UICalls.h"
 #include "PictureMaker.h"
 
 namespace corvane::desktop {
@@ -40,7 +41,6 @@ class PictureLoader final : public QObject {
   private:
     bool CanBegin() const;
     void Work();
-    void HandOn();
 
     /// What is known of a picture that is being made; it keeps nothing alive.
     struct Busy {
@@ -55,7 +55,7 @@ class PictureLoader final : public QObject {
     bool mEnd = false;
     std::deque<PictureRequest> mWanted;
     std::list<Busy> mBusy;
-    std::vector<PicturePointer> mMade; // and not handed on yet
+    UICalls mUI;
     std::vector<std::thread> mThreads;
 };
 

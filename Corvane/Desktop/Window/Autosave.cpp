@@ -123,21 +123,36 @@ void Autosave::Write() {
     mDelay.stop();
     if (!mDocument.IsModified()) return Discard();
     if (mFile.empty()) ClaimNew();
-    mWriter.start([this, project = mDocument.GetProject(), path = mDocument.GetPath(), file = mFile] {
-        QString failure;
-        try {
-            if (file.empty()) throw Failure(mFolder.string() + ": files can't be made in this folder.");
-            // Nobody else has such a file.
-            std::ignore = WriteTextFile(file, ToText(project, path), 0600);
-        } catch (const Failure& why) {
-            failure =
-                tr("Changes are not kept until you save the project: %1").arg(QString::fromUtf8(why.what()));
-        }
-        QMetaObject::invokeMethod(this, [this, failure] {
-            if (!failure.isEmpty() && !mHasFailed) Q_EMIT Failed(failure);
-            mHasFailed = !failure.isEmpty();
-        });
-    });
+    {
+        const std::lock_guard lock(mMutex);
+        mNext = {.project = mDocument.GetProject(), .path = mDocument.GetPath(), .file = mFile};
+    }
+    mWriter.start([this] { WriteNext(); });
+}
+
+/// On the writer's thread.
+void Autosave::WriteNext() {
+    std::optional<Unsaved> next;
+    {
+        const std::lock_guard lock(mMutex);
+        next.swap(mNext);
+    }
+    if (!next) return; // written already, in place of an earlier one
+    QString failure;
+    try {
+        if (next->file.empty()) throw Failure(mFolder.string() + ": files can't be made in this folder.");
+        // Nobody else has such a file.
+        std::ignore = WriteTextFile(next->file, ToText(next->project, next->path), 0600);
+    } catch (const Failure& why) {
+        failure =
+            tr("Changes are not kept until you save the project: %1").arg(QString::fromUtf8(why.what()));
+    }
+    mUI.Post([this, failure = std::move(failure)] { Note(failure); });
+}
+
+void Autosave::Note(const QString& failure) {
+    if (!failure.isEmpty() && !mHasFailed) Q_EMIT Failed(failure);
+    mHasFailed = !failure.isEmpty();
 }
 
 void Autosave::Flush() {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 #include <QDateTime>
@@ -11,6 +12,7 @@
 #include <QTimer>
 
 #include "Desktop/Bin/Document.h"
+#include "Desktop/Toolkit/UICalls.h"
 
 namespace corvane::desktop {
 
@@ -57,6 +59,14 @@ class Autosave final : public QObject {
     bool Claim(const std::filesystem::path& file);
     void ClaimNew();
     void Write();
+    void WriteNext();
+    void Note(const QString& failure);
+
+    /// What is to be kept, and in which file.
+    struct Unsaved {
+        Project project;
+        std::filesystem::path path, file;
+    };
 
     Document& mDocument;
     const std::filesystem::path mFolder;
@@ -64,6 +74,9 @@ class Autosave final : public QObject {
     std::unique_ptr<QLockFile> mLock;
     bool mHasFailed = false;
     QTimer mDelay;
+    std::mutex mMutex;            // guards mNext
+    std::optional<Unsaved> mNext; // for the writer
+    UICalls mUI;
     QThreadPool mWriter; // one thread, so that the last text wins
 };
 

@@ -167,6 +167,10 @@ TEST_F(WindowTest, BadClipsSayWhyAndLeaveTheOthersAlone) {
 TEST_F(WindowTest, AFileThatChangesIsReadAgainInItsPlace) {
     const fs::path file = Write("file.synthex");
     Open(file);
+    for (const int column : {BinModel::kSize, BinModel::kRate, BinModel::kFields, BinModel::kDuration}) {
+        const QAbstractItemView& bin = Bin();
+        EXPECT_LE(bin.sizeHintForColumn(column), Bin().columnWidth(column)) << Cell(0, column);
+    }
     auto& viewer = *mWindow->findChild<Viewer*>();
     viewer.SetCurrentFrame(200);
     const auto waitFor = [&](const char* size) {
