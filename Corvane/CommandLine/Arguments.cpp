@@ -94,6 +94,13 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
     command.add_option("--jobs", options.jobs, "Threads to work with (default: one a processor)")
         ->type_name("N")
         ->check(CLI::Range(1, 512));
+    command
+        .add_option("--memory", options.memory,
+                    "What frames on their way may take, such as 500M or 4G; fewer threads work if need be "
+                    "(default: half of what is free)")
+        ->type_name("SIZE")
+        ->transform(CLI::AsSizeValue(false).description(""))
+        ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 62).description(""));
     command.add_flag("--native", options.native,
                      "The frame bytes exactly as the plug-in delivered them (for .raw)");
     command.add_flag("--quiet", request.quiet, "No progress bar, and no word about what was written");

@@ -21,6 +21,7 @@
 #include "Export/Targets/PngTarget.h"
 #include "Export/Targets/RawTarget.h"
 #include "Export/Targets/Y4mTarget.h"
+#include "FreeMemory.h"
 #include "Pipeline.h"
 
 namespace corvane {
@@ -72,8 +73,16 @@ unsigned Processors() {
     return std::max(1u, std::thread::hardware_concurrency());
 }
 
-unsigned JobsOf(const ExportOptions& options, const Target& target) {
-    return options.jobs != 0 ? options.jobs : target.UsefulJobs(Processors());
+// A thread has a frame and the picture that it makes of it, and another picture waits for its turn.
+constexpr std::uint64_t kFramesOfJob = 3;
+
+unsigned JobsOf(const ExportOptions& options, const StreamFacts& facts, const Target& target) {
+    const unsigned jobs = options.jobs != 0 ? options.jobs : target.UsefulJobs(Processors());
+    const std::uint64_t memory = options.memory != 0 ? options.memory : FreeMemory() / 2;
+    const std::uint64_t frame =
+        std::uint64_t{facts.size.width} * facts.size.height * BytesPerPixel(facts.raster);
+    const std::uint64_t most = memory / kFramesOfJob / std::max<std::uint64_t>(frame, 1);
+    return static_cast<unsigned>(std::clamp<std::uint64_t>(most, 1, jobs));
 }
 
 void CheckOptions(const ExportOptions& options, const ExportKind& kind) {
@@ -141,8 +150,8 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
         return RenderedFrame{view, std::move(frame)};
     };
     ExportReport report;
-    report.frames =
-        RunPipeline(render, *target, range.first, range.last, JobsOf(options, *target), progress, cancel);
+    report.frames = RunPipeline(render, *target, range.first, range.last, JobsOf(options, facts, *target),
+                                progress, cancel);
     report.cancelled = report.frames < total;
     if (report.cancelled) return report;
     report.losesAlpha = LosesAlpha(clip, facts, *target);

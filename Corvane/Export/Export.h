@@ -34,6 +34,9 @@ struct ExportOptions {
     std::optional<std::pair<std::int64_t, std::int64_t>> frames;
     /// Threads that render and convert. 0: as many as are of use on this machine.
     unsigned jobs = 0;
+    /// Bytes that frames on their way may take; as many threads are left out as it takes to keep to that. 0:
+    /// half of the memory that is free.
+    std::uint64_t memory = 0;
     /// The bytes exactly as the plug-in delivered them, row padding removed. Only for `raw`, which otherwise
     /// is B, G, R, A in bytes for 8-bit formats and R, G, B, A in 16-bit little-endian words for float ones.
     bool native = false;

@@ -151,6 +151,19 @@ TEST(Render, ThreadsThatCanNotBeStartedAreDoneWithout) {
     }
 }
 
+// Catches memory that grows with the threads: each would have frames of 32 MB.
+TEST(Render, FramesOnTheirWayKeepToTheMemoryThatTheyMayTake) {
+    if (IsSanitized()) GTEST_SKIP();
+    const TestFolder folder;
+    const auto peak = [&](const char* memory) {
+        return RunSynthex({"render", Sample("uhd-5994"), folder / "a.%d.png", "--jobs", "8", "--memory",
+                           memory, "--frames", "0:7"})
+            .peakMiB;
+    };
+    EXPECT_LT(peak("100M"), 150);
+    EXPECT_GT(peak("4G"), 200);
+}
+
 TEST(Render, AReaderThatDoesNotReadCanBeLeftBySignal) {
     // Nobody reads: the pipe is full after a part of the first frame.
     const TestFolder folder;

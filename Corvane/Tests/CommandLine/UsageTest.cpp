@@ -34,6 +34,7 @@ TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
         {{"info", clip, "--jsno"}, "--jsno"},
         {{"render", clip}, "OUT is required"},
         {{"render", clip, "out.raw", "--jobs", "0"}, "--jobs"},
+        {{"render", clip, "out.raw", "--memory", "-1"}, "--memory"},
         {{"render", clip, "out.nonsense"}, "nonsense"},
         {{"render", clip, "out.raw", "--frames", "1800"}, "0:1799"},
         {{"render", clip, "out.raw", "--frames="}, "FIRST:LAST"},
