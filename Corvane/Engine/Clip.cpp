@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -176,10 +177,18 @@ std::string Clip::WhyNotRenderable() const {
     return WhyNoFrame(mInfo.format);
 }
 
-Frame Clip::GetFrame(std::int64_t index) const {
+std::string Clip::WhyNoFrameAt(std::int64_t index) const {
+    constexpr std::int64_t kLast = std::numeric_limits<std::int32_t>::max();
     if (index < 0 || index >= mInfo.frames)
-        Fail(fmt::format("there is no frame {}; the clip has {}", index,
-                         mInfo.frames == 0 ? "none" : fmt::format("frames 0 to {}", mInfo.frames - 1)));
+        return fmt::format("there is no frame {}; the clip has {}", index,
+                           mInfo.frames == 0 ? "none" : fmt::format("frames 0 to {}", mInfo.frames - 1));
+    if (index > kLast)
+        return fmt::format("frame {} can't be made: the plug-in counts frames up to {}", index, kLast);
+    return {};
+}
+
+Frame Clip::GetFrame(std::int64_t index) const {
+    if (const std::string reason = WhyNoFrameAt(index); !reason.empty()) Fail(reason);
     // The host makes frames without pixels; nobody can use them.
     if (mInfo.format.size.width == 0 || mInfo.format.size.height == 0) Fail(WhyNotRenderable());
     CvVexelHandle handle = nullptr;

@@ -62,6 +62,10 @@ class Clip {
     /// empty if they can. Any thread.
     std::string WhyNotRenderable() const;
 
+    /// Says, as a clause, why there is no frame of that index: it is outside the clip, or beyond what the
+    /// plug-in's 32-bit frame numbers can tell; empty if there is one. Any thread.
+    std::string WhyNoFrameAt(std::int64_t index) const;
+
   private:
     Clip(std::shared_ptr<Bundle> bundle, std::string name);
     void OpenInstance(const std::filesystem::path& path);

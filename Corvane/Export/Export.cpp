@@ -54,11 +54,12 @@ struct Range {
 Range RangeOf(const Clip& clip, const ExportOptions& options, bool single) {
     const std::int64_t frames = clip.Info().frames;
     // A picture of a clip shows its first frame, unless another was asked for.
-    if (!options.frames) return {0, single ? 0 : frames - 1};
-    const auto [first, last] = *options.frames;
+    const auto [first, last] = options.frames.value_or(std::pair(std::int64_t{0}, single ? 0 : frames - 1));
     if (first < 0 || last >= frames || first > last)
         throw UsageFailure(fmt::format("{}: frames {}:{} are not in the clip; choose from 0:{}", clip.Name(),
                                        first, last, frames - 1));
+    if (const std::string reason = clip.WhyNoFrameAt(last); !reason.empty())
+        throw UsageFailure(fmt::format("{}: {}", clip.Name(), reason));
     if (single && first != last)
         throw UsageFailure(
             fmt::format("{} can hold one frame; put a number into the name, such as {}%05d.png",

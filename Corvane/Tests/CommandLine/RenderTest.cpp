@@ -151,6 +151,19 @@ TEST(Render, ThreadsThatCanNotBeStartedAreDoneWithout) {
     }
 }
 
+// Catches frames that the plug-in takes for others: it would print -2147483648 on the first one too many.
+TEST(Render, FrameNumbersEndWhereThePluginsDo) {
+    const TestFolder folder;
+    const std::string clip = folder.Write(
+        "clip.synthex",
+        SettingsText(
+            R"(,"mVideoDuration":{"ticks":3000000000000},"mVideoFrameRate":{"ticksperframe":1000})"));
+    EXPECT_EQ(RunSynthex({"render", clip, folder / "a.png", "--frames", "2147483647"}).status, 0);
+    for (const char* const frames : {"2147483648", "0:2147483648"})
+        ExpectRefused({"render", clip, folder / "a.%d.png", "--frames", frames}, 2,
+                      clip + ": frame 2147483648", "up to 2147483647");
+}
+
 // Catches memory that grows with the threads: each would have frames of 32 MB.
 TEST(Render, FramesOnTheirWayKeepToTheMemoryThatTheyMayTake) {
     if (IsSanitized()) GTEST_SKIP();
