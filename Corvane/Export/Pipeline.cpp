@@ -101,7 +101,7 @@ class Pipeline {
             lock.lock();
             slot.ready = false;
             ++mConsumed;
-            mSpace.notify_all();
+            mSpace.notify_one(); // one slot is free
         }
         mDraining = false;
     }
