@@ -49,13 +49,13 @@ constexpr std::uint32_t kTimedOneIn = 64;
 // The time of fewer bytes is too short to say anything.
 constexpr std::size_t kTellingBytes = 4096;
 
-// After so many fills of the same frame the other way is tried. New ones are streamed.
-constexpr int kNewFrames = 8;
+// After so many fills of the same frame the other way is tried. New ones go through the caches at first.
+constexpr int kFirstFrames = 2; // of a process, to learn how fast streaming is
 constexpr int kStreamedFrames = 128;
 constexpr int kStoredFrames = 128;
 
-// How much faster than past the caches it must be through them: less is within the noise.
-constexpr float kMargin = 1.1f;
+// Through the caches it may be so much slower than past them: whoever reads the frame next makes up for it.
+constexpr float kMargin = 0.8f;
 
 // A cache takes to memory only if it is used a few times: before that, the speed says nothing.
 constexpr int kStoredToTell = 3;
@@ -87,10 +87,11 @@ void Learn(const Frame& frame) {
     }
     Known& known = *frame.known;
     known.stored = Smooth(known.stored, speed);
-    known.isStreamed = gStreamed == 0 || known.stored < kMargin * gStreamed;
+    const bool isFirst = gStreamed == 0;
+    known.isStreamed = isFirst || known.stored < kMargin * gStreamed;
     if (known.isStreamed) {
         known.stored = 0;
-        known.untilTrial = kStreamedFrames;
+        known.untilTrial = isFirst ? kFirstFrames : kStreamedFrames;
     }
 }
 
@@ -114,7 +115,7 @@ void BeginFrame(const std::byte* start) {
         known.start = start;
         known.isStreamed = true;
         known.storedInTurn = 0;
-        known.untilTrial = kNewFrames;
+        known.untilTrial = 0;
         known.stored = 0;
     }
     tFrame = {};

@@ -15,17 +15,37 @@ namespace {
 using Vector16 = Pattern;
 using Vector32 [[gnu::vector_size(32)]] = std::uint32_t;
 
-// Fills rows of at least one vector. The last store of a row may overlap the one before it: both are whole
-// numbers of pixels from the row's start, so they agree.
+// Rows that are written side by side, a cache line of each in turn: in a cache that is shared, four streams
+// keep more lines on their way than one.
+constexpr std::uint32_t kRowsTogether = 4;
+
+// Fills `kRows` rows of at least one vector. The last store of a row may overlap the one before it: both are
+// whole numbers of pixels from the row's start, so they agree.
+template <std::uint32_t kRows, typename Vector>
+[[gnu::always_inline]] inline void FillTogether(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes,
+                                                const Vector& vector) {
+    constexpr std::size_t kLine = 64;
+    const std::size_t linesEnd = rowBytes / kLine * kLine;
+    for (std::size_t line = 0; line != linesEnd; line += kLine) {
+        std::byte* at = start + line;
+        for (std::uint32_t row = 0; row < kRows; ++row, at += step)
+            for (std::size_t offset = 0; offset < kLine; offset += sizeof vector)
+                std::memcpy(at + offset, &vector, sizeof vector);
+    }
+    for (std::uint32_t row = 0; row < kRows; ++row, start += step) {
+        std::size_t offset = linesEnd;
+        for (; offset + sizeof vector <= rowBytes; offset += sizeof vector)
+            std::memcpy(start + offset, &vector, sizeof vector);
+        if (offset != rowBytes) std::memcpy(start + rowBytes - sizeof vector, &vector, sizeof vector);
+    }
+}
+
 template <typename Vector>
 [[gnu::always_inline]] inline void FillBy(std::byte* row, std::ptrdiff_t step, std::size_t rowBytes,
                                           std::uint32_t rows, const Vector& vector) {
-    for (; rows > 0; --rows, row += step) {
-        std::size_t offset = 0;
-        for (; offset + sizeof vector <= rowBytes; offset += sizeof vector)
-            std::memcpy(row + offset, &vector, sizeof vector);
-        if (offset != rowBytes) std::memcpy(row + rowBytes - sizeof vector, &vector, sizeof vector);
-    }
+    for (; rows >= kRowsTogether; rows -= kRowsTogether, row += kRowsTogether * step)
+        FillTogether<kRowsTogether>(row, step, rowBytes, vector);
+    for (; rows > 0; --rows, row += step) FillTogether<1>(row, step, rowBytes, vector);
 }
 
 // Shorter rows gain nothing from being streamed.
