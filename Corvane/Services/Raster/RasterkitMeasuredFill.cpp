@@ -24,7 +24,7 @@ class Relaxed {
 // What is known of the memory of one frame. Threads may mix their notes up: an estimate is wrong then.
 struct Known {
     Relaxed<const std::byte*> start{nullptr};
-    Relaxed<bool> isStreamed{true}; // which way is the faster one
+    Relaxed<bool> isStreamed{true}; // which way is the better one
     Relaxed<int> storedInTurn{0};   // how often it was filled through the caches since it last was not
     Relaxed<int> untilTrial{0};     // fills until the other way is tried
     Relaxed<float> stored{0};       // speed through the caches, bytes a second; 0 if not known
@@ -54,7 +54,7 @@ constexpr int kFirstFrames = 2; // of a process, to learn how fast streaming is
 constexpr int kStreamedFrames = 128;
 constexpr int kStoredFrames = 128;
 
-// Through the caches it may be so much slower than past them: whoever reads the frame next makes up for it.
+// Past the caches it must be so much faster: a frame that was streamed takes longer to read afterwards.
 constexpr float kMargin = 0.8f;
 
 // A cache takes to memory only if it is used a few times: before that, the speed says nothing.
@@ -95,7 +95,7 @@ void Learn(const Frame& frame) {
     }
 }
 
-// Which way to fill a frame: the faster one, or the other one if that is to be tried. Stored frames far ahead
+// Which way to fill a frame: the better one, or the other one if that is to be tried. Stored frames far ahead
 // of streamed ones need no trial.
 bool ChooseStreamed(Known& known) {
     if (known.untilTrial > 0) {
