@@ -1,9 +1,7 @@
 #include "OutputFile.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <system_error>
-#include <vector>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -24,12 +22,16 @@ void EnlargePipe(int fd) {
 
 } // namespace
 
+Failure WritingFailure(const std::string& name, const FileError& error) {
+    return Failure(fmt::format("{}: {}; {}", name, error.what(), error.GetRemedy()));
+}
+
 template <class Step>
 void OutputFile::Guarded(const Step& step) const {
     try {
         step();
     } catch (const FileError& error) {
-        Fail(error);
+        throw WritingFailure(mName, error);
     }
 }
 
@@ -80,44 +82,22 @@ void OutputFile::WriteAt(std::span<const std::byte> bytes, std::uint64_t offset)
     if (!Descriptor().WriteAt(bytes, offset)) Fail(errno);
 }
 
-void OutputFile::Close() {
+void OutputFile::MoveTo(AtomicSeries& series, std::int64_t number) {
     if (IsRegular())
-        Guarded([this] { mFile->Close(); });
+        Guarded([&] { series.Add(number, std::move(*mFile)); });
     else if (!mAsIs.Close())
         Fail(errno);
 }
 
-std::string OutputFile::WhatIsLost(std::span<const OutputFile> files) {
-    const auto loses = [](const OutputFile& file) { return file.mFile && !file.mFile->WhatIsLost().empty(); };
-    const auto first = std::ranges::find_if(files, loses);
-    if (first == files.end()) return {};
-    const std::string& lost = first->mFile->WhatIsLost();
-    if (files.size() == 1) return lost;
-    const auto others = std::ranges::count_if(files, loses) - 1;
-    return fmt::format("{} ({}{})", lost, first->mPath.filename().string(),
-                       others == 0 ? "" : fmt::format(" and {} more", others));
-}
-
 std::string OutputFile::Commit() {
-    return CommitAll({this, 1});
-}
-
-std::string OutputFile::CommitAll(std::span<OutputFile> files) {
-    std::vector<AtomicFile*> regular;
-    for (OutputFile& file : files) {
-        struct stat status {};
-        if (!file.IsRegular()) file.Close();
-        if (!file.IsRegular()) continue;
-        if (fstat(file.Fd(), &status) == 0) file.mWritten = static_cast<std::uint64_t>(status.st_size);
-        regular.push_back(&*file.mFile);
-    }
-    try {
-        AtomicFile::CommitAll(regular);
-    } catch (const FileError& error) {
-        const auto isLeft = [](const OutputFile& file) { return file.mFile && file.mFile->IsPending(); };
-        std::ranges::find_if(files, isLeft)->Fail(error);
-    }
-    return WhatIsLost(files);
+    std::string lost;
+    struct stat status {};
+    if (IsRegular() && fstat(Fd(), &status) == 0) mWritten = static_cast<std::uint64_t>(status.st_size);
+    if (IsRegular())
+        Guarded([&] { lost = mFile->Commit(); });
+    else if (!mAsIs.Close())
+        Fail(errno);
+    return lost;
 }
 
 void OutputFile::Fail(int error) const {
@@ -126,11 +106,7 @@ void OutputFile::Fail(int error) const {
     if (error == EFBIG)
         throw Failure(fmt::format(
             "{}: the file would grow over the size limit; raise it or export fewer frames", mName));
-    Fail(FileError::OfWriting(error));
-}
-
-void OutputFile::Fail(const FileError& error) const {
-    throw Failure(fmt::format("{}: {}; {}", mName, error.what(), error.GetRemedy()));
+    throw WritingFailure(mName, FileError::OfWriting(error));
 }
 
 WriteSignalGuard::WriteSignalGuard() {

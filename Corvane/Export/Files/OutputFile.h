@@ -11,8 +11,12 @@
 
 #include "Engine/Failure.h"
 #include "Services/Foundation/AtomicFile.h"
+#include "Services/Foundation/AtomicSeries.h"
 
 namespace corvane {
+
+/// What people are told of `error`, met while the file that they know as `name` was written. Any thread.
+Failure WritingFailure(const std::string& name, const FileError& error);
 
 /// A file that an export makes. A regular file is replaced whole, as `AtomicFile` says: it takes its name
 /// with `Commit`, and without `Commit` nothing is left. A pipe, a device and standard output ("-") are
@@ -35,16 +39,14 @@ class OutputFile {
     /// does. Any thread.
     void WriteAt(std::span<const std::byte> bytes, std::uint64_t offset);
 
-    /// Closes the file but leaves it under a temporary name.
-    void Close();
+    /// Closes the file and hands it to a series, in which it is the one of `number`. What is no regular file
+    /// is only closed.
+    void MoveTo(AtomicSeries& series, std::int64_t number);
     /// Closes the file and puts it in its place, on the disk. Returns what could not be kept of an older
     /// file, as a clause, or nothing.
     [[nodiscard]] std::string Commit();
-    /// The same for several files, none of which gets its name before all are on the disk. Of several, the
-    /// clause names the first that lost something.
-    [[nodiscard]] static std::string CommitAll(std::span<OutputFile> files);
 
-    /// The descriptor's number; negative after `Close` and `Commit`.
+    /// The descriptor's number; negative after `MoveTo` and `Commit`.
     int Fd() const { return Descriptor().Get(); }
     /// Whether it is a file on a disk, which can be read back and written out of order.
     bool IsRegular() const { return mFile.has_value(); }
@@ -62,11 +64,9 @@ class OutputFile {
 
   private:
     const FileDescriptor& Descriptor() const { return IsRegular() ? mFile->Descriptor() : mAsIs; }
-    static std::string WhatIsLost(std::span<const OutputFile> files);
     void OpenAsIs();
     template <class Step>
     void Guarded(const Step& step) const;
-    [[noreturn]] void Fail(const FileError& error) const;
 
     std::filesystem::path mPath;
     std::string mName;

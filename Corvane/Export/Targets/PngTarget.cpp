@@ -1,10 +1,10 @@
 #include "PngTarget.h"
 
 #include <optional>
-#include <vector>
 
 #include "Export/Files/NumberedName.h"
 #include "Export/Files/OutputFile.h"
+#include "Export/Files/OutputSeries.h"
 #include "PngImage.h"
 
 namespace corvane {
@@ -20,8 +20,9 @@ struct PngPacket final : Packet {
 
 class PngTarget final : public Target {
   public:
-    PngTarget(const std::filesystem::path& path, const StreamFacts& facts)
-        : mPath(path), mNumbered(NumberedName::Parse(path)), mFacts(facts) {}
+    PngTarget(const std::filesystem::path& path, const StreamFacts& facts) : mPath(path), mFacts(facts) {
+        if (const auto names = NumberedName::Parse(path)) mSeries.emplace(*names);
+    }
 
     std::unique_ptr<Packet> NewPacket() override { return std::make_unique<PngPacket>(mFacts); }
 
@@ -33,21 +34,22 @@ class PngTarget final : public Target {
 
     void Consume(Packet& packet) override {
         const auto& png = static_cast<PngPacket&>(packet);
-        OutputFile& file = mFiles.emplace_back(mNumbered ? mNumbered->For(png.index) : mPath);
-        file.Write(png.image);
+        if (mSeries)
+            mSeries->Write(png.index, png.image);
+        else
+            mFile.emplace(mPath).Write(png.image);
         mWritten += png.image.size();
-        if (mNumbered) file.Close(); // too many to be open at once
     }
 
-    std::string Finish() override { return OutputFile::CommitAll(mFiles); }
+    std::string Finish() override { return mSeries ? mSeries->Commit() : mFile->Commit(); }
 
     std::uint64_t BytesWritten() const override { return mWritten; }
 
   private:
     const std::filesystem::path mPath;
-    const std::optional<NumberedName> mNumbered;
     const StreamFacts mFacts;
-    std::vector<OutputFile> mFiles;
+    std::optional<OutputFile> mFile;
+    std::optional<OutputSeries> mSeries; // if the name has a number
     std::uint64_t mWritten = 0;
 };
 

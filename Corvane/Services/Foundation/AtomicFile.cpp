@@ -1,7 +1,6 @@
 #include "AtomicFile.h"
 
 #include <cerrno>
-#include <set>
 #include <system_error>
 #include <utility>
 
@@ -22,9 +21,9 @@ fs::path FolderOf(const fs::path& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-/// Why no file can be made in `folder`, or given its name there. `replaces` is whether there is one to
-/// replace.
-FileError NotMade(const fs::path& folder, bool replaces, int error) {
+/// Why no file can be made in the folder of `path`, or given that name.
+FileError NotMade(const fs::path& path, int error) {
+    const fs::path folder = FolderOf(path);
     switch (error) {
     case ENOENT:
         return {Mosk::kResult_NotFound, fmt::format("the folder {} does not exist", folder.string()),
@@ -35,7 +34,7 @@ FileError NotMade(const fs::path& folder, bool replaces, int error) {
     case EACCES:
     case EPERM:
     case EROFS:
-        if (replaces)
+        if (struct stat older{}; ::lstat(path.c_str(), &older) == 0)
             return {Mosk::kResult_AccessDenied,
                     fmt::format(
                         "the file may be written, but no file that replaces it can be made in the folder {}",
@@ -56,12 +55,6 @@ void CheckTarget(const fs::path& path, const struct stat& status) {
     if (::access(path.c_str(), W_OK) != 0)
         throw FileError(Mosk::kResult_AccessDenied, "the file is read-only",
                         "allow writing to it or choose another name");
-}
-
-/// Makes a name given in it last: without this, a crash of the machine may bring the old one back. The file
-/// has its name by then and is whole, so that it is of no use to fail.
-void SyncFolder(const fs::path& folder) {
-    if (const FileDescriptor descriptor(folder, O_RDONLY | O_DIRECTORY); descriptor) descriptor.Sync();
 }
 
 /// The path by which this process, and no other, finds an open file that need not have a name.
@@ -112,7 +105,7 @@ AtomicFile::AtomicFile(const fs::path& path, mode_t mode) : AtomicFile() {
     mPath = FollowLinks(path);
     struct stat older {};
     mReplaces = ::lstat(mPath.c_str(), &older) == 0;
-    if (!mReplaces && errno != ENOENT) throw NotMade(FolderOf(mPath), false, errno);
+    if (!mReplaces && errno != ENOENT) throw NotMade(mPath, errno);
     if (mReplaces) CheckTarget(mPath, older);
     // What replaces a file is nobody else's to read before it has that file's permissions.
     Open(mReplaces ? 0600 : mode);
@@ -139,7 +132,7 @@ void AtomicFile::Open(mode_t mode) {
         mDescriptor = FileDescriptor(file, O_RDWR | O_CREAT | O_EXCL, mode);
         return bool(mDescriptor);
     });
-    if (mTemporary.empty()) throw NotMade(folder, mReplaces, errno);
+    if (mTemporary.empty()) throw NotMade(mPath, errno);
 }
 
 void AtomicFile::TakeOver(const struct stat& older) {
@@ -153,6 +146,17 @@ void AtomicFile::TakeOver(const struct stat& older) {
         throw FileError::OfWriting(errno);
     if (older.st_nlink > 1) mLost = "its other names (hard links) keep the older file";
     if (!owned) mLost += std::string(mLost.empty() ? "" : ", and ") + "it belongs to you now";
+}
+
+AtomicFile AtomicFile::Resume(const fs::path& path, std::uint64_t temporary) {
+    AtomicFile file;
+    file.mPath = path;
+    file.mTemporary = TemporaryOf(path, temporary);
+    return file;
+}
+
+fs::path AtomicFile::TemporaryOf(const fs::path& path, std::uint64_t number) {
+    return TemporaryNames::Get().OfNumber(FolderOf(path), number);
 }
 
 fs::path AtomicFile::WorkingPath() const {
@@ -172,43 +176,44 @@ void AtomicFile::Close() {
 }
 
 void AtomicFile::Flush() {
-    if (!mDescriptor) mDescriptor = FileDescriptor(mTemporary, O_WRONLY);
-    if (!mDescriptor || !mDescriptor.Sync()) throw FileError::OfWriting(errno);
-    if (!mTemporary.empty() && !mDescriptor.Close()) throw FileError::OfWriting(errno);
+    if (!mDescriptor) return FlushClosed(mTemporary);
+    if (!mDescriptor.Sync() || (!mTemporary.empty() && !mDescriptor.Close()))
+        throw FileError::OfWriting(errno);
+}
+
+void AtomicFile::FlushClosed(const fs::path& temporary) {
+    FileDescriptor file(temporary, O_WRONLY);
+    if (!file || !file.Sync() || !file.Close()) throw FileError::OfWriting(errno);
 }
 
 void AtomicFile::TakeTemporaryName() {
     if (!mTemporary.empty()) return;
     mTemporary = TemporaryNames::Get().Make(FolderOf(mPath),
                                             [this](const fs::path& file) { return Link(mDescriptor, file); });
-    if (mTemporary.empty()) throw NotMade(FolderOf(mPath), mReplaces, errno);
+    if (mTemporary.empty()) throw NotMade(mPath, errno);
 }
 
 void AtomicFile::TakeName() {
     if (!mTemporary.empty() || mReplaces || !Link(mDescriptor, mPath)) {
         TakeTemporaryName();
-        if (::rename(mTemporary.c_str(), mPath.c_str()) != 0)
-            throw NotMade(FolderOf(mPath), mReplaces, errno);
+        if (::rename(mTemporary.c_str(), mPath.c_str()) != 0) throw NotMade(mPath, errno);
         TemporaryNames::Get().Forget(mTemporary);
         mTemporary.clear();
     }
     mDescriptor.Close();
 }
 
-std::string AtomicFile::Commit() {
-    AtomicFile* const files[] = {this};
-    CommitAll(files);
-    return mLost;
+// Makes a name given in it last: without this, a crash of the machine may bring the old one back. The file
+// has its name by then and is whole, so that it is of no use to fail.
+void AtomicFile::SyncFolder(const fs::path& path) {
+    if (const FileDescriptor folder(FolderOf(path), O_RDONLY | O_DIRECTORY); folder) folder.Sync();
 }
 
-void AtomicFile::CommitAll(std::span<AtomicFile* const> files) {
-    std::set<fs::path> folders;
-    for (AtomicFile* const file : files) {
-        folders.insert(FolderOf(file->mPath));
-        file->Flush();
-    }
-    for (AtomicFile* const file : files) file->TakeName();
-    for (const fs::path& folder : folders) SyncFolder(folder);
+std::string AtomicFile::Commit() {
+    Flush();
+    TakeName();
+    SyncFolder(mPath);
+    return mLost;
 }
 
 } // namespace corvane

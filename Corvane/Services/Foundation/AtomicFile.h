@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <span>
 #include <string>
@@ -44,29 +45,32 @@ class AtomicFile {
     std::filesystem::path WorkingPath() const;
     /// The open file, at the end of what was written; none after `Close` and `Commit`.
     const FileDescriptor& Descriptor() const { return mDescriptor; }
-    /// Whether it still waits for its name.
-    bool IsPending() const { return mDescriptor || !mTemporary.empty(); }
     /// What `Commit` does not keep of the file that it replaces, as a clause; empty if it keeps all.
     const std::string& WhatIsLost() const { return mLost; }
 
     /// Writes on. Throws `FileError` if the system does not take all of `bytes`.
     void Write(std::span<const std::byte> bytes);
-    /// Closes the file but leaves it under a temporary name, so that many can be made before the first gets
-    /// its name. Throws `FileError` if the system reports that earlier writes failed.
+    /// Closes the file but leaves it under a temporary name. Throws `FileError` if the system reports that
+    /// earlier writes failed.
     void Close();
 
     /// Brings what was written to the disk and gives the file its name. Throws `FileError` if either fails;
     /// the older file is as it was then. Returns `WhatIsLost`, which is to be told.
     [[nodiscard]] std::string Commit();
-    /// The same for several files, no sooner than all of them are on the disk; quicker than one after the
-    /// other. If it throws, some may have their names. Each still knows `WhatIsLost`.
-    static void CommitAll(std::span<AtomicFile* const> files);
 
   private:
+    friend class AtomicSeries;
+
     AtomicFile() = default;
     void Open(mode_t mode);
     void TakeOver(const struct stat& older);
     void Flush();
+    // For the series: the file that waits under the temporary name of this number, its name, and what is done
+    // to it.
+    static AtomicFile Resume(const std::filesystem::path& path, std::uint64_t temporary);
+    static std::filesystem::path TemporaryOf(const std::filesystem::path& path, std::uint64_t number);
+    static void FlushClosed(const std::filesystem::path& temporary);
+    static void SyncFolder(const std::filesystem::path& path);
     void TakeTemporaryName();
     void TakeName();
 

@@ -1,6 +1,7 @@
 #include "TemporaryNames.h"
 
 #include <charconv>
+#include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <memory>
@@ -32,6 +33,11 @@ std::string Beginning() {
     return fmt::format(".synthex-{}-{}-", run, container.st_ino);
 }
 
+std::string_view WithoutNumber(const fs::path& path) {
+    const std::string_view name = path.native();
+    return name.substr(0, name.rfind('-') + 1);
+}
+
 } // namespace
 
 TemporaryNames& TemporaryNames::Get() {
@@ -51,24 +57,48 @@ TemporaryNames::TemporaryNames() : mBeginning(Beginning()) {
 }
 
 void TemporaryNames::RemoveAll() const {
-    for (const auto& [path, process] : mPaths)
-        if (process == ::getpid()) ::unlink(path.c_str());
+    char path[PATH_MAX]; // there may be no memory to have
+    for (const auto& [start, numbers] : mNumbers)
+        for (std::uint64_t number = numbers.first; numbers.process == ::getpid() && number < numbers.end;
+             ++number) {
+            const auto written = fmt::format_to_n(path, sizeof path - 1, "{}{}", start, number);
+            *written.out = '\0';
+            ::unlink(path);
+        }
 }
 
 // Not made of the file's own name, which may be as long as a name can be.
-std::string TemporaryNames::Next() {
-    const std::lock_guard lock(mMutex);
-    return fmt::format("{}{}-{}", mBeginning, ::getpid(), ++mCount);
+std::string TemporaryNames::StartIn(const fs::path& folder) const {
+    return folder / fmt::format("{}{}-", mBeginning, ::getpid());
 }
 
-void TemporaryNames::Remember(const fs::path& path) {
+fs::path TemporaryNames::OfNumber(const fs::path& folder, std::uint64_t number) const {
+    return StartIn(folder) + std::to_string(number);
+}
+
+std::uint64_t TemporaryNames::NumberOf(const fs::path& path) {
+    const std::string& name = path.native();
+    std::uint64_t number = 0;
+    std::from_chars(name.data() + WithoutNumber(path).size(), name.data() + name.size(), number);
+    return number;
+}
+
+fs::path TemporaryNames::Next(const fs::path& folder) {
     const std::lock_guard lock(mMutex);
-    mPaths.emplace(path.native(), ::getpid());
+    Numbers& numbers = mNumbers.try_emplace(StartIn(folder), Numbers{::getpid()}).first->second;
+    fs::path path = OfNumber(folder, numbers.end);
+    ++numbers.end;
+    ++numbers.count;
+    return path;
 }
 
 void TemporaryNames::Forget(const fs::path& path) {
     const std::lock_guard lock(mMutex);
-    mPaths.erase(path.native()); // takes no memory
+    const auto found = mNumbers.find(WithoutNumber(path));
+    if (found == mNumbers.end()) return;
+    Numbers& numbers = found->second;
+    if (NumberOf(path) == numbers.first) ++numbers.first;
+    if (--numbers.count == 0) numbers.first = numbers.end;
 }
 
 bool TemporaryNames::IsAbandoned(std::string_view name) const {
@@ -83,8 +113,9 @@ void TemporaryNames::Tidy(const fs::path& folder) {
     {
         const std::string own = folder / mBeginning;
         const std::lock_guard lock(mMutex);
-        const auto first = mPaths.lower_bound(own);
-        if (first != mPaths.end() && first->first.starts_with(own)) return;
+        for (auto next = mNumbers.lower_bound(own); next != mNumbers.end() && next->first.starts_with(own);
+             ++next)
+            if (next->second.count > 0) return;
     }
     // Not the standard library's iterator, which ends the program where memory is short.
     const std::unique_ptr<DIR, int (*)(DIR*)> open(::opendir(folder.c_str()), &::closedir);

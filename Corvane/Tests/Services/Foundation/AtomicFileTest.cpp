@@ -1,6 +1,7 @@
 // Faults sought: a partial file under the final name, a temporary file left, a link replaced by a file, a
 // mode lost, a name too long to have a temporary one beside it, a fault told as another.
 #include "Services/Foundation/AtomicFile.h"
+#include "Services/Foundation/AtomicSeries.h"
 
 #include <sys/stat.h>
 
@@ -58,16 +59,30 @@ TEST_F(AtomicFileTest, ReplacesOrMakesWhatTheNameLeadsTo) {
 }
 
 TEST_F(AtomicFileTest, NothingHasItsNameBeforeAllHave) {
-    std::vector<AtomicFile> files;
-    for (const char* const name : {"old", "new"}) {
-        files.emplace_back(mFolder / name).Write(Bytes(name));
-        files.back().Close();
+    fs::create_directory(mFolder / "other");
+    fs::create_symlink("other/5", mFolder / "5");
+    fs::create_hard_link(mOld, mFolder / "6");
+    const auto pathOf = [this](std::int64_t number) { return mFolder / std::to_string(number); };
+    const auto add = [&](corvane::AtomicSeries& series, std::int64_t number) {
+        AtomicFile file(pathOf(number));
+        file.Write(Bytes(std::to_string(number)));
+        series.Add(number, std::move(file));
+    };
+    {
+        corvane::AtomicSeries series(pathOf), abandoned(pathOf);
+        for (const int number : {1, 2, 3, 5, 6, 8, 9}) {
+            add(series, number);
+            if (number == 2) add(abandoned, number);
+        }
+        EXPECT_EQ(ReadFile(mFolder / "6"), kOldText);
+        EXPECT_FALSE(fs::exists(mFolder / "1") || fs::exists(mFolder / "5"));
+        series.Commit();
+        EXPECT_EQ(series.WhatIsLost(), "its other names (hard links) keep the older file (6)");
     }
-    const AtomicFile abandoned(mFolder / "abandoned");
-    EXPECT_EQ(ReadFile(mOld), kOldText);
-    AtomicFile* const both[] = {&files[0], &files[1]};
-    AtomicFile::CommitAll(both);
-    for (const char* const name : {"old", "new"}) EXPECT_EQ(ReadFile(mFolder / name), name);
+    EXPECT_THAT(mFolder.Names(), ElementsAre("1", "2", "3", "5", "6", "8", "9", "old", "other"));
+    for (const int number : {1, 2, 3, 5, 6, 8, 9})
+        EXPECT_EQ(ReadFile(pathOf(number)), std::to_string(number));
+    EXPECT_TRUE(fs::is_symlink(mFolder / "5"));
 }
 
 TEST_F(AtomicFileTest, SaysWhyItFailsAndLeavesEverything) {
@@ -117,6 +132,8 @@ TEST_F(AtomicFileTest, AProcessThatEndsInTheMiddleLeavesNothing) {
     const auto end = [&](int signal) {
         AtomicFile file(mFolder / "new"), closed(mFolder / "closed");
         closed.Close();
+        corvane::AtomicSeries series([&](std::int64_t) { return mFolder / "some"; });
+        series.Add(0, AtomicFile(mFolder / "some"));
         if (signal != 0) ::raise(signal);
         std::exit(0);
     };
