@@ -10,8 +10,8 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Engine/ClipText.h"
-#include "Export/Export.h"
 #include "Export/ExportText.h"
+#include "Export/Loader/ExportLoader.h"
 #include "ProgressBar.h"
 
 namespace corvane::commandline {
@@ -65,7 +65,7 @@ int RunRender(const RenderRequest& request) {
     ExportReport report;
     {
         ProgressBar bar(!request.quiet);
-        report = ExportClip(
+        report = LoadAndExportClip(
             *clip, request.options, [&](std::int64_t done, std::int64_t total) { bar.Update(done, total); },
             gCancel);
     }

@@ -7,9 +7,9 @@
 namespace corvane {
 
 // Both load the module that shows windows. Nothing else brings Qt into the process: loading it takes longer
-// than most commands do. The module is `../lib/corvane/corvane-desktop.so` from the program's folder. They
-// throw `Failure`, with the remedy of the options, if there is no display to show windows on or no such
-// module. Both are for the process's main thread, which is the UI thread from then on.
+// than most commands do. They throw `Failure`, with the remedy of the options, if there is no display to show
+// windows on, and as `FindInModule` does. Both are for the process's main thread, which is the UI thread from
+// then on.
 
 /// Makes the platform that shows the toolkit's dialogs as windows.
 std::unique_ptr<UI_Platform> LoadDesktopPlatform(const DesktopOptions& options);

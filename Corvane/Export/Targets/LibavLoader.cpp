@@ -1,34 +1,17 @@
 #include "LibavLoader.h"
 
-#include <dlfcn.h>
-
 #include <fmt/format.h>
 
+#include "Engine/LoadedModule.h"
 #include "ExportKinds.h"
-#include "Services/Foundation/ProgramFolder.h"
 
 namespace corvane {
-namespace {
-
-// The module stays loaded: libav keeps tables that it can't free.
-MakeLibavTargetFunction* LoadModule(const std::string& kind) {
-    const std::filesystem::path module = InLibraryFolder("corvane/corvane-libav.so");
-    void* const library = dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr)
-        throw Failure(fmt::format("{} can't be loaded, which writing {} needs: {}; install it and its "
-                                  "libraries, or choose {}",
-                                  module.string(), kind, dlerror(), ListKinds(false)));
-    void* const function = dlsym(library, kMakeLibavTargetName);
-    if (function == nullptr)
-        throw Failure(
-            fmt::format("{} is not the export module of this program; install both anew", module.string()));
-    return reinterpret_cast<MakeLibavTargetFunction*>(function);
-}
-
-} // namespace
 
 std::unique_ptr<Target> MakeLibavTarget(const LibavRequest& request) {
-    return std::unique_ptr<Target>(LoadModule(request.kind)(request));
+    const LoadedModule module{"corvane-libav", fmt::format("writing {}", request.kind),
+                              fmt::format("install it and its libraries, or choose {}", ListKinds(false))};
+    void* const function = FindInModule(module, kMakeLibavTargetName);
+    return std::unique_ptr<Target>(reinterpret_cast<MakeLibavTargetFunction*>(function)(request));
 }
 
 } // namespace corvane

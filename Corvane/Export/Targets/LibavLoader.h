@@ -24,10 +24,9 @@ inline constexpr const char* kMakeLibavTargetName = "CorvaneMakeLibavTarget";
 /// Makes a target that the caller owns. Throws as `MakeLibavTarget` does.
 using MakeLibavTargetFunction = Target*(const LibavRequest& request);
 
-/// Makes a target by the module that knows libav. The module is loaded first and not linked, because linking
-/// libav costs every start of the program 100 ms and more. It is `../lib/corvane/corvane-libav.so` from the
-/// program's folder. Throws `Failure` if it is missing, does not load or can't make the target, and
-/// `UsageFailure` for a container, codec or option that there is not. Any thread.
+/// Makes a target by the module that knows libav, which is loaded first: linking it costs 100 ms and more.
+/// Throws `Failure` as `FindInModule` does or if the target can't be made, and `UsageFailure` for a
+/// container, codec or option that there is not. Any thread.
 std::unique_ptr<Target> MakeLibavTarget(const LibavRequest& request);
 
 } // namespace corvane

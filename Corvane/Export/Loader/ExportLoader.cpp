@@ -1,0 +1,14 @@
+#include "ExportLoader.h"
+
+#include "Engine/LoadedModule.h"
+
+namespace corvane {
+
+ExportReport LoadAndExportClip(const Clip& clip, const ExportOptions& options, const ExportProgress& progress,
+                               const std::atomic<bool>& cancel) {
+    const LoadedModule module{"corvane-export", "rendering", "install it and its libraries"};
+    void* const function = FindInModule(module, kExportClipName);
+    return reinterpret_cast<ExportClipFunction*>(function)(clip, options, progress, cancel);
+}
+
+} // namespace corvane

@@ -1,0 +1,8 @@
+#include "ExportModule.h"
+
+/// The module's one function; see `ExportModule.h`.
+extern "C" __attribute__((visibility("default"))) corvane::ExportReport
+CorvaneExportClip(const corvane::Clip& clip, const corvane::ExportOptions& options,
+                  const corvane::ExportProgress& progress, const std::atomic<bool>& cancel) {
+    return corvane::ExportClip(clip, options, progress, cancel);
+}
