@@ -11,6 +11,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -207,18 +208,24 @@ class Arguments {
     template <class Request>
     void Add(const char* name, const char* about, const std::string& help,
              void (*declareOptions)(CLI::App&, Request&), int (*run)(const Request&)) {
-        mSubcommands.push_back({name, [=, this] { Declare(name, about, help, declareOptions, run); }});
+        mSubcommands.push_back({name, [=, this](bool named) {
+                                    CLI::App* const command = mApp.add_subcommand(name, about);
+                                    if (*about == '\0') command->group("");
+                                    if (named) Declare(*command, help, declareOptions, run);
+                                }});
     }
 
     /// Reads the arguments and does what they ask for. Returns the exit status.
     int Run(int argc, const char* const* argv) {
-        // A subcommand that comes first is the only one declared: declaring all takes a tenth of the time of
-        // a short run.
+        // A subcommand that comes first is the only one declared, and otherwise those that no argument names
+        // have no options: declaring all takes a tenth of the time of a short run.
+        const std::span arguments(argv, static_cast<std::size_t>(argc));
         const auto first = std::ranges::find(mSubcommands, argc > 1 ? argv[1] : "", &Subcommand::name);
         if (first != mSubcommands.end())
-            first->declare();
+            first->declare(true);
         else
-            for (const Subcommand& subcommand : mSubcommands) subcommand.declare();
+            for (const Subcommand& subcommand : mSubcommands)
+                subcommand.declare(std::ranges::find(arguments, subcommand.name) != arguments.end());
         try {
             mApp.parse(argc, argv);
         } catch (const CLI::ParseError& error) {
@@ -232,21 +239,18 @@ class Arguments {
   private:
     struct Subcommand {
         std::string_view name;
-        std::function<void()> declare;
+        std::function<void(bool named)> declare; ///< `named`: with its options
     };
 
     template <class Request>
-    void Declare(const char* name, const char* about, const std::string& help,
-                 void (*declareOptions)(CLI::App&, Request&), int (*run)(const Request&)) {
-        CLI::App* const command = mApp.add_subcommand(name, about);
-        command->footer("\n" + help);
+    void Declare(CLI::App& command, const std::string& help, void (*declareOptions)(CLI::App&, Request&),
+                 int (*run)(const Request&)) {
+        command.footer("\n" + help);
         const auto request = std::make_shared<Request>();
-        if (*about == '\0')
-            command->group("");
-        else
-            command->add_option("--bundle", request->bundle, "The plug-in to use")->type_name("BUNDLE");
-        declareOptions(*command, *request);
-        mRuns.emplace_back(command, [this, request, run] {
+        if (!command.get_group().empty())
+            command.add_option("--bundle", request->bundle, "The plug-in to use")->type_name("BUNDLE");
+        declareOptions(command, *request);
+        mRuns.emplace_back(&command, [this, request, run] {
             if (request->bundle.empty()) request->bundle = mBundle;
             return run(*request);
         });
