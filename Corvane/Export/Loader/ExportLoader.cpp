@@ -1,6 +1,7 @@
 #include "ExportLoader.h"
 
 #include "Engine/LoadedModule.h"
+#include "ExportModule.h"
 
 namespace corvane {
 
@@ -8,7 +9,9 @@ ExportReport LoadAndExportClip(const Clip& clip, const ExportOptions& options, c
                                const std::atomic<bool>& cancel) {
     const LoadedModule module{"corvane-export", "rendering", "install it and its libraries"};
     void* const function = FindInModule(module, kExportClipName);
-    return reinterpret_cast<ExportClipFunction*>(function)(clip, options, progress, cancel);
+    ExportReport report;
+    reinterpret_cast<ExportClipFunction*>(function)(clip, options, progress, cancel, report);
+    return report;
 }
 
 } // namespace corvane

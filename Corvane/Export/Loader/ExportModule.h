@@ -6,8 +6,9 @@ namespace corvane {
 
 /// The name of the module's one function, which is of type `ExportClipFunction`.
 inline constexpr const char* kExportClipName = "CorvaneExportClip";
-/// Does and throws what `ExportClip` does.
-using ExportClipFunction = ExportReport(const Clip& clip, const ExportOptions& options,
-                                        const ExportProgress& progress, const std::atomic<bool>& cancel);
+/// Does and throws what `ExportClip` does, and tells by `report` what that returns.
+using ExportClipFunction = void(const Clip& clip, const ExportOptions& options,
+                                const ExportProgress& progress, const std::atomic<bool>& cancel,
+                                ExportReport& report);
 
 } // namespace corvane

@@ -1,8 +1,9 @@
 #include "ExportModule.h"
 
 /// The module's one function; see `ExportModule.h`.
-extern "C" __attribute__((visibility("default"))) corvane::ExportReport
+extern "C" __attribute__((visibility("default"))) void
 CorvaneExportClip(const corvane::Clip& clip, const corvane::ExportOptions& options,
-                  const corvane::ExportProgress& progress, const std::atomic<bool>& cancel) {
-    return corvane::ExportClip(clip, options, progress, cancel);
+                  const corvane::ExportProgress& progress, const std::atomic<bool>& cancel,
+                  corvane::ExportReport& report) {
+    report = corvane::ExportClip(clip, options, progress, cancel);
 }
