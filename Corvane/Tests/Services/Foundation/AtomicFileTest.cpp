@@ -130,10 +130,12 @@ TEST_F(AtomicFileTest, SaysWhyItFailsAndLeavesEverything) {
 
 TEST_F(AtomicFileTest, AProcessThatEndsInTheMiddleLeavesNothing) {
     const auto end = [&](int signal) {
-        AtomicFile file(mFolder / "new"), closed(mFolder / "closed");
+        AtomicFile file(mFolder / "new"), closed(mFolder / "closed"), done(mOld);
         closed.Close();
+        done.Close();
         corvane::AtomicSeries series([&](std::int64_t) { return mFolder / "some"; });
         series.Add(0, AtomicFile(mFolder / "some"));
+        EXPECT_EQ(done.Commit(), "");
         if (signal != 0) ::raise(signal);
         std::exit(0);
     };
