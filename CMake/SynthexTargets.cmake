@@ -55,11 +55,20 @@ function(synthex_loaded_module name output)
     install(TARGETS ${name} LIBRARY DESTINATION lib/corvane)
 endfunction()
 
+# synthex_compile_tests_fast(TARGET): a sanitizer checks the libraries under test; optimizing the cases, too, takes the
+# compiler as long as all libraries together.
+function(synthex_compile_tests_fast target)
+    if(SYNTHEX_SANITIZE)
+        target_compile_options(${target} PRIVATE -O0)
+    endif()
+endfunction()
+
 # synthex_add_tests(NAME SOURCES ... LINKS ...): a GoogleTest program whose cases are tests of CTest.
 function(synthex_add_tests name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINKS")
     add_executable(${name} ${arg_SOURCES})
     target_link_libraries(${name} PRIVATE ${arg_LINKS} corvane_test_support GTest::gmock GTest::gtest_main)
+    synthex_compile_tests_fast(${name})
     add_dependencies(${name} ImporterSynthex)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
 endfunction()

@@ -9,6 +9,7 @@
 
 #include "Engine/Failure.h"
 #include "Export/Targets/ExportKinds.h"
+#include "LibavError.h"
 
 namespace corvane {
 namespace {
@@ -69,7 +70,7 @@ bool Carries(const AVOutputFormat& container, AVCodecID codec, const StreamFacts
     stream->codecpar->height = static_cast<int>(facts.size.height);
     stream->time_base = {static_cast<int>(facts.rate.sampleSize), static_cast<int>(facts.rate.scale)};
     stream->avg_frame_rate = av_inv_q(stream->time_base);
-    return avformat_init_output(made, nullptr) >= 0;
+    return WithMemory(avformat_init_output(made, nullptr)) >= 0;
 }
 
 } // namespace

@@ -139,7 +139,7 @@ void LibavEncoder::Open(CodecChoice& choice) {
             if (error >= 0) return;
         }
     }
-    FailToOpen(error);
+    FailToOpen(WithMemory(error));
 }
 
 int LibavEncoder::TryToOpen(AVPixelFormat format, const CodecChoice& choice) {
@@ -150,15 +150,12 @@ int LibavEncoder::TryToOpen(AVPixelFormat format, const CodecChoice& choice) {
     mContext->thread_count = 0; // as many as the machine is good for, unless an option says otherwise
     mLayout = *LayoutOf(format, mFacts);
     Describe(mFacts);
-    AVDictionary* options = nullptr;
-    for (const auto& [name, value] : choice.options) av_dict_set(&options, name.c_str(), value.c_str(), 0);
-    const int error = avcodec_open2(mContext.get(), &mCodec, &options);
-    const AVDictionaryEntry* const unknown = av_dict_get(options, "", nullptr, AV_DICT_IGNORE_SUFFIX);
-    const std::string unknownName = unknown != nullptr && error >= 0 ? unknown->key : "";
-    av_dict_free(&options);
-    if (!unknownName.empty())
+    LibavOptions options;
+    for (const auto& [name, value] : choice.options) options.Set(name, value);
+    const int error = avcodec_open2(mContext.get(), &mCodec, options.Get());
+    if (const std::string unknown = options.Left(); error >= 0 && !unknown.empty())
         throw UsageFailure(fmt::format("codec {} has no option {}; see `ffmpeg -h encoder={}`", mCodec.name,
-                                       unknownName, mCodec.name));
+                                       unknown, mCodec.name));
     return error;
 }
 
@@ -208,9 +205,9 @@ void LibavEncoder::NewPicture(AVFrame& picture) const {
 
 void LibavEncoder::Encode(const AVFrame* picture, const Sink& sink) {
     mEnded = picture == nullptr;
-    int error = avcodec_send_frame(mContext.get(), picture);
+    int error = WithMemory(avcodec_send_frame(mContext.get(), picture));
     while (error >= 0) {
-        error = avcodec_receive_packet(mContext.get(), mPacket.get());
+        error = WithMemory(avcodec_receive_packet(mContext.get(), mPacket.get()));
         if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return;
         if (error >= 0) sink(*mPacket);
     }

@@ -1,10 +1,13 @@
 #include "LibavError.h"
 
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <new>
 
 extern "C" {
+#include <libavutil/dict.h>
 #include <libavutil/error.h>
 #include <libavutil/log.h>
 }
@@ -32,6 +35,23 @@ std::string LibavMessage(int error) {
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
     av_strerror(error, text, sizeof text);
     return text;
+}
+
+int WithMemory(int result) {
+    return result == AVERROR(ENOMEM) ? throw std::bad_alloc() : result;
+}
+
+LibavOptions::~LibavOptions() {
+    av_dict_free(&mDictionary);
+}
+
+void LibavOptions::Set(const std::string& name, const std::string& value) {
+    if (av_dict_set(&mDictionary, name.c_str(), value.c_str(), 0) < 0) throw std::bad_alloc();
+}
+
+std::string LibavOptions::Left() const {
+    const AVDictionaryEntry* const left = av_dict_get(mDictionary, "", nullptr, AV_DICT_IGNORE_SUFFIX);
+    return left != nullptr ? left->key : "";
 }
 
 LibavLog::LibavLog() {

@@ -123,7 +123,7 @@ void LibavMuxer::Begin(const AVCodecContext& encoder, const StreamFacts& facts) 
 }
 
 void LibavMuxer::WriteHeader() {
-    AVDictionary* options = nullptr;
+    LibavOptions options;
     if (IsQuickTimeFamily(*mContext->oformat)) {
         const bool index = mFile.IsRegular() && std::string_view(mContext->oformat->name) != "mov";
         // Without seeking, no index can be written afterwards: the file is made of fragments then.
@@ -131,11 +131,9 @@ void LibavMuxer::WriteHeader() {
                                       ? "+frag_keyframe+empty_moov+default_base_moof+write_colr"
                                   : index ? "+faststart+write_colr"
                                           : "+write_colr";
-        av_dict_set(&options, "movflags", flags, 0);
+        options.Set("movflags", flags);
     }
-    const int error = avformat_write_header(mContext, &options);
-    av_dict_free(&options);
-    Check(error);
+    Check(avformat_write_header(mContext, options.Get()));
 }
 
 void LibavMuxer::Write(AVPacket& packet) {
@@ -154,7 +152,7 @@ std::string LibavMuxer::Finish() {
 
 void LibavMuxer::Check(int error) {
     if (mWriteError) std::rethrow_exception(mWriteError);
-    if (error < 0)
+    if (WithMemory(error) < 0)
         throw Failure(
             fmt::format("{}: the container {} can't be written: {}; choose another codec or container",
                         mFile.Name(), mContext->oformat->name, mLog.Reason(error)));

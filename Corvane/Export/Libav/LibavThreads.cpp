@@ -1,8 +1,7 @@
 #include "LibavThreads.h"
 
 #include <algorithm>
-#include <condition_variable>
-#include <mutex>
+#include <latch>
 #include <string_view>
 #include <system_error>
 #include <thread>
@@ -50,26 +49,18 @@ void KeepToFewThreads(CodecChoice& choice) {
 }
 
 bool CanStartThreads(unsigned count) {
-    std::mutex mutex;
-    std::condition_variable wake;
-    bool end = false;
-    std::vector<std::thread> threads;
+    std::latch end(1);
+    std::vector<std::jthread> threads; // joined when it goes
     threads.reserve(count);
-    const auto wait = [&] {
-        std::unique_lock lock(mutex);
-        wake.wait(lock, [&] { return end; });
-    };
     try {
-        while (threads.size() < count) threads.emplace_back(wait);
+        while (threads.size() < count) threads.emplace_back([&end] { end.wait(); });
     } catch (const std::system_error&) {
         // Those that run are ended all the same.
+    } catch (...) {
+        end.count_down();
+        throw;
     }
-    {
-        const std::lock_guard lock(mutex);
-        end = true;
-    }
-    wake.notify_all();
-    for (std::thread& thread : threads) thread.join();
+    end.count_down();
     return threads.size() == count;
 }
 
