@@ -51,7 +51,7 @@ void PackedReader::Begin(const FrameView& frame) {
         picture.plane[plane] = static_cast<std::byte*>(planes.plane[plane].data);
         picture.stride[plane] = planes.plane[plane].stride;
     }
-    mConverter->Convert(frame, picture);
+    mConverter->Convert(frame, picture, mPainted);
 }
 
 void PackedReader::Read(std::uint32_t y, std::uint32_t count, std::byte* out) {

@@ -41,6 +41,7 @@ class PackedReader {
     FrameView mFrame;
     std::optional<PictureConverter> mConverter; // none if the bytes need a new order only
     PlaneBuffer mPlanes;
+    PaintedRows mPainted;
 };
 
 } // namespace corvane

@@ -41,6 +41,7 @@ struct Planes {
     std::vector<std::byte> bytes[4];
     std::size_t row[4] = {};
     corvane::PlanarPicture picture;
+    corvane::PaintedRows painted;
 };
 
 PlanarFormat Format(bool yCbCr, int bits, int subsampleW, int subsampleH, bool alpha = false) {
@@ -70,7 +71,7 @@ TEST(PictureConverter, TheShortcutGivesTheBytesOfTheWholeConversion) {
                         PictureConverter converter(frame.Facts(), format);
                         Planes quick(format, size.width, size.height);
                         Planes whole(format, size.width, size.height);
-                        converter.Convert(frame.View(), quick.picture);
+                        converter.Convert(frame.View(), quick.picture, quick.painted);
                         converter.ConvertWhole(frame.View(), whole.picture);
                         for (int plane = 0; plane < format.Planes(); ++plane)
                             ASSERT_TRUE(quick.bytes[plane] == whole.bytes[plane])
@@ -90,7 +91,7 @@ TEST(PictureConverter, ChromaOfAFieldIsMadeOfThatFieldAlone) {
             for (std::uint32_t x = 0; x < 96; ++x) frame.SetBytes(x, y, y % 2 ? 0xFF0000FFu : 0xFFFF0000u);
         const PlanarFormat format = Format(true, 8, 1, 1);
         Planes planes(format, 96, height);
-        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture);
+        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture, planes.painted);
         for (std::uint32_t y = 0; y < (height + 1) / 2; ++y)
             EXPECT_EQ(planes.At(2, 20, y), planes.At(2, 20, y % 2)) << "row " << y << " of " << height;
         EXPECT_GT(std::abs(planes.At(2, 20, 0) - planes.At(2, 20, 1)), 100);
@@ -107,7 +108,7 @@ TEST(PictureConverter, ChromaLiesOnTheLeftAndWhatIsNoNumberHarmsNoNeighbor) {
                             {i % 96 > 40 ? 1.0f : 0.0f, 0.0f, i % 96 > 40 ? 0.0f : 1.0f, 1.0f});
         frame.SetFloats(70, 1, {number ? 0.0f : std::nanf(""), 0.0f, 0.0f, 1.0f});
         Planes planes(format, 96, 4);
-        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture);
+        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture, planes.painted);
         EXPECT_GT(planes.At(2, 20, 0), 190) << "three quarters of red up to column 40, one of blue";
         chroma[number] = planes.bytes[1];
     }
