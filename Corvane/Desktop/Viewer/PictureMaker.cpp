@@ -17,14 +17,21 @@ namespace {
 /// More lines than this are not averaged for one row of a picture: of very large frames some are left out.
 constexpr std::uint32_t kMaxLines = 16;
 
-/// What is read of a line is a multiple of so many pixels, so that a number that grows by a digit doesn't
-/// make a new reader.
-constexpr std::uint32_t kColumnStep = 64;
-
 constexpr std::uint8_t kLightSquare = 0xFF;
 constexpr std::uint8_t kDarkSquare = 0xC8;
 
+bool AreOpaque(const std::uint8_t* pixels, std::uint32_t count) {
+    std::uint32_t all = 0xFF000000u;
+    for (std::uint32_t x = 0; x < count; ++x) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, pixels + std::size_t{x} * 4, sizeof pixel);
+        all &= pixel;
+    }
+    return all == 0xFF000000u;
+}
+
 void Premultiply(std::uint8_t* pixels, std::uint32_t count) {
+    if (AreOpaque(pixels, count)) return;
     for (std::uint32_t x = 0; x < count; ++x, pixels += 4) {
         const unsigned alpha = pixels[3];
         if (alpha == 0xFF) continue;
@@ -62,17 +69,24 @@ class RowPainter {
         PaintFlat(average, band, out);
         if (flat) return;
         for (int x = mBegin; x < mEnd; ++x) {
-            unsigned sums[4] = {128, 128, 128, 128};
-            for (const ScaleAxis::Tap& tap : mAxis.TapsOf(x))
-                for (int i = 0; i < 4; ++i)
-                    sums[i] += average[(tap.line - mFirst) * 4 + unsigned(i)] * tap.weight;
-            std::uint8_t pixel[4];
-            for (int i = 0; i < 4; ++i) pixel[i] = static_cast<std::uint8_t>(sums[i] / ScaleAxis::kWhole);
-            out[x] = Over(pixel, SquareAt(x, band));
+            Sums sums = Sums{} + ScaleAxis::kWhole / 2;
+            for (const ScaleAxis::Tap& tap : mAxis.TapsOf(x)) {
+                Bytes bytes;
+                std::memcpy(&bytes, average + std::size_t{tap.line - mFirst} * 4, sizeof bytes);
+                sums += __builtin_convertvector(bytes, Sums) * tap.weight;
+            }
+            const Bytes pixel = __builtin_convertvector(sums / ScaleAxis::kWhole, Bytes);
+            std::memcpy(&out[x], &pixel, sizeof pixel);
+            if (pixel[3] != 0xFF)
+                out[x] = Over(reinterpret_cast<const std::uint8_t*>(&pixel), SquareAt(x, band));
         }
     }
 
   private:
+    // A pixel, as vectors of the compiler.
+    using Bytes [[gnu::vector_size(4)]] = std::uint8_t;
+    using Sums [[gnu::vector_size(8)]] = std::uint16_t; // all weights together make 256
+
     std::uint8_t SquareAt(int x, int band) const {
         return ((mLook.part.left() + x) / mLook.square + band) % 2 == 0 ? kLightSquare : kDarkSquare;
     }
@@ -148,7 +162,7 @@ QImage PictureMaker::MakeImage(const PictureRequest& request, const FrameView& f
 
     const Box box = FindBox(view);
     const RowPainter painter(across, box, across.FirstLine(), look);
-    OpenReaders(*request.clip, view, box, painter.Columns());
+    Open(*request.clip, view, box, painter.Columns());
 
     QImage image(part.size(), QImage::Format_RGB32);
     if (image.isNull()) throw std::bad_alloc();
@@ -161,38 +175,27 @@ QImage PictureMaker::MakeImage(const PictureRequest& request, const FrameView& f
 
 // Generated frames are lines of one color with at most a number on them: all that is read of a line without
 // any of it is the first pixel.
-void PictureMaker::OpenReaders(const Clip& clip, const FrameView& view, const Box& box,
-                               std::uint32_t columns) {
+void PictureMaker::Open(const Clip& clip, const FrameView& view, const Box& box, std::uint32_t columns) {
     mBox = box.Empty() ? Box{} : box;
-    mColumns = std::min((columns + kColumnStep - 1) / kColumnStep * kColumnStep, view.width);
-    FrameView part = view;
-    part.width = 1;
-    mFlatLines.Open(clip, part);
-    if (!mBox.Empty()) {
-        part.pixels = view.At(0, mBox.top);
-        part.width = mColumns;
-        part.height = mBox.Height();
-        mBoxLines.Open(clip, part);
-    }
+    mReader.Open(clip, view, mBox);
+    mColumns = columns;
     mLines.resize(std::size_t{mColumns} * 4 * 2);
     mSums.resize(std::size_t{mColumns} * 4);
     mAverage.resize(std::size_t{mColumns} * 4);
     mLineAt[0] = mLineAt[1] = 0;
 }
 
-void PictureMaker::LineReader::Open(const Clip& clip, const FrameView& view) {
+void PictureMaker::LineReader::Open(const Clip& clip, const FrameView& view, const Box& box) {
     constexpr PackedFormat kBGRA{{2, 1, 0, 3}, 4, 8, false};
-    StreamFacts facts = FactsOf(clip, 1);
-    facts.size = {view.width, view.height};
+    const StreamFacts facts = FactsOf(clip, 1);
     const auto key = [](const StreamFacts& of) {
-        return std::tuple(of.size.width, of.size.height, of.raster, of.tags.matrix, of.tags.primaries,
-                          of.tags.transfer);
+        return std::tuple(of.raster, of.tags.matrix, of.tags.primaries, of.tags.transfer);
     };
     if (!mReader || key(facts) != key(mFacts)) {
         mReader.emplace(facts, kBGRA);
         mFacts = facts;
     }
-    mReader->Begin(view);
+    mReader->Begin(view, box);
 }
 
 void PictureMaker::LineReader::Read(std::uint32_t line, std::uint32_t count, std::uint8_t* out) {
@@ -206,12 +209,7 @@ const std::uint8_t* PictureMaker::LineOf(std::uint32_t line) {
     const std::size_t slot = line % 2;
     std::uint8_t* const pixels = mLines.data() + slot * mColumns * 4;
     if (mLineAt[slot] == line + 1) return pixels;
-    if (IsFlat(line)) {
-        mFlatLines.Read(line, 1, pixels);
-        for (std::uint32_t x = 1; x < mColumns; ++x) std::memcpy(pixels + std::size_t{x} * 4, pixels, 4);
-    } else {
-        mBoxLines.Read(line - mBox.top, mColumns, pixels);
-    }
+    mReader.Read(line, mColumns, pixels);
     mLineAt[slot] = line + 1;
     return pixels;
 }
@@ -225,13 +223,14 @@ bool PictureMaker::AverageLines(std::span<const ScaleAxis::Tap> taps, std::uint3
     std::fill(sums, sums + count, std::uint16_t{ScaleAxis::kWhole / 2});
     for (const ScaleAxis::Tap& tap : taps) {
         std::uint8_t pixel[4];
-        if (flat) mFlatLines.Read(tap.line - firstLine, 1, pixel);
+        if (flat) mReader.Read(tap.line - firstLine, 1, pixel);
         const std::uint8_t* const line = flat ? pixel : LineOf(tap.line - firstLine);
         for (std::size_t i = 0; i < count; ++i)
             sums[i] = static_cast<std::uint16_t>(sums[i] + line[i] * tap.weight);
     }
+    std::uint8_t* const average = mAverage.data();
     for (std::size_t i = 0; i < count; ++i)
-        mAverage[i] = static_cast<std::uint8_t>(mSums[i] / ScaleAxis::kWhole);
+        average[i] = static_cast<std::uint8_t>(sums[i] / ScaleAxis::kWhole);
     return flat;
 }
 

@@ -60,11 +60,12 @@ class PictureMaker {
     Picture Make(PictureRequest request);
 
   private:
-    /// Reads lines of a view as B, G, R, A with premultiplied alpha. Keeps its converter for views alike.
+    /// Reads lines of a view as B, G, R, A with premultiplied alpha. Keeps its converter for views of one
+    /// format.
     class LineReader {
       public:
-        /// Starts a view of a frame of the clip, which must stay until the last `Read`.
-        void Open(const Clip& clip, const FrameView& view);
+        /// Starts a view of a frame of the clip, which must stay until the last `Read`, and has that box.
+        void Open(const Clip& clip, const FrameView& view, const Box& box);
         /// Writes the first `count` pixels of a line.
         void Read(std::uint32_t line, std::uint32_t count, std::uint8_t* out);
 
@@ -74,14 +75,13 @@ class PictureMaker {
     };
 
     QImage MakeImage(const PictureRequest& request, const FrameView& frame);
-    void OpenReaders(const Clip& clip, const FrameView& view, const Box& box, std::uint32_t columns);
+    void Open(const Clip& clip, const FrameView& view, const Box& box, std::uint32_t columns);
     bool AverageLines(std::span<const ScaleAxis::Tap> taps, std::uint32_t firstLine);
     const std::uint8_t* LineOf(std::uint32_t line);
     bool IsFlat(std::uint32_t line) const { return line < mBox.top || line >= mBox.bottom; }
 
-    Box mBox;              // of the present view: its lines are the ones that are not flat
-    LineReader mFlatLines; // their first pixel
-    LineReader mBoxLines;
+    Box mBox; // of the present view: its lines are the ones that are not flat
+    LineReader mReader;
     std::uint32_t mColumns = 0;        // how many pixels of a line differ, or are beside some that do
     std::vector<std::uint8_t> mLines;  // two lines
     std::uint32_t mLineAt[2] = {0, 0}; // which they are, counted from 1

@@ -165,7 +165,7 @@ LibavPainter::LibavPainter(const PixelLayout& layout, const StreamFacts& facts)
     : mSource(SourceFor(layout, facts)),
       mPlanarRGB(std::holds_alternative<PlanarFormat>(layout) && !std::get<PlanarFormat>(layout).yCbCr) {}
 
-void LibavPainter::Paint(const FrameView& frame, AVFrame& picture) {
+void LibavPainter::Paint(const FrameView& frame, AVFrame& picture, PaintedRows& painted) {
     if (auto* const reader = std::get_if<PackedReader>(&mSource)) {
         reader->Begin(frame);
         for (std::uint32_t y = 0; y < frame.height; ++y)
@@ -182,7 +182,7 @@ void LibavPainter::Paint(const FrameView& frame, AVFrame& picture) {
         planes.plane[i] = reinterpret_cast<std::byte*>(picture.data[from]);
         planes.stride[i] = picture.linesize[from];
     }
-    std::get<PictureConverter>(mSource).Convert(frame, planes);
+    std::get<PictureConverter>(mSource).Convert(frame, planes, painted);
 }
 
 } // namespace corvane

@@ -47,8 +47,9 @@ class LibavPainter {
   public:
     /// `facts` say what frames will come.
     LibavPainter(const PixelLayout& layout, const StreamFacts& facts);
-    /// Converts `frame` into `picture`, which has room for the layout's planes.
-    void Paint(const FrameView& frame, AVFrame& picture);
+    /// Converts `frame` into `picture`, which has room for the layout's planes. `painted` is what the last
+    /// call for this memory left there.
+    void Paint(const FrameView& frame, AVFrame& picture, PaintedRows& painted);
 
   private:
     std::variant<PictureConverter, PackedReader> mSource;

@@ -14,6 +14,7 @@ struct PicturePacket final : Packet {
 
     LibavPainter painter;
     std::unique_ptr<AVFrame, LibavFree> picture;
+    PaintedRows painted;
 };
 
 class LibavTarget final : public Target {
@@ -32,15 +33,18 @@ class LibavTarget final : public Target {
 
     void Prepare(const FrameView& frame, std::int64_t, Packet& packet) override {
         auto& made = static_cast<PicturePacket&>(packet);
-        mEncoder.NewPicture(*made.picture);
-        made.painter.Paint(frame, *made.picture);
+        // An encoder may still hold the last picture's memory.
+        if (av_frame_is_writable(made.picture.get()) == 0) {
+            made.painted = {};
+            mEncoder.NewPicture(*made.picture);
+        }
+        made.painter.Paint(frame, *made.picture, made.painted);
     }
 
     void Consume(Packet& packet) override {
         AVFrame& picture = *static_cast<PicturePacket&>(packet).picture;
         picture.pts = mNext++;
         mEncoder.Encode(&picture, mToMuxer);
-        av_frame_unref(&picture);
     }
 
     std::string Finish() override {

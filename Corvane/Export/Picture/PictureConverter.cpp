@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "PixelRows.h"
 
@@ -30,14 +31,31 @@ Box Grown(const Box& box, std::uint32_t margin, std::uint32_t stepX, std::uint32
             std::min(Up(box.bottom + margin, stepY), frame.bottom)};
 }
 
-void FillSamples(std::byte* out, const std::byte* sample, std::size_t sampleBytes, std::size_t count) {
-    if (sampleBytes == 1) {
-        std::memset(out, std::to_integer<int>(*sample), count);
-        return;
-    }
-    std::uint16_t value;
+template <class Sample>
+void FillWith(std::byte* out, const std::byte* sample, std::size_t count) {
+    Sample value;
     std::memcpy(&value, sample, sizeof value);
-    std::fill_n(reinterpret_cast<std::uint16_t*>(out), count, value);
+    std::fill_n(reinterpret_cast<Sample*>(out), count, value);
+}
+
+void FillSamples(std::byte* out, const std::byte* sample, std::size_t sampleBytes, std::size_t count) {
+    switch (sampleBytes) {
+    case 1: return FillWith<std::uint8_t>(out, sample, count);
+    case 2: return FillWith<std::uint16_t>(out, sample, count);
+    default: return FillWith<std::uint32_t>(out, sample, count);
+    }
+}
+
+RowPlanes RowOf(PlaneBuffer& planes, std::uint32_t row) {
+    RowPlanes rows;
+    for (int plane = 0; plane < 4; ++plane) rows.plane[plane] = planes.Row(plane, row);
+    return rows;
+}
+
+std::int32_t SampleAt(const std::byte* at, std::size_t sampleBytes) {
+    std::uint16_t value = 0;
+    std::memcpy(&value, at, sampleBytes);
+    return value;
 }
 
 } // namespace
@@ -71,17 +89,18 @@ PictureConverter::PictureConverter(const StreamFacts& facts, const PlanarFormat&
     : mFacts(facts), mFormat(format),
       mPerField(facts.Interlaced() && format.subsampleH != 0 && facts.size.height > 1) {}
 
-void PictureConverter::Convert(const FrameView& frame, const PlanarPicture& out) {
+void PictureConverter::Convert(const FrameView& frame, const PlanarPicture& out, PaintedRows& painted) {
     const Box whole{0, 0, frame.width, frame.height};
     const Box box = FindBox(frame);
     const Box keep = box.Empty() ? Box{} : Grown(box, kReach, 2, 4, whole);
     const Box region = box.Empty() ? Box{} : Grown(keep, kReach, 64, 4, whole);
-    if (frame.width <= 2 * kStripWidth || region.Width() > frame.width / 2) {
-        ConvertBox(frame, whole, whole, out);
-        return;
-    }
-    ConvertRows(frame, out);
+    PaintedRows rows = std::exchange(painted, {}); // not known, until all is done
+    if (frame.width <= 2 * kStripWidth || region.Width() > frame.width / 2)
+        return ConvertBox(frame, whole, whole, out);
+    ConvertRows(frame, out, keep, rows);
     if (!box.Empty()) ConvertBox(frame, region, keep, out);
+    rows.box = keep;
+    painted = std::move(rows);
 }
 
 void PictureConverter::ConvertWhole(const FrameView& frame, const PlanarPicture& out) {
@@ -89,13 +108,27 @@ void PictureConverter::ConvertWhole(const FrameView& frame, const PlanarPicture&
     ConvertBox(frame, whole, whole, out);
 }
 
-void PictureConverter::ConvertRows(const FrameView& frame, const PlanarPicture& out) {
+void PictureConverter::ConvertRows(const FrameView& frame, const PlanarPicture& out, const Box& keep,
+                                   PaintedRows& painted) {
+    for (int plane = 0; plane < mFormat.Planes(); ++plane)
+        painted.samples[std::size_t(plane)].resize(mFormat.PlaneHeight(plane, mFacts.size.height), -1);
     for (std::uint32_t i = 0; i < FieldCount(); ++i) {
         const Field field(0, frame.height, i, FieldCount(), mFormat.subsampleH);
-        UnpackRowStarts(frame, field);
-        RunField(field, kStripWidth);
-        Spread(field, out);
+        ConvertStrip(frame, field, mStrips[i]);
+        Spread(field, mStrips[i], out, keep, painted);
     }
+}
+
+void PictureConverter::ConvertStrip(const FrameView& frame, const Field& field, Strip& strip) {
+    const std::size_t pixelBytes = BytesPerPixel(mFacts.raster);
+    mStarts.resize(field.rows * pixelBytes);
+    for (std::uint32_t row = 0; row < field.rows; ++row)
+        std::memcpy(mStarts.data() + row * pixelBytes, frame.At(0, field.RowOfFrame(row)), pixelBytes);
+    if (mStarts == strip.starts) return;
+    strip.starts.clear();
+    UnpackStarts(field);
+    RunField(field, kStripWidth, strip.planes);
+    strip.starts.swap(mStarts);
 }
 
 void PictureConverter::ConvertBox(const FrameView& frame, const Box& region, const Box& keep,
@@ -103,16 +136,16 @@ void PictureConverter::ConvertBox(const FrameView& frame, const Box& region, con
     for (std::uint32_t i = 0; i < FieldCount(); ++i) {
         const Field field(region.top, region.bottom, i, FieldCount(), mFormat.subsampleH);
         UnpackBox(frame, region, field);
-        RunField(field, Up(region.Width(), 1u << mFormat.subsampleW));
+        RunField(field, Up(region.Width(), 1u << mFormat.subsampleW), mResult);
         KeepBox(region, keep, field, out);
     }
 }
 
-void PictureConverter::RunField(const Field& field, std::uint32_t width) {
+void PictureConverter::RunField(const Field& field, std::uint32_t width, PlaneBuffer& result) {
     for (int plane = 0; plane < mFormat.Planes(); ++plane)
-        mResult.Shape(plane, mFormat.PlaneWidth(plane, width) * mFormat.SampleBytes(),
-                      mFormat.PlaneHeight(plane, field.paddedRows));
-    GraphFor(width, field.paddedRows, field.parity).Run(mSource, mResult);
+        result.Shape(plane, mFormat.PlaneWidth(plane, width) * mFormat.SampleBytes(),
+                     mFormat.PlaneHeight(plane, field.paddedRows));
+    GraphFor(width, field.paddedRows, field.parity).Run(mSource, result);
 }
 
 void PictureConverter::UnpackBox(const FrameView& frame, const Box& region, const Field& field) {
@@ -122,25 +155,23 @@ void PictureConverter::UnpackBox(const FrameView& frame, const Box& region, cons
         mSource.Shape(plane, padded * sample, field.paddedRows);
     for (std::uint32_t row = 0; row < field.rows; ++row) {
         const std::byte* const pixels = frame.At(region.left, field.RowOfFrame(row));
-        UnpackRow(pixels, region.Width(), mFacts.raster, SourceRow(row));
+        UnpackRow(pixels, region.Width(), mFacts.raster, RowOf(mSource, row));
     }
     PadRows(field, region.Width(), padded);
 }
 
-void PictureConverter::UnpackRowStarts(const FrameView& frame, const Field& field) {
+// Makes the source of the rows' first pixels, each all along its row.
+void PictureConverter::UnpackStarts(const Field& field) {
     const std::size_t sample = BytesPerComponent(mFacts.raster);
-    for (int plane = 0; plane < mFormat.Planes(); ++plane)
+    for (int plane = 0; plane < mFormat.Planes(); ++plane) {
+        mColumn.Shape(plane, field.rows * sample, 1);
         mSource.Shape(plane, kStripWidth * sample, field.paddedRows);
-    for (std::uint32_t row = 0; row < field.rows; ++row) {
-        UnpackRow(frame.At(0, field.RowOfFrame(row)), 1, mFacts.raster, SourceRow(row));
     }
-    PadRows(field, 1, kStripWidth);
-}
-
-RowPlanes PictureConverter::SourceRow(std::uint32_t row) {
-    RowPlanes planes;
-    for (int plane = 0; plane < mFormat.Planes(); ++plane) planes.plane[plane] = mSource.Row(plane, row);
-    return planes;
+    UnpackRow(mStarts.data(), field.rows, mFacts.raster, RowOf(mColumn, 0));
+    for (int plane = 0; plane < mFormat.Planes(); ++plane)
+        for (std::uint32_t row = 0; row < field.rows; ++row)
+            FillSamples(mSource.Row(plane, row), mColumn.Row(plane, 0) + row * sample, sample, kStripWidth);
+    PadRows(field, kStripWidth, kStripWidth);
 }
 
 // Repeats the last column up to the width and the last row up to the padded number of rows.
@@ -150,48 +181,57 @@ void PictureConverter::PadRows(const Field& field, std::uint32_t width, std::uin
         for (std::uint32_t row = 0; width != paddedWidth && row < field.rows; ++row) {
             std::byte* const start = mSource.Row(plane, row);
             const std::byte* const last = start + (width - 1) * sample;
-            if (sample == 1)
-                std::memset(start + width, std::to_integer<int>(*last), paddedWidth - width);
-            else
-                std::fill_n(reinterpret_cast<float*>(start) + width, paddedWidth - width,
-                            *reinterpret_cast<const float*>(last));
+            FillSamples(start + width * sample, last, sample, paddedWidth - width);
         }
         for (std::uint32_t row = field.rows; row < field.paddedRows; ++row)
             std::memcpy(mSource.Row(plane, row), mSource.Row(plane, field.rows - 1), paddedWidth * sample);
     }
 }
 
+// The samples of a plane that a box covers.
+Box PictureConverter::InPlane(int plane, const Box& box) const {
+    return {mFormat.PlaneWidth(plane, box.left), mFormat.PlaneHeight(plane, box.top),
+            mFormat.PlaneWidth(plane, box.right),
+            std::min(mFormat.PlaneHeight(plane, box.bottom), mFormat.PlaneHeight(plane, mFacts.size.height))};
+}
+
 void PictureConverter::KeepBox(const Box& region, const Box& keep, const Field& field,
                                const PlanarPicture& out) {
     const std::size_t sample = mFormat.SampleBytes();
     for (int plane = 0; plane < mFormat.Planes(); ++plane) {
-        const std::uint32_t planeHeight = mFormat.PlaneHeight(plane, mFacts.size.height);
-        const std::uint32_t top = mFormat.PlaneHeight(plane, keep.top);
-        const std::uint32_t bottom = std::min(mFormat.PlaneHeight(plane, keep.bottom), planeHeight);
-        const std::uint32_t left = mFormat.PlaneWidth(plane, keep.left);
-        const std::size_t bytes = (mFormat.PlaneWidth(plane, keep.right) - left) * sample;
-        const std::size_t skip = (left - mFormat.PlaneWidth(plane, region.left)) * sample;
+        const Box box = InPlane(plane, keep);
+        const std::size_t skip = (box.left - mFormat.PlaneWidth(plane, region.left)) * sample;
         const std::uint32_t first = mFormat.PlaneHeight(plane, region.top) + field.first - region.top;
         for (std::uint32_t row = 0; row < mFormat.PlaneHeight(plane, field.paddedRows); ++row) {
             const std::uint32_t y = first + row * field.step;
-            if (y < top || y >= bottom) continue;
-            std::memcpy(out.plane[std::size_t(plane)] + out.stride[std::size_t(plane)] * y + left * sample,
-                        mResult.Row(plane, row) + skip, bytes);
+            if (y < box.top || y >= box.bottom) continue;
+            std::memcpy(out.Row(plane, y) + box.left * sample, mResult.Row(plane, row) + skip,
+                        box.Width() * sample);
         }
     }
 }
 
-void PictureConverter::Spread(const Field& field, const PlanarPicture& out) {
+// Writes the rows whose colors are others than before, and what the last box covered of the rest, unless the
+// new one, `keep`, covers it again.
+void PictureConverter::Spread(const Field& field, Strip& strip, const PlanarPicture& out, const Box& keep,
+                              PaintedRows& painted) {
     const std::size_t sample = mFormat.SampleBytes();
+    const bool covered = keep.Contains(painted.box);
     for (int plane = 0; plane < mFormat.Planes(); ++plane) {
+        const Box old = covered ? Box{} : InPlane(plane, painted.box);
         const std::uint32_t width = mFormat.PlaneWidth(plane, mFacts.size.width);
-        const std::uint32_t height = mFormat.PlaneHeight(plane, mFacts.size.height);
         const std::size_t middle = mFormat.PlaneWidth(plane, kStripWidth) / 2 * sample;
+        std::vector<std::int32_t>& samples = painted.samples[std::size_t(plane)];
         for (std::uint32_t row = 0; row < mFormat.PlaneHeight(plane, field.paddedRows); ++row) {
             const std::uint32_t y = field.first + row * field.step;
-            if (y >= height) break;
-            FillSamples(out.plane[std::size_t(plane)] + out.stride[std::size_t(plane)] * y,
-                        mResult.Row(plane, row) + middle, sample, width);
+            if (y >= samples.size()) break;
+            const std::byte* const from = strip.planes.Row(plane, row) + middle;
+            const std::int32_t value = SampleAt(from, sample);
+            if (samples[y] != value)
+                FillSamples(out.Row(plane, y), from, sample, width);
+            else if (y >= old.top && y < old.bottom)
+                FillSamples(out.Row(plane, y) + old.left * sample, from, sample, old.Width());
+            samples[y] = value;
         }
     }
 }

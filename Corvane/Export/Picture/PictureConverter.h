@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <map>
 #include <tuple>
+#include <vector>
 
 #include "PixelRows.h"
 #include "RowScan.h"
@@ -37,6 +38,19 @@ struct PlanarFormat {
 struct PlanarPicture {
     std::array<std::byte*, 4> plane{};
     std::array<std::ptrdiff_t, 4> stride{};
+
+    /// The start of a row.
+    std::byte* Row(int at, std::uint32_t y) const {
+        return plane[static_cast<std::size_t>(at)] + stride[static_cast<std::size_t>(at)] * std::ptrdiff_t{y};
+    }
+};
+
+/// What a conversion left in the memory of a picture, so that the next one into it writes only what differs.
+/// Kept with that memory, for as long as nothing else writes there. Made fresh, it says that nothing is
+/// known.
+struct PaintedRows {
+    std::array<std::vector<std::int32_t>, 4> samples; ///< of each plane's rows, beside the box; -1: not known
+    Box box;                                          ///< in pixels of the frame
 };
 
 /// Converts delivered frames into planes: matrix, range, bit depth and subsampling by zimg, without
@@ -47,23 +61,32 @@ class PictureConverter {
     /// For frames of the size and format that `facts` tells.
     PictureConverter(const StreamFacts& facts, const PlanarFormat& format);
 
-    /// Writes the frame's picture to `out`, which has room for all planes of the format. Throws `Failure` if
-    /// zimg has no such conversion, and `std::bad_alloc`.
-    void Convert(const FrameView& frame, const PlanarPicture& out);
-    /// The same without the shortcut.
+    /// Writes the frame's picture to `out`, which has room for all planes of the format. `painted` is what
+    /// the last conversion in this format left there. Throws `Failure` if zimg has no such conversion, and
+    /// `std::bad_alloc`; nothing is known of `out` then.
+    void Convert(const FrameView& frame, const PlanarPicture& out, PaintedRows& painted);
+    /// The same without a shortcut.
     void ConvertWhole(const FrameView& frame, const PlanarPicture& out);
 
   private:
     struct Field;
-    void ConvertRows(const FrameView& frame, const PlanarPicture& out);
+    /// The rows of a field as a narrow picture, kept until the rows' colors change.
+    struct Strip {
+        std::vector<std::byte> starts; // the first pixel of each row that `planes` are made of
+        PlaneBuffer planes;
+    };
+
+    void ConvertRows(const FrameView& frame, const PlanarPicture& out, const Box& keep, PaintedRows& painted);
+    void ConvertStrip(const FrameView& frame, const Field& field, Strip& strip);
     void ConvertBox(const FrameView& frame, const Box& region, const Box& keep, const PlanarPicture& out);
-    void RunField(const Field& field, std::uint32_t width);
+    void RunField(const Field& field, std::uint32_t width, PlaneBuffer& result);
     void UnpackBox(const FrameView& frame, const Box& region, const Field& field);
-    void UnpackRowStarts(const FrameView& frame, const Field& field);
-    RowPlanes SourceRow(std::uint32_t row);
+    void UnpackStarts(const Field& field);
     void KeepBox(const Box& region, const Box& keep, const Field& field, const PlanarPicture& out);
-    void Spread(const Field& field, const PlanarPicture& out);
+    void Spread(const Field& field, Strip& strip, const PlanarPicture& out, const Box& keep,
+                PaintedRows& painted);
     void PadRows(const Field& field, std::uint32_t width, std::uint32_t paddedWidth);
+    Box InPlane(int plane, const Box& box) const;
     ZimgGraph& GraphFor(std::uint32_t width, std::uint32_t rows, int parity);
     zimg_image_format FormatOf(bool result, std::uint32_t width, std::uint32_t rows, int parity) const;
     std::uint32_t FieldCount() const { return mPerField ? 2 : 1; }
@@ -71,6 +94,9 @@ class PictureConverter {
     const StreamFacts mFacts;
     const PlanarFormat mFormat;
     const bool mPerField; // interlaced, and chroma is halved vertically
+    Strip mStrips[2];     // of each field
+    std::vector<std::byte> mStarts;
+    PlaneBuffer mColumn; // the starts taken apart
     PlaneBuffer mSource;
     PlaneBuffer mResult;
     std::map<std::tuple<std::uint32_t, std::uint32_t, int>, ZimgGraph> mGraphs;

@@ -103,6 +103,19 @@ void SwizzleRow(const std::byte* pixels, std::uint32_t count, RK_PixelFormat for
     std::uint32_t from[4] = {};
     for (std::size_t i = 0; i < parts; ++i)
         from[i] = ComponentOffset(format, static_cast<std::uint32_t>(order[i]));
+    if (parts == 4 && std::ranges::is_sorted(from)) {
+        std::memcpy(out, pixels, std::size_t{count} * 4);
+        return;
+    }
+    if (parts == 4) {
+        for (std::size_t x = 0; x < count; ++x) {
+            std::uint32_t pixel, result = 0;
+            std::memcpy(&pixel, pixels + x * 4, 4);
+            for (std::uint32_t i = 0; i < 4; ++i) result |= (pixel >> (8 * from[i]) & 0xFF) << (8 * i);
+            std::memcpy(out + x * 4, &result, 4);
+        }
+        return;
+    }
     for (std::size_t x = 0; x < count; ++x)
         for (std::size_t i = 0; i < parts; ++i) out[x * parts + i] = pixels[x * 4 + from[i]];
 }

@@ -16,6 +16,11 @@ struct Box {
     bool Empty() const { return left >= right || top >= bottom; }
     std::uint32_t Width() const { return right - left; }
     std::uint32_t Height() const { return bottom - top; }
+    /// Whether `other` is inside; an empty one always is.
+    bool Contains(const Box& other) const {
+        return other.Empty() ||
+               (left <= other.left && top <= other.top && right >= other.right && bottom >= other.bottom);
+    }
 };
 
 /// Whether all pixels of row `y`, which must be inside the frame, are alike byte for byte. Any thread.

@@ -73,6 +73,7 @@ struct Y4mPacket final : Packet {
     PictureConverter converter;
     std::vector<std::byte> bytes;
     PlanarPicture picture;
+    PaintedRows painted;
 };
 
 class Y4mTarget final : public Target {
@@ -93,7 +94,7 @@ class Y4mTarget final : public Target {
 
     void Prepare(const FrameView& frame, std::int64_t, Packet& packet) override {
         auto& y4m = static_cast<Y4mPacket&>(packet);
-        y4m.converter.Convert(frame, y4m.picture);
+        y4m.converter.Convert(frame, y4m.picture, y4m.painted);
     }
 
     void Consume(Packet& packet) override { mFile.Write(static_cast<Y4mPacket&>(packet).bytes); }

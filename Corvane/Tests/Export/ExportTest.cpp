@@ -178,6 +178,23 @@ TEST(Export, LosslessTargetsKeepEveryByte) {
     }
 }
 
+TEST(Export, AnEncoderThatHoldsPicturesGetsThemUnchanged) {
+    const TestFolder folder;
+    const Settings settings{.frames = 24};
+    const auto packets = [](const fs::path& file) {
+        return OutputOf(fmt::format(
+            "ffmpeg -v error -i '{}' -c copy -f framemd5 - | grep -v '#' | cut -d, -f6", file.string()));
+    };
+    Export(settings, folder / "all.mov", "prores");
+    const std::string all = packets(folder / "all.mov");
+    for (const std::int64_t frame : {4, 9, 16, 17}) {
+        Export(settings, folder / "one.mov", "prores", std::pair(frame, frame));
+        const std::string one = packets(folder / "one.mov");
+        EXPECT_THAT(all, ::testing::HasSubstr(one)) << frame;
+        EXPECT_GT(one.size(), 30u);
+    }
+}
+
 TEST(Export, FramesChosenAndSinglePictures) {
     const TestFolder folder;
     EXPECT_EQ(Export({}, folder / "one.PNG").frames, 1);

@@ -1,5 +1,6 @@
 // Faults sought: a shortcut whose bytes differ from the conversion of every pixel, fields mixed by
-// subsampling, a matrix or range that is not the published one, planes of odd sizes written past their end.
+// subsampling, a matrix or range that is not the published one, planes of odd sizes written past their end,
+// what is left of an earlier frame.
 #include "Export/Picture/PictureConverter.h"
 
 #include <array>
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Export/Picture/PackedReader.h"
 #include "TestFrames.h"
 #include "Tests/Export/TestClips.h"
 
@@ -41,6 +43,7 @@ struct Planes {
     std::vector<std::byte> bytes[4];
     std::size_t row[4] = {};
     corvane::PlanarPicture picture;
+    corvane::PaintedRows painted;
 };
 
 PlanarFormat Format(bool yCbCr, int bits, int subsampleW, int subsampleH, bool alpha = false) {
@@ -57,20 +60,21 @@ TEST(PictureConverter, TheShortcutGivesTheBytesOfTheWholeConversion) {
     struct Size {
         std::uint32_t width, height;
     };
-    const corvane::Box boxes[] = {
-        {0, 0, 0, 0}, {20, 6, 70, 23}, {60, 1, 63, 2}, {3, 5, 40, 9}, {130, 20, 171, 35}};
+    // One after the other into the same memory.
+    const corvane::Box boxes[] = {{0, 0, 0, 0},  {20, 6, 70, 23},    {60, 1, 63, 2}, {50, 1, 63, 9},
+                                  {3, 5, 40, 9}, {130, 20, 171, 35}, {0, 0, 0, 0}};
     for (const Size size : {Size{320, 64}, Size{171, 35}, Size{320, 66}, Size{47, 33}})
         for (const RK_PixelFormat source : sources)
             for (const FieldOrder order : {FieldOrder::kProgressive, FieldOrder::kLowerFirst})
-                for (const corvane::Box& box : boxes) {
+                for (const PlanarFormat& format : formats) {
                     TestFrame frame(size.width, size.height, source);
                     frame.Facts().order = order;
-                    frame.Draw(box.left, box.top, box.right, box.bottom);
-                    for (const PlanarFormat& format : formats) {
-                        PictureConverter converter(frame.Facts(), format);
-                        Planes quick(format, size.width, size.height);
+                    PictureConverter converter(frame.Facts(), format);
+                    Planes quick(format, size.width, size.height);
+                    for (const corvane::Box& box : boxes) {
+                        frame.Draw(box.left, box.top, box.right, box.bottom, box.left / 50);
                         Planes whole(format, size.width, size.height);
-                        converter.Convert(frame.View(), quick.picture);
+                        converter.Convert(frame.View(), quick.picture, quick.painted);
                         converter.ConvertWhole(frame.View(), whole.picture);
                         for (int plane = 0; plane < format.Planes(); ++plane)
                             ASSERT_TRUE(quick.bytes[plane] == whole.bytes[plane])
@@ -82,6 +86,28 @@ TEST(PictureConverter, TheShortcutGivesTheBytesOfTheWholeConversion) {
                 }
 }
 
+TEST(PackedReader, ReadsFramesOfOtherSizesAsTheWholeConversion) {
+    for (const RK_PixelFormat source : {kRK_4444 | kRK_YCbCr, kRK_4444 | kRK_Float | kRK_Premultiplied}) {
+        corvane::PackedReader reader(TestFrame(9, 9, source).Facts(), {{2, 1, 0, 3}, 4, 8, false});
+        for (const auto& [width, height] : {std::pair(300u, 64u), {70u, 20u}, {171u, 35u}, {1u, 1u}}) {
+            TestFrame frame(width, height, source);
+            frame.Facts().tags = TestFrame(9, 9, source).Facts().tags;
+            frame.Draw(20, 3, width - width / 9, 19);
+            const PlanarFormat format = Format(false, 8, 0, 0, true);
+            Planes whole(format, width, height);
+            PictureConverter(frame.Facts(), format).ConvertWhole(frame.View(), whole.picture);
+            reader.Begin(frame.View());
+            std::vector<std::byte> row(width * 4);
+            for (std::uint32_t y = 0; y < height; ++y) {
+                reader.Read(y, width, row.data());
+                for (std::uint32_t i = 0; i < width * 4; ++i)
+                    ASSERT_EQ(std::to_integer<int>(row[i]), whole.At(i % 4 < 3 ? 2 - i % 4 : 3, i / 4, y))
+                        << width << " row " << y << " byte " << i;
+            }
+        }
+    }
+}
+
 TEST(PictureConverter, ChromaOfAFieldIsMadeOfThatFieldAlone) {
     for (const std::uint32_t height : {32u, 34u, 33u}) {
         TestFrame frame(96, height, kRK_4444);
@@ -90,7 +116,7 @@ TEST(PictureConverter, ChromaOfAFieldIsMadeOfThatFieldAlone) {
             for (std::uint32_t x = 0; x < 96; ++x) frame.SetBytes(x, y, y % 2 ? 0xFF0000FFu : 0xFFFF0000u);
         const PlanarFormat format = Format(true, 8, 1, 1);
         Planes planes(format, 96, height);
-        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture);
+        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture, planes.painted);
         for (std::uint32_t y = 0; y < (height + 1) / 2; ++y)
             EXPECT_EQ(planes.At(2, 20, y), planes.At(2, 20, y % 2)) << "row " << y << " of " << height;
         EXPECT_GT(std::abs(planes.At(2, 20, 0) - planes.At(2, 20, 1)), 100);
@@ -107,7 +133,7 @@ TEST(PictureConverter, ChromaLiesOnTheLeftAndWhatIsNoNumberHarmsNoNeighbor) {
                             {i % 96 > 40 ? 1.0f : 0.0f, 0.0f, i % 96 > 40 ? 0.0f : 1.0f, 1.0f});
         frame.SetFloats(70, 1, {number ? 0.0f : std::nanf(""), 0.0f, 0.0f, 1.0f});
         Planes planes(format, 96, 4);
-        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture);
+        PictureConverter(frame.Facts(), format).Convert(frame.View(), planes.picture, planes.painted);
         EXPECT_GT(planes.At(2, 20, 0), 190) << "three quarters of red up to column 40, one of blue";
         chroma[number] = planes.bytes[1];
     }

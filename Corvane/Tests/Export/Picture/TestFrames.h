@@ -44,12 +44,15 @@ class TestFrame {
         SetFloats(x, y, values);
     }
 
-    /// Rows of one color each, all different; on them a box of noise with these sides.
-    void Draw(std::uint32_t left, std::uint32_t top, std::uint32_t right, std::uint32_t bottom) {
+    /// Rows of one color each, all different, every third one by `seed`; on them a box of noise with these
+    /// sides, in which every fifth row repeats the one above.
+    void Draw(std::uint32_t left, std::uint32_t top, std::uint32_t right, std::uint32_t bottom,
+              std::uint32_t seed = 0) {
         for (std::uint32_t y = 0; y < mFacts.size.height; ++y)
             for (std::uint32_t x = 0; x < mFacts.size.width; ++x) {
                 const bool inside = x >= left && x < right && y >= top && y < bottom;
-                Set(x, y, Noise(inside ? y * 7919 + x + 1 : y * 7919));
+                const std::uint32_t row = inside && y % 5 == 0 && y > top ? y - 1 : y;
+                Set(x, y, Noise(inside ? row * 7919 + x + 1 : y * 7919 + (y % 3 == 0 ? seed : 0)));
             }
     }
     static std::uint32_t Noise(std::uint32_t seed) {
