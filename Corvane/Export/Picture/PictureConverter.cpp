@@ -10,7 +10,7 @@ namespace corvane {
 namespace {
 
 // Columns of the narrow picture that stands for rows of one color, and the one that is spread.
-constexpr std::uint32_t kStripWidth = 32;
+constexpr std::uint32_t kStripWidth = 16;
 // More than the reach of the chroma filter, in pixels; twice that of a field's rows.
 constexpr std::uint32_t kReach = 8;
 constexpr std::size_t kMaximumGraphs = 32;
