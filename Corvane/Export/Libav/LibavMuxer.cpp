@@ -14,6 +14,15 @@ namespace {
 
 constexpr int kBufferSize = 1 << 20;
 
+// Muxers leave out what they find no memory for, be it the places of the frames, and say nothing. The C
+// library does.
+template <class Call>
+int NoticingLackOfMemory(const Call& call) {
+    errno = 0;
+    const int result = call();
+    return errno == ENOMEM ? AVERROR(ENOMEM) : result;
+}
+
 } // namespace
 
 LibavMuxer::LibavMuxer(const LibavRequest& request, const AVOutputFormat& container, const LibavLog& log)
@@ -133,7 +142,7 @@ void LibavMuxer::WriteHeader() {
                                           : "+write_colr";
         options.Set("movflags", flags);
     }
-    Check(avformat_write_header(mContext, options.Get()));
+    Check(NoticingLackOfMemory([&] { return avformat_write_header(mContext, options.Get()); }));
 }
 
 void LibavMuxer::Write(AVPacket& packet) {
@@ -144,7 +153,7 @@ void LibavMuxer::Write(AVPacket& packet) {
 }
 
 std::string LibavMuxer::Finish() {
-    Check(av_write_trailer(mContext));
+    Check(NoticingLackOfMemory([&] { return av_write_trailer(mContext); }));
     avio_flush(mContext->pb);
     Check(mContext->pb->error);
     return mFile.Commit();
