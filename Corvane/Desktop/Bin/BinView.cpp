@@ -27,7 +27,7 @@ class Cells final : public QStyledItemDelegate {
 std::string WideText(int column) {
     switch (column) {
     case BinModel::kSize: return ShapeText({.size = {720, 576}, .aspect = {128, 117}});
-    case BinModel::kRate: return RateText({60000, 1001});
+    case BinModel::kRate: return RateText({120000, 1001});
     case BinModel::kFields: return FieldOrderText(FieldOrder::kUpperFirst);
     case BinModel::kDuration: return DurationText({.format = {}, .durationTicks = 1, .frames = 99999});
     default: return {};
