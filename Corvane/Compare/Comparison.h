@@ -1,0 +1,55 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "Engine/Clip.h"
+#include "Finding.h"
+#include "Placement.h"
+#include "Video.h"
+
+namespace corvane {
+
+/// How a clip and a video are to be compared.
+struct CompareOptions {
+    double tolerance = 2;             ///< what a color may be off, in steps of 8 bits
+    std::optional<FrameRange> frames; ///< the frames of the clip that the video should show; all if empty
+    std::set<std::string> ignored;    ///< kinds of findings ("color.depth"), or their first words ("color")
+};
+
+/// How near the pictures that show a frame of the clip come to it, by plane: Y', Cb, Cr, A or R', G', B', A.
+struct PlaneErrors {
+    std::optional<double> psnr; ///< dB; none if there is no such plane or nothing differs
+    std::uint32_t largest = 0;  ///< in code values of the video
+};
+
+/// What was found.
+struct CompareReport {
+    std::string clip; ///< its name
+    VideoFacts video;
+    std::int64_t framesCompared = 0; ///< pictures of the video that were looked at
+    std::int64_t framesMatched = 0;  ///< those that show a frame of the clip
+    std::array<PlaneErrors, 4> errors;
+    Placement placement;
+    std::vector<Finding> findings; ///< the worst first
+    /// Sentences about what could not be looked at, and why ("Its frames are alike, so that ...").
+    std::vector<std::string> remarks;
+    bool cancelled = false; ///< the report holds for the pictures until then
+};
+
+/// Takes note of how many pictures were compared, and of how many there are as far as is known (else 0).
+using CompareProgress = std::function<void(std::int64_t done, std::int64_t total)>;
+
+/// Compares a video with the clip that it was made from, picture by picture; memory does not grow with the
+/// length. Ends early if `cancel` becomes true. Throws `Failure` if the clip can't be rendered or nothing of
+/// the video can be decoded, and `std::bad_alloc`. Any thread; frames and pictures are made on some more.
+CompareReport CompareClip(const Clip& clip, Video& video, const CompareOptions& options,
+                          const CompareProgress& progress, const std::atomic<bool>& cancel);
+
+} // namespace corvane
