@@ -11,6 +11,7 @@
 
 #include "Engine/Clip.h"
 #include "Finding.h"
+#include "FrameReading.h"
 #include "Placement.h"
 #include "Video.h"
 
@@ -21,6 +22,8 @@ struct CompareOptions {
     double tolerance = 2;             ///< what a color may be off, in steps of 8 bits
     std::optional<FrameRange> frames; ///< the frames of the clip that the video should show; all if empty
     std::set<std::string> ignored;    ///< kinds of findings ("color.depth"), or their first words ("color")
+    /// Told which frames each picture shows, in order, on a thread of the comparison's; may be empty.
+    std::function<void(const FrameReading& reading)> onReading;
 };
 
 /// How near the pictures that show a frame of the clip come to it, by plane: Y', Cb, Cr, A or R', G', B', A.

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <condition_variable>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include <QImage>
+#include <QObject>
+
+#include "CompareJob.h"
+#include "Compare/VideoImage.h"
+#include "Desktop/Viewer/PictureMaker.h"
+
+namespace corvane::desktop {
+
+/// A picture of a video and the frame of the clip that it should be, both as people see them.
+struct PicturePair {
+    std::int64_t number = 0; ///< of the picture in the video
+    QImage found;            ///< null if there is none
+    QImage expected;         ///< null if the picture shows no frame of the clip
+    QString problem;         ///< why there is no picture, or no frame: a sentence; empty if there are both
+};
+
+/// Makes pairs of pictures on a thread of its own: the newest wish, not those that came before. UI thread.
+class PairLoader final : public QObject {
+    Q_OBJECT
+
+  public:
+    PairLoader(std::shared_ptr<const Clip> clip, std::filesystem::path video);
+    ~PairLoader() override;
+
+    /// Wants a picture. `at` is what the comparison kept of it.
+    void Want(std::int64_t number, const ComparedPicture& at);
+
+  Q_SIGNALS:
+    void Made(const std::shared_ptr<const corvane::desktop::PicturePair>& pair);
+
+  private:
+    struct Wish {
+        std::int64_t number = 0;
+        ComparedPicture at;
+    };
+
+    void Work();
+    PicturePair Make(const Wish& wish);
+    QImage Found(const Wish& wish);
+    QImage Expected(std::int64_t frame);
+
+    const std::shared_ptr<const Clip> mClip;
+    const std::filesystem::path mPath;
+    // Of the worker:
+    std::unique_ptr<Video> mVideo;
+    std::int64_t mNext = 0; // the number of the picture that comes next
+    VideoImage mImage;
+    PictureMaker mMaker;
+
+    std::mutex mMutex; // guards these
+    std::condition_variable mWake;
+    std::optional<Wish> mWish;
+    bool mEnd = false;
+
+    UICalls mUI;
+    std::thread mThread;
+};
+
+} // namespace corvane::desktop
