@@ -47,7 +47,9 @@ Scale ScaleOf(bool chroma, const SampleCoding& coding) {
 
 template <class Function>
 Color EachPart(const Color& color, Function function) {
-    const auto mirrored = [&function](double value) { return std::copysign(function(std::abs(value)), value); };
+    const auto mirrored = [&function](double value) {
+        return std::copysign(function(std::abs(value)), value);
+    };
     return {mirrored(color[0]), mirrored(color[1]), mirrored(color[2]), color[3]};
 }
 

@@ -43,7 +43,8 @@ SampleCoding CodingOf(const PlanarFormat& format, const VideoTags& tags, std::ui
 /// always full range. Any thread.
 Codes Encode(const Color& color, const SampleCoding& coding);
 
-/// The color of Y' 0..1, Cb and Cr -0.5..0.5 and A, or of R', G', B', A; range and bits don't matter. Any thread.
+/// The color of Y' 0..1, Cb and Cr -0.5..0.5 and A, or of R', G', B', A; range and bits don't matter. Any
+/// thread.
 Color FromParts(const std::array<double, 4>& parts, const SampleCoding& coding);
 
 /// The inverse of `Encode`. Any thread.

@@ -17,8 +17,8 @@ void ExpectedRows::Read(const FrameView& frame, const StreamFacts& facts) {
     mRows.resize(rows);
     RowPlanes planes;
     for (std::size_t part = 0; part < 4; ++part)
-        planes.plane[part] = reinterpret_cast<std::byte*>(mParts.data()) +
-                             part * rows * BytesPerComponent(facts.raster);
+        planes.plane[part] =
+            reinterpret_cast<std::byte*>(mParts.data()) + part * rows * BytesPerComponent(facts.raster);
     UnpackRow(mPixels.data(), frame.height, facts.raster, planes);
 
     SampleCoding coding{true, (facts.raster & kRK_709) != 0 ? kMatrix709 : kMatrix601, false, 8};
@@ -31,6 +31,15 @@ void ExpectedRows::Read(const FrameView& frame, const StreamFacts& facts) {
         mRows[row] = facts.IsFloat() ? FromParts(codes, coding) : Decode(codes, coding);
         if (!facts.HasAlpha()) mRows[row][3] = 1.0;
     }
+}
+
+bool ExpectedRows::FieldsAreSolid() const {
+    // A gradient differs from top to bottom, unless it has one color; so two rows a field are enough.
+    const std::size_t middle = mRows.size() / 2 / 2 * 2, last = (mRows.size() - 1) / 2 * 2;
+    for (std::size_t parity = 0; parity < std::min<std::size_t>(2, mRows.size()); ++parity)
+        for (const std::size_t row : {middle, last})
+            if (row + parity < mRows.size() && mRows[row + parity] != mRows[parity]) return false;
+    return true;
 }
 
 Color ExpectedRows::Between(double row, int parity) const {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "ExpectedRows.h"
@@ -13,8 +14,8 @@
 
 namespace corvane {
 
-/// How much of the upper field's color the even (0) and the odd (1) rows show: 1 and 0 if nothing was done to
-/// the fields.
+/// How much of the upper field's color the even (0) and the odd (1) rows of pictures show: 1 and 0 if nothing
+/// was done to the fields.
 struct FieldShares {
     std::array<double, 2> luma{1, 0};
     std::array<double, 2> chroma{1, 0};
@@ -27,45 +28,57 @@ class FieldAnalysis {
     FieldAnalysis(const StreamFacts& clip, const VideoFacts& video);
 
     /// Takes note of a picture, in the order in which they are shown. `expected` are the rows of the frame
-    /// that it shows. Foreign and damaged pictures are to be left out. Throws `std::bad_alloc`.
-    void Add(const PictureRows& rows, const FrameReading& reading, FieldOrder order,
-             const Placement& placement, const ExpectedRows& expected);
+    /// that it shows. Foreign and damaged pictures are to be left out. Returns what its rows show, for those
+    /// who compare colors. Throws `std::bad_alloc`.
+    FieldShares Add(const PictureRows& rows, const FrameReading& reading, FieldOrder order,
+                    const Placement& placement, const ExpectedRows& expected);
 
-    /// What was done: kinds fields.* and tags.order. Throws `std::bad_alloc`.
+    /// What was done: kinds fields.* and tags.order, at most one. Throws `std::bad_alloc`.
     std::vector<Finding> Findings() const;
-
-    /// What rows show in most pictures, for those who compare colors.
-    FieldShares Shares() const;
 
   private:
     /// What the rows of a picture show.
-    enum class Look { kClear, kSwapped, kUpperOnly, kLowerOnly, kBlended, kUnclear };
+    enum class Look : std::uint8_t { kClear, kSwapped, kUpperOnly, kLowerOnly, kBlended, kUnclear };
     static constexpr std::size_t kLooks = 6;
     struct Seen {
         std::int64_t pictures = 0;
-        FrameRanges frames;
+        FrameRanges frames; // the first ones
+    };
+    struct Measured {
+        double apart =
+            0; // 1 if the fields are as far apart as they should be, 0 if they are alike, -1 if swapped
+        double middle = 0; // how much of the upper field both show together
     };
 
-    bool FieldsDiffer(const ExpectedRows& expected) const;
-    Look LookOf(const std::array<double, 2>& shares) const;
-    void AddLook(const FieldShares& shares, const FrameReading& reading, const PictureRows& rows);
+    static std::array<double, 2> SharesOf(const Measured& measured);
+    static Look LookOf(const Measured& measured);
+    static void Note(Seen& seen, const FrameReading& reading);
+    std::optional<Measured> Measure(const PictureRows& rows, const Placement& placement,
+                                    const ExpectedRows& expected, bool chroma) const;
+    void AddLook(Look look);
     void AddNumbers(const FrameReading& reading, FieldOrder order);
-    bool AddContentFindings(std::vector<Finding>& findings) const;
-    void AddOrderOfTime(std::vector<Finding>& findings) const;
-    void AddTag(std::vector<Finding>& findings) const;
+    std::optional<Finding> ContentFinding() const;
+    std::optional<Finding> OneFieldFinding() const;
+    std::optional<Finding> NumbersFinding() const;
+    std::optional<Finding> TagFinding() const;
+    std::optional<FieldOrder> Told() const;
+    Finding Made(const char* kind, const Seen& seen, const char* found, const char* cause) const;
+    const Seen& Of(Look look) const { return mSeen[static_cast<std::size_t>(look)]; }
+    bool IsMany(std::int64_t pictures, std::int64_t of) const;
 
     const StreamFacts mClip;
     const VideoFacts mVideo;
-    bool mScaled = false;
+    bool mScaled = false;   // pictures are scaled vertically or turned, so that fields are mixed
+    bool mOddShift = false; // the picture lies an odd number of rows off, so that fields change places
     std::int64_t mPictures = 0;
-    std::int64_t mLooked = 0; // pictures whose fields' colors could be told apart
+    std::int64_t mLooked = 0; // pictures in which the fields could be told apart
     std::array<Seen, kLooks> mSeen;
-    std::int64_t mAlternations = 0; // between one field and the other, picture by picture
+    std::int64_t mAlternations = 0; // from one field to the other, picture by picture
     Look mLast = Look::kUnclear;
-    std::int64_t mShifted = 0; // swapped ones whose first or last row shows a shift
-    std::array<std::array<double, 2>, 2> mShareSum{};
+    std::int64_t mChromaLooked = 0;
     Seen mChromaMixed;
-    Seen mEarlier, mLater; // the odd rows show a frame before or after that of the even rows
+    std::int64_t mNumbered = 0; // pictures in which both fields' frames could be read
+    Seen mEarlier, mLater;      // the odd rows show an earlier or a later frame than the even ones
     std::array<std::int64_t, 4> mTold{};
     FieldCadence mCadence;
 };

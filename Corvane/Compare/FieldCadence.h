@@ -25,6 +25,7 @@ class FieldCadence {
     std::size_t mKept = 0;
     std::int64_t mFrame = 0;
     int mCount = 0; // fields of the current frame so far; 0 before the first
+    bool mFirstPassed = false;
 };
 
 } // namespace corvane
