@@ -91,7 +91,7 @@ const char* MatrixName(int matrix) {
 
 SampleCoding CodingOf(const PlanarFormat& format, const VideoTags& tags, std::uint32_t height) {
     if (!format.yCbCr) return {false, kMatrix709, true, format.bits};
-    return {true, KnownMatrix(tags.matrix, height), tags.fullRange.value_or(format.fullRange), format.bits};
+    return {true, KnownMatrix(tags.matrix, height), format.fullRange, format.bits};
 }
 
 Codes Encode(const Color& color, const SampleCoding& coding) {
