@@ -1,0 +1,83 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "ColorLevels.h"
+#include "ColorSamples.h"
+#include "ColorVerdict.h"
+#include "ExpectedRows.h"
+#include "FieldAnalysis.h"
+#include "Finding.h"
+#include "PictureRows.h"
+#include "Placement.h"
+
+namespace corvane {
+
+/// How far colors are off, over all pictures that were added.
+struct ColorFigures {
+    double meanSteps = 0; ///< of the worst of R', G', B', in steps of 8 bits
+    double mostSteps = 0;
+    double meanDeltaE = 0; ///< CIEDE2000
+    double mostDeltaE = 0;
+};
+
+/// Compares the colors of rows with those that the clip has there. Looks at some rows of each picture, and
+/// keeps a fixed number of them, so that memory doesn't grow with the number of pictures. One thread at a
+/// time.
+class ColorAnalysis {
+  public:
+    /// `tolerance` is what samples may be off beside the codec's noise, in steps of 8 bits.
+    ColorAnalysis(const StreamFacts& clip, double tolerance);
+
+    /// Takes note of a picture that shows frame `frame`, whose rows are `expected`. `shares` is what its rows
+    /// show of the two fields, so that exchanged or blended fields aren't taken for wrong colors. Gradients
+    /// that are turned by a quarter say nothing and are passed over. Throws `std::bad_alloc`.
+    void Add(const PictureRows& rows, const VideoTags& tags, const Placement& placement, std::int64_t frame,
+             const ExpectedRows& expected, const FieldShares& shares);
+
+    /// What was done to the colors: at most one finding of the kinds color.* and tags.matrix, tags.range, and
+    /// color.depth. Throws `std::bad_alloc`.
+    std::vector<Finding> Findings() const;
+
+    /// The differences between the colors as a viewer sees them and the clip's.
+    ColorFigures Figures() const;
+
+    /// Rows of pictures, expected and found, for curves.
+    const ColorSamples& Samples() const { return mAll; }
+
+  private:
+    /// Which rows of a picture make a sample: `lumaRows` and `chromaRows`, from `luma` and `chroma` on,
+    /// `step` apart.
+    struct Unit {
+        std::uint32_t luma, lumaRows, chroma, chromaRows, step;
+        Parity parity;
+    };
+
+    std::vector<Unit> ChooseUnits(const PictureRows& rows, const Placement& placement, bool mixed) const;
+    ColorSample SampleOf(const PictureRows& rows, const Unit& unit, const SampleCoding& coding,
+                         const Placement& placement, const ExpectedRows& expected) const;
+    void AddLevels(const PictureRows& rows, const Unit& unit, const SampleCoding& coding,
+                   const ExpectedRows& expected);
+    Finding DepthFinding(const ColorLevels::Lost& lost) const;
+    const std::vector<ColorSample>& Telling() const;
+    CodingFacts FactsOf(const ColorSample& sample) const;
+    bool IsOff() const;
+    bool MostlyOff() const { return mOffPictures * 10 > mPictures * 9; }
+
+    const StreamFacts mClip;
+    const double mTolerance;
+    VideoTags mTags; // of the last picture
+    std::int64_t mPictures = 0;
+    std::int64_t mOffPictures = 0;
+    ColorSamples mAll;
+    ColorSamples mOff; // of the pictures that are off
+    FrameRanges mOffFrames;
+    ColorLevels mLevels;
+};
+
+/// How far samples are off as a viewer sees them. Any thread.
+ColorFigures FiguresOf(const std::vector<ColorSample>& samples);
+
+} // namespace corvane

@@ -1,0 +1,124 @@
+// What ColorAnalysis has to say in the end.
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+
+#include <fmt/format.h>
+
+#include "ColorAnalysis.h"
+
+namespace corvane {
+namespace {
+
+std::string ColorText(const Color& color, bool alpha) {
+    const auto steps = [](double part) { return std::lround(std::clamp(part, 0.0, 1.0) * 255.0); };
+    std::string text = fmt::format("{}, {}, {}", steps(color[0]), steps(color[1]), steps(color[2]));
+    return alpha ? fmt::format("{}, alpha {}", text, steps(color[3])) : text;
+}
+
+std::string FiguresText(const ColorFigures& figures) {
+    return fmt::format(
+        "colors are off by {:.1f} steps of 255 on average and {:.1f} at most (delta E {:.1f} and {:.1f})",
+        figures.meanSteps, figures.mostSteps, figures.meanDeltaE, figures.mostDeltaE);
+}
+
+std::string Sentence(std::string cause, const ColorFigures& figures) {
+    if (cause.empty()) cause = "nothing known explains the colors";
+    cause[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(cause[0])));
+    return fmt::format("{}: {}.", cause, FiguresText(figures));
+}
+
+// The sample that is off most.
+const ColorSample& WorstOf(const std::vector<ColorSample>& samples) {
+    const auto off = [](const ColorSample& sample) { return StepsOff(sample, PredictedCodes(sample, {})); };
+    return *std::ranges::max_element(samples, {}, off);
+}
+
+Finding ErrorOf(const ColorVerdict& verdict, const std::vector<ColorSample>& samples) {
+    const ColorSample& worst = WorstOf(samples);
+    Finding finding;
+    finding.kind = "color.error";
+    finding.expected = ColorText(Decode(PredictedCodes(worst, {}), worst.coding), worst.alpha);
+    finding.found = ColorText(Decode(worst.found, worst.coding), worst.alpha);
+    if (!verdict.candidates.empty())
+        finding.cause = fmt::format("either {}", fmt::join(verdict.candidates, ", or "));
+    return finding;
+}
+
+} // namespace
+
+ColorFigures FiguresOf(const std::vector<ColorSample>& samples) {
+    ColorFigures figures;
+    for (const ColorSample& sample : samples) {
+        const Color found = Decode(sample.found, sample.coding);
+        const Color meant = Decode(PredictedCodes(sample, {}), sample.coding);
+        double steps = 0;
+        for (std::size_t i = 0; i < (sample.alpha ? 4u : 3u); ++i)
+            steps = std::max(steps, 255.0 * std::abs(found[i] - meant[i]));
+        const double deltaE = DeltaE2000(ToLab(meant), ToLab(found));
+        figures.meanSteps += steps / static_cast<double>(samples.size());
+        figures.meanDeltaE += deltaE / static_cast<double>(samples.size());
+        figures.mostSteps = std::max(figures.mostSteps, steps);
+        figures.mostDeltaE = std::max(figures.mostDeltaE, deltaE);
+    }
+    return figures;
+}
+
+ColorFigures ColorAnalysis::Figures() const {
+    return FiguresOf(mAll.Get());
+}
+
+const std::vector<ColorSample>& ColorAnalysis::Telling() const {
+    return MostlyOff() ? mAll.Get() : mOff.Get();
+}
+
+CodingFacts ColorAnalysis::FactsOf(const ColorSample& sample) const {
+    CodingFacts facts;
+    facts.told = sample.coding;
+    facts.exported = TagsFor(mClip).matrix == kH273_709 ? kMatrix709 : kMatrix601;
+    facts.saysMatrix = mTags.matrix != 2;
+    facts.saysRange = mTags.fullRange.has_value();
+    facts.alpha = sample.alpha;
+    return facts;
+}
+
+Finding ColorAnalysis::DepthFinding(const ColorLevels::Lost& lost) const {
+    constexpr const char* kNames[2][3] = {{"R'", "G'", "B'"}, {"Y'", "Cb", "Cr"}};
+    const bool yCbCr = mAll.Get().front().coding.yCbCr;
+    Finding finding;
+    finding.kind = "color.depth";
+    finding.expected = fmt::format("{} levels", lost.expected);
+    finding.found = fmt::format("{} levels", lost.found);
+    finding.cause =
+        fmt::format("{} bits were lost", std::lround(std::log2(double(lost.expected) / double(lost.found))));
+    finding.sentence = fmt::format("{} has {} distinct levels of {}: {}.", kNames[yCbCr][lost.plane],
+                                   lost.found, lost.expected, finding.cause);
+    finding.weight = 0.3;
+    return finding;
+}
+
+std::vector<Finding> ColorAnalysis::Findings() const {
+    std::vector<Finding> findings;
+    if (IsOff()) {
+        const std::vector<ColorSample>& samples = Telling();
+        const ColorVerdict verdict = JudgeColors(samples, FactsOf(samples.front()), mTolerance);
+        if (verdict.IsOff()) {
+            Finding finding = ErrorOf(verdict, samples);
+            if (verdict.explanation) {
+                const ColorHypothesis& best = *verdict.explanation;
+                finding.kind = best.kind;
+                finding.cause = best.cause;
+                if (!best.expected.empty()) finding.expected = best.expected, finding.found = best.found;
+            }
+            const ColorFigures figures = FiguresOf(samples);
+            finding.sentence = Sentence(finding.cause, figures);
+            finding.weight = std::min(1.0, 0.3 + figures.meanDeltaE / 30.0);
+            if (!MostlyOff()) finding.frames = mOffFrames.Get();
+            findings.push_back(std::move(finding));
+        }
+    }
+    if (const auto lost = mLevels.Worst(); lost && findings.empty()) findings.push_back(DepthFinding(*lost));
+    return findings;
+}
+
+} // namespace corvane

@@ -1,0 +1,213 @@
+#include "ColorHypotheses.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <fmt/format.h>
+
+namespace corvane {
+namespace {
+
+using Hypotheses = std::vector<ColorHypothesis>;
+
+Color Held(const Color& color) {
+    Color held;
+    std::ranges::transform(color, held.begin(), [](double part) { return std::clamp(part, 0.0, 1.0); });
+    return held;
+}
+
+// Adds a hypothesis as it is, and with its colors held to what integers of R'G'B' have.
+void AddBoth(Hypotheses& all, ColorHypothesis hypothesis) {
+    all.push_back(hypothesis);
+    hypothesis.held = true;
+    hypothesis.change = [change = hypothesis.change](const Color& color) { return Held(change(color)); };
+    all.push_back(std::move(hypothesis));
+}
+
+// The color that samples of one coding show to those who take them for another.
+std::function<Color(const Color&)> Mistaken(const SampleCoding& made, const SampleCoding& taken) {
+    return [made, taken](const Color& color) { return Decode(Encode(color, made), taken); };
+}
+
+void AddMatrices(Hypotheses& all, const CodingFacts& facts) {
+    for (const int made : kMatrices)
+        for (const int taken : kMatrices) {
+            if (made == taken) continue;
+            const bool tag = facts.told.yCbCr && taken == facts.told.matrix && made == facts.exported;
+            AddBoth(all, {tag ? "tags.matrix" : "color.matrix", MatrixName(made), MatrixName(taken),
+                          tag && !facts.saysMatrix
+                              ? fmt::format("the video doesn't say that its samples are {}", MatrixName(made))
+                          : tag ? fmt::format("the tag says {}, and the samples are {}", MatrixName(taken),
+                                              MatrixName(made))
+                                : fmt::format("{} was taken for {}", MatrixName(made), MatrixName(taken)),
+                          Mistaken({true, made, false, 8}, {true, taken, false, 8}), false, tag});
+        }
+}
+
+// Range is mistaken in Y'CbCr, which has another range for chroma, or in R'G'B'.
+void AddRanges(Hypotheses& all, const CodingFacts& facts) {
+    for (const bool yCbCr : {true, false})
+        for (const bool full : {false, true})
+            for (const bool twice : {false, true}) {
+                const int matrix = facts.told.yCbCr ? facts.told.matrix : facts.exported;
+                const auto once = Mistaken({yCbCr, matrix, full, 8}, {yCbCr, matrix, !full, 8});
+                const bool tag = facts.told.yCbCr && yCbCr && !twice && !full && facts.told.fullRange;
+                const char *const made = full ? "full" : "limited", *const taken = full ? "limited" : "full";
+                AddBoth(all, {tag ? "tags.range" : "color.range", fmt::format("{} range", made),
+                              fmt::format("taken for {} range{}", taken, twice ? " twice" : ""),
+                              tag ? "the tag says full range, and the samples are of limited range"
+                                  : fmt::format("{} range was taken for {} range{}", made, taken,
+                                                twice ? " twice" : ""),
+                              twice ? [once](const Color& color) { return once(once(color)); } : once, false,
+                              tag});
+            }
+}
+
+void AddChannels(Hypotheses& all, const CodingFacts& facts) {
+    constexpr std::array<std::array<std::size_t, 3>, 5> kOrders{
+        {{2, 1, 0}, {1, 0, 2}, {0, 2, 1}, {1, 2, 0}, {2, 0, 1}}};
+    constexpr const char kNames[] = "RGB";
+    for (const auto& order : kOrders) {
+        const std::string found =
+            fmt::format("{}, {}, {}", kNames[order[0]], kNames[order[1]], kNames[order[2]]);
+        all.push_back({"color.channels", "R, G, B", found,
+                       fmt::format("the channels R, G, B are in the order {}", found),
+                       [order](const Color& color) {
+                           return Color{color[order[0]], color[order[1]], color[order[2]], color[3]};
+                       }});
+    }
+    const SampleCoding coding{true, facts.told.yCbCr ? facts.told.matrix : facts.exported, false, 8};
+    AddBoth(all,
+            {"color.channels", "Cb, Cr", "Cr, Cb", "Cb and Cr are exchanged", [coding](const Color& color) {
+                 Codes codes = Encode(color, coding);
+                 std::swap(codes[1], codes[2]);
+                 return Decode(codes, coding);
+             }});
+    all.push_back({"color.channels", "Cb, Cr", "none", "only Y' was kept", [coding](const Color& color) {
+                       Codes codes = Encode(color, coding);
+                       codes[1] = codes[2] = 128;
+                       return Decode(codes, coding);
+                   }});
+}
+
+void AddTransfers(Hypotheses& all) {
+    constexpr std::array kTransfers{Transfer::kBT709, Transfer::kSrgb, Transfer::kGamma22,
+                                    Transfer::kGamma24};
+    for (const Transfer made : kTransfers) {
+        const char* const name = TransferName(made);
+        all.push_back({"color.transfer", "gamma-coded", "linear",
+                       fmt::format("linear light was taken for gamma-coded color ({})", name),
+                       [made](const Color& color) { return ToLinear(color, made); }});
+        all.push_back({"color.transfer", "gamma-coded", "gamma-coded twice",
+                       fmt::format("gamma-coded color was taken for linear light ({})", name),
+                       [made](const Color& color) { return ToGammaCoded(color, made); }});
+        for (const Transfer taken : kTransfers) {
+            if (made == taken) continue;
+            all.push_back(
+                {"color.transfer", name, TransferName(taken),
+                 fmt::format("the transfer {} was converted to {}", name, TransferName(taken)),
+                 [made, taken](const Color& color) { return ToGammaCoded(ToLinear(color, made), taken); }});
+        }
+    }
+}
+
+void AddAlphas(Hypotheses& all, bool alpha) {
+    const auto add = [&all](const char* found, const char* cause, std::function<Color(const Color&)> change) {
+        AddBoth(all, {"color.alpha", "straight color and its alpha", found, cause, std::move(change)});
+    };
+    const auto scaled = [](const Color& color, double factor, double alphaThen) {
+        return Color{color[0] * factor, color[1] * factor, color[2] * factor, alphaThen};
+    };
+    add("multiplied by alpha", "color was multiplied by alpha once too often",
+        [scaled](const Color& color) { return scaled(color, color[3], color[3]); });
+    add("divided by alpha", "color was divided by alpha once too often", [scaled](const Color& color) {
+        return scaled(color, 1.0 / std::max(color[3], 1.0 / 255.0), color[3]);
+    });
+    add("blended over white", "the clip was blended over white", [](const Color& color) {
+        const double rest = 1.0 - color[3];
+        return Color{color[0] * color[3] + rest, color[1] * color[3] + rest, color[2] * color[3] + rest, 1.0};
+    });
+    if (!alpha) return; // what else differs in alpha alone
+    add("blended over black", "the clip was blended over black",
+        [scaled](const Color& color) { return scaled(color, color[3], 1.0); });
+    add("opaque", "the alpha plane was lost",
+        [scaled](const Color& color) { return scaled(color, 1.0, 1.0); });
+    add("inverted", "alpha was inverted",
+        [scaled](const Color& color) { return scaled(color, 1.0, 1.0 - color[3]); });
+}
+
+// Bounds of what is found in each plane, or in each channel of the colors.
+struct Bounds {
+    Codes least{1e9, 1e9, 1e9, 1e9}, most{-1e9, -1e9, -1e9, -1e9};
+
+    void Add(const Codes& values) {
+        for (std::size_t i = 0; i < 4; ++i) {
+            least[i] = std::min(least[i], values[i]);
+            most[i] = std::max(most[i], values[i]);
+        }
+    }
+    Codes Hold(Codes values) const {
+        for (std::size_t i = 0; i < 3; ++i) values[i] = std::clamp(values[i], least[i], most[i]);
+        return values;
+    }
+};
+
+void AddClipping(Hypotheses& all, const SampleCoding& coding, const std::vector<ColorSample>& samples) {
+    Bounds codes, colors;
+    for (const ColorSample& sample : samples) {
+        codes.Add(sample.found);
+        colors.Add(Decode(sample.found, coding));
+    }
+    const std::string found = fmt::format("{:.0f} to {:.0f}", codes.least[0], codes.most[0]);
+    const std::string cause =
+        fmt::format("levels were cut ({} has {} at most)", coding.yCbCr ? "Y'" : "R'", found);
+    all.push_back({"color.clipped", "", found, cause, [codes, coding](const Color& color) {
+                       return Decode(codes.Hold(Encode(color, coding)), coding);
+                   }});
+    if (!coding.yCbCr) return;
+    const std::string range = fmt::format(
+        "{:.0f} to {:.0f}", 255 * *std::min_element(colors.least.begin(), colors.least.begin() + 3),
+        255 * *std::max_element(colors.most.begin(), colors.most.begin() + 3));
+    all.push_back({"color.clipped", "", range, fmt::format("levels of R', G', B' were cut to {}", range),
+                   [colors](const Color& color) { return colors.Hold(color); }});
+}
+
+// Fewer bits, either of the samples or of R'G'B', rounded down or to the nearest.
+void AddDepths(Hypotheses& all, const SampleCoding& told) {
+    const SampleCoding rgb{false, told.matrix, true, 8};
+    for (int bits = 1; bits < 7; ++bits)
+        for (const SampleCoding& coding : {told, rgb})
+            for (const bool nearest : {false, true}) {
+                const double step = std::ldexp(1.0, 8 - bits);
+                all.push_back({"color.depth", "8 bits", fmt::format("{} bits", bits),
+                               fmt::format("only {} bits of each sample were kept", bits),
+                               [=](const Color& color) {
+                                   Codes codes = Encode(color, coding);
+                                   for (std::size_t i = 0; i < 3; ++i)
+                                       codes[i] = nearest ? std::round(codes[i] / step) * step
+                                                          : std::floor((codes[i] + 0.5) / step) * step;
+                                   return Decode(codes, coding);
+                               }});
+            }
+}
+
+} // namespace
+
+Hypotheses FixedHypotheses(const CodingFacts& facts) {
+    Hypotheses all;
+    AddMatrices(all, facts);
+    AddRanges(all, facts);
+    AddChannels(all, facts);
+    AddTransfers(all);
+    AddAlphas(all, facts.alpha);
+    return all;
+}
+
+Hypotheses FittedHypotheses(const CodingFacts& facts, const std::vector<ColorSample>& samples) {
+    Hypotheses all;
+    AddClipping(all, facts.told, samples);
+    AddDepths(all, facts.told);
+    return all;
+}
+
+} // namespace corvane

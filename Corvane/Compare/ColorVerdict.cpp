@@ -1,0 +1,113 @@
+#include "ColorVerdict.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvane {
+namespace {
+
+// What is left after rounding colors to 8 bits and then samples to 8 bits, with a margin.
+constexpr double kRounding = 1.5;
+// An explanation leaves at most this share of the difference.
+constexpr double kExplained = 0.4;
+
+struct Rated {
+    const ColorHypothesis* hypothesis = nullptr;
+    double residual = 0;
+};
+
+// Enough to tell explanations apart, evenly chosen.
+std::vector<ColorSample> Fewer(const std::vector<ColorSample>& samples) {
+    constexpr std::size_t kEnough = 512;
+    if (samples.size() <= kEnough) return samples;
+    std::vector<ColorSample> fewer;
+    for (std::size_t i = 0; i < kEnough; ++i) fewer.push_back(samples[i * samples.size() / kEnough]);
+    return fewer;
+}
+
+std::vector<Rated> Ranked(const std::vector<ColorHypothesis>& hypotheses,
+                          const std::vector<ColorSample>& samples) {
+    std::vector<Rated> rated;
+    for (const ColorHypothesis& hypothesis : hypotheses)
+        rated.push_back({&hypothesis, RootMeanSquareOff(samples, hypothesis.change)});
+    std::ranges::stable_sort(rated, {}, &Rated::residual);
+    return rated;
+}
+
+// Takes the best explanation, or tells the candidates if another kind is nearly as good.
+void Choose(const std::vector<Rated>& rated, double allowed, ColorVerdict& verdict) {
+    const Rated& best = rated.front();
+    if (best.residual > std::min(allowed, kExplained * verdict.off)) return;
+    const double rival = std::max(1.7 * best.residual, best.residual + 0.5);
+    std::vector<std::string> kinds;
+    for (const Rated& other : rated) {
+        if (other.residual > rival) break;
+        if (std::ranges::find(kinds, other.hypothesis->kind) != kinds.end()) continue;
+        kinds.push_back(other.hypothesis->kind);
+        verdict.candidates.push_back(other.hypothesis->cause);
+    }
+    verdict.residual = best.residual;
+    if (kinds.size() > 1) return;
+    verdict.candidates.clear();
+    verdict.explanation = *best.hypothesis;
+}
+
+} // namespace
+
+Codes PredictedCodes(const ColorSample& sample, const std::function<Color(const Color&)>& change) {
+    const auto codesOf = [&](const Color& color) {
+        return Encode(change ? change(color) : color, sample.coding);
+    };
+    Codes codes = codesOf(sample.expected);
+    if (sample.expected != sample.other) {
+        const Codes other = codesOf(sample.other);
+        for (std::size_t i = 0; i < 4; ++i) {
+            const bool chroma = sample.coding.yCbCr && (i == 1 || i == 2);
+            const double own = chroma ? sample.ownChroma : sample.ownLuma;
+            codes[i] = own * codes[i] + (1.0 - own) * other[i];
+        }
+    }
+    for (double& code : codes) code = std::clamp(code, 0.0, 255.0);
+    return codes;
+}
+
+double StepsOff(const ColorSample& sample, const Codes& predicted) {
+    double most = 0;
+    for (std::size_t i = 0; i < (sample.alpha ? 4u : 3u); ++i)
+        most = std::max(most, std::abs(sample.found[i] - predicted[i]));
+    return most;
+}
+
+double RootMeanSquareOff(const std::vector<ColorSample>& samples,
+                         const std::function<Color(const Color&)>& change) {
+    double sum = 0;
+    for (const ColorSample& sample : samples) {
+        const double off = StepsOff(sample, PredictedCodes(sample, change));
+        sum += off * off;
+    }
+    return samples.empty() ? 0.0 : std::sqrt(sum / static_cast<double>(samples.size()));
+}
+
+double NoiseAllowance(const std::vector<ColorSample>& samples) {
+    double noise = 0;
+    for (const ColorSample& sample : samples) noise += sample.noise;
+    return samples.empty() ? 0.0 : 0.5 * noise / static_cast<double>(samples.size());
+}
+
+ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFacts& facts,
+                         double tolerance) {
+    const std::vector<ColorSample> some = Fewer(samples);
+    const double noise = NoiseAllowance(some);
+    ColorVerdict verdict;
+    verdict.off = RootMeanSquareOff(some, {});
+    verdict.allowed = tolerance + noise;
+    if (!verdict.IsOff()) return verdict;
+    const std::vector<ColorHypothesis> fixed = FixedHypotheses(facts);
+    Choose(Ranked(fixed, some), kRounding + noise, verdict);
+    if (verdict.explanation || !verdict.candidates.empty()) return verdict;
+    const std::vector<ColorHypothesis> fitted = FittedHypotheses(facts, some);
+    Choose(Ranked(fitted, some), kRounding + noise, verdict);
+    return verdict;
+}
+
+} // namespace corvane

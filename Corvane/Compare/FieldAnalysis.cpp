@@ -1,0 +1,129 @@
+#include "FieldAnalysis.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvane {
+namespace {
+
+// How far the colors of two fields must lie apart to be told from each other, in steps of 8 bits.
+constexpr double kFarEnough = 12;
+// Frame numbers of gradients are read with less than half a frame of error.
+constexpr double kAnotherFrame = 0.6;
+constexpr std::size_t kMostRanges = 1024;
+
+// The mean of the even or of the odd rows of a plane, between two rows.
+double MeanOfField(const std::vector<RowSamples>& rows, std::size_t first, std::size_t last,
+                   std::size_t parity) {
+    double sum = 0;
+    std::size_t count = 0;
+    for (std::size_t y = first + (first % 2 != parity); y < std::min(last, rows.size()); y += 2) {
+        sum += double{rows[y].mean};
+        ++count;
+    }
+    return count == 0 ? 0.0 : sum / static_cast<double>(count);
+}
+
+} // namespace
+
+FieldAnalysis::FieldAnalysis(const StreamFacts& clip, const VideoFacts& video) : mClip(clip), mVideo(video) {}
+
+// Projects what both fields show on the difference that they should have, in luma or in chroma (all of R'G'B'
+// counts as luma). Nothing if that difference is too small.
+std::optional<FieldAnalysis::Measured> FieldAnalysis::Measure(const PictureRows& rows,
+                                                              const Placement& placement,
+                                                              const ExpectedRows& expected,
+                                                              bool chroma) const {
+    const PlanarFormat& format = rows.format;
+    if (chroma && !format.yCbCr) return std::nullopt;
+    const auto height = static_cast<std::uint32_t>(rows.plane[0].size());
+    const SampleCoding coding = CodingOf(format, mVideo.tags, height);
+    const Codes upper = Encode(expected.At(0), coding), lower = Encode(expected.At(1), coding);
+    const std::size_t from = chroma ? 1 : 0, to = format.yCbCr && !chroma ? 1 : 3;
+    const int down = chroma ? format.subsampleH : 0;
+    const std::size_t first = (placement.active.top + (1u << down) - 1) >> down;
+    const std::size_t last = placement.active.bottom >> down;
+    double length = 0, apart = 0, middle = 0;
+    for (std::size_t plane = from; plane < to; ++plane) {
+        const double wanted = upper[plane] - lower[plane];
+        const double even = MeanOfField(rows.plane[plane], first, last, 0);
+        const double odd = MeanOfField(rows.plane[plane], first, last, 1);
+        length += wanted * wanted;
+        apart += (even - odd) * wanted;
+        middle += ((even + odd) / 2.0 - lower[plane]) * wanted;
+    }
+    if (std::sqrt(length) < std::ldexp(kFarEnough, coding.bits - 8)) return std::nullopt;
+    return Measured{apart / length, middle / length};
+}
+
+FieldAnalysis::Look FieldAnalysis::LookOf(const Measured& measured) {
+    constexpr double kClear = 0.6, kAlike = 0.25;
+    if (measured.apart > kClear) return Look::kClear;
+    if (measured.apart < -kClear) return Look::kSwapped;
+    if (std::abs(measured.apart) > kAlike) return measured.apart > 0 ? Look::kBlended : Look::kUnclear;
+    if (measured.middle > 0.75) return Look::kUpperOnly;
+    if (measured.middle < 0.25) return Look::kLowerOnly;
+    return measured.middle > 0.35 && measured.middle < 0.65 ? Look::kBlended : Look::kUnclear;
+}
+
+void FieldAnalysis::Note(Seen& seen, const FrameReading& reading) {
+    ++seen.pictures;
+    if (reading.frame[0] && seen.frames.Get().size() < kMostRanges)
+        seen.frames.Add(std::llround(*reading.frame[0]));
+}
+
+FieldShares FieldAnalysis::Add(const PictureRows& rows, const FrameReading& reading, FieldOrder order,
+                               const Placement& placement, const ExpectedRows& expected) {
+    ++mPictures;
+    ++mTold[static_cast<std::size_t>(order)];
+    mScaled =
+        mScaled || placement.quarterTurns % 2 != 0 || std::abs(placement.height - mClip.size.height) > 0.25;
+    mOddShift = mOddShift || std::llround(placement.top) % 2 != 0 ||
+                (placement.flipped && mClip.size.height % 2 == 0);
+    AddNumbers(reading, order);
+    if (!mClip.Interlaced() || expected.Height() < 4 || !expected.FieldsAreSolid()) return {};
+    const std::optional<Measured> luma = Measure(rows, placement, expected, false);
+    const std::optional<Measured> chroma = Measure(rows, placement, expected, true);
+    if (!luma && !chroma) return {};
+    ++mLooked;
+    const Look look = LookOf(luma ? *luma : *chroma);
+    Note(mSeen[static_cast<std::size_t>(look)], reading);
+    AddLook(look);
+    const FieldShares shares{SharesOf(luma ? *luma : *chroma), SharesOf(chroma ? *chroma : *luma)};
+    if (!luma || !chroma) return shares;
+    ++mChromaLooked;
+    if (look == Look::kClear && LookOf(*chroma) != Look::kClear) Note(mChromaMixed, reading);
+    return shares;
+}
+
+void FieldAnalysis::AddLook(Look look) {
+    const bool one = look == Look::kUpperOnly || look == Look::kLowerOnly;
+    const bool before = mLast == Look::kUpperOnly || mLast == Look::kLowerOnly;
+    if (one && before && look != mLast) ++mAlternations;
+    mLast = look;
+}
+
+void FieldAnalysis::AddNumbers(const FrameReading& reading, FieldOrder order) {
+    if (!reading.frame[0] || !reading.frame[1]) return;
+    ++mNumbered;
+    const double even = *reading.frame[0], odd = *reading.frame[1];
+    if (odd - even > kAnotherFrame) Note(mLater, reading);
+    if (even - odd > kAnotherFrame) Note(mEarlier, reading);
+    const bool told = order == FieldOrder::kUpperFirst || order == FieldOrder::kLowerFirst;
+    const bool lowerFirst = (told ? order : mClip.order) == FieldOrder::kLowerFirst;
+    mCadence.Add(std::llround(lowerFirst ? odd : even));
+    mCadence.Add(std::llround(lowerFirst ? even : odd));
+}
+
+// Wrong colors move what is measured, too, so that it is believed only if fields are mixed.
+std::array<double, 2> FieldAnalysis::SharesOf(const Measured& measured) {
+    switch (LookOf(measured)) {
+    case Look::kClear: return {1, 0};
+    case Look::kSwapped: return {0, 1};
+    case Look::kUpperOnly: return {1, 1};
+    case Look::kLowerOnly: return {0, 0};
+    default: return {measured.middle + measured.apart / 2.0, measured.middle - measured.apart / 2.0};
+    }
+}
+
+} // namespace corvane
