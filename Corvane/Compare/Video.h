@@ -73,6 +73,9 @@ class Video {
     /// Decodes the next picture. Returns false at the end. Throws `Failure` with the video's name and the
     /// reason if nothing more can be read, and `std::bad_alloc`.
     virtual bool Next(VideoPicture& picture) = 0;
+    /// Goes to a place from which `Next` comes to the picture that is shown at `time`, near before it if the
+    /// video can tell. Returns false, and stays, if it can't be sought. Throws `std::bad_alloc`.
+    virtual bool SeekBefore(std::int64_t time) = 0;
 };
 
 /// Opens any file that libav decodes, a numbered picture sequence ("out.%05d.png"), or "-" for what comes on

@@ -5,7 +5,7 @@
 namespace corvane {
 namespace {
 
-zimg_image_format FormatOf(const PlanarFormat& planar, Size size, const VideoTags& tags) {
+zimg_image_format FormatOf(const PlanarFormat& planar, Size size, const SampleCoding& coding) {
     zimg_image_format format;
     zimg_image_format_default(&format, ZIMG_API_VERSION);
     format.width = size.width;
@@ -16,31 +16,24 @@ zimg_image_format FormatOf(const PlanarFormat& planar, Size size, const VideoTag
     format.subsample_h = static_cast<unsigned>(planar.subsampleH);
     format.color_family = planar.yCbCr ? ZIMG_COLOR_YUV : ZIMG_COLOR_RGB;
     format.matrix_coefficients =
-        planar.yCbCr ? static_cast<zimg_matrix_coefficients_e>(tags.matrix) : ZIMG_MATRIX_RGB;
-    const bool full = planar.yCbCr ? tags.fullRange.value_or(false) : tags.fullRange.value_or(true);
-    format.pixel_range = full ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
+        planar.yCbCr ? static_cast<zimg_matrix_coefficients_e>(coding.matrix) : ZIMG_MATRIX_RGB;
+    format.pixel_range = coding.fullRange ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
     return format;
 }
 
 } // namespace
 
-VideoTags AssumedTags(const VideoTags& tags, std::uint32_t rows) {
-    constexpr std::uint32_t kMostRowsOfSD = 576;
-    VideoTags assumed = tags;
-    if (assumed.matrix == 2) assumed.matrix = rows > kMostRowsOfSD ? kH273_709 : kH273_525;
-    return assumed;
-}
-
 void VideoImage::Convert(const VideoPicture& picture, std::byte* out, std::ptrdiff_t rowBytes) {
     PlanarFormat format = picture.format;
     format.alpha = false;
-    const Kind kind{format, picture.size, AssumedTags(picture.tags, picture.size.height)};
+    const Kind kind{format, picture.size, CodingOf(format, picture.tags, picture.size.height)};
     if (!mGraph || kind != mKind) {
         PlanarFormat packed;
         packed.yCbCr = false;
         mGraph.reset();
-        mGraph = std::make_unique<ZimgGraph>(FormatOf(format, picture.size, kind.tags),
-                                             FormatOf(packed, picture.size, {}));
+        mGraph =
+            std::make_unique<ZimgGraph>(FormatOf(format, picture.size, kind.coding),
+                                        FormatOf(packed, picture.size, {.yCbCr = false, .fullRange = true}));
         mKind = kind;
     }
     for (int plane = 0; plane < 3; ++plane) {
@@ -54,8 +47,9 @@ void VideoImage::Convert(const VideoPicture& picture, std::byte* out, std::ptrdi
     mGraph->Run(mSource, mResult);
     for (std::uint32_t y = 0; y < picture.size.height; ++y, out += rowBytes)
         for (std::uint32_t x = 0; x < picture.size.width; ++x) {
-            for (int part = 0; part < 3; ++part) out[x * 4 + 2 - part] = mResult.Row(part, y)[x];
-            out[x * 4 + 3] = std::byte{0xFF};
+            std::byte* const pixel = out + std::size_t{x} * 4;
+            for (int part = 0; part < 3; ++part) pixel[2 - part] = mResult.Row(part, y)[x];
+            pixel[3] = std::byte{0xFF};
         }
 }
 

@@ -1,16 +1,12 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 
+#include "ColorSpace.h"
 #include "Export/Picture/ZimgGraph.h"
 #include "Video.h"
 
 namespace corvane {
-
-/// How a picture's samples are to be understood if all that is told are `tags`: what they say, and for the
-/// rest what players take pictures of that many rows for. Any thread.
-VideoTags AssumedTags(const VideoTags& tags, std::uint32_t rows);
 
 /// Turns decoded pictures into packed R'G'B' for people to look at. Keeps its conversion for the next picture
 /// of the same kind. One thread at a time.
@@ -25,7 +21,7 @@ class VideoImage {
     struct Kind {
         PlanarFormat format;
         Size size{};
-        VideoTags tags;
+        SampleCoding coding;
 
         bool operator==(const Kind&) const = default;
     };

@@ -45,6 +45,13 @@ class LibavVideo final : public Video {
         return false;
     }
 
+    bool SeekBefore(std::int64_t time) override {
+        if (!mInput.SeekBefore(time)) return false;
+        avcodec_flush_buffers(mDecoder.get());
+        mEnded = mDamaged = false;
+        return true;
+    }
+
   private:
     void OpenDecoder() {
         const AVStream& stream = mInput.Stream();

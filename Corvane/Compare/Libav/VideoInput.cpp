@@ -1,5 +1,6 @@
 #include "VideoInput.h"
 
+#include <algorithm>
 #include <limits>
 #include <new>
 #include <span>
@@ -142,6 +143,14 @@ bool VideoInput::Next(AVPacket& packet) {
     }
     if (av_packet_get_side_data(&packet, AV_PKT_DATA_ENCRYPTION_INFO, nullptr) != nullptr)
         Fail("it is encrypted; decrypt it first");
+    return true;
+}
+
+bool VideoInput::SeekBefore(std::int64_t time) {
+    if (!mSequence)
+        return WithMemory(av_seek_frame(mContext.get(), mStream->index, time, AVSEEK_FLAG_BACKWARD)) >= 0;
+    const auto found = std::ranges::lower_bound(mSequence->numbers, time);
+    mSequence->next = static_cast<std::size_t>(found - mSequence->numbers.begin());
     return true;
 }
 

@@ -32,6 +32,8 @@ class VideoInput {
     /// Reads the next packet. Returns false at the end. Throws `Failure` if it is encrypted, and
     /// `std::bad_alloc`.
     bool Next(AVPacket& packet);
+    /// Goes to the key packet at or before a time. Returns false if that can't be. Throws `std::bad_alloc`.
+    bool SeekBefore(std::int64_t time);
     /// Why it can't be read to its end, as a clause; empty if nothing was in the way so far.
     const std::string& WhyCut() const { return mWhyCut; }
     /// Ends with the name of the video, the reason and the remedy.

@@ -21,11 +21,10 @@ constexpr double kKeyStep = 0.01;
 } // namespace
 
 QImage DifferenceOf(const QImage& expected, const QImage& found) {
-    const QImage other =
-        found.size() == expected.size()
-            ? found
-            : found.scaled(expected.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                  .convertToFormat(QImage::Format_RGB32);
+    const QImage other = found.size() == expected.size()
+                             ? found
+                             : found.scaled(expected.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                                   .convertToFormat(QImage::Format_RGB32);
     QImage difference(expected.size(), QImage::Format_RGB32);
     for (int y = 0; y < expected.height(); ++y) {
         const auto* const a = reinterpret_cast<const QRgb*>(expected.constScanLine(y));

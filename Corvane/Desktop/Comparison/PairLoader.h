@@ -10,8 +10,8 @@
 #include <QImage>
 #include <QObject>
 
-#include "CompareJob.h"
 #include "Compare/VideoImage.h"
+#include "CompareJob.h"
 #include "Desktop/Viewer/PictureMaker.h"
 
 namespace corvane::desktop {

@@ -52,6 +52,9 @@ ClipActions::ClipActions(Document& document, std::shared_ptr<Bundle> bundle, Bin
                                tr("Show the folder of the clip's settings file"), [this] { ShowInFolder(); });
     mExport = MakeAction(*this, tr("E&xport…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E),
                          tr("Write frames of the clip to pictures or video"), [this] { Export(); });
+    mCompare = MakeAction(*this, tr("Compare with &Video…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_V),
+                          tr("See what a pipeline did to a video of the clip"),
+                          [this] { Q_EMIT CompareWanted(mView.Current()); });
     const QStyle& style = *mView.style();
     mNew->setIcon(style.standardIcon(QStyle::SP_FileIcon));
     mEdit->setIcon(style.standardIcon(QStyle::SP_FileDialogDetailedView));
@@ -66,7 +69,8 @@ ClipActions::ClipActions(Document& document, std::shared_ptr<Bundle> bundle, Bin
 }
 
 void ClipActions::AddTo(QMenu& menu) {
-    for (QAction* const action : {mNew, mEdit, mDuplicate, mRename, mRemove, mShowInFolder, mExport}) {
+    for (QAction* const action :
+         {mNew, mEdit, mDuplicate, mRename, mRemove, mShowInFolder, mExport, mCompare}) {
         if (action == mShowInFolder) menu.addSeparator();
         menu.addAction(action);
         mView.addAction(action);
@@ -89,6 +93,7 @@ void ClipActions::Update() {
     mRemove->setEnabled(!selected.empty());
     mShowInFolder->setEnabled(row >= 0 && mModel.ClipAt(row).source.IsFile());
     mExport->setEnabled(shows);
+    mCompare->setEnabled(shows);
 }
 
 /// Whether a clip can be opened. If not, the message bar says why; the plug-in's dialog would not.

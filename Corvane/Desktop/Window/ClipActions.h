@@ -39,6 +39,8 @@ class ClipActions final : public QObject {
   Q_SIGNALS:
     /// The person wants to export these clips, which can be shown.
     void ExportWanted(const std::vector<std::uint64_t>& ids);
+    /// The person wants to compare this clip, which can be shown, with a video.
+    void CompareWanted(std::uint64_t id);
 
   private:
     void NewClip();
@@ -58,7 +60,7 @@ class ClipActions final : public QObject {
     BinModel& mModel;
     BinView& mView;
     MessageBar& mMessages;
-    QAction *mNew, *mEdit, *mDuplicate, *mRename, *mRemove, *mShowInFolder, *mExport;
+    QAction *mNew, *mEdit, *mDuplicate, *mRename, *mRemove, *mShowInFolder, *mExport, *mCompare;
 };
 
 } // namespace corvane::desktop

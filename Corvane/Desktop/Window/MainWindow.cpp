@@ -6,6 +6,8 @@
 #include <QCloseEvent>
 #include <QDockWidget>
 #include <QDragEnterEvent>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
@@ -14,6 +16,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include "Desktop/Comparison/ComparisonWindow.h"
 #include "Desktop/Exports/ExportDialog.h"
 #include "Desktop/Exports/ExportPanel.h"
 #include "Desktop/Toolkit/Actions.h"
@@ -30,7 +33,8 @@ constexpr QSize kFirstSize(1240, 760);
 // Raised when docks or tool bars change, so that an earlier arrangement is not applied.
 constexpr int kStateVersion = 1;
 constexpr char kGeometryKey[] = "window/geometry", kStateKey[] = "window/state",
-               kSplitterKey[] = "window/splitter", kColumnsKey[] = "window/columns";
+               kSplitterKey[] = "window/splitter", kColumnsKey[] = "window/columns",
+               kComparedKey[] = "window/compared";
 
 QStringList LocalFiles(const QMimeData& data) {
     QStringList files;
@@ -67,6 +71,7 @@ MainWindow::MainWindow(QtPlatform& platform, std::shared_ptr<Bundle> bundle, Opt
     statusBar();
     connect(mProjectActions, &ProjectActions::OpenWanted, this, &MainWindow::OpenFiles);
     connect(mClipActions, &ClipActions::ExportWanted, this, &MainWindow::ExportClips);
+    connect(mClipActions, &ClipActions::CompareWanted, this, &MainWindow::CompareClip);
     connect(mBin, &BinView::ChoiceChanged, this, &MainWindow::ShowCurrent);
     connect(&mModel, &BinModel::ClipLoaded, this, [this](std::uint64_t id) {
         if (id == mBin->Current()) ShowCurrent();
@@ -204,6 +209,22 @@ void MainWindow::ExportClips(const std::vector<std::uint64_t>& ids) {
                           .options = dialog.Options()});
         findChild<QDockWidget*>(QStringLiteral("exports"))->show();
     }
+}
+
+void MainWindow::CompareClip(std::uint64_t id) {
+    const int row = mModel.RowOf(id);
+    const LoadedClip* const loaded = mModel.LoadedAt(row);
+    if (loaded == nullptr || !loaded->problem.isEmpty()) return;
+    // Copies, because the clip may change while the dialog is open.
+    const std::shared_ptr<const Clip> clip = loaded->clip;
+    const QString name = QString::fromStdString(mModel.ClipAt(row).name);
+    QSettings settings;
+    const QString video = QFileDialog::getOpenFileName(
+        this, tr("Compare %1 with a Video").arg(name),
+        settings.value(QLatin1StringView(kComparedKey)).toString(), tr("Videos and pictures (*)"));
+    if (video.isEmpty()) return;
+    settings.setValue(QLatin1StringView(kComparedKey), QFileInfo(video).path());
+    (new ComparisonWindow(clip, name, ToPath(video), this))->show();
 }
 
 bool MainWindow::LeavesExports() {

@@ -65,6 +65,7 @@ class MainWindow final : public QMainWindow {
     void ShowClipName();
     void ShowTitle();
     void ExportClips(const std::vector<std::uint64_t>& ids);
+    void CompareClip(std::uint64_t id);
     bool LeavesExports();
     void ShowAbout();
 
