@@ -14,6 +14,7 @@ struct RowSamples {
     float mean = 0;
     std::uint16_t least = 0;
     std::uint16_t most = 0;
+    float variance = 0; ///< mean of the squares of what samples are off the mean; 0 if they are alike
 };
 
 /// The samples of every row of each plane. Generated frames are rows of one color with at most a number on
