@@ -75,6 +75,7 @@ void MeasureRows(const VideoPicture& picture, std::uint32_t left, std::uint32_t 
         measured.resize(picture.format.PlaneHeight(plane, picture.size.height));
         const std::uint32_t end = picture.format.PlaneWidth(plane, right);
         const std::uint32_t start = std::min(picture.format.PlaneWidth(plane, left), end - 1);
+        rows.columns[static_cast<std::size_t>(plane)] = end - start;
         const std::size_t skipped = start * picture.format.SampleBytes();
         const auto measure = picture.format.bits > 8 ? MeasureRow<std::uint16_t> : MeasureRow<std::uint8_t>;
         for (std::uint32_t y = 0; y < measured.size(); ++y)

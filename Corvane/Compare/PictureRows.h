@@ -22,6 +22,7 @@ struct RowSamples {
 struct PictureRows {
     PlanarFormat format;
     std::array<std::vector<RowSamples>, 4> plane;
+    std::array<std::uint32_t, 4> columns{}; ///< how many samples of each row of a plane were measured
 };
 
 /// Measures the rows of a picture in the columns from `left` to `right` (pixels; the right one is outside,
