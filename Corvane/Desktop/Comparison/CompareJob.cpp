@@ -11,8 +11,8 @@ namespace corvane::desktop {
 
 namespace {
 
-ComparedPicture Kept(const FrameReading& reading) {
-    ComparedPicture picture;
+PlacedPicture Kept(const FrameReading& reading) {
+    PlacedPicture picture;
     picture.time = reading.time.value_or(-1);
     for (const auto& frame : reading.frame)
         if (frame && picture.frame < 0) picture.frame = std::llround(*frame);
@@ -40,7 +40,7 @@ void CompareJob::Cancel() {
 void CompareJob::Work() {
     using Clock = std::chrono::steady_clock;
     constexpr auto kBetween = std::chrono::milliseconds(100);
-    std::vector<ComparedPicture> pictures;
+    std::vector<PlacedPicture> pictures;
     CompareOptions options;
     options.onReading = [&](const FrameReading& reading) { pictures.push_back(Kept(reading)); };
     Clock::time_point next{};

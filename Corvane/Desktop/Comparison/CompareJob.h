@@ -14,7 +14,7 @@
 namespace corvane::desktop {
 
 /// What is kept of a picture of the video, to find it again.
-struct ComparedPicture {
+struct PlacedPicture {
     std::int64_t time = -1;  ///< when it is shown, in the video's units of time; -1 if it does not say
     std::int64_t frame = -1; ///< the clip's frame that it shows; -1 for none
 };
@@ -32,7 +32,7 @@ class CompareJob final : public QObject {
     /// Ends it soon; `Finished` tells what was found until then.
     void Cancel();
     /// The pictures that were compared so far, in order. Complete once it has finished.
-    const std::vector<ComparedPicture>& Pictures() const { return mPictures; }
+    const std::vector<PlacedPicture>& Pictures() const { return mPictures; }
 
   Q_SIGNALS:
     /// `total` is 0 if nobody knows.
@@ -47,7 +47,7 @@ class CompareJob final : public QObject {
     const std::shared_ptr<const Clip> mClip;
     const std::filesystem::path mVideo;
     std::atomic<bool> mCancel{false};
-    std::vector<ComparedPicture> mPictures;
+    std::vector<PlacedPicture> mPictures;
     UICalls mUI;
     std::thread mThread;
 };

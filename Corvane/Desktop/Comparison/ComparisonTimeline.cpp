@@ -30,10 +30,10 @@ QSize ComparisonTimeline::sizeHint() const {
     return {600, kHeight};
 }
 
-void ComparisonTimeline::Show(std::vector<ComparedPicture> pictures, const std::vector<Finding>& findings) {
+void ComparisonTimeline::Show(std::vector<PlacedPicture> pictures, const std::vector<Finding>& findings) {
     mPictures = std::move(pictures);
     mHighest.clear();
-    for (const ComparedPicture& picture : mPictures)
+    for (const PlacedPicture& picture : mPictures)
         mHighest.push_back(std::max(picture.frame, mHighest.empty() ? -1 : mHighest.back()));
     mMarks.clear();
     mFinding = -1;

@@ -19,13 +19,13 @@ class ComparisonTimeline final : public QWidget {
     explicit ComparisonTimeline(QWidget* parent);
 
     /// Shows these pictures and findings, and no place.
-    void Show(std::vector<ComparedPicture> pictures, const std::vector<Finding>& findings);
+    void Show(std::vector<PlacedPicture> pictures, const std::vector<Finding>& findings);
     /// Sets the finding whose marks stand out; -1 for none.
     void SetFinding(int finding);
     void SetPicture(std::int64_t number);
     std::int64_t Picture() const { return mPicture; }
     std::int64_t Count() const { return static_cast<std::int64_t>(mPictures.size()); }
-    const ComparedPicture& At(std::int64_t number) const {
+    const PlacedPicture& At(std::int64_t number) const {
         return mPictures[static_cast<std::size_t>(number)];
     }
     /// The first picture that shows a frame from `frame` on; the last one if none does.
@@ -54,7 +54,7 @@ class ComparisonTimeline final : public QWidget {
     void PaintMarks(QPainter& painter) const;
     void Go(std::int64_t number);
 
-    std::vector<ComparedPicture> mPictures;
+    std::vector<PlacedPicture> mPictures;
     std::vector<std::int64_t> mHighest; // frame that any picture up to each one shows
     std::vector<Mark> mMarks;
     int mFinding = -1;

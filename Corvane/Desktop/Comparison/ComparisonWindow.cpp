@@ -20,7 +20,7 @@ constexpr QSize kFirstSize(1060, 680);
 
 QString Errors(const CompareReport& report) {
     const QStringList names =
-        report.planesAreYCbCr ? QStringList{"Y'", "Cb", "Cr", "A"} : QStringList{"R'", "G'", "B'", "A"};
+        report.format.yCbCr ? QStringList{"Y'", "Cb", "Cr", "A"} : QStringList{"R'", "G'", "B'", "A"};
     QStringList parts;
     for (std::size_t plane = 0; plane < report.errors.size(); ++plane)
         if (const auto& psnr = report.errors[plane].psnr)
@@ -197,7 +197,7 @@ void ComparisonWindow::GoToFinding(int row) {
 void ComparisonWindow::GoToPicture(std::int64_t number) {
     if (number < 0 || number >= mTimeline->Count()) return;
     mTimeline->SetPicture(number);
-    const ComparedPicture& at = mTimeline->At(number);
+    const PlacedPicture& at = mTimeline->At(number);
     mPlace->setText(at.frame >= 0 ? tr("Picture %1, frame %2").arg(number).arg(at.frame)
                                   : tr("Picture %1, no frame").arg(number));
     mPairs.Want(number, at);

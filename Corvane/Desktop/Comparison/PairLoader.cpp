@@ -25,7 +25,7 @@ PairLoader::~PairLoader() {
     mThread.join();
 }
 
-void PairLoader::Want(std::int64_t number, const ComparedPicture& at) {
+void PairLoader::Want(std::int64_t number, const PlacedPicture& at) {
     {
         const std::lock_guard lock(mMutex);
         mWish = Wish{number, at};

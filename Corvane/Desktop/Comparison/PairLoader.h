@@ -33,7 +33,7 @@ class PairLoader final : public QObject {
     ~PairLoader() override;
 
     /// Wants a picture. `at` is what the comparison kept of it.
-    void Want(std::int64_t number, const ComparedPicture& at);
+    void Want(std::int64_t number, const PlacedPicture& at);
 
   Q_SIGNALS:
     void Made(const std::shared_ptr<const corvane::desktop::PicturePair>& pair);
@@ -41,7 +41,7 @@ class PairLoader final : public QObject {
   private:
     struct Wish {
         std::int64_t number = 0;
-        ComparedPicture at;
+        PlacedPicture at;
     };
 
     void Work();
