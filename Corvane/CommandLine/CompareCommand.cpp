@@ -11,7 +11,9 @@
 #include "Compare/Loader/CompareLoader.h"
 #include "Console.h"
 #include "EndingSignal.h"
+#include "Engine/TextFile.h"
 #include "ProgressBar.h"
+#include "Services/Foundation/AtomicFile.h"
 
 namespace corvane::commandline {
 
@@ -114,6 +116,14 @@ int RunCompare(const CompareRequest& request) {
         PrintJSON(report);
     else
         PrintText(report, request.quiet);
+    if (!request.report.empty()) {
+        const std::string lost = WriteTextFile(request.report, LoadAndMakeReportPage(*clip, report));
+        // Standard output is for the one JSON object.
+        if (!lost.empty() && request.json)
+            PrintError(SavedText(request.report, lost));
+        else if (!request.json && !request.quiet)
+            PrintLine(SavedText(request.report, lost));
+    }
     if (report.cancelled) return EndingSignal::ExitStatus();
     return report.findings.empty() ? kExitDone : kExitFindings;
 }

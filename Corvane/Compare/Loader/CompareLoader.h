@@ -14,4 +14,7 @@ CompareReport LoadAndCompareClip(const Clip& clip, const std::filesystem::path& 
                                  const CompareOptions& options, const CompareProgress& progress,
                                  const std::atomic<bool>& cancel);
 
+/// `ReportPage` by the same module. Throws what that throws, and `Failure` as `FindInModule` does.
+std::string LoadAndMakeReportPage(const Clip& clip, const CompareReport& report);
+
 } // namespace corvane

@@ -25,9 +25,7 @@ class ComparisonTimeline final : public QWidget {
     void SetPicture(std::int64_t number);
     std::int64_t Picture() const { return mPicture; }
     std::int64_t Count() const { return static_cast<std::int64_t>(mPictures.size()); }
-    const PlacedPicture& At(std::int64_t number) const {
-        return mPictures[static_cast<std::size_t>(number)];
-    }
+    const PlacedPicture& At(std::int64_t number) const { return mPictures[static_cast<std::size_t>(number)]; }
     /// The first picture that shows a frame from `frame` on; the last one if none does.
     std::int64_t PictureOf(std::int64_t frame) const;
 

@@ -7,8 +7,8 @@
 #include <optional>
 #include <thread>
 
-#include <QImage>
 #include <QObject>
+#include <QString>
 
 #include "Compare/VideoImage.h"
 #include "CompareJob.h"
