@@ -1,7 +1,7 @@
 #include "ComparedPictures.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstring>
 #include <utility>
 
 #include <QKeyEvent>
@@ -18,25 +18,26 @@ constexpr int kGap = 8;
 constexpr int kBrighter = 8;
 constexpr double kKeyStep = 0.01;
 
-} // namespace
-
-QImage DifferenceOf(const QImage& expected, const QImage& found) {
-    const QImage other = found.size() == expected.size()
-                             ? found
-                             : found.scaled(expected.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                                   .convertToFormat(QImage::Format_RGB32);
-    QImage difference(expected.size(), QImage::Format_RGB32);
-    for (int y = 0; y < expected.height(); ++y) {
-        const auto* const a = reinterpret_cast<const QRgb*>(expected.constScanLine(y));
-        const auto* const b = reinterpret_cast<const QRgb*>(other.constScanLine(y));
-        auto* const out = reinterpret_cast<QRgb*>(difference.scanLine(y));
-        const auto part = [](int one, int two) { return std::min(std::abs(one - two) * kBrighter, 255); };
-        for (int x = 0; x < expected.width(); ++x)
-            out[x] = qRgb(part(qRed(a[x]), qRed(b[x])), part(qGreen(a[x]), qGreen(b[x])),
-                          part(qBlue(a[x]), qBlue(b[x])));
-    }
-    return difference;
+/// The image as Qt's, which is valid as long as its pixels; null without pixels.
+QImage View(const ReportImage& image) {
+    if (image.pixels.empty()) return {};
+    return QImage(reinterpret_cast<const uchar*>(image.pixels.data()), static_cast<int>(image.size.width),
+                  static_cast<int>(image.size.height), QImage::Format_RGB32);
 }
+
+/// What differs; what was found is scaled to the expected size first.
+ReportImage Difference(const PicturePair& pair) {
+    if (pair.found.size == pair.expected.size) return DifferenceOf(pair.expected, pair.found, kBrighter);
+    const QImage scaled =
+        View(pair.found)
+            .scaled(View(pair.expected).size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+            .convertToFormat(QImage::Format_RGB32);
+    ReportImage found = pair.expected;
+    std::memcpy(found.pixels.data(), scaled.constBits(), found.pixels.size());
+    return DifferenceOf(pair.expected, found, kBrighter);
+}
+
+} // namespace
 
 ComparedPictures::ComparedPictures(const ClipFormat& clip, QWidget* parent) : QWidget(parent), mClip(clip) {
     setFocusPolicy(Qt::StrongFocus);
@@ -53,6 +54,8 @@ QSize ComparedPictures::minimumSizeHint() const {
 
 void ComparedPictures::SetPair(std::shared_ptr<const PicturePair> pair) {
     mPair = std::move(pair);
+    mExpected = View(mPair->expected);
+    mFound = View(mPair->found);
     mDifference = {};
     update();
 }
@@ -74,11 +77,11 @@ void ComparedPictures::paintEvent(QPaintEvent*) {
     painter.fillRect(rect(), palette().color(QPalette::Dark));
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     if (!mPair) return;
-    const bool both = !mPair->expected.isNull() && !mPair->found.isNull();
+    const bool both = !mExpected.isNull() && !mFound.isNull();
     if (mView == CompareView::kSideBySide || !both) return PaintSideBySide(painter);
     if (mView == CompareView::kWipe) return PaintWipe(painter);
-    if (mDifference.isNull()) mDifference = DifferenceOf(mPair->expected, mPair->found);
-    PaintOne(painter, mDifference, rect(), tr("Difference, %1 times").arg(kBrighter));
+    if (mDifference.pixels.empty()) mDifference = Difference(*mPair);
+    PaintOne(painter, View(mDifference), rect(), tr("Difference, %1 times").arg(kBrighter));
 }
 
 void ComparedPictures::PaintOne(QPainter& painter, const QImage& image, const QRect& room,
@@ -102,17 +105,17 @@ void ComparedPictures::PaintOne(QPainter& painter, const QImage& image, const QR
 
 void ComparedPictures::PaintSideBySide(QPainter& painter) const {
     const int half = (width() - kGap) / 2;
-    PaintOne(painter, mPair->expected, QRect(0, 0, half, height()), tr("Expected"));
-    PaintOne(painter, mPair->found, QRect(half + kGap, 0, half, height()), tr("Found"));
+    PaintOne(painter, mExpected, QRect(0, 0, half, height()), tr("Expected"));
+    PaintOne(painter, mFound, QRect(half + kGap, 0, half, height()), tr("Found"));
 }
 
 void ComparedPictures::PaintWipe(QPainter& painter) const {
     const QRect place = Place(rect());
     const int line = place.left() + static_cast<int>(place.width() * mLine);
     painter.setClipRect(QRect(0, 0, line, height()));
-    PaintOne(painter, mPair->expected, rect(), tr("Expected"));
+    PaintOne(painter, mExpected, rect(), tr("Expected"));
     painter.setClipRect(QRect(line, 0, width() - line, height()));
-    PaintOne(painter, mPair->found, rect(), {});
+    PaintOne(painter, mFound, rect(), {});
     painter.setClipping(false);
     painter.fillRect(QRect(line, place.top(), 1, place.height()), Qt::white);
 }

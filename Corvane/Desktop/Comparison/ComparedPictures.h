@@ -45,12 +45,10 @@ class ComparedPictures final : public QWidget {
 
     const ClipFormat mClip;
     std::shared_ptr<const PicturePair> mPair;
-    QImage mDifference; // made when it is first shown
+    QImage mExpected, mFound; // of the pair, not owned
+    ReportImage mDifference;  // made when it is first shown
     CompareView mView = CompareView::kSideBySide;
     double mLine = 0.5; // of the picture's width
 };
-
-/// What differs between two pictures, eight times as bright, in the size of `expected`. Any thread.
-QImage DifferenceOf(const QImage& expected, const QImage& found);
 
 } // namespace corvane::desktop

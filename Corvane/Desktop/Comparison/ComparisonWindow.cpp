@@ -4,13 +4,19 @@
 #include <utility>
 
 #include <QButtonGroup>
+#include <QDir>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QHBoxLayout>
 #include <QSplitter>
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "Compare/ReportPage.h"
 #include "Desktop/Toolkit/Text.h"
+#include "Engine/Failure.h"
+#include "Engine/TextFile.h"
+#include "Services/Foundation/AtomicFile.h"
 
 namespace corvane::desktop {
 
@@ -205,6 +211,21 @@ void ComparisonWindow::GoToPicture(std::int64_t number) {
 
 void ComparisonWindow::ShowPair(const std::shared_ptr<const PicturePair>& pair) {
     if (pair->number == mTimeline->Picture()) mPictures->SetPair(pair);
+}
+
+void ComparisonWindow::SaveReport() {
+    const QString name = QFileInfo(FromPath(mVideo)).completeBaseName() + QStringLiteral(".html");
+    const QString file = QFileDialog::getSaveFileName(
+        this, tr("Save Report"), QFileInfo(FromPath(mVideo)).dir().filePath(name), tr("Web pages (*.html)"));
+    if (file.isEmpty()) return;
+    try {
+        const std::string lost = WriteTextFile(ToPath(file), ReportPage(*mClip, *mReport));
+        mSummary->setText(QString::fromStdString(SavedText(ToPath(file), lost)));
+    } catch (const Failure& failure) {
+        mSummary->setText(QString::fromUtf8(failure.what()));
+    } catch (const std::bad_alloc&) {
+        mSummary->setText(tr("There is not enough memory for the report."));
+    }
 }
 
 } // namespace corvane::desktop

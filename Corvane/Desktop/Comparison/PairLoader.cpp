@@ -1,5 +1,6 @@
 #include "PairLoader.h"
 
+#include <limits>
 #include <utility>
 
 #include "Engine/Failure.h"
@@ -10,6 +11,9 @@ namespace {
 
 /// Further ahead than this, the video is sought rather than decoded on.
 constexpr std::int64_t kDecodedOn = 48;
+
+/// After a seek nobody knows the number of the next picture, only its time.
+constexpr std::int64_t kSomewhere = std::numeric_limits<std::int64_t>::max();
 
 } // namespace
 
@@ -51,7 +55,7 @@ PicturePair PairLoader::Make(const Wish& wish) {
     pair.number = wish.number;
     try {
         pair.found = Found(wish);
-        if (wish.at.frame < 0)
+        if (!mClip->WhyNoFrameAt(wish.at.frame).empty())
             pair.problem = tr("This picture shows no frame of the clip.");
         else
             pair.expected = Expected(wish.at.frame);
@@ -65,40 +69,25 @@ PicturePair PairLoader::Make(const Wish& wish) {
     return pair;
 }
 
-QImage PairLoader::Found(const Wish& wish) {
+ReportImage PairLoader::Found(const Wish& wish) {
     if (!mVideo || wish.number < mNext || wish.number > mNext + kDecodedOn) {
         mVideo = OpenVideo(mPath);
-        mNext = 0;
-        if (wish.at.time >= 0 && mVideo->SeekBefore(wish.at.time)) mNext = -1; // somewhere
+        mNext = wish.at.time >= 0 && mVideo->SeekBefore(wish.at.time) ? kSomewhere : 0;
     }
     VideoPicture picture;
     while (mVideo->Next(picture)) {
-        const bool isIt =
-            mNext >= 0 ? mNext == wish.number : picture.time.value_or(wish.at.time) >= wish.at.time;
-        if (mNext >= 0) ++mNext;
+        const bool isIt = mNext == kSomewhere ? picture.time.value_or(wish.at.time) >= wish.at.time
+                                              : mNext++ == wish.number;
         if (!isIt) continue;
         mNext = wish.number + 1;
-        QImage image(static_cast<int>(picture.size.width), static_cast<int>(picture.size.height),
-                     QImage::Format_RGB32);
-        if (image.isNull()) throw std::bad_alloc();
-        mImage.Convert(picture, reinterpret_cast<std::byte*>(image.bits()), image.bytesPerLine());
-        return image;
+        return ImageOf(picture, TagsFor(mClip->Info().format).matrix, 1);
     }
     mVideo.reset();
     throw Failure(mPath.string() + ": this picture can't be decoded again; compare anew.");
 }
 
-QImage PairLoader::Expected(std::int64_t frame) {
-    if (!mClip->WhyNoFrameAt(frame).empty()) return {};
-    PictureRequest request;
-    request.clip = mClip;
-    request.frame = frame;
-    const ClipFormat& format = mClip->Info().format;
-    request.look.size = QSize(static_cast<int>(format.size.width), static_cast<int>(format.size.height));
-    request.look.part = QRect(QPoint(), request.look.size);
-    const Picture picture = mMaker.Make(std::move(request));
-    if (!picture.problem.isEmpty()) throw Failure(picture.problem.toStdString());
-    return picture.image;
+ReportImage PairLoader::Expected(std::int64_t frame) const {
+    return ImageOf(mClip->GetFrame(frame).View(), FactsOf(*mClip, 1), 1);
 }
 
 } // namespace corvane::desktop

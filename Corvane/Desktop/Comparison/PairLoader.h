@@ -10,17 +10,16 @@
 #include <QObject>
 #include <QString>
 
-#include "Compare/VideoImage.h"
+#include "Compare/ReportImage.h"
 #include "CompareJob.h"
-#include "Desktop/Viewer/PictureMaker.h"
 
 namespace corvane::desktop {
 
 /// A picture of a video and the frame of the clip that it should be, both as people see them.
 struct PicturePair {
     std::int64_t number = 0; ///< of the picture in the video
-    QImage found;            ///< null if there is none
-    QImage expected;         ///< null if the picture shows no frame of the clip
+    ReportImage found;       ///< without pixels if there is none
+    ReportImage expected;    ///< without pixels if the picture shows no frame of the clip
     QString problem;         ///< why there is no picture, or no frame: a sentence; empty if there are both
 };
 
@@ -46,16 +45,14 @@ class PairLoader final : public QObject {
 
     void Work();
     PicturePair Make(const Wish& wish);
-    QImage Found(const Wish& wish);
-    QImage Expected(std::int64_t frame);
+    ReportImage Found(const Wish& wish);
+    ReportImage Expected(std::int64_t frame) const;
 
     const std::shared_ptr<const Clip> mClip;
     const std::filesystem::path mPath;
     // Of the worker:
     std::unique_ptr<Video> mVideo;
     std::int64_t mNext = 0; // the number of the picture that comes next
-    VideoImage mImage;
-    PictureMaker mMaker;
 
     std::mutex mMutex; // guards these
     std::condition_variable mWake;
