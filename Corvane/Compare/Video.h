@@ -73,6 +73,8 @@ class Video {
     /// Decodes the next picture. Returns false at the end. Throws `Failure` with the video's name and the
     /// reason if nothing more can be read, and `std::bad_alloc`.
     virtual bool Next(VideoPicture& picture) = 0;
+    /// Ends the wait for data of a pipe: from now on `Next` finds the end soon. Any thread.
+    virtual void Stop() = 0;
 };
 
 /// Opens any file that libav decodes, a numbered picture sequence ("out.%05d.png"), or "-" for what comes on
