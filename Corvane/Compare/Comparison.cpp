@@ -1,6 +1,7 @@
 #include "Comparison.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include <fmt/format.h>
@@ -11,6 +12,7 @@
 #include "FrameReading.h"
 #include "PictureRows.h"
 #include "ReadAhead.h"
+#include "Tags.h"
 
 namespace corvane {
 namespace {
@@ -19,7 +21,7 @@ constexpr std::size_t kWorst = 3;
 constexpr std::size_t kTimeline = 4096;
 // Frames with a number are rendered whole, which takes as long as decoding does: of so many pictures the part
 // around the number is compared once.
-constexpr std::int64_t kWholeEvery = 8;
+constexpr std::int64_t kWholeEvery = 32;
 
 /// One comparison, picture by picture.
 class Comparison {
@@ -35,6 +37,7 @@ class Comparison {
         if (number == 0) {
             mSize = picture.size;
             mReport.format = picture.format;
+            mTags = picture.tags;
         }
         if (picture.damaged) mDamaged.Add(number);
         if (picture.size != mSize) {
@@ -140,8 +143,16 @@ class Comparison {
         if (worst.size() > kWorst) worst.pop_back();
     }
 
+    void Add(std::vector<Finding> findings) {
+        std::ranges::move(findings, std::back_inserter(mReport.findings));
+    }
+
     void AddFindings() {
-        if (mOtherSizes.Empty()) return;
+        Add(TagFindings(mReport.video, mTags, {}));
+        if (!mOtherSizes.Empty()) AddChangeOfSize();
+    }
+
+    void AddChangeOfSize() {
         Finding finding;
         finding.kind = "geometry.size";
         finding.expected = SizeText(mSize);
@@ -174,6 +185,7 @@ class Comparison {
     ExpectedFrames mFrames;
     const std::int64_t mFirst, mLast; // frames of the clip that should be shown
     Size mSize{};                     // of the first picture
+    VideoTags mTags;                  // likewise
     Size mOtherSize{};
     FrameRanges mOtherSizes;
     FrameRanges mDamaged;
@@ -212,7 +224,7 @@ CompareReport CompareClip(const Clip& clip, Video& video, const CompareOptions& 
         ReadAhead pictures(video);
         std::int64_t done = 0;
         while (!cancel) {
-            const std::optional<VideoPicture> picture = pictures.Next();
+            const std::optional<VideoPicture> picture = pictures.Next(cancel);
             if (!picture) break;
             comparison.Add(*picture);
             progress(++done, total);

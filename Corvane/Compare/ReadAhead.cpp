@@ -1,11 +1,13 @@
 #include "ReadAhead.h"
 
+#include <chrono>
 #include <utility>
 
 namespace corvane {
 namespace {
 
 constexpr std::size_t kAhead = 3; // pictures that wait: decoders hold some more
+constexpr std::chrono::milliseconds kLookAtCancel(50);
 
 } // namespace
 
@@ -17,12 +19,16 @@ ReadAhead::~ReadAhead() {
         mStopped = true;
     }
     mChanged.notify_all();
+    mVideo.Stop();
     mThread.join();
 }
 
-std::optional<VideoPicture> ReadAhead::Next() {
+std::optional<VideoPicture> ReadAhead::Next(const std::atomic<bool>& cancel) {
     std::unique_lock lock(mMutex);
-    mChanged.wait(lock, [this] { return !mPictures.empty() || mEnded; });
+    // A signal handler, which sets it, can wake nobody.
+    while (!mChanged.wait_for(lock, kLookAtCancel, [this] { return !mPictures.empty() || mEnded; }))
+        if (cancel) break;
+    if (cancel) return std::nullopt;
     if (mPictures.empty()) {
         if (mFailure) std::rethrow_exception(std::exchange(mFailure, nullptr));
         return std::nullopt;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <exception>
@@ -18,11 +19,12 @@ class ReadAhead {
     /// Begins. The video outlives it, and is used by nobody else meanwhile. Throws `std::system_error` if
     /// there can be no thread.
     explicit ReadAhead(Video& video);
-    /// Ends with the picture that is being decoded.
+    /// Ends with the picture that is being decoded, and does not wait for the data of another.
     ~ReadAhead();
 
-    /// The next picture; none at the end. Throws what `Video::Next` throws.
-    std::optional<VideoPicture> Next();
+    /// The next picture; none at the end, and soon after `cancel` became true. Throws what `Video::Next`
+    /// throws.
+    std::optional<VideoPicture> Next(const std::atomic<bool>& cancel);
 
   private:
     void Run();

@@ -76,6 +76,8 @@ class Video {
     /// Goes to a place from which `Next` comes to the picture that is shown at `time`, near before it if the
     /// video can tell. Returns false, and stays, if it can't be sought. Throws `std::bad_alloc`.
     virtual bool SeekBefore(std::int64_t time) = 0;
+    /// Ends the wait for data of a pipe: from now on `Next` finds the end soon. Any thread.
+    virtual void Stop() = 0;
 };
 
 /// Opens any file that libav decodes, a numbered picture sequence ("out.%05d.png"), or "-" for what comes on

@@ -26,6 +26,8 @@ class LibavVideo final : public Video {
 
     const VideoFacts& Facts() const override { return mFacts; }
 
+    void Stop() override { mInput.Stop(); }
+
     bool Next(VideoPicture& picture) override {
         while (!mEnded) {
             const std::shared_ptr<AVFrame> frame(av_frame_alloc(), LibavFree());

@@ -1,11 +1,16 @@
 #include "VideoInput.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 #include <new>
 #include <span>
 #include <system_error>
 #include <utility>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
 
 #include <fmt/format.h>
 
@@ -37,6 +42,11 @@ Rate RateOf(AVRational rate) {
     return {static_cast<std::uint32_t>(rate.num), static_cast<std::uint32_t>(rate.den)};
 }
 
+bool IsPipe(const std::filesystem::path& path) {
+    std::error_code error;
+    return path == "-" || std::filesystem::is_fifo(path, error);
+}
+
 } // namespace
 
 PixelAspect AspectOf(AVRational told, AVCodecID codec) {
@@ -48,7 +58,10 @@ VideoInput::VideoInput(const std::filesystem::path& path, const LibavLog& log)
     : mName(path == "-" ? "standard input" : path.string()), mLog(log) {
     // Told that it is a file, libav takes no colon in its name for a protocol.
     try {
-        Open(path == "-" ? "pipe:0" : "file:" + FindFile(path));
+        if (IsPipe(path))
+            OpenPipe(path);
+        else
+            Open("file:" + FindFile(path));
     } catch (const FileError& error) {
         Fail(fmt::format("{}; {}", error.what(),
                          error.GetRemedy().empty() ? kRemedy : error.GetRemedy().c_str()));
@@ -73,11 +86,41 @@ std::string VideoInput::FindFile(const std::filesystem::path& path) {
     return name->For(mSequence->numbers.front()).string();
 }
 
+void VideoInput::OpenPipe(const std::filesystem::path& path) {
+    mPipe = path == "-" ? FileDescriptor(::dup(STDIN_FILENO)) : FileDescriptor(path, O_RDONLY);
+    if (!mPipe) throw FileError::OfReading(errno);
+    constexpr int kBuffer = 1 << 16;
+    auto* const buffer = static_cast<unsigned char*>(av_malloc(kBuffer));
+    if (buffer == nullptr) throw std::bad_alloc();
+    mPipeIO.reset(avio_alloc_context(buffer, kBuffer, 0, this, ReadPipe, nullptr, nullptr));
+    if (!mPipeIO) {
+        av_free(buffer);
+        throw std::bad_alloc();
+    }
+    Open("");
+}
+
+int VideoInput::ReadPipe(void* self, std::uint8_t* bytes, int size) {
+    const auto& input = *static_cast<const VideoInput*>(self);
+    constexpr int kWaitMilliseconds = 50;
+    pollfd ready{input.mPipe.Get(), POLLIN, 0};
+    while (!input.mStopped) {
+        const int count = ::poll(&ready, 1, kWaitMilliseconds);
+        if (count == 0 || (count < 0 && errno == EINTR)) continue;
+        const ssize_t got = ::read(input.mPipe.Get(), bytes, static_cast<std::size_t>(size));
+        if (got < 0 && (errno == EINTR || errno == EAGAIN)) continue;
+        return got > 0 ? static_cast<int>(got) : got == 0 ? AVERROR_EOF : AVERROR(errno);
+    }
+    return AVERROR_EOF;
+}
+
 void VideoInput::Open(const std::string& url) {
     LibavOptions options;
     // What a playlist names is not fetched.
     options.Set("protocol_whitelist", "file,pipe");
-    AVFormatContext* context = nullptr;
+    AVFormatContext* context = avformat_alloc_context();
+    if (context == nullptr) throw std::bad_alloc();
+    context->pb = mPipeIO.get();
     const int result = WithMemory(avformat_open_input(&context, url.c_str(), nullptr, options.Get()));
     mContext.reset(context);
     if (result == AVERROR_INVALIDDATA || result == AVERROR_EOF)

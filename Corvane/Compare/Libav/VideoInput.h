@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -10,6 +11,7 @@
 #include "Export/Files/NumberedName.h"
 #include "Export/Libav/LibavError.h"
 #include "Export/Libav/LibavFree.h"
+#include "Services/Foundation/FileDescriptor.h"
 
 namespace corvane {
 
@@ -34,6 +36,8 @@ class VideoInput {
     bool Next(AVPacket& packet);
     /// Goes to the key packet at or before a time. Returns false if that can't be. Throws `std::bad_alloc`.
     bool SeekBefore(std::int64_t time);
+    /// Ends the wait for more data of a pipe. Any thread.
+    void Stop() { mStopped = true; }
     /// Why it can't be read to its end, as a clause; empty if nothing was in the way so far.
     const std::string& WhyCut() const { return mWhyCut; }
     /// Ends with the name of the video, the reason and the remedy.
@@ -49,7 +53,17 @@ class VideoInput {
         std::size_t next = 0;
     };
 
+    struct FreeIO {
+        void operator()(AVIOContext* io) const {
+            av_freep(static_cast<void*>(&io->buffer));
+            avio_context_free(&io);
+        }
+    };
+
+    // What libav calls to read a pipe: its own way would not end while nobody writes.
+    static int ReadPipe(void* self, std::uint8_t* bytes, int size);
     std::string FindFile(const std::filesystem::path& path);
+    void OpenPipe(const std::filesystem::path& path);
     void Open(const std::string& url);
     void FindStream();
     bool NextOfSequence(AVPacket& packet);
@@ -57,6 +71,9 @@ class VideoInput {
     const std::string mName;
     const LibavLog& mLog;
     std::unique_ptr<Sequence> mSequence; // none for containers
+    std::atomic<bool> mStopped{false};
+    FileDescriptor mPipe; // none for files
+    std::unique_ptr<AVIOContext, FreeIO> mPipeIO;
     std::unique_ptr<AVFormatContext, Close> mContext;
     AVStream* mStream = nullptr;
     std::string mWhyCut;

@@ -115,9 +115,9 @@ TEST(Compare, ASignalEndsItAfterWhatWasFound) {
     std::string text = "YUV4MPEG2 W64 H48 F10:1 Ip A1:1 C420jpeg\n";
     for (int i = 0; i < 3; ++i) text += "FRAME\n" + std::string(64 * 48 * 3 / 2, '\x60');
     ASSERT_EQ(::write(writer, text.data(), text.size()), static_cast<ssize_t>(text.size()));
-    process.Signal(SIGINT);
-    ::close(writer);
+    process.Signal(SIGINT); // while the writer keeps it waiting
     const ProcessResult result = process.Wait();
+    ::close(writer);
     EXPECT_EQ(result.status, 128 + SIGINT) << result.err;
     EXPECT_LE(json::parse(result.out)["frames_compared"], 3);
 }
