@@ -29,7 +29,7 @@ struct ColorFigures {
 class ColorAnalysis {
   public:
     /// `tolerance` is what samples may be off beside the codec's noise, in steps of 8 bits.
-    ColorAnalysis(const StreamFacts& clip, double tolerance);
+    ColorAnalysis(const StreamFacts& clip, const VideoFacts& video, double tolerance);
 
     /// Takes note of a picture that shows frame `frame`, whose rows are `expected`. `shares` is what its rows
     /// show of the two fields, so that exchanged or blended fields aren't taken for wrong colors. Gradients
@@ -68,7 +68,8 @@ class ColorAnalysis {
 
     const StreamFacts mClip;
     const double mTolerance;
-    VideoTags mTags; // of the last picture
+    const double mCodecNoise; // what the codec may put all samples of a color off
+    VideoTags mTags;          // of the last picture
     std::int64_t mPictures = 0;
     std::int64_t mOffPictures = 0;
     ColorSamples mAll;

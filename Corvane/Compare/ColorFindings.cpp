@@ -101,7 +101,7 @@ std::vector<Finding> ColorAnalysis::Findings() const {
     std::vector<Finding> findings;
     if (IsOff()) {
         const std::vector<ColorSample>& samples = Telling();
-        const ColorVerdict verdict = JudgeColors(samples, FactsOf(samples.front()), mTolerance);
+        const ColorVerdict verdict = JudgeColors(samples, FactsOf(samples.front()), mTolerance, mCodecNoise);
         if (verdict.IsOff()) {
             Finding finding = ErrorOf(verdict, samples);
             if (verdict.explanation) {

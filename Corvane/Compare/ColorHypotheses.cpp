@@ -152,24 +152,40 @@ struct Bounds {
     }
 };
 
+// Whether bounds cut some colors that the clip has, and leave some as they are.
+bool CutsSome(const Bounds& bounds, const std::vector<ColorSample>& samples,
+              const std::function<Codes(const Color&)>& valuesOf, double step) {
+    std::size_t cut = 0;
+    for (const ColorSample& sample : samples) {
+        const Codes values = valuesOf(sample.expected), held = bounds.Hold(values);
+        const auto moved = [step](double a, double b) { return std::abs(a - b) > step; };
+        cut += !std::equal(values.begin(), values.begin() + 3, held.begin(), std::not_fn(moved));
+    }
+    return cut * 20 > samples.size() && cut * 10 < samples.size() * 9;
+}
+
 void AddClipping(Hypotheses& all, const SampleCoding& coding, const std::vector<ColorSample>& samples) {
     Bounds codes, colors;
     for (const ColorSample& sample : samples) {
         codes.Add(sample.found);
         colors.Add(Decode(sample.found, coding));
     }
-    const std::string found = fmt::format("{:.0f} to {:.0f}", codes.least[0], codes.most[0]);
-    const std::string cause =
-        fmt::format("levels were cut ({} has {} at most)", coding.yCbCr ? "Y'" : "R'", found);
-    all.push_back({"color.clipped", "", found, cause, [codes, coding](const Color& color) {
-                       return Decode(codes.Hold(Encode(color, coding)), coding);
-                   }});
-    if (!coding.yCbCr) return;
-    const std::string range = fmt::format(
-        "{:.0f} to {:.0f}", 255 * *std::min_element(colors.least.begin(), colors.least.begin() + 3),
-        255 * *std::max_element(colors.most.begin(), colors.most.begin() + 3));
-    all.push_back({"color.clipped", "", range, fmt::format("levels of R', G', B' were cut to {}", range),
-                   [colors](const Color& color) { return colors.Hold(color); }});
+    const auto add = [&](const char* name, const Bounds& bounds, double scale,
+                         const std::function<Codes(const Color&)>& valuesOf,
+                         std::function<Color(const Color&)> change) {
+        if (!CutsSome(bounds, samples, valuesOf, 1.5 / scale)) return;
+        const std::string found =
+            fmt::format("{:.0f} to {:.0f}", scale * bounds.least[0], scale * bounds.most[0]);
+        all.push_back({"color.clipped", "", found, fmt::format("levels were cut ({} has {})", name, found),
+                       std::move(change)});
+    };
+    const auto encode = [coding](const Color& color) { return Encode(color, coding); };
+    add(coding.yCbCr ? "Y'" : "R'", codes, 1.0, encode,
+        [codes, coding](const Color& color) { return Decode(codes.Hold(Encode(color, coding)), coding); });
+    if (coding.yCbCr)
+        add(
+            "R'", colors, 255.0, [](const Color& color) { return color; },
+            [colors](const Color& color) { return colors.Hold(color); });
 }
 
 // Fewer bits, either of the samples or of R'G'B', rounded down or to the nearest.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace corvane {
 namespace {
@@ -23,6 +24,14 @@ std::vector<ColorSample> Fewer(const std::vector<ColorSample>& samples) {
     std::vector<ColorSample> fewer;
     for (std::size_t i = 0; i < kEnough; ++i) fewer.push_back(samples[i * samples.size() / kEnough]);
     return fewer;
+}
+
+bool HasManyColors(const std::vector<ColorSample>& samples) {
+    constexpr std::size_t kMany = 8;
+    std::set<Color> colors;
+    for (std::size_t i = 0; i < samples.size() && colors.size() < kMany; ++i)
+        colors.insert(samples[i].expected);
+    return colors.size() >= kMany;
 }
 
 std::vector<Rated> Ranked(const std::vector<ColorHypothesis>& hypotheses,
@@ -88,25 +97,41 @@ double RootMeanSquareOff(const std::vector<ColorSample>& samples,
     return samples.empty() ? 0.0 : std::sqrt(sum / static_cast<double>(samples.size()));
 }
 
-double NoiseAllowance(const std::vector<ColorSample>& samples) {
-    double noise = 0;
-    for (const ColorSample& sample : samples) noise += sample.noise;
-    return samples.empty() ? 0.0 : 0.5 * noise / static_cast<double>(samples.size());
+double NoiseOf(const std::vector<ColorSample>& samples) {
+    std::array<const ColorSample*, 3> last{};
+    double sum = 0;
+    std::int64_t count = 0;
+    for (const ColorSample& sample : samples) {
+        const ColorSample*& before = last[static_cast<std::size_t>(sample.parity)];
+        if (before != nullptr && before->frame == sample.frame) {
+            const Codes here = PredictedCodes(sample, {}), there = PredictedCodes(*before, {});
+            double most = 0;
+            for (std::size_t i = 0; i < 3; ++i)
+                most = std::max(most, std::abs(sample.found[i] - here[i] - (before->found[i] - there[i])));
+            sum += most * most;
+            ++count;
+        }
+        before = &sample;
+    }
+    return count == 0 ? 0.0 : std::sqrt(sum / static_cast<double>(count) / 2.0);
 }
 
-ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFacts& facts,
-                         double tolerance) {
+ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFacts& facts, double tolerance,
+                         double codecNoise) {
     const std::vector<ColorSample> some = Fewer(samples);
-    const double noise = NoiseAllowance(some);
+    const double noise = NoiseOf(samples);
+    const bool many = HasManyColors(some);
     ColorVerdict verdict;
     verdict.off = RootMeanSquareOff(some, {});
-    verdict.allowed = tolerance + noise;
-    if (!verdict.IsOff()) return verdict;
+    verdict.allowed = tolerance + noise + codecNoise;
+    // A codec's noise can look like anything in one or two colors, but not all along a gradient.
+    if (verdict.off <= (many ? tolerance : verdict.allowed)) return verdict;
+    const double left = kRounding + std::max(noise, codecNoise / 2.0);
     const std::vector<ColorHypothesis> fixed = FixedHypotheses(facts);
-    Choose(Ranked(fixed, some), kRounding + noise, verdict);
-    if (verdict.explanation || !verdict.candidates.empty()) return verdict;
+    Choose(Ranked(fixed, some), left, verdict);
+    if (verdict.explanation || !verdict.candidates.empty() || !many) return verdict;
     const std::vector<ColorHypothesis> fitted = FittedHypotheses(facts, some);
-    Choose(Ranked(fitted, some), kRounding + noise, verdict);
+    Choose(Ranked(fitted, some), left, verdict);
     return verdict;
 }
 
