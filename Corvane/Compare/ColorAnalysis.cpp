@@ -97,7 +97,8 @@ void ColorAnalysis::Add(const PictureRows& rows, const VideoTags& tags, const Pl
 std::vector<ColorAnalysis::Unit> ColorAnalysis::ChooseUnits(const PictureRows& rows,
                                                             const Placement& placement, bool mixed) const {
     const std::uint32_t each = 1u << (rows.format.yCbCr ? rows.format.subsampleH : 0);
-    const std::uint32_t margin = placement.IsPlain() ? 0 : 2, fields = mClip.Interlaced() && !mixed ? 2 : 1;
+    const std::uint32_t margin = placement.IsPlain() && !mClip.Interlaced() ? 0 : 2,
+                        fields = mClip.Interlaced() && !mixed ? 2 : 1;
     const std::uint32_t top = (placement.active.top + each - 1) / each + margin;
     const auto height = static_cast<std::uint32_t>(rows.plane[0].size());
     const std::uint32_t bottom = std::min(placement.active.bottom, height) / (each * fields) * fields;

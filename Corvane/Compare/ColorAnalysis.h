@@ -23,6 +23,14 @@ struct ColorFigures {
     double mostDeltaE = 0;
 };
 
+/// What was done to the colors.
+struct ColorReport {
+    std::vector<Finding> findings;
+    /// Whether the colors are explained if nothing was done to the fields, though wrong colors made it look
+    /// as if: what FieldAnalysis says of their content doesn't count then.
+    bool fieldsAreClear = false;
+};
+
 /// Compares the colors of rows with those that the clip has there. Looks at some rows of each picture, and
 /// keeps a fixed number of them, so that memory doesn't grow with the number of pictures. One thread at a
 /// time.
@@ -39,7 +47,7 @@ class ColorAnalysis {
 
     /// What was done to the colors: at most one finding of the kinds color.* and tags.matrix, tags.range, and
     /// color.depth. Throws `std::bad_alloc`.
-    std::vector<Finding> Findings() const;
+    ColorReport Report() const;
 
     /// The differences between the colors as a viewer sees them and the clip's.
     ColorFigures Figures() const;
@@ -61,6 +69,7 @@ class ColorAnalysis {
     void AddLevels(const PictureRows& rows, const Unit& unit, const SampleCoding& coding,
                    const ExpectedRows& expected);
     Finding DepthFinding(const ColorLevels::Lost& lost) const;
+    Finding FindingOf(const ColorVerdict& verdict, const std::vector<ColorSample>& samples) const;
     const std::vector<ColorSample>& Telling() const;
     CodingFacts FactsOf(const ColorSample& sample) const;
     bool IsOff() const;

@@ -90,9 +90,9 @@ void AddChannels(Hypotheses& all, const CodingFacts& facts) {
                    }});
 }
 
+constexpr std::array kTransfers{Transfer::kBT709, Transfer::kSrgb, Transfer::kGamma22, Transfer::kGamma24};
+
 void AddTransfers(Hypotheses& all) {
-    constexpr std::array kTransfers{Transfer::kBT709, Transfer::kSrgb, Transfer::kGamma22,
-                                    Transfer::kGamma24};
     for (const Transfer made : kTransfers) {
         const char* const name = TransferName(made);
         all.push_back({"color.transfer", "gamma-coded", "linear",
@@ -101,13 +101,6 @@ void AddTransfers(Hypotheses& all) {
         all.push_back({"color.transfer", "gamma-coded", "gamma-coded twice",
                        fmt::format("gamma-coded color was taken for linear light ({})", name),
                        [made](const Color& color) { return ToGammaCoded(color, made); }});
-        for (const Transfer taken : kTransfers) {
-            if (made == taken) continue;
-            all.push_back(
-                {"color.transfer", name, TransferName(taken),
-                 fmt::format("the transfer {} was converted to {}", name, TransferName(taken)),
-                 [made, taken](const Color& color) { return ToGammaCoded(ToLinear(color, made), taken); }});
-        }
     }
 }
 
@@ -152,6 +145,18 @@ struct Bounds {
     }
 };
 
+// From one transfer to another: small differences, which one or two colors don't tell from others.
+void AddTransferConversions(Hypotheses& all) {
+    for (const Transfer made : kTransfers)
+        for (const Transfer taken : kTransfers) {
+            if (made == taken) continue;
+            all.push_back(
+                {"color.transfer", TransferName(made), TransferName(taken),
+                 fmt::format("the transfer {} was converted to {}", TransferName(made), TransferName(taken)),
+                 [made, taken](const Color& color) { return ToGammaCoded(ToLinear(color, made), taken); }});
+        }
+}
+
 // Whether bounds cut some colors that the clip has, and leave some as they are.
 bool CutsSome(const Bounds& bounds, const std::vector<ColorSample>& samples,
               const std::function<Codes(const Color&)>& valuesOf, double step) {
@@ -191,20 +196,45 @@ void AddClipping(Hypotheses& all, const SampleCoding& coding, const std::vector<
 // Fewer bits, either of the samples or of R'G'B', rounded down or to the nearest.
 void AddDepths(Hypotheses& all, const SampleCoding& told) {
     const SampleCoding rgb{false, told.matrix, true, 8};
-    for (int bits = 1; bits < 7; ++bits)
-        for (const SampleCoding& coding : {told, rgb})
-            for (const bool nearest : {false, true}) {
-                const double step = std::ldexp(1.0, 8 - bits);
+    const auto cut = [](const SampleCoding& coding, std::size_t planes, double step, double rounding) {
+        return [=](const Color& color) {
+            Codes codes = Encode(color, coding);
+            for (std::size_t i = 0; i < planes; ++i)
+                codes[i] = std::floor((codes[i] + rounding) / step) * step;
+            return Decode(codes, coding);
+        };
+    };
+    for (int bits = 1; bits < 7; ++bits) {
+        const double step = std::ldexp(1.0, 8 - bits);
+        const auto add = [&](const SampleCoding& coding, std::size_t planes, const char* what) {
+            for (const double rounding : {0.5, step / 2.0})
                 all.push_back({"color.depth", "8 bits", fmt::format("{} bits", bits),
-                               fmt::format("only {} bits of each sample were kept", bits),
-                               [=](const Color& color) {
-                                   Codes codes = Encode(color, coding);
-                                   for (std::size_t i = 0; i < 3; ++i)
-                                       codes[i] = nearest ? std::round(codes[i] / step) * step
-                                                          : std::floor((codes[i] + 0.5) / step) * step;
-                                   return Decode(codes, coding);
-                               }});
-            }
+                               fmt::format("only {} bits of {} were kept", bits, what),
+                               cut(coding, planes, step, rounding)});
+        };
+        add(told, 3, "each sample");
+        if (told.yCbCr) add(told, 1, "Y'");
+        if (told.yCbCr) add(rgb, 3, "R', G' and B'");
+    }
+}
+
+// All samples of a plane moved by as much.
+void AddShift(Hypotheses& all, const SampleCoding& coding, const std::vector<ColorSample>& samples) {
+    Codes shift{};
+    for (const ColorSample& sample : samples) {
+        const Codes meant = Encode(sample.expected, coding);
+        for (std::size_t i = 0; i < 3; ++i)
+            shift[i] += (sample.found[i] - meant[i]) / static_cast<double>(samples.size());
+    }
+    const std::string found = fmt::format("{:+.0f}, {:+.0f}, {:+.0f}", shift[0], shift[1], shift[2]);
+    all.push_back({"color.error", "", found,
+                   fmt::format("all levels of {} were moved by {} steps",
+                               coding.yCbCr ? "Y', Cb, Cr" : "R', G', B'", found),
+                   [shift, coding](const Color& color) {
+                       Codes codes = Encode(color, coding);
+                       for (std::size_t i = 0; i < 3; ++i) codes[i] += shift[i];
+                       return Decode(codes, coding);
+                   }});
 }
 
 } // namespace
@@ -223,6 +253,8 @@ Hypotheses FittedHypotheses(const CodingFacts& facts, const std::vector<ColorSam
     Hypotheses all;
     AddClipping(all, facts.told, samples);
     AddDepths(all, facts.told);
+    AddShift(all, facts.told, samples);
+    AddTransferConversions(all);
     return all;
 }
 

@@ -35,8 +35,8 @@ struct CodingFacts {
 /// Any thread.
 std::vector<ColorHypothesis> FixedHypotheses(const CodingFacts& facts);
 
-/// The changes whose parameters follow from the samples: levels that are cut or of fewer bits. Throws
-/// `std::bad_alloc`. Any thread.
+/// The changes that only samples of many colors tell: levels that are cut, moved or of fewer bits, and one
+/// transfer taken for another. Throws `std::bad_alloc`. Any thread.
 std::vector<ColorHypothesis> FittedHypotheses(const CodingFacts& facts,
                                               const std::vector<ColorSample>& samples);
 

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <set>
+#include <string_view>
 
 namespace corvane {
 namespace {
@@ -43,22 +45,29 @@ std::vector<Rated> Ranked(const std::vector<ColorHypothesis>& hypotheses,
     return rated;
 }
 
-// Takes the best explanation, or tells the candidates if another kind is nearly as good.
+// "matrix" of both "color.matrix" and "tags.matrix".
+std::string_view SubjectOf(const ColorHypothesis& hypothesis) {
+    return std::string_view(hypothesis.kind).substr(hypothesis.kind.find('.') + 1);
+}
+
+// Takes the best explanation, or tells the candidates if one of another subject is nearly as good. Samples
+// that are as an export makes them are the tag's fault.
 void Choose(const std::vector<Rated>& rated, double allowed, ColorVerdict& verdict) {
     const Rated& best = rated.front();
     if (best.residual > std::min(allowed, kExplained * verdict.off)) return;
     const double rival = std::max(1.7 * best.residual, best.residual + 0.5);
-    std::vector<std::string> kinds;
+    const ColorHypothesis* chosen = best.hypothesis;
+    std::set<std::string_view> subjects;
     for (const Rated& other : rated) {
         if (other.residual > rival) break;
-        if (std::ranges::find(kinds, other.hypothesis->kind) != kinds.end()) continue;
-        kinds.push_back(other.hypothesis->kind);
-        verdict.candidates.push_back(other.hypothesis->cause);
+        const std::string_view subject = SubjectOf(*other.hypothesis);
+        if (subject == SubjectOf(*chosen) && other.hypothesis->tagAtFault) chosen = other.hypothesis;
+        if (subjects.insert(subject).second) verdict.candidates.push_back(other.hypothesis->cause);
     }
     verdict.residual = best.residual;
-    if (kinds.size() > 1) return;
+    if (subjects.size() > 1) return;
     verdict.candidates.clear();
-    verdict.explanation = *best.hypothesis;
+    verdict.explanation = *chosen;
 }
 
 } // namespace
@@ -127,11 +136,9 @@ ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFa
     // A codec's noise can look like anything in one or two colors, but not all along a gradient.
     if (verdict.off <= (many ? tolerance : verdict.allowed)) return verdict;
     const double left = kRounding + std::max(noise, codecNoise / 2.0);
-    const std::vector<ColorHypothesis> fixed = FixedHypotheses(facts);
-    Choose(Ranked(fixed, some), left, verdict);
-    if (verdict.explanation || !verdict.candidates.empty() || !many) return verdict;
-    const std::vector<ColorHypothesis> fitted = FittedHypotheses(facts, some);
-    Choose(Ranked(fitted, some), left, verdict);
+    std::vector<ColorHypothesis> all = FixedHypotheses(facts);
+    if (many) std::ranges::move(FittedHypotheses(facts, some), std::back_inserter(all));
+    Choose(Ranked(all, some), left, verdict);
     return verdict;
 }
 

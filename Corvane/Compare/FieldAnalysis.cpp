@@ -6,8 +6,13 @@
 namespace corvane {
 namespace {
 
-// How far the colors of two fields must lie apart to be told from each other, in steps of 8 bits.
+// How far the colors of two fields must lie apart to be told from each other, in steps of 8 bits, and what is
+// enough to confirm something.
 constexpr double kFarEnough = 12;
+constexpr double kConfirming = 5;
+// How much of their difference fields show at least if they are clear, and at most if they look alike.
+constexpr double kClear = 0.6;
+constexpr double kAlike = 0.25;
 // Frame numbers of gradients are read with less than half a frame of error.
 constexpr double kAnotherFrame = 0.6;
 constexpr std::size_t kMostRanges = 1024;
@@ -32,8 +37,8 @@ FieldAnalysis::FieldAnalysis(const StreamFacts& clip, const VideoFacts& video) :
 // counts as luma). Nothing if that difference is too small.
 std::optional<FieldAnalysis::Measured> FieldAnalysis::Measure(const PictureRows& rows,
                                                               const Placement& placement,
-                                                              const ExpectedRows& expected,
-                                                              bool chroma) const {
+                                                              const ExpectedRows& expected, bool chroma,
+                                                              double farEnough) const {
     const PlanarFormat& format = rows.format;
     if (chroma && !format.yCbCr) return std::nullopt;
     const auto height = static_cast<std::uint32_t>(rows.plane[0].size());
@@ -52,18 +57,25 @@ std::optional<FieldAnalysis::Measured> FieldAnalysis::Measure(const PictureRows&
         apart += (even - odd) * wanted;
         middle += ((even + odd) / 2.0 - lower[plane]) * wanted;
     }
-    if (std::sqrt(length) < std::ldexp(kFarEnough, coding.bits - 8)) return std::nullopt;
+    if (std::sqrt(length) < std::ldexp(farEnough, coding.bits - 8)) return std::nullopt;
     return Measured{apart / length, middle / length};
 }
 
 FieldAnalysis::Look FieldAnalysis::LookOf(const Measured& measured) {
-    constexpr double kClear = 0.6, kAlike = 0.25;
     if (measured.apart > kClear) return Look::kClear;
     if (measured.apart < -kClear) return Look::kSwapped;
     if (std::abs(measured.apart) > kAlike) return measured.apart > 0 ? Look::kBlended : Look::kUnclear;
     if (measured.middle > 0.75) return Look::kUpperOnly;
     if (measured.middle < 0.25) return Look::kLowerOnly;
     return measured.middle > 0.35 && measured.middle < 0.65 ? Look::kBlended : Look::kUnclear;
+}
+
+// Whether chroma is of both fields in every row, or of one alone: chroma that is neither is of wrong colors.
+bool FieldAnalysis::MixesChroma(const Measured& chroma) {
+    const Look look = LookOf(chroma);
+    if (look == Look::kUpperOnly || look == Look::kLowerOnly)
+        return std::min(std::abs(chroma.middle), std::abs(chroma.middle - 1.0)) < 0.15;
+    return look == Look::kBlended || look == Look::kSwapped;
 }
 
 void FieldAnalysis::Note(Seen& seen, const FrameReading& reading) {
@@ -82,17 +94,33 @@ FieldShares FieldAnalysis::Add(const PictureRows& rows, const FrameReading& read
                 (placement.flipped && mClip.size.height % 2 == 0);
     AddNumbers(reading, order);
     if (!mClip.Interlaced() || expected.Height() < 4 || !expected.FieldsAreSolid()) return {};
-    const std::optional<Measured> luma = Measure(rows, placement, expected, false);
-    const std::optional<Measured> chroma = Measure(rows, placement, expected, true);
+    const std::optional<Measured> chroma = Measure(rows, placement, expected, true, kFarEnough);
+    std::optional<Measured> luma =
+        Measure(rows, placement, expected, false, chroma ? kConfirming : kFarEnough);
+    const std::optional<Measured> sure = Measure(rows, placement, expected, false, kFarEnough);
+    // A small difference of luma counts only if it is there: a low rate can take it away.
+    if (!sure && luma && LookOf(*luma) != Look::kClear) luma.reset();
     if (!luma && !chroma) return {};
+    return AddLooks(luma, chroma, reading);
+}
+
+FieldShares FieldAnalysis::AddLooks(const std::optional<Measured>& luma,
+                                    const std::optional<Measured>& chroma, const FrameReading& reading) {
     ++mLooked;
-    const Look look = LookOf(luma ? *luma : *chroma);
+    Look look = LookOf(luma ? *luma : *chroma);
+    // Wrong colors bring luma nearer together, too; blended fields are so in all planes alike.
+    const bool partly = luma && look == Look::kBlended && luma->apart > kAlike;
+    if (partly && chroma && std::abs(luma->apart - chroma->apart) > 0.15) look = Look::kClear;
     Note(mSeen[static_cast<std::size_t>(look)], reading);
     AddLook(look);
-    const FieldShares shares{SharesOf(luma ? *luma : *chroma), SharesOf(chroma ? *chroma : *luma)};
+    FieldShares shares{SharesOf(luma ? *luma : *chroma), SharesOf(chroma ? *chroma : *luma)};
+    if (look == Look::kClear) shares.luma = {1, 0};
     if (!luma || !chroma) return shares;
     ++mChromaLooked;
-    if (look == Look::kClear && LookOf(*chroma) != Look::kClear) Note(mChromaMixed, reading);
+    if (look == Look::kClear && MixesChroma(*chroma))
+        Note(mChromaMixed, reading);
+    else
+        shares.chroma = shares.luma;
     return shares;
 }
 
