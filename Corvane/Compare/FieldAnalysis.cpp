@@ -48,22 +48,26 @@ std::optional<FieldAnalysis::Measured> FieldAnalysis::Measure(const PictureRows&
     const int down = chroma ? format.subsampleH : 0;
     const std::size_t first = (placement.active.top + (1u << down) - 1) >> down;
     const std::size_t last = placement.active.bottom >> down;
-    double length = 0, apart = 0, middle = 0;
+    double length = 0, apart = 0, middle = 0, distance = 0;
     for (std::size_t plane = from; plane < to; ++plane) {
         const double wanted = upper[plane] - lower[plane];
         const double even = MeanOfField(rows.plane[plane], first, last, 0);
         const double odd = MeanOfField(rows.plane[plane], first, last, 1);
         length += wanted * wanted;
         apart += (even - odd) * wanted;
-        middle += ((even + odd) / 2.0 - lower[plane]) * wanted;
+        const double mean = (even + odd) / 2.0 - lower[plane];
+        middle += mean * wanted;
+        distance += mean * mean;
     }
     if (std::sqrt(length) < std::ldexp(farEnough, coding.bits - 8)) return std::nullopt;
-    return Measured{apart / length, middle / length};
+    const double aside = std::sqrt(std::max(0.0, distance - middle * middle / length));
+    return Measured{apart / length, middle / length, std::ldexp(aside, 8 - coding.bits)};
 }
 
 FieldAnalysis::Look FieldAnalysis::LookOf(const Measured& measured) {
     if (measured.apart > kClear) return Look::kClear;
     if (measured.apart < -kClear) return Look::kSwapped;
+    if (measured.aside > kFarEnough) return Look::kUnclear;
     if (std::abs(measured.apart) > kAlike) return measured.apart > 0 ? Look::kBlended : Look::kUnclear;
     if (measured.middle > 0.75) return Look::kUpperOnly;
     if (measured.middle < 0.25) return Look::kLowerOnly;
@@ -111,6 +115,7 @@ FieldShares FieldAnalysis::AddLooks(const std::optional<Measured>& luma,
     // Wrong colors bring luma nearer together, too; blended fields are so in all planes alike.
     const bool partly = luma && look == Look::kBlended && luma->apart > kAlike;
     if (partly && chroma && std::abs(luma->apart - chroma->apart) > 0.15) look = Look::kClear;
+    if (chroma && LookOf(*chroma) == Look::kClear) look = Look::kClear;
     Note(mSeen[static_cast<std::size_t>(look)], reading);
     AddLook(look);
     FieldShares shares{SharesOf(luma ? *luma : *chroma), SharesOf(chroma ? *chroma : *luma)};
@@ -150,6 +155,7 @@ std::array<double, 2> FieldAnalysis::SharesOf(const Measured& measured) {
     case Look::kSwapped: return {0, 1};
     case Look::kUpperOnly: return {1, 1};
     case Look::kLowerOnly: return {0, 0};
+    case Look::kUnclear: return {1, 0};
     default: return {measured.middle + measured.apart / 2.0, measured.middle - measured.apart / 2.0};
     }
 }

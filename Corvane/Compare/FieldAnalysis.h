@@ -49,6 +49,7 @@ class FieldAnalysis {
         double apart =
             0; // 1 if the fields are as far apart as they should be, 0 if they are alike, -1 if swapped
         double middle = 0; // how much of the upper field both show together
+        double aside = 0;  // how far their mean is from any mixture of both, in steps of 8 bits
     };
 
     static std::array<double, 2> SharesOf(const Measured& measured);
