@@ -139,8 +139,8 @@ struct Bounds {
             most[i] = std::max(most[i], values[i]);
         }
     }
-    Codes Hold(Codes values) const {
-        for (std::size_t i = 0; i < 3; ++i) values[i] = std::clamp(values[i], least[i], most[i]);
+    Codes Hold(Codes values, std::size_t planes) const {
+        for (std::size_t i = 0; i < planes; ++i) values[i] = std::clamp(values[i], least[i], most[i]);
         return values;
     }
 };
@@ -157,40 +157,47 @@ void AddTransferConversions(Hypotheses& all) {
         }
 }
 
-// Whether bounds cut some colors that the clip has, and leave some as they are.
-bool CutsSome(const Bounds& bounds, const std::vector<ColorSample>& samples,
+// Whether bounds cut some colors that the clip has, and are no single color, which explains anything.
+bool CutsSome(const Bounds& bounds, std::size_t planes, const std::vector<ColorSample>& samples,
               const std::function<Codes(const Color&)>& valuesOf, double step) {
+    constexpr double kSpan = 5;
     std::size_t cut = 0;
     for (const ColorSample& sample : samples) {
-        const Codes values = valuesOf(sample.expected), held = bounds.Hold(values);
-        const auto moved = [step](double a, double b) { return std::abs(a - b) > step; };
-        cut += !std::equal(values.begin(), values.begin() + 3, held.begin(), std::not_fn(moved));
+        const Codes values = valuesOf(sample.expected), held = bounds.Hold(values, planes);
+        bool moved = false;
+        for (std::size_t i = 0; i < planes; ++i) moved = moved || std::abs(values[i] - held[i]) > step;
+        cut += moved;
     }
-    return cut * 20 > samples.size() && cut * 10 < samples.size() * 9;
+    double span = 0;
+    for (std::size_t i = 0; i < planes; ++i) span = std::max(span, bounds.most[i] - bounds.least[i]);
+    return cut * 20 > samples.size() && span > kSpan * step;
 }
 
+// Y' alone, or each of R', G' and B'.
 void AddClipping(Hypotheses& all, const SampleCoding& coding, const std::vector<ColorSample>& samples) {
-    Bounds codes, colors;
+    Bounds luma, colors;
     for (const ColorSample& sample : samples) {
-        codes.Add(sample.found);
+        luma.Add(sample.found);
         colors.Add(Decode(sample.found, coding));
     }
-    const auto add = [&](const char* name, const Bounds& bounds, double scale,
+    const auto add = [&](const char* name, const Bounds& bounds, std::size_t planes, double scale,
                          const std::function<Codes(const Color&)>& valuesOf,
                          std::function<Color(const Color&)> change) {
-        if (!CutsSome(bounds, samples, valuesOf, 1.5 / scale)) return;
+        if (!CutsSome(bounds, planes, samples, valuesOf, 1.5 / scale)) return;
         const std::string found =
             fmt::format("{:.0f} to {:.0f}", scale * bounds.least[0], scale * bounds.most[0]);
         all.push_back({"color.clipped", "", found, fmt::format("levels were cut ({} has {})", name, found),
                        std::move(change)});
+        all.back().fitted = true;
     };
     const auto encode = [coding](const Color& color) { return Encode(color, coding); };
-    add(coding.yCbCr ? "Y'" : "R'", codes, 1.0, encode,
-        [codes, coding](const Color& color) { return Decode(codes.Hold(Encode(color, coding)), coding); });
     if (coding.yCbCr)
-        add(
-            "R'", colors, 255.0, [](const Color& color) { return color; },
-            [colors](const Color& color) { return colors.Hold(color); });
+        add("Y'", luma, 1, 1.0, encode, [luma, coding](const Color& color) {
+            return Decode(luma.Hold(Encode(color, coding), 1), coding);
+        });
+    add(
+        "R'", colors, 3, 255.0, [](const Color& color) { return color; },
+        [colors](const Color& color) { return colors.Hold(color, 3); });
 }
 
 // Fewer bits, either of the samples or of R'G'B', rounded down or to the nearest.
@@ -235,6 +242,7 @@ void AddShift(Hypotheses& all, const SampleCoding& coding, const std::vector<Col
                        for (std::size_t i = 0; i < 3; ++i) codes[i] += shift[i];
                        return Decode(codes, coding);
                    }});
+    all.back().fitted = true;
 }
 
 } // namespace

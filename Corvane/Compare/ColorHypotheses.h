@@ -20,6 +20,8 @@ struct ColorHypothesis {
     bool held = false;
     /// Whether the samples would be as an export of the clip makes them, so that the tag is at fault.
     bool tagAtFault = false;
+    /// Whether its parameters come from the samples, so that it fits anything a little.
+    bool fitted = false;
 };
 
 /// What can be said of a clip's samples by its export and by the video's tags.

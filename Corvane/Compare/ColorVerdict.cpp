@@ -61,7 +61,7 @@ void Choose(const std::vector<Rated>& rated, double allowed, ColorVerdict& verdi
     for (const Rated& other : rated) {
         if (other.residual > rival) break;
         const std::string_view subject = SubjectOf(*other.hypothesis);
-        if (subject == "error" && subject != SubjectOf(*chosen)) continue; // fits anything a little
+        if (other.hypothesis->fitted && subject != SubjectOf(*chosen)) continue;
         if (subject == SubjectOf(*chosen) && other.hypothesis->tagAtFault) chosen = other.hypothesis;
         if (subjects.insert(subject).second) verdict.candidates.push_back(other.hypothesis->cause);
     }
