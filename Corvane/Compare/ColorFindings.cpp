@@ -90,7 +90,6 @@ CodingFacts ColorAnalysis::FactsOf(const ColorSample& sample) const {
     facts.told = sample.coding;
     facts.exported = TagsFor(mClip).matrix == kH273_709 ? kMatrix709 : kMatrix601;
     facts.saysMatrix = mTags.matrix != 2;
-    facts.saysRange = mTags.fullRange.has_value();
     facts.alpha = sample.alpha;
     return facts;
 }

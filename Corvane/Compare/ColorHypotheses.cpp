@@ -19,7 +19,6 @@ Color Held(const Color& color) {
 // Adds a hypothesis as it is, and with its colors held to what integers of R'G'B' have.
 void AddBoth(Hypotheses& all, ColorHypothesis hypothesis) {
     all.push_back(hypothesis);
-    hypothesis.held = true;
     hypothesis.change = [change = hypothesis.change](const Color& color) { return Held(change(color)); };
     all.push_back(std::move(hypothesis));
 }
@@ -40,7 +39,7 @@ void AddMatrices(Hypotheses& all, const CodingFacts& facts) {
                           : tag ? fmt::format("the tag says {}, and the samples are {}", MatrixName(taken),
                                               MatrixName(made))
                                 : fmt::format("{} was taken for {}", MatrixName(made), MatrixName(taken)),
-                          Mistaken({true, made, false, 8}, {true, taken, false, 8}), false, tag});
+                          Mistaken({true, made, false, 8}, {true, taken, false, 8}), tag});
         }
 }
 
@@ -58,8 +57,7 @@ void AddRanges(Hypotheses& all, const CodingFacts& facts) {
                               tag ? "the tag says full range, and the samples are of limited range"
                                   : fmt::format("{} range was taken for {} range{}", made, taken,
                                                 twice ? " twice" : ""),
-                              twice ? [once](const Color& color) { return once(once(color)); } : once, false,
-                              tag});
+                              twice ? [once](const Color& color) { return once(once(color)); } : once, tag});
             }
 }
 
