@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 namespace corvane {
 namespace {
@@ -41,14 +42,25 @@ double OwnShare(Parity parity, const std::array<double, 2>& shares) {
     }
 }
 
-double SpreadOf(const RowSamples& row, int bits) {
-    return std::ldexp((row.most - row.least) / 2.0, 8 - bits);
+// Codecs that keep the color of an area, or nearly so, at every rate in use. The others quantize it.
+bool KeepsColors(std::string_view codec) {
+    constexpr std::string_view kCodecs[] = {"ffv1",     "rawvideo", "wrapped_avframe",
+                                            "huffyuv",  "ffvhuff",  "utvideo",
+                                            "magicyuv", "png",      "apng",
+                                            "tiff",     "exr",      "dpx",
+                                            "targa",    "bmp",      "qtrle",
+                                            "ppm",      "pam",      "v210",
+                                            "v210x",    "v308",     "v408",
+                                            "v410",     "r210",     "r10k",
+                                            "prores",   "dnxhd",    "cfhd",
+                                            "jpeg2000"};
+    return std::ranges::find(kCodecs, codec) != std::end(kCodecs);
 }
 
 } // namespace
 
-ColorAnalysis::ColorAnalysis(const StreamFacts& clip, double tolerance)
-    : mClip(clip), mTolerance(tolerance) {}
+ColorAnalysis::ColorAnalysis(const StreamFacts& clip, const VideoFacts& video, double tolerance)
+    : mClip(clip), mTolerance(tolerance), mCodecNoise(KeepsColors(video.codec) ? 0.0 : 2.0) {}
 
 void ColorAnalysis::Add(const PictureRows& rows, const VideoTags& tags, const Placement& placement,
                         std::int64_t frame, const ExpectedRows& expected, const FieldShares& shares) {
@@ -74,7 +86,7 @@ void ColorAnalysis::Add(const PictureRows& rows, const VideoTags& tags, const Pl
             for (const ColorSample& sample : samples) kept.Add(sample);
     };
     keep(mAll);
-    if (RootMeanSquareOff(samples, {}) <= mTolerance + NoiseAllowance(samples)) return;
+    if (RootMeanSquareOff(samples, {}) <= mTolerance) return;
     ++mOffPictures;
     keep(mOff);
     if (mOffFrames.Get().size() < kMostRanges) mOffFrames.Add(frame);
@@ -85,7 +97,8 @@ void ColorAnalysis::Add(const PictureRows& rows, const VideoTags& tags, const Pl
 std::vector<ColorAnalysis::Unit> ColorAnalysis::ChooseUnits(const PictureRows& rows,
                                                             const Placement& placement, bool mixed) const {
     const std::uint32_t each = 1u << (rows.format.yCbCr ? rows.format.subsampleH : 0);
-    const std::uint32_t margin = placement.IsPlain() ? 0 : 2, fields = mClip.Interlaced() && !mixed ? 2 : 1;
+    const std::uint32_t margin = placement.IsPlain() && !mClip.Interlaced() ? 0 : 2,
+                        fields = mClip.Interlaced() && !mixed ? 2 : 1;
     const std::uint32_t top = (placement.active.top + each - 1) / each + margin;
     const auto height = static_cast<std::uint32_t>(rows.plane[0].size());
     const std::uint32_t bottom = std::min(placement.active.bottom, height) / (each * fields) * fields;
@@ -121,10 +134,7 @@ ColorSample ColorAnalysis::SampleOf(const PictureRows& rows, const Unit& unit, c
         double sum = 0;
         for (std::uint32_t i = 0; i < count; ++i) {
             const std::vector<RowSamples>& all = rows.plane[plane];
-            const RowSamples& row = all[std::min<std::size_t>(first + i * unit.step, all.size() - 1)];
-            sum += double{row.mean};
-            sample.noise =
-                std::max(sample.noise, unit.parity == Parity::kBoth ? 0 : SpreadOf(row, coding.bits));
+            sum += double{all[std::min<std::size_t>(first + i * unit.step, all.size() - 1)].mean};
         }
         codes[plane] = sum / count;
     }

@@ -23,13 +23,21 @@ struct ColorFigures {
     double mostDeltaE = 0;
 };
 
+/// What was done to the colors.
+struct ColorReport {
+    std::vector<Finding> findings;
+    /// Whether the colors are explained if nothing was done to the fields, though wrong colors made it look
+    /// as if: what FieldAnalysis says of their content doesn't count then.
+    bool fieldsAreClear = false;
+};
+
 /// Compares the colors of rows with those that the clip has there. Looks at some rows of each picture, and
 /// keeps a fixed number of them, so that memory doesn't grow with the number of pictures. One thread at a
 /// time.
 class ColorAnalysis {
   public:
     /// `tolerance` is what samples may be off beside the codec's noise, in steps of 8 bits.
-    ColorAnalysis(const StreamFacts& clip, double tolerance);
+    ColorAnalysis(const StreamFacts& clip, const VideoFacts& video, double tolerance);
 
     /// Takes note of a picture that shows frame `frame`, whose rows are `expected`. `shares` is what its rows
     /// show of the two fields, so that exchanged or blended fields aren't taken for wrong colors. Gradients
@@ -39,7 +47,7 @@ class ColorAnalysis {
 
     /// What was done to the colors: at most one finding of the kinds color.* and tags.matrix, tags.range, and
     /// color.depth. Throws `std::bad_alloc`.
-    std::vector<Finding> Findings() const;
+    ColorReport Report() const;
 
     /// The differences between the colors as a viewer sees them and the clip's.
     ColorFigures Figures() const;
@@ -61,6 +69,7 @@ class ColorAnalysis {
     void AddLevels(const PictureRows& rows, const Unit& unit, const SampleCoding& coding,
                    const ExpectedRows& expected);
     Finding DepthFinding(const ColorLevels::Lost& lost) const;
+    Finding FindingOf(const ColorVerdict& verdict, const std::vector<ColorSample>& samples) const;
     const std::vector<ColorSample>& Telling() const;
     CodingFacts FactsOf(const ColorSample& sample) const;
     bool IsOff() const;
@@ -68,7 +77,8 @@ class ColorAnalysis {
 
     const StreamFacts mClip;
     const double mTolerance;
-    VideoTags mTags; // of the last picture
+    const double mCodecNoise; // what the codec may put all samples of a color off
+    VideoTags mTags;          // of the last picture
     std::int64_t mPictures = 0;
     std::int64_t mOffPictures = 0;
     ColorSamples mAll;

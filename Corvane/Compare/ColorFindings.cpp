@@ -45,6 +45,19 @@ Finding ErrorOf(const ColorVerdict& verdict, const std::vector<ColorSample>& sam
     return finding;
 }
 
+// The samples as they count if the fields are clear; nothing if they count so already.
+std::optional<std::vector<ColorSample>> WithClearFields(const std::vector<ColorSample>& samples) {
+    const auto mixed = [](const ColorSample& sample) {
+        return sample.expected != sample.other && sample.parity != Parity::kBoth &&
+               (sample.ownLuma != 1.0 || sample.ownChroma != 1.0);
+    };
+    if (std::ranges::none_of(samples, mixed)) return std::nullopt;
+    std::vector<ColorSample> clear = samples;
+    for (ColorSample& sample : clear)
+        if (sample.parity != Parity::kBoth) sample.ownLuma = sample.ownChroma = 1.0;
+    return clear;
+}
+
 } // namespace
 
 ColorFigures FiguresOf(const std::vector<ColorSample>& samples) {
@@ -77,7 +90,6 @@ CodingFacts ColorAnalysis::FactsOf(const ColorSample& sample) const {
     facts.told = sample.coding;
     facts.exported = TagsFor(mClip).matrix == kH273_709 ? kMatrix709 : kMatrix601;
     facts.saysMatrix = mTags.matrix != 2;
-    facts.saysRange = mTags.fullRange.has_value();
     facts.alpha = sample.alpha;
     return facts;
 }
@@ -97,28 +109,43 @@ Finding ColorAnalysis::DepthFinding(const ColorLevels::Lost& lost) const {
     return finding;
 }
 
-std::vector<Finding> ColorAnalysis::Findings() const {
-    std::vector<Finding> findings;
-    if (IsOff()) {
-        const std::vector<ColorSample>& samples = Telling();
-        const ColorVerdict verdict = JudgeColors(samples, FactsOf(samples.front()), mTolerance);
-        if (verdict.IsOff()) {
-            Finding finding = ErrorOf(verdict, samples);
-            if (verdict.explanation) {
-                const ColorHypothesis& best = *verdict.explanation;
-                finding.kind = best.kind;
-                finding.cause = best.cause;
-                if (!best.expected.empty()) finding.expected = best.expected, finding.found = best.found;
-            }
-            const ColorFigures figures = FiguresOf(samples);
-            finding.sentence = Sentence(finding.cause, figures);
-            finding.weight = std::min(1.0, 0.3 + figures.meanDeltaE / 30.0);
-            if (!MostlyOff()) finding.frames = mOffFrames.Get();
-            findings.push_back(std::move(finding));
-        }
+Finding ColorAnalysis::FindingOf(const ColorVerdict& verdict, const std::vector<ColorSample>& samples) const {
+    Finding finding = ErrorOf(verdict, samples);
+    if (verdict.explanation) {
+        const ColorHypothesis& best = *verdict.explanation;
+        finding.kind = best.kind;
+        finding.cause = best.cause;
+        if (!best.expected.empty()) finding.expected = best.expected;
+        if (!best.found.empty()) finding.found = best.found;
     }
-    if (const auto lost = mLevels.Worst(); lost && findings.empty()) findings.push_back(DepthFinding(*lost));
-    return findings;
+    const ColorFigures figures = FiguresOf(samples);
+    finding.sentence = Sentence(finding.cause, figures);
+    finding.weight = std::min(1.0, 0.3 + figures.meanDeltaE / 30.0);
+    if (!MostlyOff()) finding.frames = mOffFrames.Get();
+    return finding;
+}
+
+ColorReport ColorAnalysis::Report() const {
+    ColorReport report;
+    const auto lost = mLevels.Worst();
+    if (IsOff()) {
+        std::vector<ColorSample> samples = Telling();
+        const CodingFacts facts = FactsOf(samples.front());
+        ColorVerdict verdict = JudgeColors(samples, facts, mTolerance, mCodecNoise);
+        if (const auto clear = WithClearFields(samples); verdict.IsOff() && clear) {
+            const ColorVerdict other = JudgeColors(*clear, facts, mTolerance, mCodecNoise);
+            const bool better = !verdict.explanation || other.residual < verdict.residual;
+            if (other.explanation && better) {
+                verdict = other;
+                samples = *clear;
+                report.fieldsAreClear = true;
+            }
+        }
+        const bool unexplained = !verdict.explanation && verdict.candidates.empty();
+        if (verdict.IsOff() && !(unexplained && lost)) report.findings.push_back(FindingOf(verdict, samples));
+    }
+    if (lost && report.findings.empty()) report.findings.push_back(DepthFinding(*lost));
+    return report;
 }
 
 } // namespace corvane

@@ -19,7 +19,6 @@ Color Held(const Color& color) {
 // Adds a hypothesis as it is, and with its colors held to what integers of R'G'B' have.
 void AddBoth(Hypotheses& all, ColorHypothesis hypothesis) {
     all.push_back(hypothesis);
-    hypothesis.held = true;
     hypothesis.change = [change = hypothesis.change](const Color& color) { return Held(change(color)); };
     all.push_back(std::move(hypothesis));
 }
@@ -40,7 +39,7 @@ void AddMatrices(Hypotheses& all, const CodingFacts& facts) {
                           : tag ? fmt::format("the tag says {}, and the samples are {}", MatrixName(taken),
                                               MatrixName(made))
                                 : fmt::format("{} was taken for {}", MatrixName(made), MatrixName(taken)),
-                          Mistaken({true, made, false, 8}, {true, taken, false, 8}), false, tag});
+                          Mistaken({true, made, false, 8}, {true, taken, false, 8}), tag});
         }
 }
 
@@ -58,8 +57,7 @@ void AddRanges(Hypotheses& all, const CodingFacts& facts) {
                               tag ? "the tag says full range, and the samples are of limited range"
                                   : fmt::format("{} range was taken for {} range{}", made, taken,
                                                 twice ? " twice" : ""),
-                              twice ? [once](const Color& color) { return once(once(color)); } : once, false,
-                              tag});
+                              twice ? [once](const Color& color) { return once(once(color)); } : once, tag});
             }
 }
 
@@ -90,9 +88,9 @@ void AddChannels(Hypotheses& all, const CodingFacts& facts) {
                    }});
 }
 
+constexpr std::array kTransfers{Transfer::kBT709, Transfer::kSrgb, Transfer::kGamma22, Transfer::kGamma24};
+
 void AddTransfers(Hypotheses& all) {
-    constexpr std::array kTransfers{Transfer::kBT709, Transfer::kSrgb, Transfer::kGamma22,
-                                    Transfer::kGamma24};
     for (const Transfer made : kTransfers) {
         const char* const name = TransferName(made);
         all.push_back({"color.transfer", "gamma-coded", "linear",
@@ -101,13 +99,6 @@ void AddTransfers(Hypotheses& all) {
         all.push_back({"color.transfer", "gamma-coded", "gamma-coded twice",
                        fmt::format("gamma-coded color was taken for linear light ({})", name),
                        [made](const Color& color) { return ToGammaCoded(color, made); }});
-        for (const Transfer taken : kTransfers) {
-            if (made == taken) continue;
-            all.push_back(
-                {"color.transfer", name, TransferName(taken),
-                 fmt::format("the transfer {} was converted to {}", name, TransferName(taken)),
-                 [made, taken](const Color& color) { return ToGammaCoded(ToLinear(color, made), taken); }});
-        }
     }
 }
 
@@ -146,49 +137,110 @@ struct Bounds {
             most[i] = std::max(most[i], values[i]);
         }
     }
-    Codes Hold(Codes values) const {
-        for (std::size_t i = 0; i < 3; ++i) values[i] = std::clamp(values[i], least[i], most[i]);
+    Codes Hold(Codes values, std::size_t planes) const {
+        for (std::size_t i = 0; i < planes; ++i) values[i] = std::clamp(values[i], least[i], most[i]);
         return values;
     }
 };
 
-void AddClipping(Hypotheses& all, const SampleCoding& coding, const std::vector<ColorSample>& samples) {
-    Bounds codes, colors;
+// From one transfer to another: small differences, which one or two colors don't tell from others.
+void AddTransferConversions(Hypotheses& all) {
+    for (const Transfer made : kTransfers)
+        for (const Transfer taken : kTransfers) {
+            if (made == taken) continue;
+            all.push_back(
+                {"color.transfer", TransferName(made), TransferName(taken),
+                 fmt::format("the transfer {} was converted to {}", TransferName(made), TransferName(taken)),
+                 [made, taken](const Color& color) { return ToGammaCoded(ToLinear(color, made), taken); }});
+        }
+}
+
+// Whether bounds cut some colors that the clip has, and are no single color, which explains anything.
+bool CutsSome(const Bounds& bounds, std::size_t planes, const std::vector<ColorSample>& samples,
+              const std::function<Codes(const Color&)>& valuesOf, double step) {
+    constexpr double kSpan = 5;
+    std::size_t cut = 0;
     for (const ColorSample& sample : samples) {
-        codes.Add(sample.found);
+        const Codes values = valuesOf(sample.expected), held = bounds.Hold(values, planes);
+        bool moved = false;
+        for (std::size_t i = 0; i < planes; ++i) moved = moved || std::abs(values[i] - held[i]) > step;
+        cut += moved;
+    }
+    double span = 0;
+    for (std::size_t i = 0; i < planes; ++i) span = std::max(span, bounds.most[i] - bounds.least[i]);
+    return cut * 20 > samples.size() && span > kSpan * step;
+}
+
+// Y' alone, or each of R', G' and B'.
+void AddClipping(Hypotheses& all, const SampleCoding& coding, const std::vector<ColorSample>& samples) {
+    Bounds luma, colors;
+    for (const ColorSample& sample : samples) {
+        luma.Add(sample.found);
         colors.Add(Decode(sample.found, coding));
     }
-    const std::string found = fmt::format("{:.0f} to {:.0f}", codes.least[0], codes.most[0]);
-    const std::string cause =
-        fmt::format("levels were cut ({} has {} at most)", coding.yCbCr ? "Y'" : "R'", found);
-    all.push_back({"color.clipped", "", found, cause, [codes, coding](const Color& color) {
-                       return Decode(codes.Hold(Encode(color, coding)), coding);
-                   }});
-    if (!coding.yCbCr) return;
-    const std::string range = fmt::format(
-        "{:.0f} to {:.0f}", 255 * *std::min_element(colors.least.begin(), colors.least.begin() + 3),
-        255 * *std::max_element(colors.most.begin(), colors.most.begin() + 3));
-    all.push_back({"color.clipped", "", range, fmt::format("levels of R', G', B' were cut to {}", range),
-                   [colors](const Color& color) { return colors.Hold(color); }});
+    const auto add = [&](const char* name, const Bounds& bounds, std::size_t planes, double scale,
+                         const std::function<Codes(const Color&)>& valuesOf,
+                         std::function<Color(const Color&)> change) {
+        if (!CutsSome(bounds, planes, samples, valuesOf, 1.5 / scale)) return;
+        const std::string found =
+            fmt::format("{:.0f} to {:.0f}", scale * bounds.least[0], scale * bounds.most[0]);
+        all.push_back({"color.clipped", "", found, fmt::format("levels were cut ({} has {})", name, found),
+                       std::move(change)});
+        all.back().fitted = true;
+    };
+    const auto encode = [coding](const Color& color) { return Encode(color, coding); };
+    if (coding.yCbCr)
+        add("Y'", luma, 1, 1.0, encode, [luma, coding](const Color& color) {
+            return Decode(luma.Hold(Encode(color, coding), 1), coding);
+        });
+    add(
+        "R'", colors, 3, 255.0, [](const Color& color) { return color; },
+        [colors](const Color& color) { return colors.Hold(color, 3); });
 }
 
 // Fewer bits, either of the samples or of R'G'B', rounded down or to the nearest.
 void AddDepths(Hypotheses& all, const SampleCoding& told) {
     const SampleCoding rgb{false, told.matrix, true, 8};
-    for (int bits = 1; bits < 7; ++bits)
-        for (const SampleCoding& coding : {told, rgb})
-            for (const bool nearest : {false, true}) {
-                const double step = std::ldexp(1.0, 8 - bits);
+    const auto cut = [](const SampleCoding& coding, std::size_t planes, double step, double rounding) {
+        return [=](const Color& color) {
+            Codes codes = Encode(color, coding);
+            for (std::size_t i = 0; i < planes; ++i)
+                codes[i] = std::floor((codes[i] + rounding) / step) * step;
+            return Decode(codes, coding);
+        };
+    };
+    for (int bits = 1; bits < 7; ++bits) {
+        const double step = std::ldexp(1.0, 8 - bits);
+        const auto add = [&](const SampleCoding& coding, std::size_t planes, const char* what) {
+            for (const double rounding : {0.5, step / 2.0})
                 all.push_back({"color.depth", "8 bits", fmt::format("{} bits", bits),
-                               fmt::format("only {} bits of each sample were kept", bits),
-                               [=](const Color& color) {
-                                   Codes codes = Encode(color, coding);
-                                   for (std::size_t i = 0; i < 3; ++i)
-                                       codes[i] = nearest ? std::round(codes[i] / step) * step
-                                                          : std::floor((codes[i] + 0.5) / step) * step;
-                                   return Decode(codes, coding);
-                               }});
-            }
+                               fmt::format("only {} bits of {} were kept", bits, what),
+                               cut(coding, planes, step, rounding)});
+        };
+        add(told, 3, "each sample");
+        if (told.yCbCr) add(told, 1, "Y'");
+        if (told.yCbCr) add(rgb, 3, "R', G' and B'");
+    }
+}
+
+// All samples of a plane moved by as much.
+void AddShift(Hypotheses& all, const SampleCoding& coding, const std::vector<ColorSample>& samples) {
+    Codes shift{};
+    for (const ColorSample& sample : samples) {
+        const Codes meant = Encode(sample.expected, coding);
+        for (std::size_t i = 0; i < 3; ++i)
+            shift[i] += (sample.found[i] - meant[i]) / static_cast<double>(samples.size());
+    }
+    const std::string found = fmt::format("{:+.0f}, {:+.0f}, {:+.0f}", shift[0], shift[1], shift[2]);
+    all.push_back({"color.error", "", found,
+                   fmt::format("all levels of {} were moved by {} steps",
+                               coding.yCbCr ? "Y', Cb, Cr" : "R', G', B'", found),
+                   [shift, coding](const Color& color) {
+                       Codes codes = Encode(color, coding);
+                       for (std::size_t i = 0; i < 3; ++i) codes[i] += shift[i];
+                       return Decode(codes, coding);
+                   }});
+    all.back().fitted = true;
 }
 
 } // namespace
@@ -207,6 +259,8 @@ Hypotheses FittedHypotheses(const CodingFacts& facts, const std::vector<ColorSam
     Hypotheses all;
     AddClipping(all, facts.told, samples);
     AddDepths(all, facts.told);
+    AddShift(all, facts.told, samples);
+    AddTransferConversions(all);
     return all;
 }
 

@@ -16,10 +16,10 @@ struct ColorHypothesis {
     std::string cause;    ///< as a clause
     /// The color that a viewer sees for one of the clip.
     std::function<Color(const Color&)> change;
-    /// Whether colors are held to 0..1 after the change, as in R'G'B' of integers.
-    bool held = false;
     /// Whether the samples would be as an export of the clip makes them, so that the tag is at fault.
     bool tagAtFault = false;
+    /// Whether its parameters come from the samples, so that it fits anything a little.
+    bool fitted = false;
 };
 
 /// What can be said of a clip's samples by its export and by the video's tags.
@@ -27,16 +27,15 @@ struct CodingFacts {
     SampleCoding told;         ///< how viewers take the samples
     int exported = kMatrix709; ///< the matrix that an export of the clip has; its range is limited
     bool saysMatrix = false;   ///< whether the video has such a tag
-    bool saysRange = false;
-    bool alpha = false; ///< whether the video has an alpha plane
+    bool alpha = false;        ///< whether the video has an alpha plane
 };
 
 /// The changes that have no parameters: matrix, range, channels, transfer, alpha. Throws `std::bad_alloc`.
 /// Any thread.
 std::vector<ColorHypothesis> FixedHypotheses(const CodingFacts& facts);
 
-/// The changes whose parameters follow from the samples: levels that are cut or of fewer bits. Throws
-/// `std::bad_alloc`. Any thread.
+/// The changes that only samples of many colors tell: levels that are cut, moved or of fewer bits, and one
+/// transfer taken for another. Throws `std::bad_alloc`. Any thread.
 std::vector<ColorHypothesis> FittedHypotheses(const CodingFacts& facts,
                                               const std::vector<ColorSample>& samples);
 

@@ -9,8 +9,8 @@
 
 namespace corvane {
 
-/// Counts the distinct levels of each plane, expected and found, in rows that are of one level each: what a
-/// lossy codec's noise blurs isn't counted. Takes 64 KiB. One thread at a time.
+/// Counts the distinct levels of each plane, expected and found. Levels that a lossy codec's noise fills in
+/// are told from those of lost bits, which lie apart, dithered or not. Takes 64 KiB. One thread at a time.
 class ColorLevels {
   public:
     /// Adds the sample of a row. `least` and `most` are code values of the picture, `expected` the exact one.
@@ -21,6 +21,7 @@ class ColorLevels {
         int plane = 0;
         std::size_t found = 0;
         std::size_t expected = 0;
+        double step = 0; ///< between the levels that are left, in code values of the picture
     };
     /// The plane that lost the greatest share of its levels, if that is clear.
     std::optional<Lost> Worst() const;
@@ -28,7 +29,6 @@ class ColorLevels {
   private:
     struct Plane {
         std::bitset<65536> expected, found;
-        std::int64_t rows = 0, flat = 0;
     };
     std::array<Plane, 4> mPlanes;
 };

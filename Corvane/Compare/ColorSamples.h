@@ -21,7 +21,6 @@ struct ColorSample {
         1; ///< how much of the expected color the rows' luma, or R'G'B', shows; the rest is the other's
     double ownChroma = 1;
     Codes found{};       ///< means over the row, in steps of 8 bits: code values over 2^(bits - 8)
-    double noise = 0;    ///< how far samples of the row lie apart, in steps of 8 bits
     SampleCoding coding; ///< how a viewer takes the samples; always 8 bits, as they are given here
     bool alpha = false;  ///< whether the fourth component means something
 };

@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <set>
+#include <string_view>
 
 namespace corvane {
 namespace {
@@ -25,6 +28,14 @@ std::vector<ColorSample> Fewer(const std::vector<ColorSample>& samples) {
     return fewer;
 }
 
+bool HasManyColors(const std::vector<ColorSample>& samples) {
+    constexpr std::size_t kMany = 8;
+    std::set<Color> colors;
+    for (std::size_t i = 0; i < samples.size() && colors.size() < kMany; ++i)
+        colors.insert(samples[i].expected);
+    return colors.size() >= kMany;
+}
+
 std::vector<Rated> Ranked(const std::vector<ColorHypothesis>& hypotheses,
                           const std::vector<ColorSample>& samples) {
     std::vector<Rated> rated;
@@ -34,22 +45,30 @@ std::vector<Rated> Ranked(const std::vector<ColorHypothesis>& hypotheses,
     return rated;
 }
 
-// Takes the best explanation, or tells the candidates if another kind is nearly as good.
+// "matrix" of both "color.matrix" and "tags.matrix".
+std::string_view SubjectOf(const ColorHypothesis& hypothesis) {
+    return std::string_view(hypothesis.kind).substr(hypothesis.kind.find('.') + 1);
+}
+
+// Takes the best explanation, or tells the candidates if one of another subject is nearly as good. Samples
+// that are as an export makes them are the tag's fault.
 void Choose(const std::vector<Rated>& rated, double allowed, ColorVerdict& verdict) {
     const Rated& best = rated.front();
     if (best.residual > std::min(allowed, kExplained * verdict.off)) return;
     const double rival = std::max(1.7 * best.residual, best.residual + 0.5);
-    std::vector<std::string> kinds;
+    const ColorHypothesis* chosen = best.hypothesis;
+    std::set<std::string_view> subjects;
     for (const Rated& other : rated) {
         if (other.residual > rival) break;
-        if (std::ranges::find(kinds, other.hypothesis->kind) != kinds.end()) continue;
-        kinds.push_back(other.hypothesis->kind);
-        verdict.candidates.push_back(other.hypothesis->cause);
+        const std::string_view subject = SubjectOf(*other.hypothesis);
+        if (other.hypothesis->fitted && subject != SubjectOf(*chosen)) continue;
+        if (subject == SubjectOf(*chosen) && other.hypothesis->tagAtFault) chosen = other.hypothesis;
+        if (subjects.insert(subject).second) verdict.candidates.push_back(other.hypothesis->cause);
     }
     verdict.residual = best.residual;
-    if (kinds.size() > 1) return;
+    if (subjects.size() > 1) return;
     verdict.candidates.clear();
-    verdict.explanation = *best.hypothesis;
+    verdict.explanation = *chosen;
 }
 
 } // namespace
@@ -88,25 +107,39 @@ double RootMeanSquareOff(const std::vector<ColorSample>& samples,
     return samples.empty() ? 0.0 : std::sqrt(sum / static_cast<double>(samples.size()));
 }
 
-double NoiseAllowance(const std::vector<ColorSample>& samples) {
-    double noise = 0;
-    for (const ColorSample& sample : samples) noise += sample.noise;
-    return samples.empty() ? 0.0 : 0.5 * noise / static_cast<double>(samples.size());
+double NoiseOf(const std::vector<ColorSample>& samples) {
+    std::array<const ColorSample*, 3> last{};
+    double sum = 0;
+    std::int64_t count = 0;
+    for (const ColorSample& sample : samples) {
+        const ColorSample*& before = last[static_cast<std::size_t>(sample.parity)];
+        if (before != nullptr && before->frame == sample.frame) {
+            const Codes here = PredictedCodes(sample, {}), there = PredictedCodes(*before, {});
+            double most = 0;
+            for (std::size_t i = 0; i < 3; ++i)
+                most = std::max(most, std::abs(sample.found[i] - here[i] - (before->found[i] - there[i])));
+            sum += most * most;
+            ++count;
+        }
+        before = &sample;
+    }
+    return count == 0 ? 0.0 : std::sqrt(sum / static_cast<double>(count) / 2.0);
 }
 
-ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFacts& facts,
-                         double tolerance) {
+ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFacts& facts, double tolerance,
+                         double codecNoise) {
     const std::vector<ColorSample> some = Fewer(samples);
-    const double noise = NoiseAllowance(some);
+    const double noise = NoiseOf(samples);
+    const bool many = HasManyColors(some);
     ColorVerdict verdict;
     verdict.off = RootMeanSquareOff(some, {});
-    verdict.allowed = tolerance + noise;
-    if (!verdict.IsOff()) return verdict;
-    const std::vector<ColorHypothesis> fixed = FixedHypotheses(facts);
-    Choose(Ranked(fixed, some), kRounding + noise, verdict);
-    if (verdict.explanation || !verdict.candidates.empty()) return verdict;
-    const std::vector<ColorHypothesis> fitted = FittedHypotheses(facts, some);
-    Choose(Ranked(fitted, some), kRounding + noise, verdict);
+    verdict.allowed = tolerance + noise + codecNoise;
+    // A codec's noise can look like anything in one or two colors, but not all along a gradient.
+    if (verdict.off <= (many ? tolerance : verdict.allowed)) return verdict;
+    const double left = kRounding + std::max(noise, codecNoise / 2.0);
+    std::vector<ColorHypothesis> all = FixedHypotheses(facts);
+    if (many) std::ranges::move(FittedHypotheses(facts, some), std::back_inserter(all));
+    Choose(Ranked(all, some), left, verdict);
     return verdict;
 }
 

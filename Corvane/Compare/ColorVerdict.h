@@ -28,14 +28,16 @@ struct ColorVerdict {
     std::optional<ColorHypothesis> explanation;
     std::vector<std::string> candidates; ///< causes, if several explain it equally well
 
-    bool IsOff() const { return off > allowed; }
+    bool IsOff() const { return off > allowed || explanation; }
 };
 
-/// Judges samples that are all taken by `facts.told`. Throws `std::bad_alloc`. Any thread.
-ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFacts& facts, double tolerance);
+/// Judges samples that are all taken by `facts.told`. `codecNoise` is what the codec may put all samples of a
+/// color off, in steps of 8 bits. Throws `std::bad_alloc`. Any thread.
+ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFacts& facts, double tolerance,
+                         double codecNoise);
 
-/// What the codec's noise may put rows off, in steps of 8 bits, by the spread of samples within rows. Any
-/// thread.
-double NoiseAllowance(const std::vector<ColorSample>& samples);
+/// How much rows that lie beside each other in a picture differ in what they are off, in steps of 8 bits:
+/// what happened to colors changes slowly with them, and a codec's noise doesn't. Any thread.
+double NoiseOf(const std::vector<ColorSample>& samples);
 
 } // namespace corvane

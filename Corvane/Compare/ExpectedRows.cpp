@@ -34,8 +34,10 @@ void ExpectedRows::Read(const FrameView& frame, const StreamFacts& facts) {
 }
 
 bool ExpectedRows::FieldsAreSolid() const {
-    // A gradient differs from top to bottom, unless it has one color; so two rows a field are enough.
-    const std::size_t middle = mRows.size() / 2 / 2 * 2, last = (mRows.size() - 1) / 2 * 2;
+    // A gradient differs from top to bottom, unless it has one color; so two rows a field are enough. If the
+    // number of rows is odd, the last one is of no field, and nobody fills it.
+    const std::size_t middle = mRows.size() / 2 / 2 * 2,
+                      last = mRows.size() < 2 ? 0 : mRows.size() / 2 * 2 - 2;
     for (std::size_t parity = 0; parity < std::min<std::size_t>(2, mRows.size()); ++parity)
         for (const std::size_t row : {middle, last})
             if (row + parity < mRows.size() && mRows[row + parity] != mRows[parity]) return false;

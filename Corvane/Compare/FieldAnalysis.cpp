@@ -6,8 +6,13 @@
 namespace corvane {
 namespace {
 
-// How far the colors of two fields must lie apart to be told from each other, in steps of 8 bits.
+// How far the colors of two fields must lie apart to be told from each other, in steps of 8 bits, and what is
+// enough to confirm something.
 constexpr double kFarEnough = 12;
+constexpr double kConfirming = 5;
+// How much of their difference fields show at least if they are clear, and at most if they look alike.
+constexpr double kClear = 0.6;
+constexpr double kAlike = 0.25;
 // Frame numbers of gradients are read with less than half a frame of error.
 constexpr double kAnotherFrame = 0.6;
 constexpr std::size_t kMostRanges = 1024;
@@ -32,8 +37,8 @@ FieldAnalysis::FieldAnalysis(const StreamFacts& clip, const VideoFacts& video) :
 // counts as luma). Nothing if that difference is too small.
 std::optional<FieldAnalysis::Measured> FieldAnalysis::Measure(const PictureRows& rows,
                                                               const Placement& placement,
-                                                              const ExpectedRows& expected,
-                                                              bool chroma) const {
+                                                              const ExpectedRows& expected, bool chroma,
+                                                              double farEnough) const {
     const PlanarFormat& format = rows.format;
     if (chroma && !format.yCbCr) return std::nullopt;
     const auto height = static_cast<std::uint32_t>(rows.plane[0].size());
@@ -43,27 +48,38 @@ std::optional<FieldAnalysis::Measured> FieldAnalysis::Measure(const PictureRows&
     const int down = chroma ? format.subsampleH : 0;
     const std::size_t first = (placement.active.top + (1u << down) - 1) >> down;
     const std::size_t last = placement.active.bottom >> down;
-    double length = 0, apart = 0, middle = 0;
+    double length = 0, apart = 0, middle = 0, distance = 0;
     for (std::size_t plane = from; plane < to; ++plane) {
         const double wanted = upper[plane] - lower[plane];
         const double even = MeanOfField(rows.plane[plane], first, last, 0);
         const double odd = MeanOfField(rows.plane[plane], first, last, 1);
         length += wanted * wanted;
         apart += (even - odd) * wanted;
-        middle += ((even + odd) / 2.0 - lower[plane]) * wanted;
+        const double mean = (even + odd) / 2.0 - lower[plane];
+        middle += mean * wanted;
+        distance += mean * mean;
     }
-    if (std::sqrt(length) < std::ldexp(kFarEnough, coding.bits - 8)) return std::nullopt;
-    return Measured{apart / length, middle / length};
+    if (std::sqrt(length) < std::ldexp(farEnough, coding.bits - 8)) return std::nullopt;
+    const double aside = std::sqrt(std::max(0.0, distance - middle * middle / length));
+    return Measured{apart / length, middle / length, std::ldexp(aside, 8 - coding.bits)};
 }
 
 FieldAnalysis::Look FieldAnalysis::LookOf(const Measured& measured) {
-    constexpr double kClear = 0.6, kAlike = 0.25;
     if (measured.apart > kClear) return Look::kClear;
     if (measured.apart < -kClear) return Look::kSwapped;
+    if (measured.aside > kFarEnough) return Look::kUnclear;
     if (std::abs(measured.apart) > kAlike) return measured.apart > 0 ? Look::kBlended : Look::kUnclear;
     if (measured.middle > 0.75) return Look::kUpperOnly;
     if (measured.middle < 0.25) return Look::kLowerOnly;
     return measured.middle > 0.35 && measured.middle < 0.65 ? Look::kBlended : Look::kUnclear;
+}
+
+// Whether chroma is of both fields in every row, or of one alone: chroma that is neither is of wrong colors.
+bool FieldAnalysis::MixesChroma(const Measured& chroma) {
+    const Look look = LookOf(chroma);
+    if (look == Look::kUpperOnly || look == Look::kLowerOnly)
+        return std::min(std::abs(chroma.middle), std::abs(chroma.middle - 1.0)) < 0.15;
+    return look == Look::kBlended || look == Look::kSwapped;
 }
 
 void FieldAnalysis::Note(Seen& seen, const FrameReading& reading) {
@@ -82,17 +98,34 @@ FieldShares FieldAnalysis::Add(const PictureRows& rows, const FrameReading& read
                 (placement.flipped && mClip.size.height % 2 == 0);
     AddNumbers(reading, order);
     if (!mClip.Interlaced() || expected.Height() < 4 || !expected.FieldsAreSolid()) return {};
-    const std::optional<Measured> luma = Measure(rows, placement, expected, false);
-    const std::optional<Measured> chroma = Measure(rows, placement, expected, true);
+    const std::optional<Measured> chroma = Measure(rows, placement, expected, true, kFarEnough);
+    std::optional<Measured> luma =
+        Measure(rows, placement, expected, false, chroma ? kConfirming : kFarEnough);
+    const std::optional<Measured> sure = Measure(rows, placement, expected, false, kFarEnough);
+    // A small difference of luma counts only if it is there: a low rate can take it away.
+    if (!sure && luma && LookOf(*luma) != Look::kClear) luma.reset();
     if (!luma && !chroma) return {};
+    return AddLooks(luma, chroma, reading);
+}
+
+FieldShares FieldAnalysis::AddLooks(const std::optional<Measured>& luma,
+                                    const std::optional<Measured>& chroma, const FrameReading& reading) {
     ++mLooked;
-    const Look look = LookOf(luma ? *luma : *chroma);
+    Look look = LookOf(luma ? *luma : *chroma);
+    // Wrong colors bring luma nearer together, too; blended fields are so in all planes alike.
+    const bool partly = luma && look == Look::kBlended && luma->apart > kAlike;
+    if (partly && chroma && std::abs(luma->apart - chroma->apart) > 0.15) look = Look::kClear;
+    if (chroma && LookOf(*chroma) == Look::kClear) look = Look::kClear;
     Note(mSeen[static_cast<std::size_t>(look)], reading);
     AddLook(look);
-    const FieldShares shares{SharesOf(luma ? *luma : *chroma), SharesOf(chroma ? *chroma : *luma)};
+    FieldShares shares{SharesOf(luma ? *luma : *chroma), SharesOf(chroma ? *chroma : *luma)};
+    if (look == Look::kClear) shares.luma = {1, 0};
     if (!luma || !chroma) return shares;
     ++mChromaLooked;
-    if (look == Look::kClear && LookOf(*chroma) != Look::kClear) Note(mChromaMixed, reading);
+    if (look == Look::kClear && MixesChroma(*chroma))
+        Note(mChromaMixed, reading);
+    else
+        shares.chroma = shares.luma;
     return shares;
 }
 
@@ -122,6 +155,7 @@ std::array<double, 2> FieldAnalysis::SharesOf(const Measured& measured) {
     case Look::kSwapped: return {0, 1};
     case Look::kUpperOnly: return {1, 1};
     case Look::kLowerOnly: return {0, 0};
+    case Look::kUnclear: return {1, 0};
     default: return {measured.middle + measured.apart / 2.0, measured.middle - measured.apart / 2.0};
     }
 }

@@ -33,8 +33,9 @@ class FieldAnalysis {
     FieldShares Add(const PictureRows& rows, const FrameReading& reading, FieldOrder order,
                     const Placement& placement, const ExpectedRows& expected);
 
-    /// What was done: kinds fields.* and tags.order, at most one. Throws `std::bad_alloc`.
-    std::vector<Finding> Findings() const;
+    /// What was done: kinds fields.* and tags.order, at most one. `colorsExplainContent` leaves out what was
+    /// found by colors (`ColorReport::fieldsAreClear`). Throws `std::bad_alloc`.
+    std::vector<Finding> Findings(bool colorsExplainContent = false) const;
 
   private:
     /// What the rows of a picture show.
@@ -48,13 +49,17 @@ class FieldAnalysis {
         double apart =
             0; // 1 if the fields are as far apart as they should be, 0 if they are alike, -1 if swapped
         double middle = 0; // how much of the upper field both show together
+        double aside = 0;  // how far their mean is from any mixture of both, in steps of 8 bits
     };
 
     static std::array<double, 2> SharesOf(const Measured& measured);
     static Look LookOf(const Measured& measured);
+    static bool MixesChroma(const Measured& chroma);
     static void Note(Seen& seen, const FrameReading& reading);
     std::optional<Measured> Measure(const PictureRows& rows, const Placement& placement,
-                                    const ExpectedRows& expected, bool chroma) const;
+                                    const ExpectedRows& expected, bool chroma, double farEnough) const;
+    FieldShares AddLooks(const std::optional<Measured>& luma, const std::optional<Measured>& chroma,
+                         const FrameReading& reading);
     void AddLook(Look look);
     void AddNumbers(const FrameReading& reading, FieldOrder order);
     std::optional<Finding> ContentFinding() const;

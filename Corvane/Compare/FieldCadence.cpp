@@ -28,7 +28,7 @@ std::string FieldCadence::Pattern() const {
         if (length == 1 && best[0] == 2) return {};
         std::vector<int> turned = best;
         for (std::size_t i = 1; i < length; ++i) {
-            std::ranges::rotate(turned, turned.begin() + 1);
+            std::rotate(turned.begin(), turned.begin() + 1, turned.end());
             best = std::min(best, turned);
         }
         return fmt::format("{}", fmt::join(best, ":"));

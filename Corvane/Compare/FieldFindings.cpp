@@ -24,13 +24,16 @@ Finding FieldAnalysis::Made(const char* kind, const Seen& seen, const char* foun
     return finding;
 }
 
-std::vector<Finding> FieldAnalysis::Findings() const {
+std::vector<Finding> FieldAnalysis::Findings(bool colorsExplainContent) const {
     if (mScaled) return {};
     // Each step says nothing if an earlier one explains what it sees.
-    for (const auto step : {&FieldAnalysis::ContentFinding, &FieldAnalysis::OneFieldFinding,
-                            &FieldAnalysis::NumbersFinding, &FieldAnalysis::TagFinding})
-        if (std::optional<Finding> finding = (this->*step)()) return {std::move(*finding)};
-    return {};
+    std::optional<Finding> finding;
+    if (!colorsExplainContent) finding = ContentFinding();
+    if (!finding && !colorsExplainContent) finding = OneFieldFinding();
+    if (!finding) finding = NumbersFinding();
+    if (!finding) finding = TagFinding();
+    if (!finding) return {};
+    return {std::move(*finding)};
 }
 
 std::optional<Finding> FieldAnalysis::ContentFinding() const {
