@@ -7,6 +7,7 @@
 
 #include "NumberSearch.h"
 #include "PlacedNumber.h"
+#include "Placement.h"
 
 namespace corvane {
 namespace {
@@ -44,8 +45,8 @@ struct NumberReader::State {
     void Forget(const PlaneView& plane);
     void Refine(PlacedNumber& place, const PlacedNumber::Numbers& numbers, const PlaneView& plane,
                 double step);
-    PlacedNumber::Numbers Search(const PlaneView& plane);
-    PlacedNumber::Numbers Read(const PlaneView& plane);
+    PlacedNumber::Numbers Search(const VideoPicture& shown);
+    PlacedNumber::Numbers Read(const VideoPicture& shown);
 };
 
 // A picture of another size has its numbers elsewhere.
@@ -81,15 +82,18 @@ void NumberReader::State::Refine(PlacedNumber& place, const PlacedNumber::Number
     known = At(refined, plane);
 }
 
-PlacedNumber::Numbers NumberReader::State::Search(const PlaneView& plane) {
+PlacedNumber::Numbers NumberReader::State::Search(const VideoPicture& shown) {
     if (rest > 0) {
         --rest;
         return {};
     }
-    for (const NumberGuess& guess : SearchNumber(frame, plane)) {
+    const PlaneView plane = LumaOf(shown);
+    for (const NumberGuess& guess : SearchNumber(frame, plane, FindActive(shown))) {
         auto place = At(guess.place, plane);
         PlacedNumber::Numbers numbers = ReadIn(*place, plane);
-        if (!Best(numbers)) continue;
+        const PrintedNumber* best = Best(numbers);
+        // What was found elsewhere must be clearer if there is a place where numbers were before.
+        if (!best || (known && best->certainty < 0.6)) continue;
         known.reset();
         sureness = 0;
         refinements = failures = 0;
@@ -102,7 +106,8 @@ PlacedNumber::Numbers NumberReader::State::Search(const PlaneView& plane) {
     return {};
 }
 
-PlacedNumber::Numbers NumberReader::State::Read(const PlaneView& plane) {
+PlacedNumber::Numbers NumberReader::State::Read(const VideoPicture& shown) {
+    const PlaneView plane = LumaOf(shown);
     if (picture != Size{plane.width, plane.height}) Forget(plane);
     for (PlacedNumber* place : {known.get(), plain.get()}) {
         if (!place) continue;
@@ -111,7 +116,7 @@ PlacedNumber::Numbers NumberReader::State::Read(const PlaneView& plane) {
         Refine(*place, numbers, plane, 1);
         return numbers;
     }
-    return Search(plane);
+    return Search(shown);
 }
 
 NumberReader::NumberReader(Size frame) : mState(std::make_unique<State>()) {
@@ -121,12 +126,11 @@ NumberReader::NumberReader(Size frame) : mState(std::make_unique<State>()) {
 NumberReader::~NumberReader() = default;
 
 NumberReading NumberReader::Read(const VideoPicture& picture) {
-    const PlaneView plane = LumaOf(picture);
-    PlacedNumber::Numbers numbers = mState->Read(plane);
+    const PlacedNumber::Numbers numbers = mState->Read(picture);
     NumberReading reading{.whole = numbers[2], .field = {numbers[0], numbers[1]}, .place = {}};
     if (!mState->known || !Best(numbers)) return reading;
     reading.place = mState->known->Place();
-    const PlaneView view = TurnBack(plane, reading.place->orientation);
+    const PlaneView view = TurnBack(LumaOf(picture), reading.place->orientation);
     if (view.CountsBackwards() && view.height % 2 == 0) std::swap(reading.field[0], reading.field[1]);
     return reading;
 }

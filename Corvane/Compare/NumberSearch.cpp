@@ -132,13 +132,17 @@ void GuessAll(Size frame, const PlaneView& plane, int turns, std::vector<NumberG
 
 } // namespace
 
-std::vector<NumberGuess> SearchNumber(Size frame, const PlaneView& plane) {
+std::vector<NumberGuess> SearchNumber(Size frame, const PlaneView& plane, const Box& active) {
     constexpr std::size_t kMost = 12;
     std::vector<NumberGuess> guesses;
-    GuessAll(frame, plane, 0, guesses);
-    GuessAll(frame, plane, 1, guesses);
+    const PlaneView part = Cut(plane, active);
+    GuessAll(frame, part, 0, guesses);
+    GuessAll(frame, part, 1, guesses);
     for (NumberGuess& guess : guesses) {
         const PlaneView view = TurnBack(plane, guess.place.orientation);
+        const auto [x, y] = CornerOf(active, plane, guess.place.orientation);
+        guess.place.left += x;
+        guess.place.top += y;
         guess.fit = PlacedNumber(frame, guess.place, view).FirstFit(view);
         // Pictures that lie as they should come first if there is little between them.
         if (!guess.place.orientation.IsPlain()) guess.fit *= 0.95;

@@ -15,7 +15,8 @@ struct NumberGuess {
 };
 
 /// The likeliest places of a number in a picture, the best first, a few at most; none if there is nothing
-/// that could be one. `plane` is as it lies in the picture. Throws `std::bad_alloc`. Any thread.
-std::vector<NumberGuess> SearchNumber(Size frame, const PlaneView& plane);
+/// that could be one. `plane` is as it lies in the picture, of which `active` shows the frame. Throws
+/// `std::bad_alloc`. Any thread.
+std::vector<NumberGuess> SearchNumber(Size frame, const PlaneView& plane, const Box& active);
 
 } // namespace corvane

@@ -13,7 +13,8 @@ constexpr int kAllRows = 2;
 
 // When a character is taken for read. Samples of coded pictures of readable size correlate by 0.9 and more.
 constexpr double kLeastFit = 0.8;
-constexpr double kMostDoubt = 0.6;
+constexpr double kLeastRows = 6; // of a character
+constexpr double kLeastColumns = 4;
 constexpr double kLeastContrast = 0.12; // of the range of samples; prints have 0.7 to 0.85
 constexpr double kMostRoughness = 0.12; // of the contrast, of what is not printed on
 
@@ -28,14 +29,22 @@ std::optional<std::int64_t> NumberOf(const std::vector<int>& glyphs) {
     return number;
 }
 
-bool IsRead(const CellReading& cell, const CellReading& first) {
-    return cell.fit >= kLeastFit && cell.doubt <= kMostDoubt && cell.contrast >= kLeastContrast &&
+// How much doubt a character may leave that is seen in so many rows: in few rows, noise looks like another
+// one.
+double MostDoubt(double rows) {
+    return std::clamp(rows * 0.03, 0.22, 0.6);
+}
+
+bool IsRead(const CellReading& cell, const CellReading& first, double rows) {
+    return cell.fit >= kLeastFit && cell.doubt <= MostDoubt(rows) && cell.contrast >= kLeastContrast &&
            cell.contrast > first.contrast * 0.6 && cell.contrast < first.contrast * 1.6 &&
            std::abs(cell.dark - first.dark) < first.contrast * 0.25;
 }
 
 bool IsBlended(const CellReading& cell) {
-    return cell.pairFit >= 0.92 && cell.weaker >= 0.15 && cell.pairContrast >= kLeastContrast;
+    const double left = 1 - cell.pairFit * cell.pairFit;
+    return cell.pairFit >= 0.92 && left < 0.4 * (1 - cell.fit * cell.fit) && cell.weaker >= 0.15 &&
+           cell.pairContrast >= kLeastContrast;
 }
 
 // The two numbers of a blend: which of two characters belongs to which is told by the numbers being near each
@@ -84,6 +93,7 @@ double PlacedNumber::Roughness(const PlaneView& view, double left, double right,
     constexpr int kSamples = 20;
     const double top = std::max(mGrid.YAt(0), 0.0);
     const double bottom = std::min(mGrid.YAt(raster::kGlyphHeight), static_cast<double>(view.height) - 2);
+    const double begin = std::max(mGrid.place.left, 0.0); // beside the frame there may be bars
     const double width = mGrid.XAt(0, right) - mGrid.XAt(0, left);
     double rough = 0;
     int count = 0;
@@ -94,7 +104,7 @@ double PlacedNumber::Roughness(const PlaneView& view, double left, double right,
         int taken = 0;
         for (int j = 0; j < kSamples; ++j) {
             const double x = mGrid.XAt(0, left) + width * (j + 0.5) / kSamples;
-            if (x < 0 || x >= view.width || y >= view.height) continue;
+            if (x < begin || x >= view.width || y >= view.height) continue;
             const double sample = view.At(static_cast<std::uint32_t>(x), y);
             sum += sample;
             squares += sample * sample;
@@ -128,13 +138,16 @@ PrintedNumber PlacedNumber::ReadRows(const PlaneView& view, int rows) {
     std::vector<bool> isPair;
     std::vector<int> glyphs;
     double certainty = 1;
+    const double height = mGrid.layout.glyphHeight * mGrid.place.scaleY / (rows == kAllRows ? 1 : 2);
+    const double width = mGrid.layout.glyphHeight * mGrid.place.scaleX * 0.6;
+    if (height < kLeastRows || width < kLeastColumns) return result;
     const auto isEnd = [&](int cell) { return EndsBefore(cell, view, cells[0].contrast, rows); };
     for (int cell = 0; cell < kMostCharacters && (cell == 0 || !isEnd(cell)); ++cell) {
         NumberCell* place = CellAt(cell, view);
         if (!place) return result;
         cells.push_back(place->Read(rows));
         const CellReading& read = cells.back();
-        isPair.push_back(!IsRead(read, cells[0]));
+        isPair.push_back(!IsRead(read, cells[0], height));
         if (isPair.back() && !IsBlended(read)) {
             result.blended = std::ranges::count(isPair, true) > 1;
             return result;

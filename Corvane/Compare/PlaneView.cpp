@@ -1,6 +1,7 @@
 #include "PlaneView.h"
 
-#include <utility>
+#include <algorithm>
+#include <array>
 
 namespace corvane {
 namespace {
@@ -36,6 +37,23 @@ PlaneView TurnBack(PlaneView plane, const Orientation& orientation) {
     if (orientation.mirrored) MirrorX(plane);
     if (orientation.flipped) MirrorY(plane);
     return plane;
+}
+
+PlaneView Cut(PlaneView plane, const Box& part) {
+    plane.base += plane.stepX * std::ptrdiff_t{part.left} + plane.stepY * std::ptrdiff_t{part.top};
+    plane.width = part.Width();
+    plane.height = part.Height();
+    return plane;
+}
+
+std::pair<double, double> CornerOf(const Box& part, const PlaneView& plane, const Orientation& orientation) {
+    // What lies left of the part, above, right and below; a turn back moves each on to the side before it.
+    std::array<std::uint32_t, 4> around{part.left, part.top, plane.width - part.right,
+                                        plane.height - part.bottom};
+    std::ranges::rotate(around, around.begin() + orientation.quarterTurns);
+    if (orientation.mirrored) std::swap(around[0], around[2]);
+    if (orientation.flipped) std::swap(around[1], around[3]);
+    return {around[0], around[1]};
 }
 
 } // namespace corvane

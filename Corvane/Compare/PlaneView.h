@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
+#include "Export/Picture/RowScan.h"
 #include "Orientation.h"
 #include "Video.h"
 
@@ -33,5 +35,12 @@ PlaneView LumaOf(const VideoPicture& picture);
 
 /// The same plane turned back: `orientation` is what was done to it. Any thread.
 PlaneView TurnBack(PlaneView plane, const Orientation& orientation);
+
+/// A part of a plane. Any thread.
+PlaneView Cut(PlaneView plane, const Box& part);
+
+/// Where the top left corner of a part of a plane lies once both were turned back: column and row. Any
+/// thread.
+std::pair<double, double> CornerOf(const Box& part, const PlaneView& plane, const Orientation& orientation);
 
 } // namespace corvane
