@@ -31,8 +31,14 @@ std::optional<std::int64_t> FrameSequence::Whole(const FrameReading& reading) co
     std::optional<double> frame = reading.frame[0];
     if (!frame || (reading.frame[1] && *reading.frame[1] > *frame)) frame = reading.frame[1];
     if (!frame) return {};
-    if (mLast && reading.margin > 0.4 && reading.margin > std::abs(*frame - static_cast<double>(*mLast + 1)))
-        return *mLast + 1;
+    const std::int64_t next = !mLast ? mExpected.first : mBackward > mForward ? *mLast - 1 : *mLast + 1;
+    // Readings with a margin near 1 are hardly ever off by most of a frame.
+    const double tolerance = reading.margin < 1.1 ? std::min(2 * reading.margin, 0.75) : reading.margin;
+    const auto isNear = [&](std::int64_t other) {
+        return reading.margin > 0.3 && std::abs(*frame - static_cast<double>(other)) < tolerance;
+    };
+    if (isNear(next)) return next;
+    if (mLast && isNear(*mLast)) return *mLast;
     return static_cast<std::int64_t>(std::llround(*frame));
 }
 
@@ -43,6 +49,7 @@ bool FrameSequence::IsForeign(const FrameReading& reading) const {
 
 std::optional<std::int64_t> FrameSequence::Add(const FrameReading& reading) {
     mShown.reset();
+    mMargin = std::max(mMargin, reading.margin);
     if (IsForeign(reading)) {
         mForeign.Add(reading.picture);
         ++mForeignRun;
@@ -126,9 +133,9 @@ void FrameSequence::EndRun() {
 }
 
 std::optional<FrameRange> FrameSequence::Extent() const {
-    const FrameRanges seen = mSeen.Ranges();
-    if (seen.Empty()) return {};
-    return FrameRange{seen.Get().front().first, seen.Get().back().last};
+    const std::vector<FrameRange> seen = mSeen.Ranges();
+    if (seen.empty()) return {};
+    return FrameRange{seen.front().first, seen.back().last};
 }
 
 std::optional<double> FrameSequence::PicturesPerFrame() const {
@@ -152,6 +159,14 @@ std::string FrameSequence::RepeatCause() const {
         if (share(length) > 0.9) return fmt::format("every frame is shown {} times", length);
     if (share(2) + share(3) > 0.9 && static_cast<double>(mRunsInTurn) > 0.8 * static_cast<double>(runs))
         return "frames are shown for two and for three pictures in turn, as 3:2 pulldown does";
+    // Where frames can't be told from their neighbors, the average has to do.
+    const auto extent = Extent();
+    if (mMargin > 0.3 && mExtra > 0 && extent) {
+        const double length =
+            static_cast<double>(mMatched) / static_cast<double>(extent->last - extent->first + 1);
+        if (length > 1.9 && std::abs(length - std::round(length)) < 0.04 * length)
+            return fmt::format("every frame is shown {} times", std::lround(length));
+    }
     if (mRepeatPace.IsRegular())
         return fmt::format("one frame in {} is shown again, as a conversion to a higher rate does",
                            mRepeatPace.most);
@@ -176,7 +191,7 @@ void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) co
                             fmt::format("{} frames", wanted - count), std::move(cause),
                             0.7 + 0.3 * static_cast<double>(count) / static_cast<double>(wanted)});
     };
-    std::vector<FrameRange> within = mSeen.Absent(mExpected, mReplaced).Get();
+    std::vector<FrameRange> within = mSeen.Absent(mExpected, mReplaced);
     if (mMatched == 0) {
         if (complete && mForeign.Count() > 0) add(within, "The video shows no frame of the clip.", {});
         return;
@@ -184,16 +199,20 @@ void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) co
     if (within.empty()) return;
     // What is missing at the start and at the end was cut off, if frames come in order.
     const bool inOrder = mBackward <= mForward;
+    const auto isBeyondDoubt = [&](const FrameRange& cut) {
+        return static_cast<double>(cut.last - cut.first + 1) > mMargin;
+    };
     if (inOrder && within.front().first == mExpected.first && mExpected.first < *mLast) {
         const FrameRange cut = within.front();
         within.erase(within.begin());
-        add({cut}, fmt::format("The video begins with frame {}.", cut.last + 1), "its start was cut off");
+        if (isBeyondDoubt(cut))
+            add({cut}, fmt::format("The video begins with frame {}.", cut.last + 1), "its start was cut off");
     }
     if (!within.empty() && within.back().last == mExpected.last) {
         const FrameRange cut = within.back();
         if (inOrder || !complete) within.pop_back();
         // Pictures that can't be read are the benefit of the doubt.
-        if (inOrder && complete && cut.last - cut.first + 1 > mUnread)
+        if (inOrder && complete && isBeyondDoubt(cut) && cut.last - cut.first + 1 > mUnread)
             add({cut}, fmt::format("The video ends with frame {}.", cut.first - 1), "its end was cut off");
     }
     if (within.empty()) return;
@@ -215,14 +234,14 @@ void FrameSequence::AddRepeated(std::vector<Finding>& findings) const {
     if (mRepeated.Count() + mAgain.Count() == 0) return;
     FrameSet all;
     for (const FrameSet* some : {&mRepeated, &mAgain})
-        for (const FrameRange& range : some->Ranges().Get())
+        for (const FrameRange& range : some->Ranges())
             for (std::int64_t frame = range.first; frame <= range.last; ++frame) all.Add(frame);
-    const std::vector<FrameRange> frames = all.Ranges().Get();
+    const std::vector<FrameRange> frames = all.Ranges();
     std::string cause = RepeatCause();
     if (mAgain.Count() > 0) cause = mRepeated.Count() == 0 ? "a part of the clip is played again" : "";
-    const FrameRanges replaced = mReplaced.Ranges();
-    if (cause.empty() && !replaced.Empty() && mForeign.Empty())
-        cause = fmt::format("in place of {}", NameFrames(replaced.Get()));
+    const std::vector<FrameRange> replaced = mReplaced.Ranges();
+    if (cause.empty() && !replaced.empty() && mForeign.Empty())
+        cause = fmt::format("in place of {}", NameFrames(replaced));
     std::string names = NameFrames(frames);
     names[0] = 'F';
     const bool isOne = frames.size() == 1 && frames[0].first == frames[0].last;
@@ -234,7 +253,7 @@ void FrameSequence::AddRepeated(std::vector<Finding>& findings) const {
 
 void FrameSequence::AddOrder(std::vector<Finding>& findings) const {
     if (mDisordered.Count() == 0) return;
-    const std::vector<FrameRange> frames = mDisordered.Ranges().Get();
+    const std::vector<FrameRange> frames = mDisordered.Ranges();
     const bool isReversed = mForward * 10 < mBackward;
     const std::string cause = isReversed ? "the video is played backwards" : "";
     std::string names = NameFrames(frames);
@@ -246,11 +265,11 @@ void FrameSequence::AddOrder(std::vector<Finding>& findings) const {
 
 void FrameSequence::AddForeign(std::vector<Finding>& findings) const {
     if (mForeign.Empty() || mMatched == 0) return;
-    const FrameRanges replaced = mReplaced.Ranges();
+    const std::vector<FrameRange> replaced = mReplaced.Ranges();
     std::string names = NameFrames(mForeign.Get());
     names.replace(0, 5, "Picture"); // for "frame"
     const std::string cause =
-        replaced.Empty() ? "inserted" : fmt::format("in place of {}", NameFrames(replaced.Get()));
+        replaced.empty() ? "inserted" : fmt::format("in place of {}", NameFrames(replaced));
     findings.push_back({"frames.foreign",
                         fmt::format("{} of the video {} of the clip: {}.", names,
                                     mForeign.Count() == 1 ? "is none" : "are none", cause),

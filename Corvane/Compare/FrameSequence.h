@@ -64,6 +64,7 @@ class FrameSequence {
     std::optional<std::int64_t> mShown; // by the last picture
     std::optional<std::int64_t> mLast;  // by the last picture that shows any
     std::array<std::optional<double>, 2> mLastFields;
+    double mMargin = 0; // the largest of all readings
     std::int64_t mMatched = 0;
     std::int64_t mUnread = 0; // pictures since the last one that was read
     std::int64_t mUnreadInAll = 0;

@@ -17,19 +17,19 @@ bool FrameSet::Has(std::int64_t frame) const {
     return page != mPages.end() && page->second[static_cast<std::size_t>(frame % kPage)];
 }
 
-FrameRanges FrameSet::Ranges() const {
+std::vector<FrameRange> FrameSet::Ranges() const {
     FrameRanges ranges;
     for (const auto& [number, page] : mPages)
         for (std::int64_t i = 0; i < kPage; ++i)
             if (page[static_cast<std::size_t>(i)]) ranges.Add(number * kPage + i);
-    return ranges;
+    return ranges.Get();
 }
 
-FrameRanges FrameSet::Absent(const FrameRange& range, const FrameSet& other) const {
+std::vector<FrameRange> FrameSet::Absent(const FrameRange& range, const FrameSet& other) const {
     FrameRanges ranges;
     for (std::int64_t frame = range.first; frame <= range.last; ++frame)
         if (!Has(frame) && !other.Has(frame)) ranges.Add(frame);
-    return ranges;
+    return ranges.Get();
 }
 
 std::string NameFrames(const std::vector<FrameRange>& ranges) {

@@ -18,9 +18,9 @@ class FrameSet {
     bool Has(std::int64_t frame) const;
     std::int64_t Count() const { return mCount; }
     /// Those that are there, in order. Throws `std::bad_alloc`.
-    FrameRanges Ranges() const;
+    std::vector<FrameRange> Ranges() const;
     /// Those of a range that are not there and not in `other` either. Throws `std::bad_alloc`.
-    FrameRanges Absent(const FrameRange& range, const FrameSet& other) const;
+    std::vector<FrameRange> Absent(const FrameRange& range, const FrameSet& other) const;
 
   private:
     static constexpr std::int64_t kPage = 1 << 14;

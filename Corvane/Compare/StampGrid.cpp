@@ -3,12 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "FrameSet.h"
-
 namespace corvane {
 
-void StampGrid::Add(std::int64_t picture, const std::optional<std::int64_t>& time,
-                    const std::optional<std::int64_t>& frames) {
+void StampGrid::Add(const std::optional<std::int64_t>& time, const std::optional<std::int64_t>& frames) {
     if (!time) {
         ++mUnstamped;
         return;
@@ -18,21 +15,18 @@ void StampGrid::Add(std::int64_t picture, const std::optional<std::int64_t>& tim
         return;
     }
     constexpr std::size_t kMostKinds = 4096; // a wild stream has more; the rest looks the same
-    constexpr std::size_t kMostRanges = 1024;
     // Repeats and steps by one frame are a picture's length alike; so is what is not known.
     const std::int64_t gone = std::max<std::int64_t>(frames.value_or(1), 1);
     std::pair key{gone, *time - mLast};
     if (mSteps.size() >= kMostKinds && !mSteps.contains(key)) key = mSteps.begin()->first;
-    Step& step = mSteps[key];
-    ++step.count;
-    if (step.pictures.Get().size() < kMostRanges) step.pictures.Add(picture);
+    ++mSteps[key];
     mLast = *time;
 }
 
 // The commonest length of steps.
 std::int64_t StampGrid::Usual() const {
     std::map<std::int64_t, std::int64_t> counts;
-    for (const auto& [key, step] : mSteps) counts[key.second] += step.count;
+    for (const auto& [key, count] : mSteps) counts[key.second] += count;
     const auto usual = std::ranges::max_element(counts, {}, [](const auto& entry) { return entry.second; });
     return usual == counts.end() ? 0 : usual->first;
 }
@@ -41,10 +35,10 @@ double StampGrid::PictureLength() const {
     const std::int64_t usual = Usual();
     double units = 0;
     double count = 0;
-    for (const auto& [key, step] : mSteps) {
+    for (const auto& [key, steps] : mSteps) {
         if (std::abs(key.second - usual) > 1) continue;
-        units += static_cast<double>(key.second * step.count);
-        count += static_cast<double>(step.count);
+        units += static_cast<double>(key.second * steps);
+        count += static_cast<double>(steps);
     }
     return count == 0 ? 0 : units / count;
 }
@@ -53,21 +47,20 @@ double StampGrid::Uncertainty() const {
     return 1.5 / static_cast<double>(std::max<std::int64_t>(mTimes - 1, 1));
 }
 
-std::pair<FrameRanges, double> StampGrid::Irregular() const {
+std::pair<std::int64_t, double> StampGrid::Irregular() const {
     const double length = PictureLength();
-    FrameSet pictures;
+    std::int64_t pictures = 0;
     double most = 0;
-    for (const auto& [key, step] : mSteps) {
+    for (const auto& [key, count] : mSteps) {
         const auto units = static_cast<double>(key.second);
         // Frames that are missing may leave their time free, or may have lost it.
         const double off =
             std::min(std::abs(units - length), std::abs(units - length * static_cast<double>(key.first)));
         if (off <= 1.01) continue;
         most = std::max(most, off);
-        for (const FrameRange& range : step.pictures.Get())
-            for (std::int64_t picture = range.first; picture <= range.last; ++picture) pictures.Add(picture);
+        pictures += count;
     }
-    return {pictures.Ranges(), most};
+    return {pictures, most};
 }
 
 } // namespace corvane

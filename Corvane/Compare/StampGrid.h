@@ -4,9 +4,7 @@
 #include <map>
 #include <optional>
 #include <utility>
-#include <vector>
 
-#include "Finding.h"
 #include "Video.h"
 
 namespace corvane {
@@ -18,8 +16,7 @@ class StampGrid {
     explicit StampGrid(double unitsPerFrame) : mUnitsPerFrame(unitsPerFrame) {}
 
     /// Takes the next picture: its time, and by how many frames the clip went on, if that is known.
-    void Add(std::int64_t picture, const std::optional<std::int64_t>& time,
-             const std::optional<std::int64_t>& frames);
+    void Add(const std::optional<std::int64_t>& time, const std::optional<std::int64_t>& frames);
 
     /// Whether pictures have times at all.
     bool HasTimes() const { return mTimes > 1; }
@@ -30,21 +27,17 @@ class StampGrid {
     double Uncertainty() const;
     /// Pictures whose times are off the grid by more than the rounding to units, and by how many units at
     /// most.
-    std::pair<FrameRanges, double> Irregular() const;
+    std::pair<std::int64_t, double> Irregular() const;
     /// From the first picture's time to the end of the last one.
     double Length() const { return static_cast<double>(mLast - mFirst) + PictureLength(); }
     double UnitsPerFrame() const { return mUnitsPerFrame; }
 
   private:
-    // Steps of one length from picture to picture.
-    struct Step {
-        std::int64_t count = 0;
-        FrameRanges pictures; // which they lead to, if they are few
-    };
     std::int64_t Usual() const;
 
     const double mUnitsPerFrame;
-    std::map<std::pair<std::int64_t, std::int64_t>, Step> mSteps; // by frames and by units of time
+    std::map<std::pair<std::int64_t, std::int64_t>, std::int64_t>
+        mSteps; // how many go on by frames and by units
     std::int64_t mTimes = 0;
     std::int64_t mUnstamped = 0;
     std::int64_t mFirst = 0;

@@ -65,7 +65,7 @@ void Timeline::Add(const FrameReading& reading) {
     if (reading.foreign) ++state.foreign;
     std::optional<std::int64_t> gone;
     if (state.facts.framesDiffer) gone = state.sequence.Add(reading);
-    state.grid.Add(reading.picture, reading.time, gone);
+    state.grid.Add(reading.time, gone);
 }
 
 std::optional<std::int64_t> Timeline::Frame() const {
@@ -169,7 +169,7 @@ void Timeline::State::AddTaggedRate(std::vector<Finding>& findings) const {
         return std::abs(ratio - 1) > doubt + 0.005 && std::abs(ratio - 2) > 0.01 &&
                std::abs(ratio - 0.5) > 0.005;
     };
-    if (!grid.Irregular().first.Empty()) return;
+    if (grid.Irregular().first > 0) return;
     for (const Rate& told : {facts.video.averageRate, facts.video.nominalRate}) {
         if (!differs(told)) continue;
         const std::string text = RateText(static_cast<double>(told.scale) / told.sampleSize);
@@ -187,11 +187,11 @@ void Timeline::State::AddTaggedRate(std::vector<Finding>& findings) const {
 
 void Timeline::State::AddJitter(std::vector<Finding>& findings) const {
     const auto [off, most] = grid.Irregular();
-    if (off.Empty()) return;
+    if (off == 0) return;
     const double milliseconds = most * SecondsPerUnit(facts.video) * 1000;
     findings.push_back({"time.jitter",
                         fmt::format("Times are up to {:.1f} ms off a steady rate, at {} of the pictures.",
-                                    milliseconds, off.Count()),
+                                    milliseconds, off),
                         {},
                         "a steady rate",
                         fmt::format("up to {:.1f} ms off", milliseconds),
