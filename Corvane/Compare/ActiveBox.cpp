@@ -11,7 +11,7 @@ namespace corvane {
 namespace {
 
 constexpr float kAlike = 10.0f / 255; // samples of one bar after lossy coding
-constexpr std::uint32_t kLines = 48;  // that are looked at across bars
+constexpr std::uint32_t kLines = 32;  // that are looked at across bars
 
 using Color = std::array<float, 3>;
 
@@ -64,6 +64,10 @@ template <typename ColorAt>
 std::uint32_t RunOf(std::uint32_t length, const ColorAt& colorAt) {
     const Color start = colorAt(0);
     std::uint32_t run = 1;
+    constexpr std::uint32_t kStride = 8; // bars are looked for in every picture
+    while (run < length && Apart(colorAt(run), start) <= kAlike) run += kStride;
+    if (run >= length && Apart(colorAt(length - 1), start) <= kAlike) return length;
+    run = run < kStride ? 1 : run - kStride;
     while (run < length && Apart(colorAt(run), start) <= kAlike) ++run;
     if (run == length || run < 3) return run;
     // The edge is half way to what comes after; a slope has none.
@@ -120,7 +124,7 @@ Runs FindSides(const Pixels& pixels) {
 
 // The color of most of a row, between two columns.
 Color RowColor(const Pixels& pixels, std::uint32_t left, std::uint32_t right, std::uint32_t y) {
-    constexpr std::uint32_t kSamples = 15;
+    constexpr std::uint32_t kSamples = 7;
     std::array<std::array<float, kSamples>, 3> samples;
     for (std::uint32_t i = 0; i < kSamples; ++i) {
         const Color color = pixels.At(left + (right - left) * (2 * i + 1) / (2 * kSamples), y);

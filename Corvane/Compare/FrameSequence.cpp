@@ -31,15 +31,20 @@ std::optional<std::int64_t> FrameSequence::Whole(const FrameReading& reading) co
     std::optional<double> frame = reading.frame[0];
     if (!frame || (reading.frame[1] && *reading.frame[1] > *frame)) frame = reading.frame[1];
     if (!frame) return {};
-    const std::int64_t next = !mLast ? mExpected.first : mBackward > mForward ? *mLast - 1 : *mLast + 1;
+    const std::int64_t next = !mLast                 ? mExpected.first + mUnread + mForeignRun
+                              : mBackward > mForward ? *mLast - 1
+                                                     : *mLast + 1;
     // Readings with a margin near 1 are hardly ever off by most of a frame.
-    const double tolerance = reading.margin < 1.1 ? std::min(2 * reading.margin, 0.75) : reading.margin;
+    double tolerance = reading.margin < 1.1 ? std::min(2 * reading.margin, 0.75) : reading.margin;
+    constexpr std::int64_t kUnsure = 12; // pictures at the start, when margins are not known well
+    if (mMatched < kUnsure) tolerance = std::max(tolerance, 1.2);
     const auto isNear = [&](std::int64_t other) {
         return reading.margin > 0.3 && std::abs(*frame - static_cast<double>(other)) < tolerance;
     };
     if (isNear(next)) return next;
     if (mLast && isNear(*mLast)) return *mLast;
-    return static_cast<std::int64_t>(std::llround(*frame));
+    const std::int64_t nearest = std::llround(*frame);
+    return reading.margin > 0 ? std::clamp<std::int64_t>(nearest, 0, mClipFrames - 1) : nearest;
 }
 
 bool FrameSequence::IsForeign(const FrameReading& reading) const {

@@ -178,6 +178,7 @@ void GradientReader::Read(const PictureRows& rows, FrameReading& reading) {
     // Measured on gradients that x264, x265, MPEG-2 and ProRes coded: the coarser the coding, the more
     // pictures lag behind their colors as one.
     reading.margin = mUsualError * (0.5 + 0.2 * mUsualError) / fit.motion;
+    if (mIsMapped) reading.margin *= 1.5;
     reading.certainty = 1 / (1 + reading.margin);
     reading.frame = {fit.frame, fit.frame};
 }

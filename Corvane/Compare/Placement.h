@@ -60,11 +60,26 @@ class PlacementFinder {
     std::vector<std::string> Remarks() const;
 
   private:
+    /// One axis of the turned back picture: where the frame begins, and by how much it is scaled.
+    struct Axis {
+        double start = 0;
+        double scale = 1;
+    };
+    /// Pixels at the sides of something: left, top, right, bottom.
+    using Margins = std::array<double, 4>;
+
+    Size Upright() const;
+    Margins Bars() const;
+    Axis Settle(bool vertical) const;
+    void AddTurned(std::vector<Finding>& findings) const;
+    void AddScaled(std::vector<Finding>& findings) const;
+    void AddMoved(std::vector<Finding>& findings) const;
+
     const ClipFormat mClip;
     const VideoFacts mVideo;
     std::optional<Box> mActive; // all that was ever active
+    Orientation mOrientation;   // of the places that are summed up
     std::int64_t mNumbers = 0;
-    Orientation mOrientation;
     std::array<double, 4> mSums{}; // of left, top, scaleX, scaleY
 };
 
