@@ -11,6 +11,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -21,6 +22,7 @@
 #include <fmt/format.h>
 
 #include "Commands.h"
+#include "Compare/FindingKinds.h"
 #include "Console.h"
 #include "Export/Targets/ExportKinds.h"
 #include "HelpTexts.h"
@@ -63,6 +65,29 @@ void AddPair(CLI::App& command, const char* name, const char* typeName, const ch
     command.add_option_function<std::string>(name, read, about)->type_name(typeName);
 }
 
+/// Adds `--frames`. `take` gets the first and the last one.
+template <class Take>
+void AddFrames(CLI::App& command, const char* about, Take take) {
+    AddPair(command, "--frames", "FIRST:LAST", about,
+            {':', 0, std::numeric_limits<std::int64_t>::max(), true,
+             "FIRST:LAST (both included, from 0) or one number"},
+            [take](std::int64_t first, std::optional<std::int64_t> last) {
+                take(first, last.value_or(first));
+                return first <= last.value_or(first);
+            });
+}
+
+/// Adds an option that takes a number. A range holds whatever is neither below nor above it: what is no
+/// number, too, which is refused here.
+template <class Take>
+CLI::Option* AddNumber(CLI::App& command, const char* name, const char* about, CLI::Range range, Take take) {
+    const auto read = [name, take](double number) {
+        if (std::isnan(number)) throw CLI::ValidationError(name, "'nan' is no number");
+        take(number);
+    };
+    return command.add_option_function<double>(name, read, about)->check(range);
+}
+
 void AddInfoOptions(CLI::App& command, InfoRequest& request) {
     command.add_option("CLIP", request.clips, "Settings files (.synthex)")->required()->type_name("");
     command.add_flag("--json", request.json, "One JSON object a line, one a clip");
@@ -77,14 +102,10 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
                         " ...; - is standard output")
         ->required()
         ->type_name("");
-    AddPair(command, "--frames", "FIRST:LAST",
-            "Frames to render, both included, from 0 (default: all); or one frame",
-            {':', 0, std::numeric_limits<std::int64_t>::max(), true,
-             "FIRST:LAST (both included, from 0) or one number"},
-            [&options](std::int64_t first, std::optional<std::int64_t> last) {
-                options.frames = {first, last.value_or(first)};
-                return first <= options.frames->second;
-            });
+    AddFrames(command, "Frames to render, both included, from 0 (default: all); or one frame",
+              [&options](std::int64_t first, std::int64_t last) {
+                  options.frames = {first, last};
+              });
     command.add_option("--format", options.format, "What to make, if the name of OUT does not say")
         ->type_name("SUFFIX");
     command
@@ -105,6 +126,44 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
     command.add_flag("--native", options.native,
                      "The frame bytes exactly as the plug-in delivered them (for .raw)");
     command.add_flag("--quiet", request.quiet, "No progress bar, and no word about what was written");
+}
+
+/// Takes over kinds of findings. Throws if there is none of a name.
+void Ignore(const std::vector<std::string>& names, std::set<std::string>& ignored) {
+    for (const std::string& name : names) {
+        if (std::ranges::none_of(kFindingKinds, [&](auto kind) { return NamesKind(name, kind); }))
+            throw CLI::ValidationError(
+                "--ignore",
+                fmt::format("'{}' is no kind of finding; choose some of {}, or of their first words", name,
+                            fmt::join(kFindingKinds, ", ")));
+        ignored.insert(name);
+    }
+}
+
+void AddCompareOptions(CLI::App& command, CompareRequest& request) {
+    CompareOptions& options = request.options;
+    command.add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
+    command
+        .add_option("VIDEO", request.video,
+                    "Anything that libav decodes, numbered pictures (out.%05d.png), or - for standard input")
+        ->required()
+        ->type_name("");
+    command.add_flag("--json", request.json, "One JSON object instead of sentences");
+    command.add_option("--report", request.report, "Write a report with pictures")->type_name("FILE.html");
+    AddNumber(command, "--tolerance", "What a color may be off, in steps of 8 bits (default: 2)",
+              CLI::Range(0.0, 255.0), [&options](double steps) { options.tolerance = steps; })
+        ->type_name("STEPS");
+    AddFrames(command, "Frames of the clip that VIDEO should show, both included, from 0 (default: all)",
+              [&options](std::int64_t first, std::int64_t last) {
+                  options.frames = {first, last};
+              });
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--ignore", [&options](const auto& names) { Ignore(names, options.ignored); },
+            "Findings to leave out, such as color,fields.chroma")
+        ->type_name("KIND,...")
+        ->delimiter(',');
+    command.add_flag("--quiet", request.quiet, "No progress bar, and nothing but findings");
 }
 
 void AddSequenceOptions(CLI::App& command, ClipFormat& sequence) {
@@ -167,17 +226,11 @@ void AddFormatsOptions(CLI::App& command, FormatsRequest& request) {
 
 void AddValidateOptions(CLI::App& command, ValidateRequest& request) {
     command.add_option("BUNDLE", request.bundle, "The plug-in to check")->type_name("");
-    command
-        .add_option_function<double>(
-            "--time-limit",
-            [&request](double seconds) {
-                // A range holds whatever is neither below nor above it: what is no number, too.
-                if (std::isnan(seconds)) throw CLI::ValidationError("--time-limit", "'nan' is no number");
-                request.timeLimit = std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
-            },
-            "For all checks together (default: 20)")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 86400.0));
+    AddNumber(command, "--time-limit", "For all checks together (default: 20)", CLI::Range(0.001, 86400.0),
+              [&request](double seconds) {
+                  request.timeLimit = std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+              })
+        ->type_name("SECONDS");
     command
         .add_option(
             "--sequences", request.sequences,
@@ -285,6 +338,8 @@ int RunArguments(int argc, const char* const* argv) {
     Arguments arguments;
     arguments.Add("info", "Say what clips are", kInfoExamples, AddInfoOptions, RunInfo);
     arguments.Add("render", "Make pictures or video of a clip", kRenderExamples, AddRenderOptions, RunRender);
+    arguments.Add("compare", "Say what became of a clip in a video", kCompareExamples, AddCompareOptions,
+                  RunCompare);
     arguments.Add("new", "Make a clip in the dialog", kNewExamples + dialogHelp, AddNewOptions, RunNew);
     arguments.Add("edit", "Edit a clip in the dialog", kEditExamples + dialogHelp, AddEditOptions, RunEdit);
     arguments.Add("desktop", "Work with clips in a window", kDesktopExamples, AddDesktopOptions, RunDesktop);

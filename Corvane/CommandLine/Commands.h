@@ -6,17 +6,20 @@
 #include <string>
 #include <vector>
 
+#include "Compare/Comparison.h"
 #include "Engine/Preferences.h"
 #include "Export/Export.h"
 #include "Validate/Checks.h"
 
 namespace corvane::commandline {
 
-/// Exit statuses of the program. A render that a signal ends has 128 plus the signal's number.
+/// Exit statuses of the program. A render or a comparison that a signal ends has 128 plus the signal's
+/// number.
 inline constexpr int kExitDone = 0;
 inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitCancelled = 3; ///< of `new` and `edit`
+inline constexpr int kExitFindings = 4;  ///< of `compare`
 
 // What each subcommand was asked for, and the function that does it on the main thread. Functions return the
 // exit status, and throw `UsageFailure` and `Failure`, which `Main.cpp` tells the person. `bundle` is empty
@@ -40,6 +43,20 @@ struct RenderRequest {
 };
 /// A signal that ends programs cancels the export; the status is then 128 plus the signal's number.
 int RunRender(const RenderRequest& request);
+
+/// `synthex compare`: say what a pipeline did to a clip.
+struct CompareRequest {
+    std::filesystem::path bundle;
+    std::filesystem::path clip;
+    std::filesystem::path video;
+    CompareOptions options;
+    std::filesystem::path report; ///< an HTML file to write; none if empty
+    bool json = false;            ///< one JSON object instead of sentences
+    bool quiet = false;           ///< no progress, and nothing but findings
+};
+/// Returns `kExitFindings` if there are any. A signal that ends programs ends the comparison; what was found
+/// so far is printed then, and the status is 128 plus the signal's number.
+int RunCompare(const CompareRequest& request);
 
 /// How the settings dialog is worked: by a script if any of these is given, else by a person in a window.
 struct DialogOptions {

@@ -13,6 +13,7 @@ inline constexpr char kExamples[] =
   synthex render clip.synthex clip.mp4       a video
   synthex render clip.synthex frame.png --frames 0
                                              one picture
+  synthex compare clip.synthex clip.mp4      what became of the clip in a video
   synthex edit clip.synthex                  its settings in a window
   synthex desktop                            clips, a viewer and exports in a window
   synthex render --help                      more about a subcommand
@@ -21,7 +22,8 @@ The plug-in is looked for where --bundle says, else where the environment's
 SYNTHEX_BUNDLE says, else beside this program (../lib/ImporterSynthex.bundle).
 
 Exit status: 0 done, 1 the request failed, 2 wrong usage, 3 the dialog was
-cancelled, 128 plus the signal's number if a signal ended it.)";
+cancelled, 4 a comparison found something, 128 plus the signal's number if a
+signal ended it.)";
 
 inline constexpr char kInfoExamples[] =
     R"(Examples:
@@ -53,6 +55,26 @@ A file gets its name when it is complete: a render that fails or is cancelled
 
 Exit status: 0 done, 1 failed, 2 wrong usage, 130 cancelled by Ctrl-C (128 plus
 the signal's number: 143 for SIGTERM).)";
+
+inline constexpr char kCompareExamples[] =
+    R"(Examples:
+  synthex compare clip.synthex clip.mp4                       what an encoder did
+  synthex compare clip.synthex 'capture.%05d.png'             numbered pictures
+  synthex compare clip.synthex captured.mov --frames 100:199  a part of the clip
+  synthex compare clip.synthex out.mkv --report report.html   with pictures
+  synthex compare clip.synthex out.mkv --ignore color,time.jitter
+  ffmpeg -i in.mov -f nut - | synthex compare clip.synthex -  through a pipe
+
+The pictures are measured; what the file says of itself is not believed, but told
+where it contradicts them. Docs/Compare.md tells every kind of finding.
+
+--json prints one object: clip, video, frames_compared, frames_matched, psnr and
+max_error (of each plane: y, cb, cr or r, g, b, and a; psnr is null where nothing
+differs), findings (each with kind, sentence, frames as [first, last] pairs,
+expected, found, cause).
+
+Exit status: 0 nothing beyond the tolerance, 1 failed, 2 wrong usage, 4 findings,
+130 ended by Ctrl-C (128 plus the signal's number), after what was found so far.)";
 
 inline constexpr char kNewExamples[] =
     R"(Examples:

@@ -86,7 +86,11 @@ Runs RunsOf(std::uint32_t length, const ColorAt& colorAt) {
 
 // If the runs from both ends meet, one is the bar and the other one what it leaves free.
 void ChooseSide(Runs& runs, std::uint32_t length, bool firstIsBar) {
-    if (runs.first + runs.last + 3 < length) return;
+    if (runs.first + runs.last + 3 < length) {
+        // What stands out between so wide bars is rather a number.
+        if ((runs.first + runs.last) * 4 > length * 3) runs = {0, 0};
+        return;
+    }
     (firstIsBar ? runs.last : runs.first) = 0;
 }
 

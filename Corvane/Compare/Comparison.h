@@ -11,6 +11,7 @@
 
 #include "Engine/Clip.h"
 #include "Finding.h"
+#include "PictureErrors.h"
 #include "Placement.h"
 #include "Video.h"
 
@@ -23,10 +24,18 @@ struct CompareOptions {
     std::set<std::string> ignored;    ///< kinds of findings ("color.depth"), or their first words ("color")
 };
 
-/// How near the pictures that show a frame of the clip come to it, by plane: Y', Cb, Cr, A or R', G', B', A.
-struct PlaneErrors {
-    std::optional<double> psnr; ///< dB; none if there is no such plane or nothing differs
-    std::uint32_t largest = 0;  ///< in code values of the video
+/// A picture of the video beside the frame of the clip that it shows.
+struct ComparedPicture {
+    std::int64_t picture = 0; ///< counted from 0
+    std::int64_t frame = 0;
+    VideoPicture pixels;
+    double meanSquare = 0; ///< of the errors of all samples, as shares of the largest code value
+};
+
+/// Which frame a picture shows.
+struct ShownFrame {
+    std::int64_t picture = 0;
+    std::optional<std::int64_t> frame; ///< none if it shows none, or that can't be told
 };
 
 /// What was found.
@@ -35,9 +44,12 @@ struct CompareReport {
     VideoFacts video;
     std::int64_t framesCompared = 0; ///< pictures of the video that were looked at
     std::int64_t framesMatched = 0;  ///< those that show a frame of the clip
+    PlanarFormat format;             ///< of its first picture
     std::array<PlaneErrors, 4> errors;
     Placement placement;
-    std::vector<Finding> findings; ///< the worst first
+    std::vector<Finding> findings;      ///< the worst first
+    std::vector<ComparedPicture> worst; ///< those that are furthest off, the worst first; a few
+    std::vector<ShownFrame> timeline;   ///< of pictures at even distances, up to some thousands
     /// Sentences about what could not be looked at, and why ("Its frames are alike, so that ...").
     std::vector<std::string> remarks;
     bool cancelled = false; ///< the report holds for the pictures until then

@@ -14,6 +14,7 @@ struct RowSamples {
     float mean = 0;
     std::uint16_t least = 0;
     std::uint16_t most = 0;
+    float variance = 0; ///< mean of the squares of what samples are off the mean; 0 if they are alike
 };
 
 /// The samples of every row of each plane. Generated frames are rows of one color with at most a number on
@@ -21,6 +22,7 @@ struct RowSamples {
 struct PictureRows {
     PlanarFormat format;
     std::array<std::vector<RowSamples>, 4> plane;
+    std::array<std::uint32_t, 4> columns{}; ///< how many samples of each row of a plane were measured
 };
 
 /// Measures the rows of a picture in the columns from `left` to `right` (pixels; the right one is outside,

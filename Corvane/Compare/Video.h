@@ -24,7 +24,8 @@ struct VideoTags {
     bool operator==(const VideoTags&) const = default;
 };
 
-/// What a video says of itself.
+/// What a video says of itself. Of a numbered picture sequence the times are the numbers in the names of its
+/// files, and there are no rates and no time base.
 struct VideoFacts {
     std::string name;        ///< the path as given, for messages
     std::string container;   ///< as libav calls it
@@ -40,15 +41,18 @@ struct VideoFacts {
     Rate timeBase{};
     std::optional<std::int64_t> duration; ///< in units of time
     std::optional<std::int64_t> pictures; ///< how many the container says there are
+    /// Why it could not be read to its end, as a clause; empty until then, and if nothing was in the way.
+    std::string whyCut;
 };
 
-/// One decoded picture. Planes Y', Cb, Cr, A or R', G', B', A (`format`), not owned, valid until the next one
-/// is asked for. Row r of a plane begins at `plane + r * stride`.
+/// One decoded picture. Planes Y', Cb, Cr, A or R', G', B', A (`format`), valid as long as `owner`. Row r of
+/// a plane begins at `plane + r * stride`. A picture of gray alone has chroma of one row, with a stride of 0.
 struct VideoPicture {
     PlanarFormat format;
     Size size{};
     std::array<const std::byte*, 4> plane{};
     std::array<std::ptrdiff_t, 4> stride{};
+    std::shared_ptr<const void> owner;
     std::optional<std::int64_t> time; ///< when it is shown, in units of time
     FieldOrder order = FieldOrder::kProgressive;
     bool repeatsField = false; ///< whether the first field is to be shown again
@@ -72,8 +76,14 @@ class Video {
 };
 
 /// Opens any file that libav decodes, a numbered picture sequence ("out.%05d.png"), or "-" for what comes on
-/// standard input. Throws `Failure` with the name, the reason and the remedy: no such file, no video in it,
+/// standard input (Y4M, NUT, Matroska ...). The module that knows libav is loaded for it. Throws `Failure` as
+/// `FindInModule` does, and with the name, the reason and the remedy: no such file, no video in it,
 /// nothing that can be decoded. Any thread.
 std::unique_ptr<Video> OpenVideo(const std::filesystem::path& path);
+
+/// The name of the module's function that opens videos, which is of type `OpenLibavVideoFunction`.
+inline constexpr const char* kOpenLibavVideoName = "CorvaneOpenLibavVideo";
+/// Makes a video that the caller owns. Throws as `OpenVideo` does.
+using OpenLibavVideoFunction = Video*(const std::filesystem::path& path);
 
 } // namespace corvane

@@ -52,6 +52,8 @@ class Clip {
     const ClipInfo& Info() const { return mInfo; }
     /// The settings text as the plug-in writes it.
     const std::string& Settings() const { return mPrefs; }
+    /// The plug-in that makes its frames.
+    const std::shared_ptr<Bundle>& MadeBy() const { return mBundle; }
 
     /// Frame `index`, counted from 0: its time is index times ticks per frame, exactly. Throws `Failure` if
     /// the index is outside the clip, and with the reason if the plug-in can't make the frame. Any number of

@@ -1,10 +1,13 @@
 #include "NumberedName.h"
 
+#include <algorithm>
 #include <charconv>
+#include <system_error>
 
 #include <fmt/format.h>
 
 #include "Engine/Failure.h"
+#include "Services/Foundation/FileError.h"
 
 namespace corvane {
 namespace {
@@ -53,6 +56,23 @@ std::optional<NumberedName> NumberedName::Parse(const std::filesystem::path& pat
 
 std::filesystem::path NumberedName::For(std::int64_t number) const {
     return mFolder / fmt::format("{}{:0{}}{}", mBefore, number, mDigits, mAfter);
+}
+
+std::vector<std::int64_t> NumberedName::Existing() const {
+    std::vector<std::int64_t> numbers;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(mFolder.empty() ? "." : mFolder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const std::string name = entry->path().filename().string();
+        if (!name.starts_with(mBefore) || name.size() <= mBefore.size()) continue;
+        std::int64_t number = -1;
+        std::from_chars(name.data() + mBefore.size(), name.data() + name.size(), number);
+        // Not every way to write a number is that of the name.
+        if (number >= 0 && For(number).filename() == name) numbers.push_back(number);
+    }
+    if (error) throw FileError::OfReading(error.value());
+    std::ranges::sort(numbers);
+    return numbers;
 }
 
 } // namespace corvane

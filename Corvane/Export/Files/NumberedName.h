@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace corvane {
 
@@ -16,6 +17,9 @@ class NumberedName {
 
     /// The path for that number, which is not negative. Any thread.
     std::filesystem::path For(std::int64_t number) const;
+    /// The numbers of the files that have such names, in order. Throws `FileError` if the folder can't be
+    /// read. Any thread.
+    std::vector<std::int64_t> Existing() const;
 
   private:
     std::filesystem::path mFolder;

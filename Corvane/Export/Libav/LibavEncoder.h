@@ -5,17 +5,10 @@
 
 #include "LibavCodecs.h"
 #include "LibavError.h"
+#include "LibavFree.h"
 #include "LibavPixels.h"
 
 namespace corvane {
-
-/// Frees what libav allocated, for `std::unique_ptr`.
-struct LibavFree {
-    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-    void operator()(AVBufferPool* pool) const { av_buffer_pool_uninit(&pool); }
-};
 
 /// An open encoder. `NewPicture` may be called from many threads at once, all else by one at a time. All of
 /// it throws `Failure`.

@@ -78,7 +78,7 @@ class LibavTarget final : public Target {
 } // namespace
 } // namespace corvane
 
-/// The module's one function; see `LibavLoader.h`.
+/// One of the module's functions; see `LibavLoader.h`.
 extern "C" __attribute__((visibility("default"))) corvane::Target*
 CorvaneMakeLibavTarget(const corvane::LibavRequest& request) {
     return new corvane::LibavTarget(request);

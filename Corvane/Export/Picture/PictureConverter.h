@@ -31,6 +31,8 @@ struct PlanarFormat {
     std::uint32_t PlaneWidth(int plane, std::uint32_t width) const;
     /// Rows of a plane of a picture with `height` rows.
     std::uint32_t PlaneHeight(int plane, std::uint32_t height) const;
+
+    bool operator==(const PlanarFormat&) const = default;
 };
 
 /// Planes to write to, not owned, in the order Y', Cb, Cr, A or R', G', B', A. Strides are bytes from row to

@@ -19,7 +19,7 @@ struct LibavRequest {
     StreamFacts facts;
 };
 
-/// The name of the module's one function, which is of type `MakeLibavTargetFunction`.
+/// The name of the function of the module that makes targets, which is of type `MakeLibavTargetFunction`.
 inline constexpr const char* kMakeLibavTargetName = "CorvaneMakeLibavTarget";
 /// Makes a target that the caller owns. Throws as `MakeLibavTarget` does.
 using MakeLibavTargetFunction = Target*(const LibavRequest& request);

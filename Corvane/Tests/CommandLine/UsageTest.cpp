@@ -14,7 +14,7 @@ using Arguments = std::vector<std::string>;
 
 TEST(Usage, HelpTeachesByExample) {
     for (const Arguments& command :
-         {Arguments{}, {"info"}, {"render"}, {"new"}, {"edit"}, {"formats"}, {"validate"}}) {
+         {Arguments{}, {"info"}, {"render"}, {"compare"}, {"new"}, {"edit"}, {"formats"}, {"validate"}}) {
         Arguments arguments = command;
         arguments.push_back("--help");
         const ProcessResult result = RunSynthex(arguments);
@@ -42,6 +42,9 @@ TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
         {{"render", clip, "out.raw", "--frames=9:3"}, "FIRST:LAST"},
         {{"render", clip, "out.raw", "--frames=-1:3"}, "FIRST:LAST"},
         {{"render", clip, "out.raw", "--frames=99999999999999999999"}, "FIRST:LAST"},
+        {{"compare", clip}, "VIDEO is required"},
+        {{"compare", clip, "a.mp4", "--ignore", "color,colour"}, "'colour' is no kind of finding; choose"},
+        {{"compare", clip, "a.mp4", "--tolerance", "nan"}, "--tolerance"},
         {{"new", "x", "--size", "0x4"}, "'0x4' is not understood; write WIDTHxHEIGHT"},
         {{"new", "x", "--size", "32769x4"}, "32768"},
         {{"new", "x", "--size", "64"}, "WIDTHxHEIGHT"},

@@ -1,0 +1,223 @@
+#include "Comparison.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "Engine/ClipText.h"
+#include "ExpectedFrames.h"
+#include "FindingKinds.h"
+#include "FrameReading.h"
+#include "PictureRows.h"
+#include "ReadAhead.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t kWorst = 3;
+constexpr std::size_t kTimeline = 4096;
+// Frames with a number are rendered whole, which takes as long as decoding does: of so many pictures the part
+// around the number is compared once.
+constexpr std::int64_t kWholeEvery = 8;
+
+/// One comparison, picture by picture.
+class Comparison {
+  public:
+    Comparison(const Clip& clip, const VideoFacts& video, const CompareOptions& options)
+        : mOptions(options), mVideo(video), mFrames(clip), mFirst(options.frames ? options.frames->first : 0),
+          mLast(options.frames ? options.frames->last : clip.Info().frames - 1) {
+        mReport.clip = clip.Name();
+    }
+
+    void Add(const VideoPicture& picture) {
+        const std::int64_t number = mReport.framesCompared++;
+        if (number == 0) {
+            mSize = picture.size;
+            mReport.format = picture.format;
+        }
+        if (picture.damaged) mDamaged.Add(number);
+        if (picture.size != mSize) {
+            if (mOtherSizes.Empty()) mOtherSize = picture.size;
+            mOtherSizes.Add(number);
+            return;
+        }
+        const Placement placement = Place();
+        const Box columns = ColumnsToMeasure(placement);
+        MeasureRows(picture, columns.left, columns.right, mRows);
+        const FrameReading reading = Read(picture, number);
+        const std::optional<std::int64_t> frame = FrameOf(reading);
+        NoteShown(number, frame);
+        if (!frame) return;
+        ++mReport.framesMatched;
+        if (placement.IsPlain() && picture.size == mFrames.Facts().size && !picture.damaged)
+            MeasureErrors(picture, number, *frame, columns);
+    }
+
+    CompareReport Finish(const VideoFacts& video, bool cancelled) {
+        mReport.video = video;
+        mReport.cancelled = cancelled;
+        mReport.placement = Place();
+        mReport.errors = mErrors.Get();
+        AddFindings();
+        AddRemarks();
+        std::erase_if(mReport.findings, [this](const Finding& finding) { return IsIgnored(finding.kind); });
+        std::ranges::stable_sort(mReport.findings, std::greater(), &Finding::weight);
+        return std::move(mReport);
+    }
+
+  private:
+    /// Where frames lie in the pictures.
+    Placement Place() const {
+        Placement placement;
+        placement.width = mSize.width;
+        placement.height = mSize.height;
+        placement.active = {0, 0, mSize.width, mSize.height};
+        return placement;
+    }
+
+    /// The columns beside the number, or as good as that.
+    Box ColumnsToMeasure(const Placement& placement) const {
+        Box columns = placement.active;
+        const Size size = mFrames.Facts().size;
+        const Box& number = mFrames.NumberBox();
+        if (number.Empty() || placement.quarterTurns % 2 != 0) return columns;
+        // A little more, for what codecs smear.
+        constexpr double kMargin = 16;
+        const double share = std::min((number.right + kMargin) / size.width, 0.75);
+        const double place = placement.left + placement.width * (placement.mirrored ? 1 - share : share);
+        const auto x = static_cast<std::uint32_t>(std::clamp<double>(place, columns.left, columns.right - 1));
+        (placement.mirrored ? columns.right : columns.left) = std::max(x, columns.left + placement.mirrored);
+        return columns;
+    }
+
+    /// Which frame the picture shows.
+    FrameReading Read(const VideoPicture& picture, std::int64_t number) {
+        FrameReading reading;
+        reading.picture = number;
+        reading.time = picture.time;
+        const std::int64_t frame = mFirst + number;
+        reading.foreign = frame > mLast;
+        if (!reading.foreign) reading.frame = {static_cast<double>(frame), static_cast<double>(frame)};
+        return reading;
+    }
+
+    static std::optional<std::int64_t> FrameOf(const FrameReading& reading) {
+        if (reading.foreign || !reading.frame[0]) return std::nullopt;
+        return static_cast<std::int64_t>(*reading.frame[0] + 0.5);
+    }
+
+    void NoteShown(std::int64_t number, std::optional<std::int64_t> frame) {
+        if (number % mTimelineStep != 0) return;
+        mReport.timeline.push_back({number, frame});
+        if (mReport.timeline.size() < kTimeline) return;
+        mTimelineStep *= 2;
+        std::erase_if(mReport.timeline,
+                      [this](const ShownFrame& shown) { return shown.picture % mTimelineStep != 0; });
+    }
+
+    void MeasureErrors(const VideoPicture& picture, std::int64_t number, std::int64_t frame,
+                       const Box& columns) {
+        const ExpectedFormat format{picture.format, picture.tags.matrix};
+        PictureErrors errors;
+        errors.AddRows(mRows, mFrames.Codes(frame, format), mFrames.DefinedRows());
+        NoteWorst(picture, number, frame, errors.MeanSquare());
+        if (columns.left > 0 && number % kWholeEvery == 0) {
+            const bool alpha = picture.format.alpha && mFrames.Facts().HasAlpha();
+            errors.AddPixels(picture, mFrames.Whole(frame, format), alpha, columns.left,
+                             mFrames.DefinedRows());
+        }
+        mErrors.Add(errors);
+    }
+
+    void NoteWorst(const VideoPicture& picture, std::int64_t number, std::int64_t frame, double meanSquare) {
+        std::vector<ComparedPicture>& worst = mReport.worst;
+        const auto place =
+            std::ranges::upper_bound(worst, meanSquare, std::greater(), &ComparedPicture::meanSquare);
+        if (meanSquare == 0 || (worst.size() == kWorst && place == worst.end())) return;
+        worst.insert(place, {number, frame, picture, meanSquare});
+        if (worst.size() > kWorst) worst.pop_back();
+    }
+
+    void AddFindings() {
+        if (mOtherSizes.Empty()) return;
+        Finding finding;
+        finding.kind = "geometry.size";
+        finding.expected = SizeText(mSize);
+        finding.found = SizeText(mOtherSize);
+        finding.frames = mOtherSizes.Get();
+        finding.sentence =
+            fmt::format("The size changes on the way: picture {} is {}, and those before it are {}.",
+                        finding.frames.front().first, finding.found, finding.expected);
+        finding.weight = 0.9;
+        mReport.findings.push_back(std::move(finding));
+    }
+
+    void AddRemarks() {
+        if (!mDamaged.Empty())
+            mReport.remarks.push_back(fmt::format("{} pictures are damaged, the first is picture {}; their "
+                                                  "errors are not counted.",
+                                                  mDamaged.Count(), mDamaged.Get().front().first));
+        if (!mReport.video.whyCut.empty())
+            mReport.remarks.push_back(
+                fmt::format("The video could not be read to its end ({}).", mReport.video.whyCut));
+    }
+
+    bool IsIgnored(const std::string& kind) const {
+        return std::ranges::any_of(mOptions.ignored,
+                                   [&](const std::string& name) { return NamesKind(name, kind); });
+    }
+
+    const CompareOptions& mOptions;
+    const VideoFacts mVideo;
+    ExpectedFrames mFrames;
+    const std::int64_t mFirst, mLast; // frames of the clip that should be shown
+    Size mSize{};                     // of the first picture
+    Size mOtherSize{};
+    FrameRanges mOtherSizes;
+    FrameRanges mDamaged;
+    PictureRows mRows;
+    PictureErrors mErrors;
+    std::int64_t mTimelineStep = 1;
+    CompareReport mReport;
+};
+
+/// How many pictures will come, as far as the video tells; else 0.
+std::int64_t ExpectedPictures(const VideoFacts& video) {
+    if (video.pictures) return *video.pictures;
+    const auto [scale, sampleSize] = video.averageRate;
+    if (!video.duration || video.timeBase.sampleSize == 0 || sampleSize == 0) return 0;
+    return static_cast<std::int64_t>(static_cast<double>(*video.duration) * video.timeBase.scale /
+                                     video.timeBase.sampleSize * scale / sampleSize);
+}
+
+void CheckRequest(const Clip& clip, const CompareOptions& options) {
+    if (const std::string why = clip.WhyNotRenderable(); !why.empty())
+        throw Failure(fmt::format("{}: {}", clip.Name(), why));
+    if (!options.frames) return;
+    for (const std::int64_t frame : {options.frames->first, options.frames->last})
+        if (const std::string why = clip.WhyNoFrameAt(frame); !why.empty())
+            throw UsageFailure(fmt::format("{}: {}", clip.Name(), why));
+}
+
+} // namespace
+
+CompareReport CompareClip(const Clip& clip, Video& video, const CompareOptions& options,
+                          const CompareProgress& progress, const std::atomic<bool>& cancel) {
+    CheckRequest(clip, options);
+    const std::int64_t total = ExpectedPictures(video.Facts());
+    Comparison comparison(clip, video.Facts(), options);
+    {
+        ReadAhead pictures(video);
+        std::int64_t done = 0;
+        while (!cancel) {
+            const std::optional<VideoPicture> picture = pictures.Next();
+            if (!picture) break;
+            comparison.Add(*picture);
+            progress(++done, total);
+        }
+    }
+    return comparison.Finish(video.Facts(), cancel);
+}
+
+} // namespace corvane

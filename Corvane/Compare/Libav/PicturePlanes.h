@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "Compare/Video.h"
+
+struct AVFrame;
+
+namespace corvane {
+
+/// Hands out the planes of decoded pictures: the decoder's own if they are what a `VideoPicture` has, else
+/// taken apart into memory that is used again. One thread at a time; what it hands out is for any.
+class PicturePlanes {
+  public:
+    /// Whether pictures of libav's pixel format `format` can be taken apart.
+    static bool Knows(int format);
+
+    /// Fills in `picture`: format, planes, strides and owner. The frame's range is that of `fullRange`.
+    /// Throws `std::bad_alloc`.
+    void Take(const std::shared_ptr<const AVFrame>& frame, bool fullRange, VideoPicture& picture);
+
+  private:
+    using Bytes = std::vector<std::byte>;
+    std::shared_ptr<Bytes> Room(std::size_t size);
+
+    std::vector<std::shared_ptr<Bytes>> mRooms; // those that nobody else has are free
+};
+
+} // namespace corvane

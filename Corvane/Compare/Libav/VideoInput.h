@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Compare/Video.h"
+#include "Export/Files/NumberedName.h"
+#include "Export/Libav/LibavError.h"
+#include "Export/Libav/LibavFree.h"
+
+namespace corvane {
+
+/// A pixel aspect, whose terms are above 0, as a codec of libav tells it: that of PNG takes the pixels a
+/// meter across and down for it, which is the reverse. Any thread.
+PixelAspect AspectOf(AVRational told, AVCodecID codec);
+
+/// The packets of a video stream: of a container, of standard input, or of the files of a numbered sequence,
+/// each of which is one packet. One thread at a time.
+class VideoInput {
+  public:
+    /// Opens what `path` names and finds the video in it. `log` outlives the input. Throws `Failure` if there
+    /// is none that could be decoded, and `std::bad_alloc`.
+    VideoInput(const std::filesystem::path& path, const LibavLog& log);
+
+    /// The stream, with what its decoder has to know.
+    const AVStream& Stream() const { return *mStream; }
+    /// What the container and the codec's header say, but for the pixel format.
+    VideoFacts Facts() const;
+    /// Reads the next packet. Returns false at the end. Throws `Failure` if it is encrypted, and
+    /// `std::bad_alloc`.
+    bool Next(AVPacket& packet);
+    /// Why it can't be read to its end, as a clause; empty if nothing was in the way so far.
+    const std::string& WhyCut() const { return mWhyCut; }
+    /// Ends with the name of the video, the reason and the remedy.
+    [[noreturn]] void Fail(const std::string& reason) const;
+
+  private:
+    struct Close {
+        void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+    };
+    struct Sequence {
+        NumberedName name;
+        std::vector<std::int64_t> numbers; // of the files that there are
+        std::size_t next = 0;
+    };
+
+    std::string FindFile(const std::filesystem::path& path);
+    void Open(const std::string& url);
+    void FindStream();
+    bool NextOfSequence(AVPacket& packet);
+
+    const std::string mName;
+    const LibavLog& mLog;
+    std::unique_ptr<Sequence> mSequence; // none for containers
+    std::unique_ptr<AVFormatContext, Close> mContext;
+    AVStream* mStream = nullptr;
+    std::string mWhyCut;
+};
+
+} // namespace corvane

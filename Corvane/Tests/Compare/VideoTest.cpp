@@ -1,0 +1,56 @@
+// Faults sought: samples taken from the wrong place, depth or byte order, gaps of a sequence closed in
+// silence.
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "Compare/Video.h"
+#include "Tests/Export/TestClips.h"
+#include "Tests/TestFolder.h"
+
+namespace {
+
+using namespace corvane;
+using corvane::testing::OutputOf;
+using corvane::testing::TestFolder;
+
+// The samples of all planes, one row after the other, in libav's order of planes.
+std::string SamplesOf(const VideoPicture& picture) {
+    constexpr int kYCbCr[] = {0, 1, 2, 3};
+    constexpr int kGBR[] = {1, 2, 0, 3};
+    std::string samples;
+    for (int i = 0; i < picture.format.Planes(); ++i) {
+        const int plane = (picture.format.yCbCr ? kYCbCr : kGBR)[i];
+        for (std::uint32_t y = 0; y < picture.format.PlaneHeight(plane, picture.size.height); ++y)
+            samples.append(reinterpret_cast<const char*>(picture.Row(plane, y)),
+                           picture.format.PlaneWidth(plane, picture.size.width) *
+                               picture.format.SampleBytes());
+    }
+    return samples;
+}
+
+TEST(Video, PlanesAreThoseThatAnIndependentToolMakes) {
+    // The format of the file, and the planar one that has the same samples.
+    const std::pair<const char*, const char*> kRows[] = {
+        {"yuv411p", "yuv411p"},     {"yuva444p10le", "yuva444p10le"},
+        {"gbrap12le", "gbrap12le"}, {"rgb24", "gbrp"},
+        {"abgr", "gbrap"},          {"rgb48be", "gbrp16le"},
+        {"rgba64le", "gbrap16le"},  {"nv12", "yuv420p"},
+        {"uyvy422", "yuv422p"},     {"yuv420p10be", "yuv420p10le"},
+    };
+    const TestFolder folder;
+    for (const auto& [format, planar] : kRows) {
+        const std::string file = folder / format, planes = folder / "planes";
+        OutputOf(
+            fmt::format("ffmpeg -v error -f lavfi -i testsrc2=s=38x22 -frames:v 1 -pix_fmt {} -c:v rawvideo "
+                        "-f nut '{}' 2>&1",
+                        format, file));
+        OutputOf(fmt::format("ffmpeg -v error -y -i '{}' -pix_fmt {} -f rawvideo '{}' 2>&1", file, planar,
+                             planes));
+        VideoPicture picture;
+        ASSERT_TRUE(OpenVideo(file)->Next(picture)) << format;
+        EXPECT_TRUE(SamplesOf(picture) == corvane::testing::ReadFile(planes)) << format;
+    }
+}
+
+} // namespace
