@@ -14,6 +14,7 @@ struct FrameReading {
     /// alike for a progressive picture. None if that can't be read. Gradients can lie between two frames.
     std::array<std::optional<double>, 2> frame;
     double certainty = 0; ///< from 0 to 1
+    double margin = 0;    ///< by how many frames it may be off either way; 0 if it was read from a print
     bool foreign = false; ///< the picture is none of the clip's
 };
 

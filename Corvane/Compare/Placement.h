@@ -1,6 +1,16 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
 #include "Export/Picture/RowScan.h"
+#include "Finding.h"
+#include "NumberReader.h"
+#include "Orientation.h"
+#include "Video.h"
 
 namespace corvane {
 
@@ -23,6 +33,54 @@ struct Placement {
         return left == 0 && top == 0 && !mirrored && !flipped && quarterTurns == 0 &&
                width == active.Width() && height == active.Height() && active.left == 0 && active.top == 0;
     }
+};
+
+/// Finds the pixels of a picture that are not bars: rows at its top and bottom and columns at its sides that
+/// are one color, unlike what they enclose. The whole picture if there are none. Throws `std::bad_alloc`. Any
+/// thread.
+Box FindActive(const VideoPicture& picture);
+
+/// Collects where the frame lies, picture by picture. One thread at a time.
+class PlacementFinder {
+  public:
+    /// For frames of a clip in pictures of a video. Throws `std::bad_alloc`.
+    PlacementFinder(const ClipFormat& clip, const VideoFacts& video);
+
+    /// Takes what `FindActive` found in a picture, and where its number lies, if one was read. Throws
+    /// `std::bad_alloc`.
+    void Add(const Box& active, const std::optional<NumberPlace>& number);
+
+    /// Where frames lie by all that was added; until then, as if they filled the picture.
+    Placement Get() const;
+
+    /// geometry.size, aspect, crop, pad, shift, mirror and rotate. Throws `std::bad_alloc`.
+    std::vector<Finding> Findings() const;
+
+    /// What could not be told, and why. Throws `std::bad_alloc`.
+    std::vector<std::string> Remarks() const;
+
+  private:
+    /// One axis of the turned back picture: where the frame begins, and by how much it is scaled.
+    struct Axis {
+        double start = 0;
+        double scale = 1;
+    };
+    /// Pixels at the sides of something: left, top, right, bottom.
+    using Margins = std::array<double, 4>;
+
+    Size Upright() const;
+    Margins Bars() const;
+    Axis Settle(bool vertical) const;
+    void AddTurned(std::vector<Finding>& findings) const;
+    void AddScaled(std::vector<Finding>& findings) const;
+    void AddMoved(std::vector<Finding>& findings) const;
+
+    const ClipFormat mClip;
+    const VideoFacts mVideo;
+    std::optional<Box> mActive; // all that was ever active
+    Orientation mOrientation;   // of the places that are summed up
+    std::int64_t mNumbers = 0;
+    std::array<double, 4> mSums{}; // of left, top, scaleX, scaleY
 };
 
 } // namespace corvane

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cmath>
 #include <cstring>
 #include <span>
 #include <stdexcept>
@@ -11,21 +10,13 @@
 
 #include <fmt/format.h>
 
+#include "NumberPrint.h"
 #include "PixelFormats.h"
 #include "RasterkitGlyphs.h"
 #include "RasterkitRows.h"
 
 namespace corvane::raster {
 namespace {
-
-// Positions are signed and 64 bits wide: a print may begin and end anywhere outside the frame.
-using Position = std::int64_t;
-
-struct Rectangle {
-    Position left, top, right, bottom;
-
-    bool IsEmpty() const { return left >= right || top >= bottom; }
-};
 
 struct Picture {
     std::byte* base;
@@ -43,30 +34,8 @@ struct Picture {
     }
 };
 
-// Where everything goes, in pixels of the frame, before clipping.
-struct Layout {
-    std::uint32_t glyphHeight;
-    Position advance;
-    Rectangle glyphs; // from the first character's corner to the last one's end, its gap included
-    Rectangle box;
-};
-
-Position Units(std::uint32_t units, std::uint32_t glyphHeight) {
-    return (Position{units} * glyphHeight + kGlyphHeight / 2) / kGlyphHeight;
-}
-
-Layout LayOut(Position x, Position y, std::uint32_t glyphHeight, std::size_t count) {
-    constexpr std::uint32_t kPadding = 20; // grid units
-    const Position padding = Units(kPadding, glyphHeight);
-    const auto advance = static_cast<Position>(GlyphAdvance(glyphHeight));
-    const Position last = x + static_cast<Position>(count - 1) * advance;
-    const Position boxEnd = last + Units(kGlyphWidth, glyphHeight) + padding;
-    const Rectangle glyphs{x, y, std::min(last + advance, boxEnd), y + glyphHeight};
-    return {glyphHeight, advance, glyphs, {x - padding, y - padding, boxEnd, glyphs.bottom + padding}};
-}
-
 // The digits cover their part of the box, so only the frame around them is filled.
-void FillFrame(const Picture& picture, const Layout& layout) {
+void FillFrame(const Picture& picture, const PrintLayout& layout) {
     const Pattern shade = BoxShade(picture.format);
     const auto& [box, glyphs] = std::pair(layout.box, layout.glyphs);
     const std::array<Rectangle, 4> parts{{
@@ -85,7 +54,7 @@ void FillFrame(const Picture& picture, const Layout& layout) {
 }
 
 // `cell` is the character's place, `visible` what of it lies in the frame.
-void CopyGlyph(const Picture& picture, std::uint32_t glyph, const Layout& layout, const Rectangle& cell,
+void CopyGlyph(const Picture& picture, std::uint32_t glyph, const PrintLayout& layout, const Rectangle& cell,
                const Rectangle& visible) {
     const auto source = GetGlyphPicture(glyph, layout.glyphHeight, picture.format);
     const auto bytes = static_cast<std::size_t>(visible.right - visible.left) * picture.PixelSize();
@@ -102,7 +71,7 @@ void CopyGlyph(const Picture& picture, std::uint32_t glyph, const Layout& layout
 
 // Draws a character that is too large to be kept as a picture: what is seen of it, a stretch of pixels at a
 // time.
-void DrawGlyph(const Picture& picture, std::uint32_t glyph, const Layout& layout, const Rectangle& cell,
+void DrawGlyph(const Picture& picture, std::uint32_t glyph, const PrintLayout& layout, const Rectangle& cell,
                const Rectangle& visible) {
     const Shades shades = MakeShades(picture.format);
     std::array<std::uint8_t, 1024> stretch;
@@ -122,7 +91,7 @@ void DrawGlyph(const Picture& picture, std::uint32_t glyph, const Layout& layout
     }
 }
 
-void Print(const Picture& picture, std::string_view text, const Layout& layout) {
+void Print(const Picture& picture, std::string_view text, const PrintLayout& layout) {
     FillFrame(picture, layout);
     Rectangle cell = layout.glyphs;
     for (const char character : text) {
@@ -136,14 +105,6 @@ void Print(const Picture& picture, std::string_view text, const Layout& layout) 
         }
         cell.left += layout.advance;
     }
-}
-
-// Rounds a share of a length to pixels, half up, and holds it to a range in which sums can't overflow.
-Position Pixels(float share, std::uint32_t length) {
-    constexpr double kFar = 1 << 30;
-    const double pixels = static_cast<double>(share) * length + 0.5;
-    if (pixels != pixels) return 0;
-    return static_cast<Position>(std::floor(std::clamp(pixels, -kFar, kFar)));
 }
 
 } // namespace
@@ -161,8 +122,6 @@ void RK_PrintNum(void* base, std::int32_t rowBytes, RK_PixelFormat format, std::
     std::array<char, 12> buffer;
     const auto written = std::to_chars(buffer.begin(), buffer.end(), number);
     const std::string_view text(buffer.begin(), written.ptr);
-    const auto glyphHeight = static_cast<std::uint32_t>(std::max<Position>(Pixels(size, height), 1));
     const Picture picture{static_cast<std::byte*>(base), rowBytes, format, width, height};
-    Print(picture, text,
-          LayOut(Pixels(position.x, width), Pixels(position.y, height), glyphHeight, text.size()));
+    Print(picture, text, LayOutPrint(width, height, size, position, text.size()));
 }

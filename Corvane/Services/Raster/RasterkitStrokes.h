@@ -1,4 +1,4 @@
-/// The shapes of the printed characters. Private to the raster service.
+/// The shapes of the printed characters: for the print, and for whoever reads it again.
 ///
 /// A character is drawn on a grid of 100 units a height and 60 a width, from line segments and arcs of one
 /// weight with round ends. Only operations that IEEE 754 rounds exactly are used: the coverage is the same on

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "FrameReading.h"
+#include "PictureRows.h"
+
+namespace corvane {
+
+/// What the rows of each plane should be in one frame of a clip, in code values of the video: planes Y', Cb,
+/// Cr or R', G', B'; a fourth is not looked at.
+struct KeyFrame {
+    std::int64_t frame = 0;
+    std::array<std::vector<std::uint16_t>, 4> rows;
+};
+
+/// Tells by the colors of a gradient, which move steadily over a clip, which frame a picture shows. Colors
+/// may have gone through one map that is the same for all of the video (a mistaken matrix, a mistaken range,
+/// channels exchanged): it is learned from the first pictures, which are taken for the first frames then. One
+/// thread at a time.
+class GradientReader {
+  public:
+    /// `keys` are two frames of the clip or more, in order, with the first and the last one; between them
+    /// colors are taken to move in straight lines. `bits` are those of a sample of the video. Throws
+    /// `std::bad_alloc`.
+    GradientReader(const std::vector<KeyFrame>& keys, int bits);
+
+    /// How many frames it takes for colors to move by half a step of 8 bits, at least 1; none if they don't
+    /// move at all.
+    std::optional<double> Resolution() const;
+
+    /// Notes the frame that a picture shows in `frame`, `certainty` and `margin` of its reading; none if its
+    /// colors are none of the clip's. `rows` hold as many planes as the keys, in any number of rows. Throws
+    /// `std::bad_alloc`.
+    void Read(const PictureRows& rows, FrameReading& reading);
+
+    /// Whether colors went through a map, so that frames are told by other colors than the expected ones.
+    bool ColorsAreMapped() const { return mIsMapped; }
+
+  private:
+    using Triple = std::array<double, 3>;
+    using Rows = std::vector<Triple>; // some rows of a picture
+    struct Key {
+        std::int64_t frame;
+        Rows rows;
+    };
+    struct Fit {
+        double frame = 0;
+        double error = 0;  // root mean square over rows and planes, in steps of 8 bits
+        double motion = 0; // what changes from frame to frame, likewise
+    };
+    // Sums for colors that go through a map: of expected ones (and 1) with each other, and with those seen.
+    struct Normal {
+        std::array<std::array<double, 4>, 4> expected{};
+        std::array<std::array<double, 3>, 4> seen{};
+        double squares = 0;
+        double count = 0;
+    };
+
+    Fit FitFrame(const Rows& seen) const;
+    Rows Expected(double frame) const;
+    void Learn(const Rows& seen);
+
+    std::vector<Key> mKeys;
+    const double mStep; // of 8 bits, in code values
+    Normal mNormal;
+    std::int64_t mLearned = 0; // pictures
+    double mUsualError = 0;
+    bool mIsSure = false; // a picture was told by colors as they are now
+    bool mIsMapped = false;
+};
+
+} // namespace corvane

@@ -1,0 +1,286 @@
+#include "Placement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <fmt/format.h>
+
+#include "NumberCell.h"
+
+namespace corvane {
+namespace {
+
+// Sides of a picture that was turned back, as sides of the picture: left, top, right, bottom.
+std::array<double, 4> TurnSides(std::array<double, 4> sides, const Orientation& orientation) {
+    if (orientation.mirrored) std::swap(sides[0], sides[2]);
+    if (orientation.flipped) std::swap(sides[1], sides[3]);
+    std::ranges::rotate(sides, sides.end() - orientation.quarterTurns);
+    return sides;
+}
+
+std::array<double, 4> TurnSidesBack(std::array<double, 4> sides, const Orientation& orientation) {
+    std::ranges::rotate(sides, sides.begin() + orientation.quarterTurns);
+    if (orientation.mirrored) std::swap(sides[0], sides[2]);
+    if (orientation.flipped) std::swap(sides[1], sides[3]);
+    return sides;
+}
+
+// "8 pixels at the left and 2 at the right", of sides that are at least half a pixel.
+std::string NameSides(const std::array<double, 4>& sides) {
+    constexpr std::array<const char*, 4> kNames{"left", "top", "right", "bottom"};
+    std::string text;
+    for (std::size_t i = 0; i < 4; ++i) {
+        const long pixels = std::lround(sides[i]);
+        if (pixels <= 0) continue;
+        text += fmt::format("{}{}{} at the {}", text.empty() ? "" : ", ", pixels,
+                            !text.empty() ? ""
+                            : pixels == 1 ? " pixel"
+                                          : " pixels",
+                            kNames[i]);
+    }
+    return text;
+}
+
+bool Any(const std::array<double, 4>& sides) {
+    return std::ranges::any_of(sides, [](double side) { return side >= 0.75; });
+}
+
+std::string SizeText(double width, double height) {
+    return fmt::format("{}x{}", std::lround(width), std::lround(height));
+}
+
+double AspectOf(const PixelAspect& aspect) {
+    return aspect.numerator == 0 || aspect.denominator == 0
+               ? 1
+               : static_cast<double>(aspect.numerator) / aspect.denominator;
+}
+
+} // namespace
+
+PlacementFinder::PlacementFinder(const ClipFormat& clip, const VideoFacts& video)
+    : mClip(clip), mVideo(video) {}
+
+void PlacementFinder::Add(const Box& active, const std::optional<NumberPlace>& number) {
+    if (!mActive) mActive = active;
+    mActive = Box{std::min(mActive->left, active.left), std::min(mActive->top, active.top),
+                  std::max(mActive->right, active.right), std::max(mActive->bottom, active.bottom)};
+    if (!number) return;
+    // Some numbers look alike from both sides: the place that is found later is the right one.
+    if (number->orientation != mOrientation) {
+        mOrientation = number->orientation;
+        mNumbers = 0;
+        mSums = {};
+    }
+    ++mNumbers;
+    const std::array place{number->left, number->top, number->scaleX, number->scaleY};
+    for (std::size_t i = 0; i < place.size(); ++i) mSums[i] += place[i];
+}
+
+Size PlacementFinder::Upright() const {
+    const Size& size = mVideo.size;
+    return mOrientation.quarterTurns % 2 == 0 ? size : Size{size.height, size.width};
+}
+
+// Bars at the sides of the picture, turned back.
+PlacementFinder::Margins PlacementFinder::Bars() const {
+    if (!mActive) return {};
+    const auto pixels = [](std::uint32_t count) { return static_cast<double>(count); };
+    return TurnSidesBack({pixels(mActive->left), pixels(mActive->top),
+                          pixels(mVideo.size.width - mActive->right),
+                          pixels(mVideo.size.height - mActive->bottom)},
+                         mOrientation);
+}
+
+// The simplest place of the frame on one axis that agrees with where numbers are: it fills the picture, or
+// what bars leave free, or was moved by whole pixels; else where they are.
+PlacementFinder::Axis PlacementFinder::Settle(bool vertical) const {
+    const Margins bars = Bars();
+    const double length = vertical ? Upright().height : Upright().width;
+    const double frame = vertical ? mClip.size.height : mClip.size.width;
+    const double begin = bars[vertical ? 1 : 0];
+    const Axis filling{begin, (length - begin - bars[vertical ? 3 : 2]) / frame};
+    if (mNumbers == 0) return filling;
+    const Axis found{mSums[vertical ? 1 : 0] / static_cast<double>(mNumbers),
+                     mSums[vertical ? 3 : 2] / static_cast<double>(mNumbers)};
+    const raster::PrintLayout layout = FrameNumberLayout(mClip.size, 2);
+    const auto first = static_cast<double>(vertical ? layout.glyphs.top : layout.glyphs.left);
+    const auto last = static_cast<double>(vertical ? layout.glyphs.bottom : layout.glyphs.right);
+    // What the place of an edge was off at most, at the lowest quality of coding that numbers were read at.
+    const double tolerance = std::max(0.5, 0.012 * layout.glyphHeight * found.scale);
+    const auto isNear = [&](double at, const Axis& axis) {
+        return std::abs(axis.start + at * axis.scale - found.start - at * found.scale) < tolerance;
+    };
+    const Axis moved{std::round(found.start + first * (found.scale - 1)), 1};
+    const Axis whole{0, length / frame};
+    for (const Axis& axis : {whole, filling, moved})
+        if (isNear(first, axis) && isNear(last, axis)) return axis;
+    return found;
+}
+
+Placement PlacementFinder::Get() const {
+    const Axis x = Settle(false);
+    const Axis y = Settle(true);
+    const Size upright = Upright();
+    const double right = upright.width - x.start - x.scale * mClip.size.width;
+    const double bottom = upright.height - y.start - y.scale * mClip.size.height;
+    const Margins sides = TurnSides({x.start, y.start, right, bottom}, mOrientation);
+    Placement placement{.left = sides[0],
+                        .top = sides[1],
+                        .width = mVideo.size.width - sides[0] - sides[2],
+                        .height = mVideo.size.height - sides[1] - sides[3],
+                        .mirrored = mOrientation.mirrored,
+                        .flipped = mOrientation.flipped,
+                        .quarterTurns = mOrientation.quarterTurns,
+                        .active = {}};
+    placement.active = mActive.value_or(Box{0, 0, mVideo.size.width, mVideo.size.height});
+    return placement;
+}
+
+std::vector<Finding> PlacementFinder::Findings() const {
+    std::vector<Finding> findings;
+    if (!mActive) return findings;
+    AddTurned(findings);
+    AddScaled(findings);
+    AddMoved(findings);
+    return findings;
+}
+
+void PlacementFinder::AddTurned(std::vector<Finding>& findings) const {
+    if (mOrientation.quarterTurns != 0) {
+        const std::string found =
+            fmt::format("{} degrees clockwise{}", 90 * mOrientation.quarterTurns,
+                        mOrientation.mirrored || mOrientation.flipped ? ", and mirrored" : "");
+        findings.push_back({"geometry.rotate",
+                            fmt::format("Pictures are turned by {}.", found),
+                            {},
+                            "upright",
+                            found,
+                            {},
+                            0.85});
+    } else if (!mOrientation.IsPlain()) {
+        const std::string found =
+            mOrientation.mirrored ? "left and right are exchanged" : "top and bottom are exchanged";
+        findings.push_back({"geometry.mirror",
+                            fmt::format("Pictures are mirrored: {}.", found),
+                            {},
+                            "not mirrored",
+                            found,
+                            {},
+                            0.85});
+    }
+}
+
+void PlacementFinder::AddScaled(std::vector<Finding>& findings) const {
+    const Axis x = Settle(false);
+    const Axis y = Settle(true);
+    const double width = x.scale * mClip.size.width;
+    const double height = y.scale * mClip.size.height;
+    const bool isScaled =
+        std::abs(width - mClip.size.width) >= 0.75 || std::abs(height - mClip.size.height) >= 0.75;
+    const double drawn = AspectOf(mClip.aspect) * y.scale / x.scale; // the shape that pixels should have now
+    const double told = mVideo.aspect ? AspectOf(*mVideo.aspect) : drawn;
+    const double square = mOrientation.quarterTurns % 2 == 0 ? told : 1 / told;
+    const bool isDistorted = std::abs(square / drawn - 1) > 0.015;
+    const std::string before = SizeText(mClip.size.width, mClip.size.height);
+    if (isDistorted && isScaled) {
+        findings.push_back(
+            {"geometry.aspect",
+             fmt::format("Frames of {} are scaled to {} and shown with a pixel aspect of {:.4f}; {:.4f} "
+                         "would show them undistorted.",
+                         before, SizeText(width, height), square, drawn),
+             {},
+             fmt::format("{:.4f}", drawn),
+             fmt::format("{:.4f}", square),
+             "scaled without keeping the aspect",
+             0.6});
+    } else if (isDistorted) {
+        findings.push_back(
+            {"tags.aspect",
+             fmt::format(
+                 "The video says that its pixel aspect is {:.4f}; the clip's, which is drawn, is {:.4f}.",
+                 square, drawn),
+             {},
+             fmt::format("{:.4f}", drawn),
+             fmt::format("{:.4f}", square),
+             {},
+             0.5});
+    } else if (isScaled) {
+        const bool toSquare = std::abs(AspectOf(mClip.aspect) - 1) > 0.015 && std::abs(drawn - 1) <= 0.015;
+        const std::string cause = toSquare ? "scaled to square pixels" : "";
+        findings.push_back({"geometry.size",
+                            fmt::format("Frames are scaled from {} to {}{}.", before, SizeText(width, height),
+                                        toSquare ? " to have square pixels" : ""),
+                            {},
+                            before,
+                            SizeText(width, height),
+                            cause,
+                            0.5});
+    }
+}
+
+// Crop, padding, and both at opposite sides, which is a shift.
+void PlacementFinder::AddMoved(std::vector<Finding>& findings) const {
+    const Placement placement = Get();
+    const Margins bars = TurnSides(Bars(), mOrientation);
+    const double right = mVideo.size.width - placement.left - placement.width;
+    const double bottom = mVideo.size.height - placement.top - placement.height;
+    const Margins free{placement.left, placement.top, right, bottom};
+    Margins cropped{};
+    Margins padded{};
+    for (std::size_t i = 0; i < 4; ++i) {
+        // What the frame leaves free is padding even if it looks like the frame; what it lies beyond is lost.
+        padded[i] = std::max(free[i], bars[i]);
+        const bool isWidth = (i + static_cast<std::size_t>(placement.quarterTurns)) % 2 == 0;
+        cropped[i] = std::max(bars[i] - free[i], 0.0) / Settle(!isWidth).scale;
+        if (bars[i] > 0 && cropped[i] < 1.5) cropped[i] = 0; // the edge of a bar is not that sharp
+    }
+    const auto isShift = [&](std::size_t side) {
+        return std::abs(padded[side] - cropped[side ^ 2]) < 1.5 &&
+               std::abs(padded[side ^ 2] - cropped[side]) < 1.5;
+    };
+    if (Any(padded) && Any(cropped) && isShift(0) && isShift(1)) {
+        const std::string found = NameSides(padded);
+        findings.push_back({"geometry.shift",
+                            fmt::format("Frames are shifted: there are {} free.", found),
+                            {},
+                            "in place",
+                            found,
+                            {},
+                            0.6});
+        return;
+    }
+    if (Any(cropped)) {
+        const std::string found = NameSides(cropped);
+        findings.push_back({"geometry.crop",
+                            fmt::format("Frames are cropped by {}.", found),
+                            {},
+                            "whole frames",
+                            found,
+                            {},
+                            0.6});
+    }
+    if (Any(padded)) {
+        const bool sides = padded[0] + padded[2] > 0.75;
+        const bool ends = padded[1] + padded[3] > 0.75;
+        const std::string cause = sides && ends ? "bars all around" : sides ? "pillarbox" : "letterbox";
+        const std::string found = NameSides(padded);
+        findings.push_back({"geometry.pad",
+                            fmt::format("Frames are padded ({}) by {}.", cause, found),
+                            {},
+                            "no bars",
+                            found,
+                            cause,
+                            0.5});
+    }
+}
+
+std::vector<std::string> PlacementFinder::Remarks() const {
+    std::vector<std::string> remarks;
+    if (mActive && mNumbers == 0)
+        remarks.emplace_back(
+            "No number was read, so that of geometry only the size and bars could be looked at.");
+    return remarks;
+}
+
+} // namespace corvane
