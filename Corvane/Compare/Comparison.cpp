@@ -10,7 +10,7 @@
 #include "ExpectedFrames.h"
 #include "FindingKinds.h"
 #include "FrameReading.h"
-#include "PictureRows.h"
+#include "PictureAnalyses.h"
 #include "ReadAhead.h"
 #include "Tags.h"
 
@@ -26,9 +26,9 @@ constexpr std::int64_t kWholeEvery = 32;
 /// One comparison, picture by picture.
 class Comparison {
   public:
-    Comparison(const Clip& clip, const VideoFacts& video, const CompareOptions& options)
-        : mOptions(options), mVideo(video), mFrames(clip), mFirst(options.frames ? options.frames->first : 0),
-          mLast(options.frames ? options.frames->last : clip.Info().frames - 1) {
+    Comparison(const Clip& clip, const Video& video, const CompareOptions& options)
+        : mClip(clip), mVideo(video), mOptions(options), mFrames(clip),
+          mWanted(options.frames.value_or(FrameRange{0, clip.Info().frames - 1})) {
         mReport.clip = clip.Name();
     }
 
@@ -45,23 +45,23 @@ class Comparison {
             mOtherSizes.Add(number);
             return;
         }
-        const Placement placement = Place();
-        const Box columns = ColumnsToMeasure(placement);
-        MeasureRows(picture, columns.left, columns.right, mRows);
-        const FrameReading reading = Read(picture, number);
-        const std::optional<std::int64_t> frame = FrameOf(reading);
+        if (!mAnalyses)
+            mAnalyses.emplace(mClip, mVideo.Facts(), mWanted, mOptions.tolerance, picture, mFrames);
+        const FrameReading reading = mAnalyses->Add(picture, number);
+        const std::optional<std::int64_t> frame = mAnalyses->Frame();
         if (mOptions.onReading) mOptions.onReading(reading);
         NoteShown(number, frame);
-        if (!frame) return;
-        ++mReport.framesMatched;
-        if (placement.IsPlain() && picture.size == mFrames.Facts().size && !picture.damaged)
-            MeasureErrors(picture, number, *frame, columns);
+        if (frame && !picture.damaged && picture.size == mFrames.Facts().size && mAnalyses->Place().IsPlain())
+            MeasureErrors(picture, number, *frame);
     }
 
-    CompareReport Finish(const VideoFacts& video, bool cancelled) {
-        mReport.video = video;
+    CompareReport Finish(bool cancelled) {
+        mReport.video = mVideo.Facts();
         mReport.cancelled = cancelled;
-        mReport.placement = Place();
+        if (mAnalyses) {
+            mReport.placement = mAnalyses->Place();
+            mReport.framesMatched = mAnalyses->Matched();
+        }
         mReport.errors = mErrors.Get();
         AddFindings();
         AddRemarks();
@@ -71,46 +71,6 @@ class Comparison {
     }
 
   private:
-    /// Where frames lie in the pictures.
-    Placement Place() const {
-        Placement placement;
-        placement.width = mSize.width;
-        placement.height = mSize.height;
-        placement.active = {0, 0, mSize.width, mSize.height};
-        return placement;
-    }
-
-    /// The columns beside the number, or as good as that.
-    Box ColumnsToMeasure(const Placement& placement) const {
-        Box columns = placement.active;
-        const Size size = mFrames.Facts().size;
-        const Box& number = mFrames.NumberBox();
-        if (number.Empty() || placement.quarterTurns % 2 != 0) return columns;
-        // A little more, for what codecs smear.
-        constexpr double kMargin = 16;
-        const double share = std::min((number.right + kMargin) / size.width, 0.75);
-        const double place = placement.left + placement.width * (placement.mirrored ? 1 - share : share);
-        const auto x = static_cast<std::uint32_t>(std::clamp<double>(place, columns.left, columns.right - 1));
-        (placement.mirrored ? columns.right : columns.left) = std::max(x, columns.left + placement.mirrored);
-        return columns;
-    }
-
-    /// Which frame the picture shows.
-    FrameReading Read(const VideoPicture& picture, std::int64_t number) {
-        FrameReading reading;
-        reading.picture = number;
-        reading.time = picture.time;
-        const std::int64_t frame = mFirst + number;
-        reading.foreign = frame > mLast;
-        if (!reading.foreign) reading.frame = {static_cast<double>(frame), static_cast<double>(frame)};
-        return reading;
-    }
-
-    static std::optional<std::int64_t> FrameOf(const FrameReading& reading) {
-        if (reading.foreign || !reading.frame[0]) return std::nullopt;
-        return static_cast<std::int64_t>(*reading.frame[0] + 0.5);
-    }
-
     void NoteShown(std::int64_t number, std::optional<std::int64_t> frame) {
         if (number % mTimelineStep != 0) return;
         mReport.timeline.push_back({number, frame});
@@ -120,16 +80,14 @@ class Comparison {
                       [this](const ShownFrame& shown) { return shown.picture % mTimelineStep != 0; });
     }
 
-    void MeasureErrors(const VideoPicture& picture, std::int64_t number, std::int64_t frame,
-                       const Box& columns) {
+    void MeasureErrors(const VideoPicture& picture, std::int64_t number, std::int64_t frame) {
         const ExpectedFormat format{picture.format, picture.tags.matrix};
         PictureErrors errors;
-        errors.AddRows(mRows, mFrames.Codes(frame, format), mFrames.DefinedRows());
+        errors.AddRows(mAnalyses->Rows(), mFrames.Codes(frame, format), mFrames.DefinedRows());
         NoteWorst(picture, number, frame, errors.MeanSquare());
-        if (columns.left > 0 && number % kWholeEvery == 0) {
+        if (const std::uint32_t left = mAnalyses->FirstColumn(); left > 0 && number % kWholeEvery == 0) {
             const bool alpha = picture.format.alpha && mFrames.Facts().HasAlpha();
-            errors.AddPixels(picture, mFrames.Whole(frame, format), alpha, columns.left,
-                             mFrames.DefinedRows());
+            errors.AddPixels(picture, mFrames.Whole(frame, format), alpha, left, mFrames.DefinedRows());
         }
         mErrors.Add(errors);
     }
@@ -148,6 +106,7 @@ class Comparison {
     }
 
     void AddFindings() {
+        if (mAnalyses) Add(mAnalyses->Findings(!mReport.cancelled && mReport.video.whyCut.empty()));
         Add(TagFindings(mReport.video, mTags, {}));
         if (!mOtherSizes.Empty()) AddChangeOfSize();
     }
@@ -166,6 +125,7 @@ class Comparison {
     }
 
     void AddRemarks() {
+        if (mAnalyses) mReport.remarks = mAnalyses->Remarks();
         if (!mDamaged.Empty())
             mReport.remarks.push_back(fmt::format("{} pictures are damaged, the first is picture {}; their "
                                                   "errors are not counted.",
@@ -180,16 +140,17 @@ class Comparison {
                                    [&](const std::string& name) { return NamesKind(name, kind); });
     }
 
+    const Clip& mClip;
+    const Video& mVideo;
     const CompareOptions& mOptions;
-    const VideoFacts mVideo;
     ExpectedFrames mFrames;
-    const std::int64_t mFirst, mLast; // frames of the clip that should be shown
-    Size mSize{};                     // of the first picture
-    VideoTags mTags;                  // likewise
+    const FrameRange mWanted;                 // frames of the clip that should be shown
+    std::optional<PictureAnalyses> mAnalyses; // since the first picture
+    Size mSize{};                             // of the first picture
+    VideoTags mTags;                          // likewise
     Size mOtherSize{};
     FrameRanges mOtherSizes;
     FrameRanges mDamaged;
-    PictureRows mRows;
     PictureErrors mErrors;
     std::int64_t mTimelineStep = 1;
     CompareReport mReport;
@@ -219,7 +180,7 @@ CompareReport CompareClip(const Clip& clip, Video& video, const CompareOptions& 
                           const CompareProgress& progress, const std::atomic<bool>& cancel) {
     CheckRequest(clip, options);
     const std::int64_t total = ExpectedPictures(video.Facts());
-    Comparison comparison(clip, video.Facts(), options);
+    Comparison comparison(clip, video, options);
     {
         ReadAhead pictures(video);
         std::int64_t done = 0;
@@ -230,7 +191,7 @@ CompareReport CompareClip(const Clip& clip, Video& video, const CompareOptions& 
             progress(++done, total);
         }
     }
-    return comparison.Finish(video.Facts(), cancel);
+    return comparison.Finish(cancel);
 }
 
 } // namespace corvane

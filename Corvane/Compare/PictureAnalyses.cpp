@@ -1,0 +1,128 @@
+#include "PictureAnalyses.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace corvane {
+namespace {
+
+// Colors are taken to move in straight lines between so many frames: those in linear light don't quite.
+constexpr std::int64_t kKeys = 9;
+
+std::optional<GradientReader> MakeGradients(ExpectedFrames& expected, const Clip& clip,
+                                            const VideoPicture& picture) {
+    if (!expected.RowsMove() || clip.Info().format.Interlaced()) return std::nullopt;
+    std::vector<KeyFrame> keys;
+    const std::int64_t last = clip.Info().frames - 1;
+    for (std::int64_t i = 0; i < kKeys; ++i) {
+        const std::int64_t frame = last * i / (kKeys - 1);
+        if (!keys.empty() && keys.back().frame == frame) continue;
+        keys.push_back({frame, expected.Codes(frame, {picture.format, picture.tags.matrix})});
+    }
+    GradientReader reader(keys, picture.format.bits);
+    if (!reader.Resolution()) return std::nullopt;
+    return reader;
+}
+
+TimelineFacts FactsOfTimeline(const Clip& clip, const VideoFacts& video, const FrameRange& frames,
+                              bool framesDiffer) {
+    return {frames, clip.Info().frames, clip.Info().ticksPerFrame, framesDiffer, video};
+}
+
+/// The rows that show the frame, from its top to its bottom.
+void TakeActive(const PictureRows& rows, const Placement& placement, PictureRows& active) {
+    active.format = rows.format;
+    for (int plane = 0; plane < 4; ++plane) {
+        const auto& from = rows.plane[static_cast<std::size_t>(plane)];
+        auto& to = active.plane[static_cast<std::size_t>(plane)];
+        to.clear();
+        if (from.empty()) continue;
+        const std::uint32_t top = std::min<std::uint32_t>(
+            rows.format.PlaneHeight(plane, placement.active.top), std::uint32_t(from.size()) - 1);
+        const std::uint32_t bottom = std::clamp<std::uint32_t>(
+            rows.format.PlaneHeight(plane, placement.active.bottom), top + 1, std::uint32_t(from.size()));
+        to.assign(from.begin() + top, from.begin() + bottom);
+        if (placement.flipped != (placement.quarterTurns == 2)) std::ranges::reverse(to);
+    }
+}
+
+} // namespace
+
+PictureAnalyses::PictureAnalyses(const Clip& clip, const VideoFacts& video, const FrameRange& frames,
+                                 double tolerance, const VideoPicture& first, ExpectedFrames& expected)
+    : mExpected(expected), mGradients(MakeGradients(expected, clip, first)),
+      mPlaces(clip.Info().format, video),
+      mTimeline(FactsOfTimeline(clip, video, frames, clip.Info().format.Interlaced() || mGradients)),
+      mFields(expected.Facts(), video), mColors(expected.Facts(), video, tolerance) {
+    if (clip.Info().format.Interlaced()) mNumbers.emplace(expected.Facts().size);
+}
+
+FrameReading PictureAnalyses::Add(const VideoPicture& picture, std::int64_t number) {
+    FrameReading reading;
+    reading.picture = number;
+    reading.time = picture.time;
+    ReadFrame(picture, reading);
+    mTimeline.Add(reading);
+    if (!reading.foreign && !picture.damaged) AddColors(picture, reading, mPlaces.Get());
+    return reading;
+}
+
+void PictureAnalyses::ReadFrame(const VideoPicture& picture, FrameReading& reading) {
+    const Box active = FindActive(picture);
+    std::optional<NumberPlace> place;
+    if (mNumbers) {
+        const NumberReading numbers = mNumbers->Read(picture);
+        NoteNumbers(numbers, reading);
+        place = numbers.place;
+    }
+    mPlaces.Add(active, place);
+    const Placement placement = mPlaces.Get();
+    MeasureColumns(picture, placement);
+    if (!mGradients) return;
+    TakeActive(mRows, placement, mActiveRows);
+    mGradients->Read(mActiveRows, reading);
+}
+
+/// Measures the columns beside the number, or as good as that.
+void PictureAnalyses::MeasureColumns(const VideoPicture& picture, const Placement& placement) {
+    Box columns = placement.active;
+    const Box& number = mExpected.NumberBox();
+    if (!number.Empty() && placement.quarterTurns % 2 == 0) {
+        // A little more, for what codecs smear.
+        constexpr double kMargin = 16;
+        const bool mirrored = placement.mirrored != (placement.quarterTurns == 2);
+        const double share = std::min((number.right + kMargin) / mExpected.Facts().size.width, 0.75);
+        const double at = placement.left + placement.width * (mirrored ? 1 - share : share);
+        const auto x = static_cast<std::uint32_t>(std::clamp<double>(at, columns.left, columns.right - 1));
+        (mirrored ? columns.right : columns.left) = std::max(x, columns.left + mirrored);
+    }
+    mFirstColumn = columns.left;
+    MeasureRows(picture, columns.left, columns.right, mRows);
+}
+
+void PictureAnalyses::AddColors(const VideoPicture& picture, const FrameReading& reading,
+                                const Placement& placement) {
+    const std::optional<std::int64_t> frame = mTimeline.Frame();
+    if (!frame) return;
+    mExpectedRows.Read(mExpected.Rows(*frame), mExpected.Facts());
+    const FieldShares shares = mFields.Add(mRows, reading, picture.order, placement, mExpectedRows);
+    mColors.Add(mRows, picture.tags, placement, *frame, mExpectedRows, shares);
+}
+
+std::vector<Finding> PictureAnalyses::Findings(bool complete) const {
+    std::vector<Finding> all = mTimeline.Findings(complete);
+    const auto add = [&all](std::vector<Finding> more) { std::ranges::move(more, std::back_inserter(all)); };
+    add(mPlaces.Findings());
+    ColorReport colors = mColors.Report();
+    add(mFields.Findings(colors.fieldsAreClear));
+    add(std::move(colors.findings));
+    return all;
+}
+
+std::vector<std::string> PictureAnalyses::Remarks() const {
+    std::vector<std::string> all = mTimeline.Remarks();
+    std::ranges::move(mPlaces.Remarks(), std::back_inserter(all));
+    return all;
+}
+
+} // namespace corvane
