@@ -19,8 +19,8 @@ namespace {
 
 constexpr std::size_t kWorst = 3;
 constexpr std::size_t kTimeline = 4096;
-// Frames with a number are rendered whole, which takes as long as decoding does: of so many pictures the part
-// around the number is compared once.
+// Frames with a number are rendered whole, which can take longer than decoding does: the part around the
+// number is compared in one of so many pictures.
 constexpr std::int64_t kWholeEvery = 32;
 
 /// One comparison, picture by picture.

@@ -53,4 +53,18 @@ TEST(Video, PlanesAreThoseThatAnIndependentToolMakes) {
     }
 }
 
+TEST(Video, NumbersOfASequenceAreItsTimes) {
+    const TestFolder folder;
+    // Names of another form are not of the sequence.
+    for (const char* const name :
+         {"a.010.png", "a.008.png", "a.009.png", "a.12.png", "a.013x.png", "b.011.png"})
+        OutputOf(fmt::format("ffmpeg -v error -f lavfi -i testsrc2=s=38x22 -frames:v 1 -update 1 '{}' 2>&1",
+                             (folder / name).string()));
+    std::filesystem::rename(folder / "a.010.png", folder / "a.1000.png");
+    const auto video = OpenVideo(folder / "a.%03d.png");
+    std::vector<std::int64_t> times;
+    for (VideoPicture picture; video->Next(picture);) times.push_back(picture.time.value_or(-1));
+    EXPECT_THAT(times, ::testing::ElementsAre(8, 9, 1000));
+}
+
 } // namespace
