@@ -24,6 +24,12 @@ void ExpectedRows::Read(const FrameView& frame, const StreamFacts& facts) {
     SampleCoding coding{true, (facts.raster & kRK_709) != 0 ? kMatrix709 : kMatrix601, false, 8};
     if (!facts.IsYCbCr()) coding = {false, kMatrix709, true, 8};
     for (std::size_t row = 0; row < rows; ++row) {
+        // Rows of a field are often alike.
+        const std::byte* const pixel = mPixels.data() + row * pixelBytes;
+        if (row >= 2 && std::memcmp(pixel, pixel - 2 * pixelBytes, pixelBytes) == 0) {
+            mRows[row] = mRows[row - 2];
+            continue;
+        }
         Codes codes{};
         for (std::size_t part = 0; part < 4; ++part)
             codes[part] = facts.IsFloat() ? static_cast<const float*>(planes.plane[part])[row]
