@@ -69,13 +69,18 @@ std::uint32_t RunOf(std::uint32_t length, const ColorAt& colorAt) {
     if (run >= length && Apart(colorAt(length - 1), start) <= kAlike) return length;
     run = run < kStride ? 1 : run - kStride;
     while (run < length && Apart(colorAt(run), start) <= kAlike) ++run;
-    if (run == length || run < 3) return run;
+    constexpr std::uint32_t kNarrowest = 4; // narrower ones can't be told from fields
+    if (run < kNarrowest) return 0;
     // The edge is half way to what comes after; a slope has none.
     if (Apart(colorAt(run - 2), start) > kAlike / 2) return 0;
     const Color inside = colorAt(std::min(run + 3, length - 1));
     const float half = Apart(inside, start) / 2;
-    std::uint32_t edge = run > 3 ? run - 3 : 0;
+    std::uint32_t edge = run - 3;
     while (edge < length && Apart(colorAt(edge), start) < half) ++edge;
+    // Rows of fields whose chroma is halved look alike by twos; a bar's color does not come back.
+    constexpr std::uint32_t kNarrow = 8;
+    for (std::uint32_t i = edge + 2; edge < kNarrow && i < std::min(edge + kNarrow, length); ++i)
+        if (Apart(colorAt(i), start) <= kAlike) return 0;
     return edge;
 }
 

@@ -109,6 +109,7 @@ void FrameSequence::GoOn(std::int64_t frame) {
             for (std::int64_t i = 1; i <= gap; ++i) mReplaced.Add(*mLast + i);
         mGapPace.Note(frame);
     }
+    if (frame > *mLast && mSeen.Has(frame)) mAgain.Add(frame);
     if (frame > *mLast) EndRun();
 }
 
@@ -205,7 +206,8 @@ void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) co
     // What is missing at the start and at the end was cut off, if frames come in order.
     const bool inOrder = mBackward <= mForward;
     const auto isBeyondDoubt = [&](const FrameRange& cut) {
-        return static_cast<double>(cut.last - cut.first + 1) > mMargin;
+        const std::int64_t count = cut.last - cut.first + 1;
+        return static_cast<double>(count) > mMargin && !(mGapPace.IsRegular() && count < mGapPace.most);
     };
     if (inOrder && within.front().first == mExpected.first && mExpected.first < *mLast) {
         const FrameRange cut = within.front();

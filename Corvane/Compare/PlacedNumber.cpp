@@ -35,16 +35,16 @@ double MostDoubt(double rows) {
     return std::clamp(rows * 0.03, 0.22, 0.6);
 }
 
-bool IsRead(const CellReading& cell, const CellReading& first, double rows) {
-    return cell.fit >= kLeastFit && cell.doubt <= MostDoubt(rows) && cell.contrast >= kLeastContrast &&
-           cell.contrast > first.contrast * 0.6 && cell.contrast < first.contrast * 1.6 &&
-           std::abs(cell.dark - first.dark) < first.contrast * 0.25;
-}
-
 bool IsBlended(const CellReading& cell) {
     const double left = 1 - cell.pairFit * cell.pairFit;
-    return cell.pairFit >= 0.92 && left < 0.4 * (1 - cell.fit * cell.fit) && cell.weaker >= 0.15 &&
+    return cell.pairFit >= 0.94 && left < 0.4 * (1 - cell.fit * cell.fit) && cell.weaker >= 0.15 &&
            cell.pairContrast >= kLeastContrast;
+}
+
+bool IsRead(const CellReading& cell, const CellReading& first, double rows) {
+    return !IsBlended(cell) && cell.fit >= kLeastFit && cell.doubt <= MostDoubt(rows) &&
+           cell.contrast >= kLeastContrast && cell.contrast > first.contrast * 0.6 &&
+           cell.contrast < first.contrast * 1.6 && std::abs(cell.dark - first.dark) < first.contrast * 0.25;
 }
 
 // The two numbers of a blend: which of two characters belongs to which is told by the numbers being near each

@@ -15,12 +15,12 @@ namespace {
 std::array<double, 4> TurnSides(std::array<double, 4> sides, const Orientation& orientation) {
     if (orientation.mirrored) std::swap(sides[0], sides[2]);
     if (orientation.flipped) std::swap(sides[1], sides[3]);
-    std::ranges::rotate(sides, sides.end() - orientation.quarterTurns);
+    std::rotate(sides.begin(), sides.end() - orientation.quarterTurns, sides.end());
     return sides;
 }
 
 std::array<double, 4> TurnSidesBack(std::array<double, 4> sides, const Orientation& orientation) {
-    std::ranges::rotate(sides, sides.begin() + orientation.quarterTurns);
+    std::rotate(sides.begin(), sides.begin() + orientation.quarterTurns, sides.end());
     if (orientation.mirrored) std::swap(sides[0], sides[2]);
     if (orientation.flipped) std::swap(sides[1], sides[3]);
     return sides;

@@ -50,7 +50,7 @@ std::pair<double, double> CornerOf(const Box& part, const PlaneView& plane, cons
     // What lies left of the part, above, right and below; a turn back moves each on to the side before it.
     std::array<std::uint32_t, 4> around{part.left, part.top, plane.width - part.right,
                                         plane.height - part.bottom};
-    std::ranges::rotate(around, around.begin() + orientation.quarterTurns);
+    std::rotate(around.begin(), around.begin() + orientation.quarterTurns, around.end());
     if (orientation.mirrored) std::swap(around[0], around[2]);
     if (orientation.flipped) std::swap(around[1], around[3]);
     return {around[0], around[1]};
