@@ -19,6 +19,9 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # The target all_verify_interface_header_sets compiles every header alone.
 set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
+# The target autogen makes all that Qt generates, for tools that read sources without building them.
+set(CMAKE_GLOBAL_AUTOGEN_TARGET ON)
+set(CMAKE_AUTOGEN_ORIGIN_DEPENDS OFF)
 
 # The build tree has the layout of the installed tree, so that programs find the bundle in both the same way.
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_BINDIR})
