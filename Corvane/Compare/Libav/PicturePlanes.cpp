@@ -205,23 +205,31 @@ void PicturePlanes::Take(const std::shared_ptr<const AVFrame>& frame, bool fullR
         return;
     }
     const std::shared_ptr<Bytes> room = Room(size);
+    picture.owner =
+        std::make_shared<std::pair<std::shared_ptr<const AVFrame>, std::shared_ptr<Bytes>>>(frame, room);
+    TakeApart(*frame, start, *room, picture);
+}
+
+/// Fills the planes that the frame does not have as they are: plane `i` from `start[i]` of `room` on.
+void PicturePlanes::TakeApart(const AVFrame& frame, const std::array<std::size_t, 4>& start, Bytes& room,
+                              VideoPicture& picture) {
+    const AVPixFmtDescriptor& about = *av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
+    const PlanarFormat& format = picture.format;
     for (int plane = 0; plane < format.Planes(); ++plane) {
         const auto at = static_cast<std::size_t>(plane);
         if (picture.plane[at] != nullptr) continue;
-        auto* to = reinterpret_cast<std::uint8_t*>(room->data() + start[at]);
-        picture.plane[at] = room->data() + start[at];
+        auto* to = reinterpret_cast<std::uint8_t*>(room.data() + start[at]);
+        picture.plane[at] = room.data() + start[at];
         const std::size_t width = format.PlaneWidth(plane, picture.size.width);
         const int component = ComponentOf(about, plane);
         if (component < 0) {
             FillNeutral(format, width, to);
             continue;
         }
-        ComponentReader reader(*frame, about, format, component);
+        ComponentReader reader(frame, about, format, component);
         for (std::uint32_t y = 0; y < format.PlaneHeight(plane, picture.size.height); ++y)
             reader.Read(y, width, to + picture.stride[at] * std::ptrdiff_t{y});
     }
-    picture.owner =
-        std::make_shared<std::pair<std::shared_ptr<const AVFrame>, std::shared_ptr<Bytes>>>(frame, room);
 }
 
 std::shared_ptr<PicturePlanes::Bytes> PicturePlanes::Room(std::size_t size) {

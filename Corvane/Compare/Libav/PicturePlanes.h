@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -24,6 +25,8 @@ class PicturePlanes {
   private:
     using Bytes = std::vector<std::byte>;
     std::shared_ptr<Bytes> Room(std::size_t size);
+    static void TakeApart(const AVFrame& frame, const std::array<std::size_t, 4>& start, Bytes& room,
+                          VideoPicture& picture);
 
     std::vector<std::shared_ptr<Bytes>> mRooms; // those that nobody else has are free
 };

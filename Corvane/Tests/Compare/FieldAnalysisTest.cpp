@@ -72,61 +72,59 @@ std::array<std::int64_t, 2> Telecine(std::int64_t picture) {
     return {picture / 5 * 4 + kFrames[picture % 5][0], picture / 5 * 4 + kFrames[picture % 5][1]};
 }
 
-std::vector<Case> Cases() {
-    const auto color = [](std::uint32_t row) { return row % 2 == 0 ? kUpper : kLower; };
-    const auto swapped = [=](std::uint32_t row, std::int64_t) { return color(row + 1); };
-    constexpr auto kProgressive = FieldOrder::kProgressive, kUpperFirst = FieldOrder::kUpperFirst,
-                   kLowerFirst = FieldOrder::kLowerFirst;
-    return {
-        {.name = "nothing", .kinds = ""},
-        {.name = "swapped", .color = swapped, .kinds = "fields.swapped"},
-        {.name = "swapped and told otherwise",
-         .color = swapped,
-         .told = kLowerFirst,
-         .kinds = "fields.swapped"},
-        {.name = "placed a row lower", .color = swapped, .kinds = "", .top = 1},
-        {.name = "blended",
-         .color = [](auto, auto) { return Half(kUpper, kLower); },
-         .told = kProgressive,
-         .kinds = "fields.blended"},
-        {.name = "one field",
-         .color = [](auto, auto) { return kLower; },
-         .told = kProgressive,
-         .kinds = "fields.dropped",
-         .cause = "upper field was dropped"},
-        {.name = "bob",
-         .color = [](auto, std::int64_t picture) { return picture % 2 == 0 ? kUpper : kLower; },
-         .frames =
-             [](std::int64_t picture) {
-                 return std::array{picture / 2, picture / 2};
-             },
-         .told = kProgressive,
-         .kinds = "fields.dropped",
-         .cause = "picture of its own"},
-        {.name = "progressive chroma", .fieldChroma = false, .kinds = "fields.chroma"},
-        {.name = "4:2:2", .fieldChroma = false, .kinds = "", .subsampleH = 0},
-        {.name = "told otherwise", .told = kLowerFirst, .kinds = "tags.order"},
-        {.name = "told progressive", .told = kProgressive, .kinds = "tags.order"},
-        {.name = "a field late",
-         .frames =
-             [](std::int64_t picture) {
-                 return std::array{picture + 1, picture};
-             },
-         .told = kUpperFirst,
-         .kinds = "fields.order"},
-        {.name = "pulldown", .frames = Telecine, .kinds = "fields.pulldown", .cause = "2:3"},
-        {.name = "scaled",
-         .color = [](auto, auto) { return Half(kUpper, kLower); },
-         .told = kProgressive,
-         .kinds = "",
-         .height = 240},
-    };
+Color Swapped(std::uint32_t row, std::int64_t) {
+    return row % 2 == 0 ? kLower : kUpper;
 }
+
+constexpr auto kProgressive = FieldOrder::kProgressive, kUpperFirst = FieldOrder::kUpperFirst,
+               kLowerFirst = FieldOrder::kLowerFirst;
+
+const std::vector<Case> kCases = {
+    {.name = "nothing", .kinds = ""},
+    {.name = "swapped", .color = Swapped, .kinds = "fields.swapped"},
+    {.name = "swapped and told otherwise", .color = Swapped, .told = kLowerFirst, .kinds = "fields.swapped"},
+    {.name = "placed a row lower", .color = Swapped, .kinds = "", .top = 1},
+    {.name = "blended",
+     .color = [](auto, auto) { return Half(kUpper, kLower); },
+     .told = kProgressive,
+     .kinds = "fields.blended"},
+    {.name = "one field",
+     .color = [](auto, auto) { return kLower; },
+     .told = kProgressive,
+     .kinds = "fields.dropped",
+     .cause = "upper field was dropped"},
+    {.name = "bob",
+     .color = [](auto, std::int64_t picture) { return picture % 2 == 0 ? kUpper : kLower; },
+     .frames =
+         [](std::int64_t picture) {
+             return std::array{picture / 2, picture / 2};
+         },
+     .told = kProgressive,
+     .kinds = "fields.dropped",
+     .cause = "picture of its own"},
+    {.name = "progressive chroma", .fieldChroma = false, .kinds = "fields.chroma"},
+    {.name = "4:2:2", .fieldChroma = false, .kinds = "", .subsampleH = 0},
+    {.name = "told otherwise", .told = kLowerFirst, .kinds = "tags.order"},
+    {.name = "told progressive", .told = kProgressive, .kinds = "tags.order"},
+    {.name = "a field late",
+     .frames =
+         [](std::int64_t picture) {
+             return std::array{picture + 1, picture};
+         },
+     .told = kUpperFirst,
+     .kinds = "fields.order"},
+    {.name = "pulldown", .frames = Telecine, .kinds = "fields.pulldown", .cause = "2:3"},
+    {.name = "scaled",
+     .color = [](auto, auto) { return Half(kUpper, kLower); },
+     .told = kProgressive,
+     .kinds = "",
+     .height = 240},
+};
 
 // A fault of fields that isn't found, that is taken for another one, or for wrong colors.
 TEST(FieldAnalysis, NamesWhatWasDone) {
     const MadeClip clip = Fields(FieldOrder::kUpperFirst);
-    for (const Case& test : Cases()) {
+    for (const Case& test : kCases) {
         const Found found = Compare(clip, test);
         EXPECT_EQ(KindsOf(found.fields), test.kinds) << test.name;
         EXPECT_EQ(KindsOf(found.colors), "") << test.name;
