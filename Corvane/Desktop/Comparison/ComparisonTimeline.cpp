@@ -40,8 +40,7 @@ void ComparisonTimeline::Show(std::vector<PlacedPicture> pictures, const std::ve
     mPicture = 0;
     for (std::size_t i = 0; i < findings.size() && !mPictures.empty(); ++i)
         for (const FrameRange& range : findings[i].frames) {
-            // Foreign pictures are told by their numbers in the video.
-            const bool ofVideo = findings[i].kind == "frames.foreign";
+            const bool ofVideo = CountsPictures(findings[i]);
             const std::int64_t first = ofVideo ? range.first : PictureOf(range.first);
             const std::int64_t last = ofVideo ? range.last : PictureOf(range.last);
             mMarks.push_back({static_cast<int>(i), std::clamp<std::int64_t>(first, 0, Count() - 1),
