@@ -77,7 +77,7 @@ void ComparisonTimeline::paintEvent(QPaintEvent*) {
     const int left = Left(mPicture);
     const int right = std::max(Left(mPicture + 1), left + 2);
     painter.setPen(hasFocus() ? palette().color(QPalette::Highlight) : palette().color(QPalette::Text));
-    painter.drawRect(left, 0, right - left - 1, height() - 1);
+    painter.drawRect(left, kMarks, right - left - 1, height() - kMarks - 1);
 }
 
 // One rectangle a run of pictures: a long video has more of them than the widget has columns.
