@@ -1,13 +1,12 @@
 #include <algorithm>
-#include <cstddef>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "Commands.h"
+#include "Compare/CompareText.h"
 #include "Compare/Loader/CompareLoader.h"
 #include "Console.h"
 #include "EndingSignal.h"
@@ -19,49 +18,19 @@ namespace corvane::commandline {
 
 namespace {
 
-/// A plane that was compared: its name for people and for programs.
-struct PlaneName {
-    const char* text;
-    const char* key;
-    const PlaneErrors& errors;
-};
-
-std::vector<PlaneName> ComparedPlanes(const CompareReport& report) {
-    constexpr const char* kText[2][4] = {{"R'", "G'", "B'", "alpha"}, {"Y'", "Cb", "Cr", "alpha"}};
-    constexpr const char* kKeys[2][4] = {{"r", "g", "b", "a"}, {"y", "cb", "cr", "a"}};
-    std::vector<PlaneName> planes;
-    for (std::size_t i = 0; i < 4; ++i)
-        if (report.errors[i].measured)
-            planes.push_back(
-                {kText[report.format.yCbCr][i], kKeys[report.format.yCbCr][i], report.errors[i]});
-    return planes;
-}
-
-void PrintErrors(const CompareReport& report) {
-    std::string psnr, largest;
-    for (const PlaneName& plane : ComparedPlanes(report)) {
-        const char* const separator = psnr.empty() ? "" : ", ";
-        psnr += plane.errors.psnr ? fmt::format("{}{} {:.1f} dB", separator, plane.text, *plane.errors.psnr)
-                                  : fmt::format("{}{} exact", separator, plane.text);
-        largest += fmt::format("{}{} {}", separator, plane.text, plane.errors.largest);
-    }
-    if (psnr.empty()) return;
-    PrintLine("  PSNR           " + psnr);
-    PrintLine(fmt::format("  Largest error  {} of {}", largest, (1u << report.format.bits) - 1));
-}
-
 void PrintText(const CompareReport& report, bool quiet) {
     if (!quiet) {
-        PrintLine(fmt::format("{} beside {}: {} of {} pictures show a frame of the clip{}", report.video.name,
-                              report.clip, report.framesMatched, report.framesCompared,
-                              report.cancelled ? "; the rest was not compared" : ""));
-        PrintErrors(report);
+        PrintLine(fmt::format("{} beside {}: {}", report.video.name, report.clip, MatchedText(report)));
+        if (const std::string psnr = PSNRText(report); !psnr.empty()) {
+            PrintLine("  PSNR           " + psnr);
+            PrintLine("  Largest error  " + LargestErrorText(report));
+        }
         PrintLine("");
     }
     for (const Finding& finding : report.findings)
         PrintLine(fmt::format("{:<16} {}", finding.kind, finding.sentence));
     if (quiet) return;
-    if (report.findings.empty()) PrintLine("Nothing beyond the tolerance was found.");
+    if (report.findings.empty()) PrintLine(kNothingFoundText);
     for (const std::string& remark : report.remarks) PrintLine(remark);
 }
 
@@ -81,7 +50,7 @@ void PrintJSON(const CompareReport& report) {
     line["frames_matched"] = report.framesMatched;
     line["psnr"] = JSON::object();
     line["max_error"] = JSON::object();
-    for (const PlaneName& plane : ComparedPlanes(report)) {
+    for (const ComparedPlane& plane : ComparedPlanes(report)) {
         line["psnr"][plane.key] = plane.errors.psnr ? JSON(*plane.errors.psnr) : JSON(nullptr);
         line["max_error"][plane.key] = plane.errors.largest;
     }

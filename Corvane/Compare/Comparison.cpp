@@ -1,7 +1,6 @@
 #include "Comparison.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include <fmt/format.h>
@@ -12,7 +11,6 @@
 #include "FrameReading.h"
 #include "PictureAnalyses.h"
 #include "ReadAhead.h"
-#include "Tags.h"
 
 namespace corvane {
 namespace {
@@ -37,7 +35,6 @@ class Comparison {
         if (number == 0) {
             mSize = picture.size;
             mReport.format = picture.format;
-            mTags = picture.tags;
         }
         if (picture.damaged) mDamaged.Add(number);
         if (picture.size != mSize) {
@@ -101,13 +98,9 @@ class Comparison {
         if (worst.size() > kWorst) worst.pop_back();
     }
 
-    void Add(std::vector<Finding> findings) {
-        std::ranges::move(findings, std::back_inserter(mReport.findings));
-    }
-
     void AddFindings() {
-        if (mAnalyses) Add(mAnalyses->Findings(!mReport.cancelled && mReport.video.whyCut.empty()));
-        Add(TagFindings(mReport.video, mTags, {}));
+        if (mAnalyses)
+            mReport.findings = mAnalyses->Findings(!mReport.cancelled && mReport.video.whyCut.empty());
         if (!mOtherSizes.Empty()) AddChangeOfSize();
     }
 
@@ -147,7 +140,6 @@ class Comparison {
     const FrameRange mWanted;                 // frames of the clip that should be shown
     std::optional<PictureAnalyses> mAnalyses; // since the first picture
     Size mSize{};                             // of the first picture
-    VideoTags mTags;                          // likewise
     Size mOtherSize{};
     FrameRanges mOtherSizes;
     FrameRanges mDamaged;

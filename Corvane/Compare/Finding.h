@@ -34,11 +34,16 @@ class FrameRanges {
 struct Finding {
     std::string kind;     ///< "frames.missing", "color.matrix" and so on: see Docs/Compare.md
     std::string sentence; ///< for people, with frame numbers and the likely cause, ends with a period
-    std::vector<FrameRange> frames; ///< of the clip, if it is about some only; of the video for foreign ones
+    std::vector<FrameRange> frames; ///< of the clip, if it is about some only; see `CountsPictures`
     std::string expected;           ///< the value that should be, in the words of the sentence; may be empty
     std::string found;              ///< the value that is
     std::string cause;              ///< the likely cause, as a clause; empty if none explains the difference
     double weight = 0;              ///< how bad it is, from 0 to 1: the worst are told first
 };
+
+/// Whether `frames` are pictures of the video, because no frames of the clip can stand for them. Any thread.
+inline bool CountsPictures(const Finding& finding) {
+    return finding.kind == "frames.foreign" || finding.kind == "geometry.size";
+}
 
 } // namespace corvane

@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "CompareText.h"
 #include "Engine/ClipText.h"
 #include "ReportImage.h"
 #include "Services/Foundation/QuotedText.h"
@@ -12,8 +13,8 @@
 namespace corvane {
 namespace {
 
-constexpr std::uint32_t kWidest = 720; // pixels of a picture on the page
-constexpr int kGain = 8;               // of differences
+constexpr std::uint32_t kLongest = 720; // pixels of a side of a picture on the page
+constexpr int kGain = 8;                // of differences
 constexpr double kTimelineWidth = 960, kTimelineHeight = 240;
 constexpr double kCurveWidth = 320, kCurveHeight = 256;
 
@@ -52,7 +53,7 @@ std::string RangesText(const std::vector<FrameRange>& ranges) {
 }
 
 std::string FindingsTable(const CompareReport& report) {
-    if (report.findings.empty()) return "<p>Nothing beyond the tolerance was found.</p>\n";
+    if (report.findings.empty()) return fmt::format("<p>{}</p>\n", kNothingFoundText);
     std::string table = "<table><tr><th>Kind<th>What was found<th>Frames<th>Expected<th>Found</tr>\n";
     for (const Finding& finding : report.findings)
         table += fmt::format("<tr><td>{}<td>{}<td>{}<td>{}<td>{}</tr>\n", Escaped(finding.kind),
@@ -120,8 +121,8 @@ std::string Figure(const ReportImage& image, const std::string& caption) {
 
 std::string Worst(const Clip& clip, const ComparedPicture& compared) {
     const StreamFacts facts = FactsOf(clip, clip.Info().frames);
-    const std::uint32_t step =
-        compared.pixels.size.width > kWidest ? (compared.pixels.size.width + kWidest - 1) / kWidest | 1 : 1;
+    const std::uint32_t side = std::max(compared.pixels.size.width, compared.pixels.size.height);
+    const std::uint32_t step = side > kLongest ? (side + kLongest - 1) / kLongest | 1 : 1;
     const Frame frame = clip.GetFrame(compared.frame);
     const ReportImage expected = ImageOf(frame.View(), facts, step);
     const ReportImage found = ImageOf(compared.pixels, facts.tags.matrix, step);
@@ -139,11 +140,10 @@ std::string ReportPage(const Clip& clip, const CompareReport& report) {
     std::string page = fmt::format(
         "<!DOCTYPE html>\n<html lang='en'><meta charset='utf-8'><title>{0} beside "
         "{1}</title><style>{2}</style>\n"
-        "<h1>{0} beside {1}</h1>\n<p>The clip is {3}, {4}. The video is {5} in {6}, {7}. {8} of {9} pictures "
-        "show a frame of the clip.</p>\n",
+        "<h1>{0} beside {1}</h1>\n<p>The clip is {3}, {4}. The video is {5} in {6}, {7}. {8}.</p>\n",
         Escaped(report.video.name), Escaped(report.clip), kStyle, Escaped(FormatText(clip.Info().format)),
         DurationText(clip.Info()), Escaped(report.video.codec), Escaped(report.video.container),
-        SizeText(report.video.size), report.framesMatched, report.framesCompared);
+        SizeText(report.video.size), MatchedText(report));
     page += FindingsTable(report);
     for (const std::string& remark : report.remarks) page += fmt::format("<p>{}</p>\n", Escaped(remark));
     page += Timeline(report);

@@ -15,7 +15,8 @@ namespace corvane::desktop {
 
 /// What is kept of a picture of the video, to find it again.
 struct PlacedPicture {
-    std::int64_t time = -1;  ///< when it is shown, in the video's units of time; -1 if it does not say
+    std::int64_t time =
+        -1; ///< when it is shown, in the video's units of time; -1 if that does not lead to it
     std::int64_t frame = -1; ///< the clip's frame that it shows; -1 for none
 };
 
@@ -31,7 +32,7 @@ class CompareJob final : public QObject {
     void Start();
     /// Ends it soon; `Finished` tells what was found until then.
     void Cancel();
-    /// The pictures that were compared so far, in order. Complete once it has finished.
+    /// The pictures that were compared, in order; none until it has finished.
     const std::vector<PlacedPicture>& Pictures() const { return mPictures; }
 
   Q_SIGNALS:

@@ -57,6 +57,7 @@ void ComparedPictures::SetPair(std::shared_ptr<const PicturePair> pair) {
     mExpected = View(mPair->expected);
     mFound = View(mPair->found);
     mDifference = {};
+    setAccessibleDescription(tr("Picture %1").arg(mPair->number));
     update();
 }
 

@@ -40,8 +40,7 @@ void ComparisonTimeline::Show(std::vector<PlacedPicture> pictures, const std::ve
     mPicture = 0;
     for (std::size_t i = 0; i < findings.size() && !mPictures.empty(); ++i)
         for (const FrameRange& range : findings[i].frames) {
-            // Foreign pictures are told by their numbers in the video.
-            const bool ofVideo = findings[i].kind == "frames.foreign";
+            const bool ofVideo = CountsPictures(findings[i]);
             const std::int64_t first = ofVideo ? range.first : PictureOf(range.first);
             const std::int64_t last = ofVideo ? range.last : PictureOf(range.last);
             mMarks.push_back({static_cast<int>(i), std::clamp<std::int64_t>(first, 0, Count() - 1),
@@ -78,7 +77,7 @@ void ComparisonTimeline::paintEvent(QPaintEvent*) {
     const int left = Left(mPicture);
     const int right = std::max(Left(mPicture + 1), left + 2);
     painter.setPen(hasFocus() ? palette().color(QPalette::Highlight) : palette().color(QPalette::Text));
-    painter.drawRect(left, 0, right - left - 1, height() - 1);
+    painter.drawRect(left, kMarks, right - left - 1, height() - kMarks - 1);
 }
 
 // One rectangle a run of pictures: a long video has more of them than the widget has columns.

@@ -1,6 +1,5 @@
 #include "ComparisonWindow.h"
 
-#include <cmath>
 #include <utility>
 
 #include <QButtonGroup>
@@ -12,6 +11,7 @@
 #include <QToolButton>
 #include <QVBoxLayout>
 
+#include "Compare/CompareText.h"
 #include "Compare/ReportPage.h"
 #include "Desktop/Toolkit/Text.h"
 #include "Engine/Failure.h"
@@ -24,22 +24,12 @@ namespace {
 
 constexpr QSize kFirstSize(1060, 680);
 
-QString Errors(const CompareReport& report) {
-    const QStringList names =
-        report.format.yCbCr ? QStringList{"Y'", "Cb", "Cr", "A"} : QStringList{"R'", "G'", "B'", "A"};
-    QStringList parts;
-    for (std::size_t plane = 0; plane < report.errors.size(); ++plane)
-        if (const auto& psnr = report.errors[plane].psnr)
-            parts << QStringLiteral("%1 %2 dB").arg(names[static_cast<int>(plane)]).arg(*psnr, 0, 'f', 1);
-    return parts.isEmpty() ? QString() : ComparisonWindow::tr(" PSNR: %1.").arg(parts.join(", "));
-}
-
 QString Summary(const CompareReport& report) {
-    return ComparisonWindow::tr("%1 pictures compared, %2 show a frame of the clip.%3%4")
-        .arg(report.framesCompared)
-        .arg(report.framesMatched)
-        .arg(Errors(report),
-             report.cancelled ? ComparisonWindow::tr(" Stopped: the rest was not looked at.") : QString());
+    const QString text = QString::fromStdString(MatchedText(report)) + u'.';
+    const QString psnr = QString::fromStdString(PSNRText(report));
+    if (psnr.isEmpty()) return text;
+    return ComparisonWindow::tr("%1 PSNR: %2. Largest error: %3.")
+        .arg(text, psnr, QString::fromStdString(LargestErrorText(report)));
 }
 
 } // namespace
@@ -82,9 +72,11 @@ void ComparisonWindow::MakeWidgets(const QString& name) {
     mProgress->setMaximumWidth(kFirstSize.width() / 5);
     mProgress->setAccessibleName(tr("Progress of the comparison"));
     mStop = new QPushButton(tr("&Stop"), this);
+    mStop->setObjectName("compareStop");
     mStop->setToolTip(tr("End the comparison and show what was found so far"));
     connect(mStop, &QPushButton::clicked, &mJob, &CompareJob::Cancel);
     mSave = new QPushButton(tr("Save &Report…"), this);
+    mSave->setObjectName("compareSave");
     mSave->setToolTip(tr("Write what was found to a page for a browser, with pictures"));
     mSave->setEnabled(false);
     connect(mSave, &QPushButton::clicked, this, &ComparisonWindow::SaveReport);
@@ -98,6 +90,7 @@ void ComparisonWindow::MakeWidgets(const QString& name) {
     mFindings->setAccessibleName(tr("Findings, the worst first"));
     mFindings->setWordWrap(true);
     mFindings->setAlternatingRowColors(true);
+    mFindings->setResizeMode(QListView::Adjust); // the lines break elsewhere
     mFindings->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     connect(mFindings, &QListWidget::currentRowChanged, this, &ComparisonWindow::GoToFinding);
 
@@ -182,13 +175,13 @@ void ComparisonWindow::ShowFindings() {
                                                mFindings);
         item->setToolTip(QString::fromStdString(finding.sentence));
     }
-    for (const std::string& remark : mReport->remarks) {
-        auto* const item = new QListWidgetItem(QString::fromStdString(remark), mFindings);
-        item->setFlags(Qt::ItemIsEnabled);
-    }
-    if (!mReport->findings.empty()) return;
-    auto* const item = new QListWidgetItem(tr("Nothing was found beyond the tolerance."), mFindings);
-    item->setFlags(Qt::ItemIsEnabled);
+    if (mReport->findings.empty()) AddRemark(kNothingFoundText);
+    for (const std::string& remark : mReport->remarks) AddRemark(remark);
+}
+
+void ComparisonWindow::AddRemark(const std::string& text) {
+    auto* const item = new QListWidgetItem(QString::fromStdString(text), mFindings);
+    item->setFlags(Qt::ItemIsEnabled); // there is nothing to go to
 }
 
 void ComparisonWindow::GoToFinding(int row) {
@@ -197,7 +190,7 @@ void ComparisonWindow::GoToFinding(int row) {
     mTimeline->SetFinding(row);
     if (finding.frames.empty()) return GoToPicture(mTimeline->Picture());
     const std::int64_t first = finding.frames.front().first;
-    GoToPicture(finding.kind == "frames.foreign" ? first : mTimeline->PictureOf(first));
+    GoToPicture(CountsPictures(finding) ? first : mTimeline->PictureOf(first));
 }
 
 void ComparisonWindow::GoToPicture(std::int64_t number) {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <string>
 
 #include <QLabel>
 #include <QListWidget>
@@ -36,6 +37,7 @@ class ComparisonWindow final : public QWidget {
     QWidget* MakeViewButtons();
     void ShowReport(const std::shared_ptr<const CompareReport>& report);
     void ShowFindings();
+    void AddRemark(const std::string& text);
     void EndProgress(const QString& summary);
     void GoToFinding(int row);
     void GoToPicture(std::int64_t number);

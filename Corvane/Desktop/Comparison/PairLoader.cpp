@@ -1,6 +1,5 @@
 #include "PairLoader.h"
 
-#include <limits>
 #include <utility>
 
 #include "Engine/Failure.h"
@@ -12,8 +11,9 @@ namespace {
 /// Further ahead than this, the video is sought rather than decoded on.
 constexpr std::int64_t kDecodedOn = 48;
 
-/// After a seek nobody knows the number of the next picture, only its time.
-constexpr std::int64_t kSomewhere = std::numeric_limits<std::int64_t>::max();
+/// After so many pictures a newer wish is served, though this one was not: videos that can't be sought are
+/// decoded from their start.
+constexpr int kPatience = 500;
 
 } // namespace
 
@@ -45,7 +45,9 @@ void PairLoader::Work() {
         const Wish wish = *std::exchange(mWish, std::nullopt);
         lock.unlock();
         auto pair = std::make_shared<const PicturePair>(Make(wish));
-        mUI.Post([this, pair = std::move(pair)] { Q_EMIT Made(pair); });
+        // Nothing is shown of a wish that was given up.
+        if (!pair->found.pixels.empty() || !pair->problem.isEmpty())
+            mUI.Post([this, pair = std::move(pair)] { Q_EMIT Made(pair); });
         lock.lock();
     }
 }
@@ -55,6 +57,7 @@ PicturePair PairLoader::Make(const Wish& wish) {
     pair.number = wish.number;
     try {
         pair.found = Found(wish);
+        if (pair.found.pixels.empty()) return pair;
         if (!mClip->WhyNoFrameAt(wish.at.frame).empty())
             pair.problem = tr("This picture shows no frame of the clip.");
         else
@@ -70,20 +73,45 @@ PicturePair PairLoader::Make(const Wish& wish) {
 }
 
 ReportImage PairLoader::Found(const Wish& wish) {
-    if (!mVideo || wish.number < mNext || wish.number > mNext + kDecodedOn) {
-        mVideo = OpenVideo(mPath);
-        mNext = wish.at.time >= 0 && mVideo->SeekBefore(wish.at.time) ? kSomewhere : 0;
+    if (!mVideo || !mNext || wish.number < *mNext || wish.number > *mNext + kDecodedOn) GoNear(wish);
+    const bool sought = !mNext;
+    std::optional<VideoPicture> picture = Decode(wish);
+    if (!picture && sought && !IsOver(0)) {
+        // Its index, or its times, lead elsewhere.
+        GoNear({wish.number, {}});
+        picture = Decode(wish);
     }
-    VideoPicture picture;
-    while (mVideo->Next(picture)) {
-        const bool isIt = mNext == kSomewhere ? picture.time.value_or(wish.at.time) >= wish.at.time
-                                              : mNext++ == wish.number;
-        if (!isIt) continue;
-        mNext = wish.number + 1;
-        return ImageOf(picture, TagsFor(mClip->Info().format).matrix, 1);
-    }
-    mVideo.reset();
+    if (picture) return ImageOf(*picture, TagsFor(mClip->Info().format).matrix, 1);
+    if (IsOver(kPatience)) return {};
     throw Failure(mPath.string() + ": this picture can't be decoded again; compare anew.");
+}
+
+void PairLoader::GoNear(const Wish& wish) {
+    mNext = std::nullopt;
+    const bool seeks = wish.at.time >= 0 && wish.number > kDecodedOn;
+    if (seeks && mVideo && mVideo->SeekBefore(wish.at.time)) return;
+    mVideo = OpenVideo(mPath);
+    if (!seeks || !mVideo->SeekBefore(wish.at.time)) mNext = 0;
+}
+
+std::optional<VideoPicture> PairLoader::Decode(const Wish& wish) {
+    VideoPicture picture;
+    for (int decoded = 0; !IsOver(decoded) && mVideo->Next(picture); ++decoded) {
+        if (mNext) {
+            if ((*mNext)++ == wish.number) return picture;
+            continue;
+        }
+        if (picture.time.value_or(-1) < wish.at.time) continue;
+        if (picture.time != wish.at.time || picture.damaged) return std::nullopt;
+        mNext = wish.number + 1;
+        return picture;
+    }
+    return std::nullopt;
+}
+
+bool PairLoader::IsOver(int decoded) {
+    const std::lock_guard lock(mMutex);
+    return mEnd || (mWish && decoded >= kPatience);
 }
 
 ReportImage PairLoader::Expected(std::int64_t frame) const {

@@ -45,14 +45,22 @@ class PairLoader final : public QObject {
 
     void Work();
     PicturePair Make(const Wish& wish);
+    /// Without pixels if the wish was given up.
     ReportImage Found(const Wish& wish);
+    /// Goes to near before the picture; the start if the video can't be sought.
+    void GoNear(const Wish& wish);
+    /// Decodes the picture. None if it did not come where its time says, if the video ends before it, or if
+    /// it is no longer wanted.
+    std::optional<VideoPicture> Decode(const Wish& wish);
+    /// Whether decoding is to end: for good, or for a newer wish when it has taken long.
+    bool IsOver(int decoded);
     ReportImage Expected(std::int64_t frame) const;
 
     const std::shared_ptr<const Clip> mClip;
     const std::filesystem::path mPath;
     // Of the worker:
     std::unique_ptr<Video> mVideo;
-    std::int64_t mNext = 0; // the number of the picture that comes next
+    std::optional<std::int64_t> mNext; // the number of the picture that comes next; none after seeking
 
     std::mutex mMutex; // guards these
     std::condition_variable mWake;

@@ -1,6 +1,6 @@
-// Takes the pictures of the main window that the documentation shows, worked as a person works it.
-//   desktop_screenshots FOLDER SAMPLES CLIPS     CLIPS is a folder to put copies of the samples into; it is
-//   on the pictures
+// Takes the pictures of the windows that the documentation shows, worked as a person works them.
+//   desktop_screenshots FOLDER SAMPLES CLIPS VIDEO     CLIPS is a folder to put copies of the samples into;
+//   it is on the pictures. VIDEO is one of pal-upper-first.synthex with something wrong in it
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
@@ -16,6 +16,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include "Desktop/Comparison/ComparisonWindow.h"
 #include "Desktop/Exports/ExportPanel.h"
 #include "Desktop/Window/Appearance.h"
 #include "Desktop/Window/MainWindow.h"
@@ -99,6 +100,21 @@ class Session {
     MainWindow mWindow;
 };
 
+/// Compares a clip with a video, and shows what was found first.
+void TakeComparison(const QString& folder, const std::filesystem::path& clip,
+                    const std::filesystem::path& video) {
+    const auto bundle = std::make_shared<corvane::Bundle>(corvane::Bundle::Find());
+    ComparisonWindow window(corvane::Clip::OpenFile(bundle, clip), QString::fromStdString(clip.stem()), video,
+                            nullptr);
+    window.setAttribute(Qt::WA_DeleteOnClose, false);
+    bool done = false;
+    QObject::connect(&window, &ComparisonWindow::Done, &window, [&] { done = true; });
+    window.show();
+    const auto& pictures = *window.findChild<ComparedPictures*>();
+    WaitFor([&] { return done && !pictures.accessibleDescription().isEmpty(); });
+    Keep(window, folder, "desktop-compare.png");
+}
+
 /// A file that is no settings file, and one whose clip has no rate.
 QStringList BadFiles(const QString& folder) {
     const std::filesystem::path path = folder.toStdString();
@@ -136,6 +152,9 @@ int main(int, char** arguments) {
         QFile::copy(samples.filePath(name), clips.filePath(name));
         files << clips.filePath(name);
     }
-    Session session(platform, QString::fromLocal8Bit(arguments[1]));
+    const QString pictures = QString::fromLocal8Bit(arguments[1]);
+    TakeComparison(pictures, clips.filePath(QStringLiteral("pal-upper-first.synthex")).toStdString(),
+                   arguments[4]);
+    Session session(platform, pictures);
     TakeAll(session, files, BadFiles(clips.path()));
 }

@@ -17,6 +17,7 @@
 #include <QTest>
 #include <gmock/gmock.h>
 
+#include "Desktop/Comparison/ComparisonWindow.h"
 #include "Desktop/Exports/ExportPanel.h"
 #include "Desktop/Toolkit/NumberField.h"
 #include "Engine/Failure.h"
@@ -28,6 +29,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using corvane::desktop::BinModel;
+using corvane::desktop::ComparisonWindow;
 using corvane::desktop::ExportPanel;
 using corvane::desktop::NumberField;
 using corvane::desktop::Viewer;
@@ -268,6 +270,9 @@ TEST_F(WindowTest, ExportsRunBehindTheWindow) {
     EXPECT_TRUE(panel.isVisible());
     WaitUntil([&] { return !panel.HasUnfinishedJobs(); }, "the export");
     EXPECT_GT(fs::file_size(Folder() / "a.mp4"), 1000u);
+    WhenShown(SaveAs(Folder() / "a.mp4"));
+    Choose("Compare with Video");
+    EXPECT_EQ(mWindow->findChild<ComparisonWindow*>()->windowTitle(), "file and a.mp4 – Synthex");
 
     // One that would take forever.
     Write("file.synthex",
