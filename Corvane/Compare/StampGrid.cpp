@@ -47,14 +47,15 @@ std::pair<double, std::int64_t> StampGrid::Mean(double least, double most) const
 double StampGrid::PictureLength() const {
     const auto usual = static_cast<double>(Usual());
     const auto [length, count] = Mean(usual - 1.5, usual + 1.5);
-    // If hardly a step is as long as another, they jitter about their mean; twice as long, pictures are lost.
-    return count * 2 > mTimes - 1 ? length : Mean(usual * 0.5, usual * 1.9).first;
+    // If many steps are of other lengths, they jitter about their mean; after those that are twice as long,
+    // pictures are missing.
+    return count * 5 > (mTimes - 1) * 4 ? length : Mean(usual * 0.5, usual * 1.9).first;
 }
 
 double StampGrid::Uncertainty() const {
     const auto [off, most] = Irregular();
     // Jitter can move both ends.
-    const double ends = off * 2 > mTimes - 1 ? 2 * most : 0;
+    const double ends = off * 5 > mTimes - 1 ? 2 * most : 0;
     return (1.5 + ends) / static_cast<double>(std::max<std::int64_t>(mTimes - 1, 1));
 }
 

@@ -110,11 +110,11 @@ const Impairment kFrames[] = {
     {kHD, "-vf reverse" FFV1, "frames.order"},
     {kPAL,
      "-f lavfi -i testsrc2=s=720x576:r=25:d=2 -filter_complex "
-     "\"overlay=enable='between(n,5,7)':shortest=1\"" FFV1,
+     "\"overlay=enable='between(n,5,7)':shortest=1:format=yuv444\"" FFV1,
      "frames.foreign"},
     {kTenBit,
      "-f lavfi -i mandelbrot=s=1280x720:r=30000/1001 -filter_complex "
-     "\"overlay=enable='eq(n,5)':shortest=1:format=yuv422p10\"" FFV1,
+     "\"overlay=enable='between(t,0.16,0.24)':shortest=1:format=yuv422p10\"" FFV1,
      "frames.foreign"},
     {kPAL, "-vf tpad=stop_mode=clone:stop=5" FFV1, "frames.repeated"},
 };
