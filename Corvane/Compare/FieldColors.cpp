@@ -50,6 +50,7 @@ bool FieldColors::AreOthers(const PictureRows& rows, const Placement& placement)
     if (mPictures == 0) return false;
     const Look look = LookOf(rows, placement);
     const auto count = static_cast<double>(mPictures);
+    if (std::sqrt(look.variance) > kRough + 2 * std::sqrt(mSums.variance / count)) return true;
     // The nearest mixture of both fields.
     std::array<double, 3> lower{}, apart{}, found{};
     double length = 1e-9, along = 0;

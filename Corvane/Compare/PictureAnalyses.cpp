@@ -86,6 +86,7 @@ void PictureAnalyses::ReadFrame(const VideoPicture& picture, FrameReading& readi
         mFieldColors.Learn(mRows, placement);
     else if (mNumbers)
         reading.foreign = mFieldColors.AreOthers(mRows, placement);
+    if (!mGradients) return;
     TakeActive(mRows, placement, mActiveRows);
     mGradients->Read(mActiveRows, reading);
 }
