@@ -54,6 +54,21 @@ std::string SizeText(double width, double height) {
     return fmt::format("{}x{}", std::lround(width), std::lround(height));
 }
 
+// Of pixels that are free at the sides of frames.
+Finding PadFinding(const std::array<double, 4>& padded) {
+    const bool sides = padded[0] + padded[2] > 0.75;
+    const bool ends = padded[1] + padded[3] > 0.75;
+    const std::string cause = sides && ends ? "bars all around" : sides ? "pillarbox" : "letterbox";
+    const std::string found = NameSides(padded);
+    return {"geometry.pad",
+            fmt::format("Frames are padded ({}) by {}.", cause, found),
+            {},
+            "no bars",
+            found,
+            cause,
+            0.5};
+}
+
 double AspectOf(const PixelAspect& aspect) {
     return aspect.numerator == 0 || aspect.denominator == 0
                ? 1
@@ -281,19 +296,7 @@ void PlacementFinder::AddMoved(std::vector<Finding>& findings) const {
                             {},
                             0.6});
     }
-    if (Any(padded)) {
-        const bool sides = padded[0] + padded[2] > 0.75;
-        const bool ends = padded[1] + padded[3] > 0.75;
-        const std::string cause = sides && ends ? "bars all around" : sides ? "pillarbox" : "letterbox";
-        const std::string found = NameSides(padded);
-        findings.push_back({"geometry.pad",
-                            fmt::format("Frames are padded ({}) by {}.", cause, found),
-                            {},
-                            "no bars",
-                            found,
-                            cause,
-                            0.5});
-    }
+    if (Any(padded)) findings.push_back(PadFinding(padded));
 }
 
 std::vector<std::string> PlacementFinder::Remarks() const {
