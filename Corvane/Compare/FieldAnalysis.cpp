@@ -92,18 +92,18 @@ FieldShares FieldAnalysis::Add(const PictureRows& rows, const FrameReading& read
                                const Placement& placement, const ExpectedRows& expected) {
     ++mPictures;
     ++mTold[static_cast<std::size_t>(order)];
-    mScaled =
-        mScaled || placement.quarterTurns % 2 != 0 || std::abs(placement.height - mClip.size.height) > 0.25;
-    mOddShift = mOddShift || std::llround(placement.top) % 2 != 0 ||
-                (placement.flipped && mClip.size.height % 2 == 0);
+    // The last placement is the one that is known best.
+    mScaled = placement.quarterTurns % 2 != 0 || std::abs(placement.height - mClip.size.height) > 0.25;
+    mOddShift = std::llround(placement.top) % 2 != 0 || (placement.flipped && mClip.size.height % 2 == 0);
     AddNumbers(reading, order);
     if (!mClip.Interlaced() || expected.Height() < 4 || !expected.FieldsAreSolid()) return {};
     const std::optional<Measured> chroma = Measure(rows, placement, expected, true, kFarEnough);
     std::optional<Measured> luma =
         Measure(rows, placement, expected, false, chroma ? kConfirming : kFarEnough);
     const std::optional<Measured> sure = Measure(rows, placement, expected, false, kFarEnough);
-    // A small difference of luma counts only if it is there: a low rate can take it away.
-    if (!sure && luma && LookOf(*luma) != Look::kClear) luma.reset();
+    // A small difference of luma counts only if it is there, one way or the other: a low rate can take it
+    // away.
+    if (!sure && luma && LookOf(*luma) != Look::kClear && LookOf(*luma) != Look::kSwapped) luma.reset();
     if (!luma && !chroma) return {};
     return AddLooks(luma, chroma, reading);
 }
@@ -115,7 +115,10 @@ FieldShares FieldAnalysis::AddLooks(const std::optional<Measured>& luma,
     // Wrong colors bring luma nearer together, too; blended fields are so in all planes alike.
     const bool partly = luma && look == Look::kBlended && luma->apart > kAlike;
     if (partly && chroma && std::abs(luma->apart - chroma->apart) > 0.15) look = Look::kClear;
-    if (chroma && LookOf(*chroma) == Look::kClear) look = Look::kClear;
+    // Chroma counts more, except if luma is just what exchanged fields have: then chroma's own planes may be
+    // exchanged, too, which can look as if nothing was.
+    const bool isExchanged = luma && std::abs(luma->apart + 1) < 0.1;
+    if (chroma && !isExchanged && LookOf(*chroma) == Look::kClear) look = Look::kClear;
     Note(mSeen[static_cast<std::size_t>(look)], reading);
     AddLook(look);
     FieldShares shares{SharesOf(luma ? *luma : *chroma), SharesOf(chroma ? *chroma : *luma)};

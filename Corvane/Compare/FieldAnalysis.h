@@ -21,6 +21,9 @@ struct FieldShares {
     std::array<double, 2> chroma{1, 0};
 };
 
+/// The cause that findings of the kind fields.dropped have if pictures show one field each, in turn.
+inline constexpr const char* kFieldsInTurn = "each field was made a picture of its own";
+
 /// Looks at what happened to the fields of a clip. What is kept doesn't grow with the number of pictures. One
 /// thread at a time.
 class FieldAnalysis {

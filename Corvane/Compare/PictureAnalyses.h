@@ -10,6 +10,7 @@
 #include "Comparison.h"
 #include "ExpectedFrames.h"
 #include "FieldAnalysis.h"
+#include "FieldColors.h"
 #include "GradientReader.h"
 #include "NumberReader.h"
 #include "Placement.h"
@@ -56,6 +57,7 @@ class PictureAnalyses {
     PlacementFinder mPlaces;
     Timeline mTimeline;
     FieldAnalysis mFields;
+    FieldColors mFieldColors;
     ColorAnalysis mColors;
     PictureRows mRows;
     PictureRows mActiveRows; // those that show the frame rather than bars
