@@ -61,6 +61,27 @@ ComparisonWindow::ComparisonWindow(std::shared_ptr<const Clip> clip, const QStri
 ComparisonWindow::~ComparisonWindow() = default;
 
 void ComparisonWindow::MakeWidgets(const QString& name) {
+    QLayout* const top = MakeSummary(name);
+    mFindings = new QListWidget(this);
+    mFindings->setObjectName("compareFindings");
+    mFindings->setAccessibleName(tr("Findings, the worst first"));
+    mFindings->setWordWrap(true);
+    mFindings->setAlternatingRowColors(true);
+    mFindings->setResizeMode(QListView::Adjust); // the lines break elsewhere
+    mFindings->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    connect(mFindings, &QListWidget::currentRowChanged, this, &ComparisonWindow::GoToFinding);
+
+    auto* const splitter = new QSplitter(this);
+    splitter->addWidget(mFindings);
+    splitter->addWidget(MakePictures());
+    splitter->setStretchFactor(1, 1);
+    splitter->setSizes({kFirstSize.width() / 3, kFirstSize.width() * 2 / 3});
+    auto* const layout = new QVBoxLayout(this);
+    layout->addLayout(top);
+    layout->addWidget(splitter, 1);
+}
+
+QLayout* ComparisonWindow::MakeSummary(const QString& name) {
     auto* const top = new QHBoxLayout;
     mSummary = new QLabel(tr("Comparing %1 with %2").arg(name, FromPath(mVideo)), this);
     mSummary->setObjectName("compareSummary");
@@ -84,16 +105,10 @@ void ComparisonWindow::MakeWidgets(const QString& name) {
     top->addWidget(mProgress);
     top->addWidget(mStop);
     top->addWidget(mSave);
+    return top;
+}
 
-    mFindings = new QListWidget(this);
-    mFindings->setObjectName("compareFindings");
-    mFindings->setAccessibleName(tr("Findings, the worst first"));
-    mFindings->setWordWrap(true);
-    mFindings->setAlternatingRowColors(true);
-    mFindings->setResizeMode(QListView::Adjust); // the lines break elsewhere
-    mFindings->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    connect(mFindings, &QListWidget::currentRowChanged, this, &ComparisonWindow::GoToFinding);
-
+QWidget* ComparisonWindow::MakePictures() {
     mPictures = new ComparedPictures(mClip->Info().format, this);
     mPlace = new QLabel(this);
     mPlace->setObjectName("comparePlace");
@@ -109,15 +124,7 @@ void ComparisonWindow::MakeWidgets(const QString& name) {
     column->addLayout(bar);
     column->addWidget(mPictures, 1);
     column->addWidget(mTimeline);
-
-    auto* const splitter = new QSplitter(this);
-    splitter->addWidget(mFindings);
-    splitter->addWidget(right);
-    splitter->setStretchFactor(1, 1);
-    splitter->setSizes({kFirstSize.width() / 3, kFirstSize.width() * 2 / 3});
-    auto* const layout = new QVBoxLayout(this);
-    layout->addLayout(top);
-    layout->addWidget(splitter, 1);
+    return right;
 }
 
 QWidget* ComparisonWindow::MakeViewButtons() {

@@ -34,6 +34,8 @@ class ComparisonWindow final : public QWidget {
 
   private:
     void MakeWidgets(const QString& name);
+    QLayout* MakeSummary(const QString& name);
+    QWidget* MakePictures();
     QWidget* MakeViewButtons();
     void ShowReport(const std::shared_ptr<const CompareReport>& report);
     void ShowFindings();
