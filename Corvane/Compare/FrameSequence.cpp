@@ -188,22 +188,19 @@ std::vector<Finding> FrameSequence::Findings(bool complete) const {
     return findings;
 }
 
-void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) const {
+Finding FrameSequence::MissingFinding(const std::vector<FrameRange>& frames, std::string sentence,
+                                      std::string cause) const {
     const std::int64_t wanted = mExpected.last - mExpected.first + 1;
-    const auto add = [&](const std::vector<FrameRange>& frames, std::string sentence, std::string cause) {
-        std::int64_t count = 0;
-        for (const auto& [first, last] : frames) count += last - first + 1;
-        findings.push_back({"frames.missing", std::move(sentence), frames, fmt::format("{} frames", wanted),
-                            fmt::format("{} frames", wanted - count), std::move(cause),
-                            0.7 + 0.3 * static_cast<double>(count) / static_cast<double>(wanted)});
-    };
-    std::vector<FrameRange> within = mSeen.Absent(mExpected, mReplaced);
-    if (mMatched == 0) {
-        if (complete && mForeign.Count() > 0) add(within, "The video shows no frame of the clip.", {});
-        return;
-    }
-    if (within.empty()) return;
-    // What is missing at the start and at the end was cut off, if frames come in order.
+    std::int64_t count = 0;
+    for (const auto& [first, last] : frames) count += last - first + 1;
+    return {"frames.missing", std::move(sentence), frames, fmt::format("{} frames", wanted),
+            fmt::format("{} frames", wanted - count), std::move(cause),
+            0.7 + 0.3 * static_cast<double>(count) / static_cast<double>(wanted)};
+}
+
+/// What is missing at the start and at the end was cut off, if frames come in order: takes it out of `within`.
+void FrameSequence::AddCuts(bool complete, std::vector<FrameRange>& within,
+                            std::vector<Finding>& findings) const {
     const bool inOrder = mBackward <= mForward;
     const auto isBeyondDoubt = [&](const FrameRange& cut) {
         const std::int64_t count = cut.last - cut.first + 1;
@@ -213,15 +210,26 @@ void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) co
         const FrameRange cut = within.front();
         within.erase(within.begin());
         if (isBeyondDoubt(cut))
-            add({cut}, fmt::format("The video begins with frame {}.", cut.last + 1), "its start was cut off");
+            findings.push_back(MissingFinding(
+                {cut}, fmt::format("The video begins with frame {}.", cut.last + 1), "its start was cut off"));
     }
-    if (!within.empty() && within.back().last == mExpected.last) {
-        const FrameRange cut = within.back();
-        if (inOrder || !complete) within.pop_back();
-        // Pictures that can't be read are the benefit of the doubt.
-        if (inOrder && complete && isBeyondDoubt(cut) && cut.last - cut.first + 1 > mUnread)
-            add({cut}, fmt::format("The video ends with frame {}.", cut.first - 1), "its end was cut off");
+    if (within.empty() || within.back().last != mExpected.last) return;
+    const FrameRange cut = within.back();
+    if (inOrder || !complete) within.pop_back();
+    // Pictures that can't be read are the benefit of the doubt.
+    if (inOrder && complete && isBeyondDoubt(cut) && cut.last - cut.first + 1 > mUnread)
+        findings.push_back(MissingFinding(
+            {cut}, fmt::format("The video ends with frame {}.", cut.first - 1), "its end was cut off"));
+}
+
+void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) const {
+    std::vector<FrameRange> within = mSeen.Absent(mExpected, mReplaced);
+    if (mMatched == 0) {
+        if (complete && mForeign.Count() > 0)
+            findings.push_back(MissingFinding(within, "The video shows no frame of the clip.", {}));
+        return;
     }
+    if (!within.empty()) AddCuts(complete, within, findings);
     if (within.empty()) return;
     std::string cause;
     if (mGapPace.IsRegular() && mGapPace.most > 1)
@@ -232,9 +240,10 @@ void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) co
     std::string names = NameFrames(within);
     names[0] = 'F';
     const bool isOne = within.size() == 1 && within[0].first == within[0].last;
-    add(within,
+    findings.push_back(MissingFinding(
+        within,
         fmt::format("{} {} missing{}{}.", names, isOne ? "is" : "are", cause.empty() ? "" : ": ", cause),
-        cause);
+        cause));
 }
 
 void FrameSequence::AddRepeated(std::vector<Finding>& findings) const {

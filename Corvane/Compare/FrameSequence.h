@@ -54,6 +54,9 @@ class FrameSequence {
     void EndRun();
     void Fill(std::int64_t first, std::int64_t count);
     std::string RepeatCause() const;
+    Finding MissingFinding(const std::vector<FrameRange>& frames, std::string sentence,
+                           std::string cause) const;
+    void AddCuts(bool complete, std::vector<FrameRange>& within, std::vector<Finding>& findings) const;
     void AddMissing(bool complete, std::vector<Finding>& findings) const;
     void AddRepeated(std::vector<Finding>& findings) const;
     void AddOrder(std::vector<Finding>& findings) const;

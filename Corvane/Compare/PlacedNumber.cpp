@@ -188,52 +188,56 @@ double PlacedNumber::FirstFit(const PlaneView& view) {
     return fit;
 }
 
+/// The grid whose print has these edges: left, right, top, bottom. `last` is its last character's number.
+NumberGrid PlacedNumber::GridWithin(const Edges& edges, int last) const {
+    NumberGrid grid = mGrid;
+    const double width =
+        static_cast<double>(last * mGrid.layout.advance) + raster::kGlyphWidth / mGrid.UnitsPerPixel();
+    grid.place.scaleX = (edges[1] - edges[0]) / width;
+    grid.place.scaleY = (edges[3] - edges[2]) / mGrid.layout.glyphHeight;
+    grid.place.left = edges[0] - static_cast<double>(mGrid.layout.glyphs.left) * grid.place.scaleX;
+    grid.place.top = edges[2] - static_cast<double>(mGrid.layout.glyphs.top) * grid.place.scaleY;
+    return grid;
+}
+
+/// What `text` in a grid does not explain of the samples, as a share of them.
+double PlacedNumber::ErrorOf(const std::string& text, const NumberGrid& grid, int rows) const {
+    double error = 0;
+    double whole = 1e-9;
+    for (std::size_t i = 0; i < text.size() && i < mCells.size(); ++i) {
+        const int glyph = text[i] == '-' ? static_cast<int>(raster::kMinusGlyph) : text[i] - '0';
+        const auto [left, variance] = mCells[i]->ErrorIn(grid, glyph, rows);
+        error += left;
+        whole += variance;
+    }
+    return error / whole;
+}
+
 NumberPlace PlacedNumber::Refined(std::int64_t number, int rows, double step) const {
     const std::string text = std::to_string(number);
     const auto last = static_cast<int>(text.size()) - 1;
-    // The edges of the print, in pixels: left, right, top, bottom.
-    std::array<double, 4> edges{mGrid.XAt(0, 0), mGrid.XAt(last, raster::kGlyphWidth), mGrid.YAt(0),
-                                mGrid.YAt(raster::kGlyphHeight)};
-    const auto gridOf = [&](const std::array<double, 4>& at) {
-        NumberGrid grid = mGrid;
-        const double width =
-            static_cast<double>(last * mGrid.layout.advance) + raster::kGlyphWidth / mGrid.UnitsPerPixel();
-        grid.place.scaleX = (at[1] - at[0]) / width;
-        grid.place.scaleY = (at[3] - at[2]) / mGrid.layout.glyphHeight;
-        grid.place.left = at[0] - static_cast<double>(mGrid.layout.glyphs.left) * grid.place.scaleX;
-        grid.place.top = at[2] - static_cast<double>(mGrid.layout.glyphs.top) * grid.place.scaleY;
-        return grid;
+    Edges edges{mGrid.XAt(0, 0), mGrid.XAt(last, raster::kGlyphWidth), mGrid.YAt(0),
+                mGrid.YAt(raster::kGlyphHeight)};
+    double best = ErrorOf(text, GridWithin(edges, last), rows);
+    const auto tryMove = [&](double& edge, double way) {
+        edge += way;
+        const double error = ErrorOf(text, GridWithin(edges, last), rows);
+        const bool better = error < best;
+        if (better)
+            best = error;
+        else
+            edge -= way;
+        return better;
     };
-    const auto errorOf = [&](const std::array<double, 4>& at) {
-        const NumberGrid grid = gridOf(at);
-        double error = 0;
-        double whole = 1e-9;
-        for (std::size_t i = 0; i < text.size() && i < mCells.size(); ++i) {
-            const int glyph = text[i] == '-' ? static_cast<int>(raster::kMinusGlyph) : text[i] - '0';
-            const auto [left, variance] = mCells[i]->ErrorIn(grid, glyph, rows);
-            error += left;
-            whole += variance;
-        }
-        return error / whole;
-    };
-    double best = errorOf(edges);
     for (; step > 0.02; step /= 2) {
         for (bool moved = true; moved;) {
             moved = false;
-            for (double& edge : edges) {
-                for (const double way : {-step, step}) {
-                    edge += way;
-                    const double error = errorOf(edges);
-                    moved = moved || error < best;
-                    if (error < best)
-                        best = error;
-                    else
-                        edge -= way;
-                }
-            }
+            for (double& edge : edges)
+                for (const double way : {-step, step})
+                    if (tryMove(edge, way)) moved = true;
         }
     }
-    return gridOf(edges).place;
+    return GridWithin(edges, last).place;
 }
 
 } // namespace corvane

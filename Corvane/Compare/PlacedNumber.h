@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -34,6 +35,9 @@ class PlacedNumber {
     const NumberPlace& Place() const { return mGrid.place; }
 
   private:
+    using Edges = std::array<double, 4>; // of the print, in pixels: left, right, top, bottom
+    NumberGrid GridWithin(const Edges& edges, int last) const;
+    double ErrorOf(const std::string& text, const NumberGrid& grid, int rows) const;
     struct Row; // what some rows of the picture show, character by character
     NumberCell* CellAt(int cell, const PlaneView& view);
     bool StartsHere(const PlaneView& view, double contrast, int rows) const;
