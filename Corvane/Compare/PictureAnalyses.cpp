@@ -114,7 +114,7 @@ std::vector<Finding> PictureAnalyses::Findings(bool complete) const {
     const auto add = [&all](std::vector<Finding> more) { std::ranges::move(more, std::back_inserter(all)); };
     add(mPlaces.Findings());
     ColorReport colors = mColors.Report();
-    add(mFields.Findings(colors.fieldsAreClear));
+    add(mFields.Findings(colors.fields));
     add(std::move(colors.findings));
     return all;
 }
