@@ -70,7 +70,6 @@ class ColorAnalysis {
     Finding DepthFinding(const ColorLevels::Lost& lost) const;
     Finding FindingOf(const ColorVerdict& verdict, const std::vector<ColorSample>& samples) const;
     const std::vector<ColorSample>& Telling() const;
-    CodingFacts FactsOf(const ColorSample& sample) const;
     bool IsOff() const;
     bool MostlyOff() const { return mOffPictures * 10 > mPictures * 9; }
 

@@ -96,15 +96,6 @@ const std::vector<ColorSample>& ColorAnalysis::Telling() const {
     return MostlyOff() ? mAll.Get() : mOff.Get();
 }
 
-CodingFacts ColorAnalysis::FactsOf(const ColorSample& sample) const {
-    CodingFacts facts;
-    facts.told = sample.coding;
-    facts.exported = TagsFor(mClip).matrix == kH273_709 ? kMatrix709 : kMatrix601;
-    facts.saysMatrix = mTags.matrix != 2;
-    facts.alpha = sample.alpha;
-    return facts;
-}
-
 Finding ColorAnalysis::DepthFinding(const ColorLevels::Lost& lost) const {
     constexpr const char* kNames[2][3] = {{"R'", "G'", "B'"}, {"Y'", "Cb", "Cr"}};
     const bool yCbCr = mAll.Get().front().coding.yCbCr;
@@ -141,7 +132,7 @@ ColorReport ColorAnalysis::Report() const {
     const auto lost = mLevels.Worst();
     if (IsOff()) {
         std::vector<ColorSample> samples = Telling();
-        const CodingFacts facts = FactsOf(samples.front());
+        const CodingFacts facts = CodingFactsOf(mClip, samples.front().coding, mTags, samples.front().alpha);
         ColorVerdict verdict = JudgeColors(samples, facts, mTolerance, mCodecNoise);
         const auto tryFields = [&](double own, FieldsByColor fields) {
             const auto changed = WithFields(samples, own);

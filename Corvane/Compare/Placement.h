@@ -50,6 +50,9 @@ class PlacementFinder {
     /// `std::bad_alloc`.
     void Add(const Box& active, const std::optional<NumberPlace>& number);
 
+    /// Takes what is known of how frames are turned if they have no numbers.
+    void Turn(const Orientation& orientation) { mOrientation = orientation; }
+
     /// Where frames lie by all that was added; until then, as if they filled the picture.
     Placement Get() const;
 
