@@ -32,7 +32,7 @@ bool IsScaled(const Placement& placement, std::uint32_t height) {
 // Where a row of the picture lies in the frame, in rows from the middle of the first one.
 double RowInFrame(double row, const Placement& placement, std::uint32_t height) {
     const double at = (row + 0.5 - placement.top) / placement.height * height - 0.5;
-    return placement.flipped ? height - 1.0 - at : at;
+    return placement.IsUpsideDown() ? height - 1.0 - at : at;
 }
 
 // How much of their own field rows show; of the upper one, if they are of both.

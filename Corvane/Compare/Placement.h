@@ -27,6 +27,9 @@ struct Placement {
     int quarterTurns = 0;  ///< clockwise, 0 to 3
     Box active;            ///< the pixels of the picture that show the clip rather than padding
 
+    /// Whether the frame's top is at the bottom.
+    bool IsUpsideDown() const { return flipped != (quarterTurns == 2); }
+
     /// Whether rows of the picture are the rows of the clip, each at its place: nothing was scaled, moved,
     /// mirrored or turned.
     bool IsPlain() const {

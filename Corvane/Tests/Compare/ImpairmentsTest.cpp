@@ -135,7 +135,9 @@ const Impairment kGeometry[] = {
     {kPAL, "-vf pad=800:576:40:0" FFV1, "geometry.pad"},
     {kPAL, "-vf hflip" FFV1, "geometry.mirror"},
     {kHD, "-vf vflip" FFV1, "geometry.mirror"},
-    {kHD, "-vf hflip,vflip" FFV1, "geometry.rotate"},
+    {kPAL, "-vf hflip,vflip" FFV1, "geometry.rotate"},
+    // Left and right of a gradient are alike.
+    {kHD, "-vf hflip,vflip" FFV1, "geometry.mirror"},
     {kNTSC, "-vf format=yuv444p,transpose=clock" FFV1, "geometry.rotate"},
     {kPAL, "-vf crop=712:576:0:0,pad=720:576:8:0" FFV1, "geometry.shift"},
 };
