@@ -176,7 +176,7 @@ const Impairment kColors[] = {
      "color.transfer"},
     {kAlpha, "-vf format=gbrap,premultiply=inplace=1" FFV1, "color.alpha"},
     {kAlpha, "-vf format=yuv444p" FFV1, "color.alpha"},
-    {kHD, "-vf lutyuv=y='clip(val\\,16\\,120)'" FFV1, "color.clipped"},
+    {kHD, "-vf lutyuv=y='clip(val\\,16\\,100)'" FFV1, "color.clipped"},
     {kDeep, "-vf format=yuv422p,format=yuv422p10" FFV1, "color.depth"},
     {kHD, "-vf lutyuv=y='val+12'" FFV1, "color.error"},
     {kPAL, "-vf lutyuv=y='val+12'" FFV1, "color.error"},
