@@ -64,8 +64,10 @@ template <typename ColorAt>
 std::uint32_t RunOf(std::uint32_t length, const ColorAt& colorAt) {
     const Color start = colorAt(0);
     std::uint32_t run = 1;
-    constexpr std::uint32_t kStride = 8; // bars are looked for in every picture
-    while (run < length && Apart(colorAt(run), start) <= kAlike) run += kStride;
+    // Some of a bar's samples will do, of an odd number, and all of the first ones: rows of fields look alike
+    // by twos or fours.
+    constexpr std::uint32_t kStride = 7, kAll = 16;
+    while (run < length && Apart(colorAt(run), start) <= kAlike) run += run < kAll ? 1 : kStride;
     if (run >= length && Apart(colorAt(length - 1), start) <= kAlike) return length;
     run = run < kStride ? 1 : run - kStride;
     while (run < length && Apart(colorAt(run), start) <= kAlike) ++run;
@@ -78,8 +80,8 @@ std::uint32_t RunOf(std::uint32_t length, const ColorAt& colorAt) {
     std::uint32_t edge = run - 3;
     while (edge < length && Apart(colorAt(edge), start) < half) ++edge;
     // Rows of fields whose chroma is halved look alike by twos; a bar's color does not come back.
-    constexpr std::uint32_t kNarrow = 8;
-    for (std::uint32_t i = edge + 2; edge < kNarrow && i < std::min(edge + kNarrow, length); ++i)
+    constexpr std::uint32_t kNear = 8;
+    for (std::uint32_t i = edge + 2; i < std::min(edge + kNear, length); ++i)
         if (Apart(colorAt(i), start) <= kAlike) return 0;
     return edge;
 }

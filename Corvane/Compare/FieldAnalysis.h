@@ -21,6 +21,9 @@ struct FieldShares {
     std::array<double, 2> chroma{1, 0};
 };
 
+/// The cause that findings of the kind fields.dropped have if pictures show one field each, in turn.
+inline constexpr const char* kFieldsInTurn = "each field was made a picture of its own";
+
 /// What is known of the fields by the colors: that they are where they should be, or exchanged, though wrong
 /// colors made it look different.
 enum class FieldsByColor : std::uint8_t { kUnknown, kClear, kSwapped };

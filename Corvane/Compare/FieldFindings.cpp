@@ -60,7 +60,7 @@ std::optional<Finding> FieldAnalysis::OneFieldFinding() const {
     if (!IsMany(both, mLooked)) return std::nullopt;
     if (mAlternations * 10 >= (both - 1) * 8 && both > 2)
         return Made("fields.dropped", upper.pictures > lower.pictures ? upper : lower,
-                    "show the upper and the lower field in turn", "each field was made a picture of its own");
+                    "show the upper and the lower field in turn", kFieldsInTurn);
     return upper.pictures >= lower.pictures
                ? Made("fields.dropped", upper, "show the upper field only", "the lower field was dropped")
                : Made("fields.dropped", lower, "show the lower field only", "the upper field was dropped");

@@ -174,12 +174,14 @@ void NumberCell::ReadPair(const Moments& moments, const Templates& templates, do
     }
 }
 
-std::array<double, 2> NumberCell::ErrorIn(const NumberGrid& grid, int glyph) const {
+std::array<double, 2> NumberCell::ErrorIn(const NumberGrid& grid, int glyph, int rows) const {
     double sum = 0, squares = 0, cover = 0, covers = 0, product = 0;
-    std::size_t at = 0;
-    for (const std::uint32_t row : mRows) {
-        const auto top = static_cast<float>(grid.RowAt(row));
-        const auto bottom = static_cast<float>(grid.RowAt(row + 1.0));
+    const std::size_t first = rows == 1 ? mEvenRows : 0;
+    const std::size_t last = rows == 0 ? mEvenRows : mRows.size();
+    std::size_t at = first * mColumns.size();
+    for (std::size_t row = first; row < last; ++row) {
+        const auto top = static_cast<float>(grid.RowAt(mRows[row]));
+        const auto bottom = static_cast<float>(grid.RowAt(mRows[row] + 1.0));
         for (const std::uint32_t column : mColumns) {
             const double covered = GlyphCoverage(
                 static_cast<std::uint32_t>(glyph), static_cast<float>(grid.ColumnAt(mCell, column)), top,
@@ -192,7 +194,7 @@ std::array<double, 2> NumberCell::ErrorIn(const NumberGrid& grid, int glyph) con
             product += covered * sample;
         }
     }
-    const auto count = static_cast<double>(std::max<std::size_t>(at, 1));
+    const auto count = static_cast<double>(std::max<std::size_t>((last - first) * mColumns.size(), 1));
     const double variance = squares - sum * sum / count;
     const double spread = covers - cover * cover / count;
     const double shared = product - sum * cover / count;

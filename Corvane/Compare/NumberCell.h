@@ -70,9 +70,9 @@ class NumberCell {
     /// Reads the character in even rows (0), in odd rows (1), or in all (2) of the view.
     CellReading Read(int rows) const;
 
-    /// How well `glyph` would explain the samples if they lay in another grid: the error that it leaves, and
-    /// the sum that it starts from.
-    std::array<double, 2> ErrorIn(const NumberGrid& grid, int glyph) const;
+    /// How well `glyph` would explain the samples of even rows (0), of odd rows (1), or of all (2) if they
+    /// lay in another grid: the error that it leaves, and the sum that it starts from.
+    std::array<double, 2> ErrorIn(const NumberGrid& grid, int glyph, int rows) const;
 
   private:
     static constexpr std::size_t kGlyphs = raster::kGlyphCount;

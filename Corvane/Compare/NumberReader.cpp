@@ -16,6 +16,13 @@ bool FoundSomething(const PlacedNumber::Numbers& numbers) {
     return std::ranges::any_of(numbers, [](const PrintedNumber& n) { return n.number || n.blended; });
 }
 
+// Which rows tell where a number lies: all if they show one number, else those of the field that is read
+// best.
+int RowsOfPlace(const PlacedNumber::Numbers& numbers) {
+    if (numbers[0].number == numbers[1].number) return 2;
+    return numbers[0].certainty >= numbers[1].certainty ? 0 : 1;
+}
+
 // The number that some rows show, the most certain one.
 const PrintedNumber* Best(const PlacedNumber::Numbers& numbers) {
     const auto best = std::ranges::max_element(numbers, {}, &PrintedNumber::certainty);
@@ -68,7 +75,9 @@ void NumberReader::State::Refine(PlacedNumber& place, const PlacedNumber::Number
     const PrintedNumber* best = Best(numbers);
     if (!best || (known && refinements >= kRefinements)) return;
     const double weight = static_cast<double>(std::to_string(*best->number).size()) * best->certainty;
-    NumberPlace refined = place.Refined(*best->number, step);
+    const int rows = RowsOfPlace(numbers);
+    const PrintedNumber& told = numbers[static_cast<std::size_t>(rows)];
+    NumberPlace refined = place.Refined(told.number.value_or(*best->number), rows, step);
     if (known && known->Place().orientation == refined.orientation) {
         const double share = weight / (sureness + weight);
         const auto mix = [&](double& now, double before) { now = before + (now - before) * share; };

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "OneCause.h"
+
 namespace corvane {
 namespace {
 
@@ -77,7 +79,9 @@ FrameReading PictureAnalyses::Add(const VideoPicture& picture, std::int64_t numb
 }
 
 void PictureAnalyses::ReadFrame(const VideoPicture& picture, FrameReading& reading) {
-    const Box active = FindActive(picture);
+    // Bars stay as they are, nearly always.
+    const bool lookForBars = reading.picture < 8 || reading.picture % 16 == 0;
+    const Box active = lookForBars ? FindActive(picture) : mPlaces.Get().active;
     std::optional<NumberPlace> place;
     if (mNumbers) {
         const NumberReading numbers = mNumbers->Read(picture);
@@ -87,6 +91,10 @@ void PictureAnalyses::ReadFrame(const VideoPicture& picture, FrameReading& readi
     mPlaces.Add(active, place);
     const Placement placement = mPlaces.Get();
     MeasureColumns(picture, placement);
+    if (reading.frame[0] || reading.frame[1])
+        mFieldColors.Learn(mRows, placement);
+    else if (mNumbers)
+        reading.foreign = mFieldColors.AreOthers(mRows, placement);
     if (!mGradients) return;
     TakeActive(mRows, placement, mActiveRows);
     mGradients->Read(mActiveRows, reading);
@@ -129,6 +137,7 @@ std::vector<Finding> PictureAnalyses::Findings(bool complete) const {
     ColorReport colors = (IsMostlyTold() ? mColors : mUntoldColors).Report();
     add(mFields.Findings(colors.fields));
     add(std::move(colors.findings));
+    KeepCauses(all);
     return all;
 }
 

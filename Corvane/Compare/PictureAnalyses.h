@@ -10,6 +10,7 @@
 #include "Comparison.h"
 #include "ExpectedFrames.h"
 #include "FieldAnalysis.h"
+#include "FieldColors.h"
 #include "GradientReader.h"
 #include "NumberReader.h"
 #include "Placement.h"
@@ -57,6 +58,7 @@ class PictureAnalyses {
     PlacementFinder mPlaces;
     Timeline mTimeline;
     FieldAnalysis mFields;
+    FieldColors mFieldColors;
     ColorAnalysis mColors;
     ColorAnalysis mUntoldColors; // of pictures whose frame is known by their times alone
     std::int64_t mUntold = 0;

@@ -188,7 +188,7 @@ double PlacedNumber::FirstFit(const PlaneView& view) {
     return fit;
 }
 
-NumberPlace PlacedNumber::Refined(std::int64_t number, double step) const {
+NumberPlace PlacedNumber::Refined(std::int64_t number, int rows, double step) const {
     const std::string text = std::to_string(number);
     const auto last = static_cast<int>(text.size()) - 1;
     // The edges of the print, in pixels: left, right, top, bottom.
@@ -210,7 +210,7 @@ NumberPlace PlacedNumber::Refined(std::int64_t number, double step) const {
         double whole = 1e-9;
         for (std::size_t i = 0; i < text.size() && i < mCells.size(); ++i) {
             const int glyph = text[i] == '-' ? static_cast<int>(raster::kMinusGlyph) : text[i] - '0';
-            const auto [left, variance] = mCells[i]->ErrorIn(grid, glyph);
+            const auto [left, variance] = mCells[i]->ErrorIn(grid, glyph, rows);
             error += left;
             whole += variance;
         }

@@ -27,9 +27,9 @@ class PlacedNumber {
     /// How well a first character fits, whatever it is, from 0 to 1: what hypotheses are sorted by.
     double FirstFit(const PlaneView& view);
 
-    /// Moves the place so that the number that was read, which has `characters`, fits its last picture best.
-    /// `step` is how far the place may be off, in pixels.
-    NumberPlace Refined(std::int64_t number, double step) const;
+    /// Moves the place so that the number that was read fits the last picture best: in its even rows (0), in
+    /// its odd rows (1), or in all (2). `step` is how far the place may be off, in pixels.
+    NumberPlace Refined(std::int64_t number, int rows, double step) const;
 
     const NumberPlace& Place() const { return mGrid.place; }
 

@@ -11,6 +11,10 @@
 namespace corvane {
 namespace {
 
+// Formats of standard definition disagree about the shape of pixels by up to 2.5 %: 16:15 or 12:11, 8:9 or
+// 10:11.
+constexpr double kUsualDistortion = 0.03;
+
 // Sides of a picture that was turned back, as sides of the picture: left, top, right, bottom.
 std::array<double, 4> TurnSides(std::array<double, 4> sides, const Orientation& orientation) {
     if (orientation.mirrored) std::swap(sides[0], sides[2]);
@@ -181,7 +185,7 @@ void PlacementFinder::AddScaled(std::vector<Finding>& findings) const {
     const double drawn = AspectOf(mClip.aspect) * y.scale / x.scale; // the shape that pixels should have now
     const double told = mVideo.aspect ? AspectOf(*mVideo.aspect) : drawn;
     const double square = mOrientation.quarterTurns % 2 == 0 ? told : 1 / told;
-    const bool isDistorted = std::abs(square / drawn - 1) > 0.015;
+    const bool isDistorted = std::abs(square / drawn - 1) > kUsualDistortion;
     const std::string before = SizeText(mClip.size.width, mClip.size.height);
     if (isDistorted && isScaled) {
         findings.push_back(
@@ -206,7 +210,8 @@ void PlacementFinder::AddScaled(std::vector<Finding>& findings) const {
              {},
              0.5});
     } else if (isScaled) {
-        const bool toSquare = std::abs(AspectOf(mClip.aspect) - 1) > 0.015 && std::abs(drawn - 1) <= 0.015;
+        const bool toSquare = std::abs(AspectOf(mClip.aspect) - 1) > kUsualDistortion &&
+                              std::abs(drawn - 1) <= kUsualDistortion;
         const std::string cause = toSquare ? "scaled to square pixels" : "";
         findings.push_back({"geometry.size",
                             fmt::format("Frames are scaled from {} to {}{}.", before, SizeText(width, height),
@@ -217,6 +222,29 @@ void PlacementFinder::AddScaled(std::vector<Finding>& findings) const {
                             cause,
                             0.5});
     }
+}
+
+// By one line, fields are moved from even rows to odd ones and back: that is how their order is changed.
+Finding PlacementFinder::ShiftFinding(const Margins& padded) const {
+    const std::string found = NameSides(padded);
+    const double lines = padded[1] + padded[3];
+    if (mClip.Interlaced() && mOrientation.quarterTurns % 2 == 0 && padded[0] + padded[2] < 0.75 &&
+        std::lround(lines) == 1)
+        return {"fields.shifted",
+                fmt::format("Pictures are shifted {} by one line, so that the fields change places.",
+                            padded[1] > padded[3] ? "down" : "up"),
+                {},
+                "in place",
+                found,
+                "the order of the fields was changed",
+                0.7};
+    return {"geometry.shift",
+            fmt::format("Frames are shifted: there are {} free.", found),
+            {},
+            "in place",
+            found,
+            {},
+            0.6};
 }
 
 // Crop, padding, and both at opposite sides, which is a shift.
@@ -240,14 +268,7 @@ void PlacementFinder::AddMoved(std::vector<Finding>& findings) const {
                std::abs(padded[side ^ 2] - cropped[side]) < 1.5;
     };
     if (Any(padded) && Any(cropped) && isShift(0) && isShift(1)) {
-        const std::string found = NameSides(padded);
-        findings.push_back({"geometry.shift",
-                            fmt::format("Frames are shifted: there are {} free.", found),
-                            {},
-                            "in place",
-                            found,
-                            {},
-                            0.6});
+        findings.push_back(ShiftFinding(padded));
         return;
     }
     if (Any(cropped)) {

@@ -79,6 +79,7 @@ class PlacementFinder {
     Axis Settle(bool vertical) const;
     void AddTurned(std::vector<Finding>& findings) const;
     void AddScaled(std::vector<Finding>& findings) const;
+    Finding ShiftFinding(const Margins& padded) const;
     void AddMoved(std::vector<Finding>& findings) const;
 
     const ClipFormat mClip;

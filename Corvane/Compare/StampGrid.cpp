@@ -31,20 +31,32 @@ std::int64_t StampGrid::Usual() const {
     return usual == counts.end() ? 0 : usual->first;
 }
 
-double StampGrid::PictureLength() const {
-    const std::int64_t usual = Usual();
+// The mean of the steps that are longer than `least` and shorter than `most`, and how many there are.
+std::pair<double, std::int64_t> StampGrid::Mean(double least, double most) const {
     double units = 0;
-    double count = 0;
+    std::int64_t count = 0;
     for (const auto& [key, steps] : mSteps) {
-        if (std::abs(key.second - usual) > 1) continue;
-        units += static_cast<double>(key.second * steps);
-        count += static_cast<double>(steps);
+        const auto step = static_cast<double>(key.second);
+        if (step <= least || step >= most) continue;
+        units += step * static_cast<double>(steps);
+        count += steps;
     }
-    return count == 0 ? 0 : units / count;
+    return {count == 0 ? 0 : units / static_cast<double>(count), count};
+}
+
+double StampGrid::PictureLength() const {
+    const auto usual = static_cast<double>(Usual());
+    const auto [length, count] = Mean(usual - 1.5, usual + 1.5);
+    // If many steps are of other lengths, they jitter about their mean; after those that are twice as long,
+    // pictures are missing.
+    return count * 5 > (mTimes - 1) * 4 ? length : Mean(usual * 0.5, usual * 1.9).first;
 }
 
 double StampGrid::Uncertainty() const {
-    return 1.5 / static_cast<double>(std::max<std::int64_t>(mTimes - 1, 1));
+    const auto [off, most] = Irregular();
+    // Jitter can move both ends.
+    const double ends = off * 5 > mTimes - 1 ? 2 * most : 0;
+    return (1.5 + ends) / static_cast<double>(std::max<std::int64_t>(mTimes - 1, 1));
 }
 
 std::pair<std::int64_t, double> StampGrid::Irregular() const {

@@ -34,6 +34,7 @@ class StampGrid {
 
   private:
     std::int64_t Usual() const;
+    std::pair<double, std::int64_t> Mean(double least, double most) const;
 
     const double mUnitsPerFrame;
     std::map<std::pair<std::int64_t, std::int64_t>, std::int64_t>

@@ -95,6 +95,7 @@ TEST_P(Impaired, GivesTheFindingsOfItsCausesAndNoOther) {
 }
 
 #define FFV1 " -c:v ffv1 mkv"
+#define MILLISECONDS " -enc_time_base 1/1000"
 #define INTERLACED_420 " -pix_fmt yuv420p -sws_flags accurate_rnd+full_chroma_int"
 
 const Impairment kFrames[] = {
@@ -109,20 +110,21 @@ const Impairment kFrames[] = {
     {kHD, "-vf reverse" FFV1, "frames.order"},
     {kPAL,
      "-f lavfi -i testsrc2=s=720x576:r=25:d=2 -filter_complex "
-     "\"overlay=enable='between(n,5,7)':shortest=1\"" FFV1,
+     "\"overlay=enable='between(n,5,7)':shortest=1:format=yuv444\"" FFV1,
      "frames.foreign"},
     {kTenBit,
      "-f lavfi -i mandelbrot=s=1280x720:r=30000/1001 -filter_complex "
-     "\"overlay=enable='eq(n,5)':shortest=1:format=yuv422p10\"" FFV1,
+     "\"overlay=enable='between(t,0.16,0.24)':shortest=1:format=yuv422p10\"" FFV1,
      "frames.foreign"},
     {kPAL, "-vf tpad=stop_mode=clone:stop=5" FFV1, "frames.repeated"},
 };
 const Impairment kTimes[] = {
     {kFloat, "-vf setpts=N/24/TB -r 24 -c:v ffv1 nut", "time.rate"},
-    {kNTSC, "-vf setpts=N/30/TB -r 30" FFV1, "time.rate"},
+    {kNTSC, "-vf setpts=N/30/TB -r 30 -c:v ffv1 nut", "time.rate"},
     {kPAL, "-vf setpts=N*1001/24000/TB -r 24000/1001" FFV1, "time.rate"},
-    {kHD, "-vf settb=1/1000,setpts='PTS+6*(mod(N\\,3)-1)' -vsync passthrough" FFV1, "time.jitter"},
-    {kPAL, "-vf settb=1/1000,setpts='PTS+10*mod(N\\,2)' -vsync passthrough" FFV1, "time.jitter"},
+    {kHD, "-vf settb=1/1000,setpts='PTS+6*(mod(N\\,3)-1)' -vsync passthrough" MILLISECONDS FFV1,
+     "time.jitter"},
+    {kPAL, "-vf settb=1/1000,setpts='PTS+10*mod(N\\,2)' -vsync passthrough" MILLISECONDS FFV1, "time.jitter"},
 };
 const Impairment kGeometry[] = {
     {kHD, "-vf scale=480:360,setsar=4/3" FFV1, "geometry.size"},
@@ -144,13 +146,13 @@ const Impairment kGeometry[] = {
 const Impairment kFields[] = {
     {kPAL, "-vf il=ls=1:cs=1:as=1" FFV1, "fields.swapped"},
     {kTenBit, "-vf il=ls=1:cs=1" FFV1, "fields.swapped"},
-    {kNTSC, "-vf fieldorder=tff" FFV1, "fields.swapped"},
+    {kNTSC, "-vf fieldorder=tff" FFV1, "fields.shifted"},
     {kPAL, "-vf phase=t" FFV1, "fields.order"},
     {kNTSC, "-vf phase=b" FFV1, "fields.order"},
     {kPAL, "-vf yadif" FFV1, "fields.dropped"},
     {kNTSC, "-vf yadif=1" FFV1, "fields.dropped"},
-    {kPAL, "-vf separatefields,scale=720:576:flags=neighbor" FFV1, "fields.dropped"},
-    {kTenBit, "-vf field=top,scale=1280:720:flags=neighbor" FFV1, "fields.dropped"},
+    {kPAL, "-vf separatefields,scale=720:576:flags=neighbor,setsar=12/11" FFV1, "fields.dropped"},
+    {kTenBit, "-vf field=top,scale=1280:720:flags=neighbor,setsar=1" FFV1, "fields.dropped"},
     {kPAL, "-vf pp=lb" FFV1, "fields.blended"},
     {kFilm, "-vf telecine=pattern=23" FFV1, "fields.pulldown"},
     {kFilm, "-vf telecine=pattern=2332" FFV1, "fields.pulldown"},
@@ -224,6 +226,6 @@ TEST_P(Transcoded, GivesNoFinding) {
 }
 INSTANTIATE_TEST_SUITE_P(Clips, Transcoded,
                          testing::Values(kPAL, kNTSC, kFilm, kTenBit, kHD, kFloat, kDeep, kAlpha, kAlike),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& clip) { return std::string(clip.param.name); });
 
 } // namespace
