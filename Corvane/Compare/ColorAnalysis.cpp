@@ -15,6 +15,8 @@ constexpr std::uint32_t kMixedUnits = 8;
 constexpr double kOutside = 0.002;
 // Alpha below which color says nothing.
 constexpr double kTransparent = 0.02;
+// Alpha from which no plane is needed for it.
+constexpr double kOpaque = 1.0 - 1.5 / 255.0;
 // Gaps in the frames that are off are told apart up to this number.
 constexpr std::size_t kMostRanges = 1024;
 
@@ -30,7 +32,7 @@ bool IsScaled(const Placement& placement, std::uint32_t height) {
 // Where a row of the picture lies in the frame, in rows from the middle of the first one.
 double RowInFrame(double row, const Placement& placement, std::uint32_t height) {
     const double at = (row + 0.5 - placement.top) / placement.height * height - 0.5;
-    return placement.flipped ? height - 1.0 - at : at;
+    return placement.IsUpsideDown() ? height - 1.0 - at : at;
 }
 
 // How much of their own field rows show; of the upper one, if they are of both.
@@ -75,6 +77,7 @@ void ColorAnalysis::Add(const PictureRows& rows, const VideoTags& tags, const Pl
         sample.frame = frame;
         sample.ownLuma = OwnShare(sample.parity, shares.luma);
         sample.ownChroma = OwnShare(sample.parity, shares.chroma);
+        mLacksAlpha = mLacksAlpha || (!sample.alpha && sample.expected[3] < kOpaque);
         if (!SaysSomething(sample.expected) || !SaysSomething(sample.other)) continue;
         samples.push_back(sample);
         if (placement.IsPlain() && !scaled) AddLevels(rows, unit, coding, expected);
@@ -152,15 +155,18 @@ ColorSample ColorAnalysis::SampleOf(const PictureRows& rows, const Unit& unit, c
     return sample;
 }
 
+// Counts levels of as many bits as the clip has: a picture of more has no more to lose.
 void ColorAnalysis::AddLevels(const PictureRows& rows, const Unit& unit, const SampleCoding& coding,
                               const ExpectedRows& expected) {
+    const int dropped = mClip.IsFloat() ? 0 : std::max(coding.bits - 8, 0);
     for (int plane = 0; plane < 3; ++plane) {
         const auto at = static_cast<std::size_t>(plane);
         const bool chroma = coding.yCbCr && plane != 0;
         const double middle = unit.luma + (chroma ? (unit.lumaRows - 1) * unit.step / 2.0 : 0.0);
         const Color color = expected.Between(middle, mClip.Interlaced() ? int(unit.luma % 2) : -1);
         const RowSamples& row = rows.plane[at][chroma ? unit.chroma : unit.luma];
-        mLevels.Add(plane, Encode(color, coding)[at], row.least, row.most);
+        mLevels.Add(plane, std::ldexp(Encode(color, coding)[at], -dropped), row.least >> dropped,
+                    row.most >> dropped);
     }
 }
 

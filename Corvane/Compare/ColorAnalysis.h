@@ -26,9 +26,8 @@ struct ColorFigures {
 /// What was done to the colors.
 struct ColorReport {
     std::vector<Finding> findings;
-    /// Whether the colors are explained if nothing was done to the fields, though wrong colors made it look
-    /// as if: what FieldAnalysis says of their content doesn't count then.
-    bool fieldsAreClear = false;
+    /// What must be of the fields so that something explains the colors.
+    FieldsByColor fields = FieldsByColor::kUnknown;
 };
 
 /// Compares the colors of rows with those that the clip has there. Looks at some rows of each picture, and
@@ -45,8 +44,8 @@ class ColorAnalysis {
     void Add(const PictureRows& rows, const VideoTags& tags, const Placement& placement, std::int64_t frame,
              const ExpectedRows& expected, const FieldShares& shares);
 
-    /// What was done to the colors: at most one finding of the kinds color.* and tags.matrix, tags.range, and
-    /// color.depth. Throws `std::bad_alloc`.
+    /// What was done to the colors: at most one finding of the kinds color.*, tags.matrix and tags.range, and
+    /// another one if the alpha plane was dropped. Throws `std::bad_alloc`.
     ColorReport Report() const;
 
     /// The differences between the colors as a viewer sees them and the clip's.
@@ -71,7 +70,6 @@ class ColorAnalysis {
     Finding DepthFinding(const ColorLevels::Lost& lost) const;
     Finding FindingOf(const ColorVerdict& verdict, const std::vector<ColorSample>& samples) const;
     const std::vector<ColorSample>& Telling() const;
-    CodingFacts FactsOf(const ColorSample& sample) const;
     bool IsOff() const;
     bool MostlyOff() const { return mOffPictures * 10 > mPictures * 9; }
 
@@ -85,6 +83,7 @@ class ColorAnalysis {
     ColorSamples mOff; // of the pictures that are off
     FrameRanges mOffFrames;
     ColorLevels mLevels;
+    bool mLacksAlpha = false; // the clip isn't opaque, and the video has no alpha plane
 };
 
 /// How far samples are off as a viewer sees them. Any thread.

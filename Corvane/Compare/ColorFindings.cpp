@@ -45,17 +45,28 @@ Finding ErrorOf(const ColorVerdict& verdict, const std::vector<ColorSample>& sam
     return finding;
 }
 
-// The samples as they count if the fields are clear; nothing if they count so already.
-std::optional<std::vector<ColorSample>> WithClearFields(const std::vector<ColorSample>& samples) {
-    const auto mixed = [](const ColorSample& sample) {
+Finding LostAlpha() {
+    return {"color.alpha",
+            "The clip is not opaque, and the video has no alpha plane.",
+            {},
+            "an alpha plane",
+            "dropped",
+            "the alpha plane was dropped",
+            0.4};
+}
+
+// The samples as they count if rows show so much of their own field: all if the fields are clear, nothing if
+// they are exchanged. None if they count so already.
+std::optional<std::vector<ColorSample>> WithFields(const std::vector<ColorSample>& samples, double own) {
+    const auto differs = [own](const ColorSample& sample) {
         return sample.expected != sample.other && sample.parity != Parity::kBoth &&
-               (sample.ownLuma != 1.0 || sample.ownChroma != 1.0);
+               (sample.ownLuma != own || sample.ownChroma != own);
     };
-    if (std::ranges::none_of(samples, mixed)) return std::nullopt;
-    std::vector<ColorSample> clear = samples;
-    for (ColorSample& sample : clear)
-        if (sample.parity != Parity::kBoth) sample.ownLuma = sample.ownChroma = 1.0;
-    return clear;
+    if (std::ranges::none_of(samples, differs)) return std::nullopt;
+    std::vector<ColorSample> changed = samples;
+    for (ColorSample& sample : changed)
+        if (sample.parity != Parity::kBoth) sample.ownLuma = sample.ownChroma = own;
+    return changed;
 }
 
 } // namespace
@@ -83,15 +94,6 @@ ColorFigures ColorAnalysis::Figures() const {
 
 const std::vector<ColorSample>& ColorAnalysis::Telling() const {
     return MostlyOff() ? mAll.Get() : mOff.Get();
-}
-
-CodingFacts ColorAnalysis::FactsOf(const ColorSample& sample) const {
-    CodingFacts facts;
-    facts.told = sample.coding;
-    facts.exported = TagsFor(mClip).matrix == kH273_709 ? kMatrix709 : kMatrix601;
-    facts.saysMatrix = mTags.matrix != 2;
-    facts.alpha = sample.alpha;
-    return facts;
 }
 
 Finding ColorAnalysis::DepthFinding(const ColorLevels::Lost& lost) const {
@@ -130,21 +132,26 @@ ColorReport ColorAnalysis::Report() const {
     const auto lost = mLevels.Worst();
     if (IsOff()) {
         std::vector<ColorSample> samples = Telling();
-        const CodingFacts facts = FactsOf(samples.front());
+        const CodingFacts facts = CodingFactsOf(mClip, samples.front().coding, mTags, samples.front().alpha);
         ColorVerdict verdict = JudgeColors(samples, facts, mTolerance, mCodecNoise);
-        if (const auto clear = WithClearFields(samples); verdict.IsOff() && clear) {
-            const ColorVerdict other = JudgeColors(*clear, facts, mTolerance, mCodecNoise);
+        const auto tryFields = [&](double own, FieldsByColor fields) {
+            const auto changed = WithFields(samples, own);
+            if (!verdict.IsOff() || !changed) return;
+            const ColorVerdict other = JudgeColors(*changed, facts, mTolerance, mCodecNoise);
             const bool better = !verdict.explanation || other.residual < verdict.residual;
-            if (other.explanation && better) {
-                verdict = other;
-                samples = *clear;
-                report.fieldsAreClear = true;
-            }
-        }
+            if (!other.explanation || !better) return;
+            verdict = other;
+            samples = *changed;
+            report.fields = fields;
+        };
+        tryFields(1, FieldsByColor::kClear);
+        if (!verdict.explanation && verdict.candidates.empty()) tryFields(0, FieldsByColor::kSwapped);
         const bool unexplained = !verdict.explanation && verdict.candidates.empty();
         if (verdict.IsOff() && !(unexplained && lost)) report.findings.push_back(FindingOf(verdict, samples));
     }
     if (lost && report.findings.empty()) report.findings.push_back(DepthFinding(*lost));
+    if (mLacksAlpha && std::ranges::count(report.findings, "color.alpha", &Finding::kind) == 0)
+        report.findings.push_back(LostAlpha());
     return report;
 }
 

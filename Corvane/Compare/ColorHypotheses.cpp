@@ -245,6 +245,11 @@ void AddShift(Hypotheses& all, const SampleCoding& coding, const std::vector<Col
 
 } // namespace
 
+CodingFacts CodingFactsOf(const StreamFacts& clip, const SampleCoding& told, const VideoTags& tags,
+                          bool alpha) {
+    return {told, TagsFor(clip).matrix == kH273_709 ? kMatrix709 : kMatrix601, tags.matrix != 2, alpha};
+}
+
 Hypotheses FixedHypotheses(const CodingFacts& facts) {
     Hypotheses all;
     AddMatrices(all, facts);

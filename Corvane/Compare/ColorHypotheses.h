@@ -5,6 +5,8 @@
 #include <vector>
 
 #include "ColorSamples.h"
+#include "Export/Picture/StreamFacts.h"
+#include "Video.h"
 
 namespace corvane {
 
@@ -29,6 +31,10 @@ struct CodingFacts {
     bool saysMatrix = false;   ///< whether the video has such a tag
     bool alpha = false;        ///< whether the video has an alpha plane
 };
+
+/// Gathers that of samples that viewers take by `told`, which comes from `tags`. Any thread.
+CodingFacts CodingFactsOf(const StreamFacts& clip, const SampleCoding& told, const VideoTags& tags,
+                          bool alpha);
 
 /// The changes that have no parameters: matrix, range, channels, transfer, alpha. Throws `std::bad_alloc`.
 /// Any thread.

@@ -94,7 +94,8 @@ FieldShares FieldAnalysis::Add(const PictureRows& rows, const FrameReading& read
     ++mTold[static_cast<std::size_t>(order)];
     // The last placement is the one that is known best.
     mScaled = placement.quarterTurns % 2 != 0 || std::abs(placement.height - mClip.size.height) > 0.25;
-    mOddShift = std::llround(placement.top) % 2 != 0 || (placement.flipped && mClip.size.height % 2 == 0);
+    mOddShift =
+        std::llround(placement.top) % 2 != 0 || (placement.IsUpsideDown() && mClip.size.height % 2 == 0);
     AddNumbers(reading, order);
     if (!mClip.Interlaced() || expected.Height() < 4 || !expected.FieldsAreSolid()) return {};
     const std::optional<Measured> chroma = Measure(rows, placement, expected, true, kFarEnough);

@@ -24,6 +24,10 @@ struct FieldShares {
 /// The cause that findings of the kind fields.dropped have if pictures show one field each, in turn.
 inline constexpr const char* kFieldsInTurn = "each field was made a picture of its own";
 
+/// What is known of the fields by the colors: that they are where they should be, or exchanged, though wrong
+/// colors made it look different.
+enum class FieldsByColor : std::uint8_t { kUnknown, kClear, kSwapped };
+
 /// Looks at what happened to the fields of a clip. What is kept doesn't grow with the number of pictures. One
 /// thread at a time.
 class FieldAnalysis {
@@ -36,9 +40,9 @@ class FieldAnalysis {
     FieldShares Add(const PictureRows& rows, const FrameReading& reading, FieldOrder order,
                     const Placement& placement, const ExpectedRows& expected);
 
-    /// What was done: kinds fields.* and tags.order, at most one. `colorsExplainContent` leaves out what was
-    /// found by colors (`ColorReport::fieldsAreClear`). Throws `std::bad_alloc`.
-    std::vector<Finding> Findings(bool colorsExplainContent = false) const;
+    /// What was done: kinds fields.* and tags.order, at most one. What is known by the colors counts
+    /// rather than what the fields looked like. Throws `std::bad_alloc`.
+    std::vector<Finding> Findings(FieldsByColor known = FieldsByColor::kUnknown) const;
 
   private:
     /// What the rows of a picture show.
@@ -65,6 +69,7 @@ class FieldAnalysis {
                          const FrameReading& reading);
     void AddLook(Look look);
     void AddNumbers(const FrameReading& reading, FieldOrder order);
+    Finding SwappedFinding(const Seen& seen) const;
     std::optional<Finding> ContentFinding() const;
     std::optional<Finding> OneFieldFinding() const;
     std::optional<Finding> NumbersFinding() const;

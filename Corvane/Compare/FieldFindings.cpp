@@ -24,12 +24,18 @@ Finding FieldAnalysis::Made(const char* kind, const Seen& seen, const char* foun
     return finding;
 }
 
-std::vector<Finding> FieldAnalysis::Findings(bool colorsExplainContent) const {
+Finding FieldAnalysis::SwappedFinding(const Seen& seen) const {
+    return Made("fields.swapped", seen, "show the lower field in even rows and the upper one in odd rows",
+                "the lines were exchanged, or shifted by one");
+}
+
+std::vector<Finding> FieldAnalysis::Findings(FieldsByColor known) const {
     if (mScaled) return {};
     // Each step says nothing if an earlier one explains what it sees.
     std::optional<Finding> finding;
-    if (!colorsExplainContent) finding = ContentFinding();
-    if (!finding && !colorsExplainContent) finding = OneFieldFinding();
+    if (known == FieldsByColor::kSwapped && !mOddShift) finding = SwappedFinding({mPictures, {}});
+    if (known == FieldsByColor::kUnknown) finding = ContentFinding();
+    if (!finding && known == FieldsByColor::kUnknown) finding = OneFieldFinding();
     if (!finding) finding = NumbersFinding();
     if (!finding) finding = TagFinding();
     if (!finding) return {};
@@ -38,10 +44,7 @@ std::vector<Finding> FieldAnalysis::Findings(bool colorsExplainContent) const {
 
 std::optional<Finding> FieldAnalysis::ContentFinding() const {
     const Seen &swapped = Of(Look::kSwapped), &blended = Of(Look::kBlended);
-    if (IsMany(swapped.pictures, mLooked) && !mOddShift)
-        return Made("fields.swapped", swapped,
-                    "show the lower field in even rows and the upper one in odd rows",
-                    "the lines were exchanged, or shifted by one");
+    if (IsMany(swapped.pictures, mLooked) && !mOddShift) return SwappedFinding(swapped);
     if (IsMany(blended.pictures, mLooked))
         return Made("fields.blended", blended, "show both fields mixed in every row",
                     "the fields were averaged, or deinterlaced by blending");

@@ -10,6 +10,8 @@ namespace {
 constexpr std::size_t kRows = 24;       // of a picture that are looked at
 constexpr double kMostError = 2.5;      // steps of 8 bits, of colors as they should be
 constexpr std::int64_t kLearnFrom = 24; // pictures
+constexpr std::int64_t kGuessFrom = 4;  // pictures
+constexpr std::int64_t kMostGuessed = 400;
 
 std::size_t RowAt(std::size_t i, std::size_t height) {
     return (2 * i + 1) * height / (2 * kRows);
@@ -39,8 +41,9 @@ std::array<std::array<double, 3>, 4> Solve(std::array<std::array<double, 4>, 4> 
 
 } // namespace
 
-GradientReader::GradientReader(const std::vector<KeyFrame>& keys, int bits)
-    : mStep(std::ldexp(1.0, bits - 8)) {
+GradientReader::GradientReader(const std::vector<KeyFrame>& keys, int bits, ColorChanges changes)
+    : mChanges(std::move(changes)), mStep(std::ldexp(1.0, bits - 8)) {
+    mChanges.coding.bits = 8;
     for (const KeyFrame& key : keys) {
         Rows rows(kRows);
         for (std::size_t i = 0; i < kRows; ++i)
@@ -48,6 +51,9 @@ GradientReader::GradientReader(const std::vector<KeyFrame>& keys, int bits)
                 if (const auto& from = key.rows[plane]; !from.empty())
                     rows[i][plane] = from[RowAt(i, from.size())] / mStep;
         mKeys.push_back({key.frame, std::move(rows)});
+        if (key.colors.empty()) continue;
+        std::vector<Color>& colors = mColors.emplace_back();
+        for (std::size_t i = 0; i < kRows; ++i) colors.push_back(key.colors[RowAt(i, key.colors.size())]);
     }
 }
 
@@ -62,12 +68,12 @@ std::optional<double> GradientReader::Resolution() const {
 }
 
 // The place on the way from key to key that is nearest to the colors seen.
-GradientReader::Fit GradientReader::FitFrame(const Rows& seen) const {
+GradientReader::Fit GradientReader::FitFrame(const std::vector<Key>& keys, const Rows& seen) {
     Fit best;
     double least = -1;
-    for (std::size_t at = 0; at + 1 < mKeys.size(); ++at) {
-        const Key& from = mKeys[at];
-        const Key& to = mKeys[at + 1];
+    for (std::size_t at = 0; at + 1 < keys.size(); ++at) {
+        const Key& from = keys[at];
+        const Key& to = keys[at + 1];
         double along = 0, way = 0;
         for (std::size_t i = 0; i < kRows; ++i) {
             for (std::size_t plane = 0; plane < 3; ++plane) {
@@ -78,7 +84,7 @@ GradientReader::Fit GradientReader::FitFrame(const Rows& seen) const {
         }
         // A reading may lie a little outside the clip by its error.
         const double begin = at == 0 ? -1.0 / static_cast<double>(to.frame - from.frame) : 0;
-        const double end = at + 2 == mKeys.size() ? 1 - begin : 1;
+        const double end = at + 2 == keys.size() ? 1 - begin : 1;
         const double share = way == 0 ? 0 : std::clamp(along / way, std::min(begin, 0.0), end);
         double error = 0;
         for (std::size_t i = 0; i < kRows; ++i) {
@@ -110,6 +116,44 @@ GradientReader::Rows GradientReader::Expected(double frame) const {
         for (std::size_t plane = 0; plane < 3; ++plane)
             rows[i][plane] = from.rows[i][plane] + (to.rows[i][plane] - from.rows[i][plane]) * share;
     return rows;
+}
+
+void GradientReader::MakeGuesses() {
+    mGuesses = {{mKeys, false}, {mKeys, true}};
+    if (mColors.size() != mKeys.size()) return;
+    for (const auto& change : mChanges.changes) {
+        std::vector<Key> keys = mKeys;
+        for (std::size_t at = 0; at < keys.size(); ++at) {
+            for (std::size_t i = 0; i < kRows; ++i) {
+                const Codes codes = Encode(change(mColors[at][i]), mChanges.coding);
+                for (std::size_t plane = 0; plane < 3; ++plane)
+                    keys[at].rows[i][plane] = std::clamp(codes[plane], 0.0, 255.0);
+            }
+        }
+        mGuesses.push_back({keys, false});
+        mGuesses.push_back({std::move(keys), true});
+    }
+}
+
+// Takes what explains the last few pictures best, if it does so well.
+bool GradientReader::TakesGuess(const Rows& seen) {
+    if (mGuessed >= kMostGuessed) return false;
+    if (mGuesses.empty()) MakeGuesses();
+    const Rows flipped(seen.rbegin(), seen.rend());
+    for (Guess& guess : mGuesses) {
+        const double error = FitFrame(guess.keys, guess.flipped ? flipped : seen).error;
+        guess.squares += error * error;
+    }
+    if (++mGuessed % kGuessFrom != 0) return false;
+    Guess& best = *std::ranges::min_element(mGuesses, {}, &Guess::squares);
+    const bool explains = std::sqrt(best.squares / kGuessFrom) <= kMostError;
+    if (explains) {
+        mKeys = std::move(best.keys);
+        mIsFlipped = best.flipped;
+    }
+    if (explains || mGuessed >= kMostGuessed) mGuesses = {};
+    for (Guess& guess : mGuesses) guess.squares = 0;
+    return explains;
 }
 
 // Takes pictures for the first frames, and tries whether one map explains them: then that is what keys
@@ -168,9 +212,16 @@ void GradientReader::Read(const PictureRows& rows, FrameReading& reading) {
         for (std::size_t plane = 0; plane < 3; ++plane)
             if (const auto& from = rows.plane[plane]; !from.empty())
                 seen[i][plane] = from[RowAt(i, from.size())].mean / mStep;
-    const Fit fit = FitFrame(seen);
+    if (mIsFlipped) std::ranges::reverse(seen);
+    const Fit fit = FitFrame(mKeys, seen);
     const bool isAlike = fit.error <= std::max(kMostError, 4 * mUsualError);
-    if (!isAlike && !mIsSure && !mIsMapped) Learn(seen);
+    if (!isAlike && !mIsSure && !mIsMapped) {
+        if (TakesGuess(seen)) {
+            mIsSure = true;
+            return Read(rows, reading);
+        }
+        Learn(seen);
+    }
     if (!isAlike || fit.motion <= 0) return;
     // The worst of the last few hundred pictures counts, as one picture's error may be small by chance.
     mUsualError = std::max(fit.error, mUsualError + (fit.error - mUsualError) / 200);

@@ -15,13 +15,22 @@ std::optional<GradientReader> MakeGradients(ExpectedFrames& expected, const Clip
                                             const VideoPicture& picture) {
     if (!expected.RowsMove() || clip.Info().format.Interlaced()) return std::nullopt;
     std::vector<KeyFrame> keys;
+    ExpectedRows rows;
     const std::int64_t last = clip.Info().frames - 1;
     for (std::int64_t i = 0; i < kKeys; ++i) {
         const std::int64_t frame = last * i / (kKeys - 1);
         if (!keys.empty() && keys.back().frame == frame) continue;
-        keys.push_back({frame, expected.Codes(frame, {picture.format, picture.tags.matrix})});
+        rows.Read(expected.Rows(frame), expected.Facts());
+        KeyFrame key{frame, expected.Codes(frame, {picture.format, picture.tags.matrix}), {}};
+        for (std::uint32_t row = 0; row < rows.Height(); ++row) key.colors.push_back(rows.At(row));
+        keys.push_back(std::move(key));
     }
-    GradientReader reader(keys, picture.format.bits);
+    const SampleCoding coding = CodingOf(picture.format, picture.tags, picture.size.height);
+    const CodingFacts facts = CodingFactsOf(expected.Facts(), coding, picture.tags, picture.format.alpha);
+    ColorChanges changes{coding, {}};
+    for (ColorHypothesis& hypothesis : FixedHypotheses(facts))
+        changes.changes.push_back(std::move(hypothesis.change));
+    GradientReader reader(keys, picture.format.bits, std::move(changes));
     if (!reader.Resolution()) return std::nullopt;
     return reader;
 }
@@ -31,7 +40,7 @@ TimelineFacts FactsOfTimeline(const Clip& clip, const VideoFacts& video, const F
     return {frames, clip.Info().frames, clip.Info().ticksPerFrame, framesDiffer, video};
 }
 
-/// The rows that show the frame, from its top to its bottom.
+/// The rows that show the frame, from the top of the picture to its bottom.
 void TakeActive(const PictureRows& rows, const Placement& placement, PictureRows& active) {
     active.format = rows.format;
     for (int plane = 0; plane < 4; ++plane) {
@@ -44,7 +53,6 @@ void TakeActive(const PictureRows& rows, const Placement& placement, PictureRows
         const std::uint32_t bottom = std::clamp<std::uint32_t>(
             rows.format.PlaneHeight(plane, placement.active.bottom), top + 1, std::uint32_t(from.size()));
         to.assign(from.begin() + top, from.begin() + bottom);
-        if (placement.flipped != (placement.quarterTurns == 2)) std::ranges::reverse(to);
     }
 }
 
@@ -55,7 +63,8 @@ PictureAnalyses::PictureAnalyses(const Clip& clip, const VideoFacts& video, cons
     : mExpected(expected), mGradients(MakeGradients(expected, clip, first)),
       mPlaces(clip.Info().format, video),
       mTimeline(FactsOfTimeline(clip, video, frames, clip.Info().format.Interlaced() || mGradients)),
-      mFields(expected.Facts(), video), mColors(expected.Facts(), video, tolerance) {
+      mFields(expected.Facts(), video), mColors(expected.Facts(), video, tolerance),
+      mUntoldColors(expected.Facts(), video, tolerance) {
     if (clip.Info().format.Interlaced()) mNumbers.emplace(expected.Facts().size);
 }
 
@@ -89,6 +98,7 @@ void PictureAnalyses::ReadFrame(const VideoPicture& picture, FrameReading& readi
     if (!mGradients) return;
     TakeActive(mRows, placement, mActiveRows);
     mGradients->Read(mActiveRows, reading);
+    if (mGradients->IsFlipped()) mPlaces.Turn({.flipped = true});
 }
 
 /// Measures the columns beside the number, or as good as that.
@@ -110,19 +120,22 @@ void PictureAnalyses::MeasureColumns(const VideoPicture& picture, const Placemen
 
 void PictureAnalyses::AddColors(const VideoPicture& picture, const FrameReading& reading,
                                 const Placement& placement) {
-    const std::optional<std::int64_t> frame = mTimeline.Frame();
+    const bool isTold = mTimeline.Frame().has_value();
+    const std::optional<std::int64_t> frame =
+        isTold || !mGradients ? mTimeline.Frame() : mTimeline.LikelyFrame();
     if (!frame) return;
+    mUntold += !isTold;
     mExpectedRows.Read(mExpected.Rows(*frame), mExpected.Facts());
     const FieldShares shares = mFields.Add(mRows, reading, picture.order, placement, mExpectedRows);
-    mColors.Add(mRows, picture.tags, placement, *frame, mExpectedRows, shares);
+    (isTold ? mColors : mUntoldColors).Add(mRows, picture.tags, placement, *frame, mExpectedRows, shares);
 }
 
 std::vector<Finding> PictureAnalyses::Findings(bool complete) const {
     std::vector<Finding> all = mTimeline.Findings(complete);
     const auto add = [&all](std::vector<Finding> more) { std::ranges::move(more, std::back_inserter(all)); };
     add(mPlaces.Findings());
-    ColorReport colors = mColors.Report();
-    add(mFields.Findings(colors.fieldsAreClear));
+    ColorReport colors = (IsMostlyTold() ? mColors : mUntoldColors).Report();
+    add(mFields.Findings(colors.fields));
     add(std::move(colors.findings));
     KeepCauses(all);
     return all;
@@ -130,6 +143,9 @@ std::vector<Finding> PictureAnalyses::Findings(bool complete) const {
 
 std::vector<std::string> PictureAnalyses::Remarks() const {
     std::vector<std::string> all = mTimeline.Remarks();
+    if (!IsMostlyTold())
+        all.emplace_back("By their colors most pictures show no frame of the clip: they were compared with "
+                         "the frames that should be shown at their times.");
     std::ranges::move(mPlaces.Remarks(), std::back_inserter(all));
     return all;
 }

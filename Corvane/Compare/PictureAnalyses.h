@@ -50,6 +50,7 @@ class PictureAnalyses {
     void ReadFrame(const VideoPicture& picture, FrameReading& reading);
     void MeasureColumns(const VideoPicture& picture, const Placement& placement);
     void AddColors(const VideoPicture& picture, const FrameReading& reading, const Placement& placement);
+    bool IsMostlyTold() const { return mUntold <= mTimeline.Matched(); }
 
     ExpectedFrames& mExpected;
     std::optional<NumberReader> mNumbers;     // of clips whose frames have one
@@ -59,6 +60,8 @@ class PictureAnalyses {
     FieldAnalysis mFields;
     FieldColors mFieldColors;
     ColorAnalysis mColors;
+    ColorAnalysis mUntoldColors; // of pictures whose frame is known by their times alone
+    std::int64_t mUntold = 0;
     PictureRows mRows;
     PictureRows mActiveRows; // those that show the frame rather than bars
     ExpectedRows mExpectedRows;

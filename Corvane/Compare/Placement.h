@@ -27,6 +27,9 @@ struct Placement {
     int quarterTurns = 0;  ///< clockwise, 0 to 3
     Box active;            ///< the pixels of the picture that show the clip rather than padding
 
+    /// Whether the frame's top is at the bottom.
+    bool IsUpsideDown() const { return flipped != (quarterTurns == 2); }
+
     /// Whether rows of the picture are the rows of the clip, each at its place: nothing was scaled, moved,
     /// mirrored or turned.
     bool IsPlain() const {
@@ -49,6 +52,9 @@ class PlacementFinder {
     /// Takes what `FindActive` found in a picture, and where its number lies, if one was read. Throws
     /// `std::bad_alloc`.
     void Add(const Box& active, const std::optional<NumberPlace>& number);
+
+    /// Takes what is known of how frames are turned if they have no numbers.
+    void Turn(const Orientation& orientation) { mOrientation = orientation; }
 
     /// Where frames lie by all that was added; until then, as if they filled the picture.
     Placement Get() const;

@@ -43,6 +43,9 @@ struct Timeline::State {
     StampGrid grid;
     std::int64_t pictures = 0;
     std::int64_t foreign = 0;
+    FrameReading last;
+    FrameReading known; // the last one whose frame is known, or the first one
+    std::int64_t knownFrame = 0;
 
     double ClipRate() const {
         return static_cast<double>(lummediatypes::kTicksPerSecond) / static_cast<double>(facts.ticksPerFrame);
@@ -66,12 +69,26 @@ void Timeline::Add(const FrameReading& reading) {
     std::optional<std::int64_t> gone;
     if (state.facts.framesDiffer) gone = state.sequence.Add(reading);
     state.grid.Add(reading.time, gone);
+    state.last = reading;
+    const std::optional<std::int64_t> frame = Frame();
+    if (!frame && state.pictures > 1) return;
+    state.known = reading;
+    state.knownFrame = frame.value_or(state.facts.frames.first);
 }
 
 std::optional<std::int64_t> Timeline::Frame() const {
     if (mState->facts.framesDiffer) return mState->sequence.Frame();
     const std::int64_t frame = mState->facts.frames.first + mState->pictures - 1;
     return frame > mState->facts.frames.last ? std::nullopt : std::optional(frame);
+}
+
+std::optional<std::int64_t> Timeline::LikelyFrame() const {
+    const FrameReading &from = mState->known, &to = mState->last;
+    std::int64_t gone = to.picture - from.picture;
+    if (from.time && to.time && mState->grid.UnitsPerFrame() > 0)
+        gone = std::llround(static_cast<double>(*to.time - *from.time) / mState->grid.UnitsPerFrame());
+    const std::int64_t frame = mState->knownFrame + gone;
+    return frame < 0 || frame >= mState->facts.clipFrames ? std::nullopt : std::optional(frame);
 }
 
 std::int64_t Timeline::Matched() const {

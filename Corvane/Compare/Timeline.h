@@ -37,6 +37,10 @@ class Timeline {
     /// is whole, and is filled in by the pictures before if the picture itself can't be read beyond doubt.
     std::optional<std::int64_t> Frame() const;
 
+    /// The frame that the last picture would show if all went on from the last picture whose frame is known,
+    /// or from the first one: by their times, or else by their order. None if the clip has no such frame.
+    std::optional<std::int64_t> LikelyFrame() const;
+
     /// How many pictures show a frame of the clip.
     std::int64_t Matched() const;
 

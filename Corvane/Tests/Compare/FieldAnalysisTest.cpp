@@ -64,7 +64,7 @@ Found Compare(const MadeClip& clip, const Case& test) {
         colors.Add(made, pipeline.tags, placement, frames[0], expected, shares);
     }
     const ColorReport report = colors.Report();
-    return {fields.Findings(report.fieldsAreClear), report.findings};
+    return {fields.Findings(report.fields), report.findings};
 }
 
 std::array<std::int64_t, 2> Telecine(std::int64_t picture) {

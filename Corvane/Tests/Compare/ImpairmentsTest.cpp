@@ -137,7 +137,9 @@ const Impairment kGeometry[] = {
     {kPAL, "-vf pad=800:576:40:0" FFV1, "geometry.pad"},
     {kPAL, "-vf hflip" FFV1, "geometry.mirror"},
     {kHD, "-vf vflip" FFV1, "geometry.mirror"},
-    {kHD, "-vf hflip,vflip" FFV1, "geometry.rotate"},
+    {kPAL, "-vf hflip,vflip" FFV1, "geometry.rotate"},
+    // Left and right of a gradient are alike.
+    {kHD, "-vf hflip,vflip" FFV1, "geometry.mirror"},
     {kNTSC, "-vf format=yuv444p,transpose=clock" FFV1, "geometry.rotate"},
     {kPAL, "-vf crop=712:576:0:0,pad=720:576:8:0" FFV1, "geometry.shift"},
 };
@@ -176,7 +178,7 @@ const Impairment kColors[] = {
      "color.transfer"},
     {kAlpha, "-vf format=gbrap,premultiply=inplace=1" FFV1, "color.alpha"},
     {kAlpha, "-vf format=yuv444p" FFV1, "color.alpha"},
-    {kHD, "-vf lutyuv=y='clip(val\\,16\\,120)'" FFV1, "color.clipped"},
+    {kHD, "-vf lutyuv=y='clip(val\\,16\\,100)'" FFV1, "color.clipped"},
     {kDeep, "-vf format=yuv422p,format=yuv422p10" FFV1, "color.depth"},
     {kHD, "-vf lutyuv=y='val+12'" FFV1, "color.error"},
     {kPAL, "-vf lutyuv=y='val+12'" FFV1, "color.error"},
@@ -224,6 +226,6 @@ TEST_P(Transcoded, GivesNoFinding) {
 }
 INSTANTIATE_TEST_SUITE_P(Clips, Transcoded,
                          testing::Values(kPAL, kNTSC, kFilm, kTenBit, kHD, kFloat, kDeep, kAlpha, kAlike),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& clip) { return std::string(clip.param.name); });
 
 } // namespace

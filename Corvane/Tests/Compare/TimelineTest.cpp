@@ -117,36 +117,53 @@ std::array<std::vector<double>, 3> GradientAt(double frame, double pace) {
     return rows;
 }
 
-TEST(GradientReader, TellsFramesByColorsThatWentThroughOneMap) {
+TEST(GradientReader, TellsFramesByColorsThatWereChanged) {
     constexpr double kPace = 0.8;
     std::vector<KeyFrame> keys;
-    for (const std::int64_t frame : {0, 50, 99}) {
-        KeyFrame key{.frame = frame, .rows = {}};
+    for (const std::int64_t frame : {0, 25, 50, 75, 99}) {
+        KeyFrame key{.frame = frame, .rows = {}, .colors = {}};
         const auto rows = GradientAt(static_cast<double>(frame), kPace);
         for (std::size_t plane = 0; plane < 3; ++plane)
             for (const double value : rows[plane])
                 key.rows[plane].push_back(static_cast<std::uint16_t>(std::lround(value)));
+        for (std::size_t y = 0; y < 60; ++y)
+            key.colors.push_back({rows[0][y] / 255, rows[1][y] / 255, rows[2][y] / 255, 1});
         keys.push_back(std::move(key));
     }
-    // What is added of each plane, and of the next one, and what to.
-    const std::array<double, 3> kRows[] = {{1, 0, 0}, {219 / 255.0, 0, 16}, {0.95, 0.12, -9}};
-    for (const auto& [own, next, offset] : kRows) {
-        GradientReader reader(keys, 8);
+    const ColorChanges known{{false, kMatrix709, true, 8},
+                             {[](const Color& color) { return ToGammaCoded(color, Transfer::kGamma22); },
+                              [](const Color& color) { return ToLinear(color, Transfer::kGamma22); }}};
+    struct Change {
+        double own, next, offset; // what is added of each plane, and of the next one, and what to
+        double gamma = 1;
+        bool flipped = false;
+        int from = 0; // the first picture that is told
+    };
+    const Change kRows[] = {{1, 0, 0},
+                            {219 / 255.0, 0, 16, 1, false, 24},
+                            {0.95, 0.12, -9, 1, false, 24},
+                            {1, 0, 0, 1, true, 3},
+                            {1, 0, 0, 2.2, true, 3}};
+    for (const auto& [own, next, offset, gamma, flipped, from] : kRows) {
+        GradientReader reader(keys, 8, known);
         for (int frame = 0; frame < 100; ++frame) {
             const auto colors = GradientAt(frame, kPace);
             PictureRows rows;
             for (std::size_t plane = 0; plane < 3; ++plane)
-                for (std::size_t y = 0; y < 60; ++y)
+                for (std::size_t row = 0; row < 60; ++row) {
+                    const std::size_t y = flipped ? 59 - row : row;
+                    const double value = own * colors[plane][y] + next * colors[(plane + 1) % 3][y] + offset;
                     rows.plane[plane].push_back(
-                        {.mean = static_cast<float>(std::round(own * colors[plane][y] +
-                                                               next * colors[(plane + 1) % 3][y] + offset))});
+                        {.mean = static_cast<float>(std::round(255 * std::pow(value / 255, gamma)))});
+                }
             FrameReading reading;
             reader.Read(rows, reading);
-            ASSERT_EQ(reading.frame[0].has_value(), own == 1 || frame >= 24) << frame;
+            ASSERT_EQ(reading.frame[0].has_value(), frame >= from) << frame;
             if (!reading.frame[0]) continue;
             EXPECT_NEAR(*reading.frame[0], frame, std::max(reading.margin, 0.5));
             EXPECT_LT(reading.margin, 3);
         }
+        EXPECT_EQ(reader.IsFlipped(), flipped);
         PictureRows foreign;
         for (auto& plane : foreign.plane) plane.assign(60, {.mean = 128});
         FrameReading reading;
