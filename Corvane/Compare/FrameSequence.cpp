@@ -193,12 +193,17 @@ Finding FrameSequence::MissingFinding(const std::vector<FrameRange>& frames, std
     const std::int64_t wanted = mExpected.last - mExpected.first + 1;
     std::int64_t count = 0;
     for (const auto& [first, last] : frames) count += last - first + 1;
-    return {"frames.missing", std::move(sentence), frames, fmt::format("{} frames", wanted),
-            fmt::format("{} frames", wanted - count), std::move(cause),
+    return {"frames.missing",
+            std::move(sentence),
+            frames,
+            fmt::format("{} frames", wanted),
+            fmt::format("{} frames", wanted - count),
+            std::move(cause),
             0.7 + 0.3 * static_cast<double>(count) / static_cast<double>(wanted)};
 }
 
-/// What is missing at the start and at the end was cut off, if frames come in order: takes it out of `within`.
+/// What is missing at the start and at the end was cut off, if frames come in order: takes it out of
+/// `within`.
 void FrameSequence::AddCuts(bool complete, std::vector<FrameRange>& within,
                             std::vector<Finding>& findings) const {
     const bool inOrder = mBackward <= mForward;
@@ -210,16 +215,17 @@ void FrameSequence::AddCuts(bool complete, std::vector<FrameRange>& within,
         const FrameRange cut = within.front();
         within.erase(within.begin());
         if (isBeyondDoubt(cut))
-            findings.push_back(MissingFinding(
-                {cut}, fmt::format("The video begins with frame {}.", cut.last + 1), "its start was cut off"));
+            findings.push_back(MissingFinding({cut},
+                                              fmt::format("The video begins with frame {}.", cut.last + 1),
+                                              "its start was cut off"));
     }
     if (within.empty() || within.back().last != mExpected.last) return;
     const FrameRange cut = within.back();
     if (inOrder || !complete) within.pop_back();
     // Pictures that can't be read are the benefit of the doubt.
     if (inOrder && complete && isBeyondDoubt(cut) && cut.last - cut.first + 1 > mUnread)
-        findings.push_back(MissingFinding(
-            {cut}, fmt::format("The video ends with frame {}.", cut.first - 1), "its end was cut off"));
+        findings.push_back(MissingFinding({cut}, fmt::format("The video ends with frame {}.", cut.first - 1),
+                                          "its end was cut off"));
 }
 
 void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) const {

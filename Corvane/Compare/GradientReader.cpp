@@ -174,7 +174,11 @@ void GradientReader::Learn(const Rows& seen) {
         mNormal.count += 3;
     }
     const std::int64_t frames = mKeys.back().frame - mKeys.front().frame;
-    if (mLearned < std::clamp<std::int64_t>(frames / 2, 4, kLearnFrom)) return;
+    if (mLearned >= std::clamp<std::int64_t>(frames / 2, 4, kLearnFrom)) MapKeys();
+}
+
+/// Sends the keys' colors through the map that was learned, if it explains what was seen.
+void GradientReader::MapKeys() {
     // Colors that lie on a plane leave a part of the map open: what is open is held to no change.
     constexpr double kHold = 1e-3;
     auto matrix = mNormal.expected;

@@ -81,6 +81,7 @@ class GradientReader {
     void MakeGuesses();
     bool TakesGuess(const Rows& seen);
     void Learn(const Rows& seen);
+    void MapKeys();
 
     std::vector<Key> mKeys;
     std::vector<std::vector<Color>> mColors; // of the keys' rows

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <string>
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "NumberCell.h"

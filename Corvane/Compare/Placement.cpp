@@ -75,6 +75,30 @@ double AspectOf(const PixelAspect& aspect) {
                : static_cast<double>(aspect.numerator) / aspect.denominator;
 }
 
+/// Frames of size `before` have pixels of another aspect than they are `shown` with: `drawn`. They are scaled
+/// to the size `after`, or not at all if it is empty.
+Finding DistortionFinding(const std::string& before, const std::string& after, double shown, double drawn) {
+    const std::string expected = fmt::format("{:.4f}", drawn), found = fmt::format("{:.4f}", shown);
+    if (after.empty())
+        return {"tags.aspect",
+                fmt::format("The video says that its pixel aspect is {}; the clip's, which is drawn, is {}.",
+                            found, expected),
+                {},
+                expected,
+                found,
+                {},
+                0.5};
+    return {"geometry.aspect",
+            fmt::format("Frames of {} are scaled to {} and shown with a pixel aspect of {}; {} would show "
+                        "them undistorted.",
+                        before, after, found, expected),
+            {},
+            expected,
+            found,
+            "scaled without keeping the aspect",
+            0.6};
+}
+
 } // namespace
 
 PlacementFinder::PlacementFinder(const ClipFormat& clip, const VideoFacts& video)
@@ -199,42 +223,20 @@ void PlacementFinder::AddScaled(std::vector<Finding>& findings) const {
         std::abs(width - mClip.size.width) >= 0.75 || std::abs(height - mClip.size.height) >= 0.75;
     const double drawn = AspectOf(mClip.aspect) * y.scale / x.scale; // the shape that pixels should have now
     const double told = mVideo.aspect ? AspectOf(*mVideo.aspect) : drawn;
-    const double square = mOrientation.quarterTurns % 2 == 0 ? told : 1 / told;
-    const bool isDistorted = std::abs(square / drawn - 1) > kUsualDistortion;
+    const double shown = mOrientation.quarterTurns % 2 == 0 ? told : 1 / told;
     const std::string before = SizeText(mClip.size.width, mClip.size.height);
-    if (isDistorted && isScaled) {
-        findings.push_back(
-            {"geometry.aspect",
-             fmt::format("Frames of {} are scaled to {} and shown with a pixel aspect of {:.4f}; {:.4f} "
-                         "would show them undistorted.",
-                         before, SizeText(width, height), square, drawn),
-             {},
-             fmt::format("{:.4f}", drawn),
-             fmt::format("{:.4f}", square),
-             "scaled without keeping the aspect",
-             0.6});
-    } else if (isDistorted) {
-        findings.push_back(
-            {"tags.aspect",
-             fmt::format(
-                 "The video says that its pixel aspect is {:.4f}; the clip's, which is drawn, is {:.4f}.",
-                 square, drawn),
-             {},
-             fmt::format("{:.4f}", drawn),
-             fmt::format("{:.4f}", square),
-             {},
-             0.5});
-    } else if (isScaled) {
+    if (std::abs(shown / drawn - 1) > kUsualDistortion)
+        findings.push_back(DistortionFinding(before, isScaled ? SizeText(width, height) : "", shown, drawn));
+    else if (isScaled) {
         const bool toSquare = std::abs(AspectOf(mClip.aspect) - 1) > kUsualDistortion &&
                               std::abs(drawn - 1) <= kUsualDistortion;
-        const std::string cause = toSquare ? "scaled to square pixels" : "";
         findings.push_back({"geometry.size",
                             fmt::format("Frames are scaled from {} to {}{}.", before, SizeText(width, height),
                                         toSquare ? " to have square pixels" : ""),
                             {},
                             before,
                             SizeText(width, height),
-                            cause,
+                            toSquare ? "scaled to square pixels" : "",
                             0.5});
     }
 }

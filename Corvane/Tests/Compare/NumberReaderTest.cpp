@@ -46,30 +46,30 @@ struct LumaPicture {
     }
 };
 
+const struct {
+    const char* arguments;
+    const char* findings;
+} kTreatments[] = {
+    {"-c:v libx264 -crf 40 -preset veryfast", ""},
+    {"-c:v mpeg2video -b:v 2M", ""},
+    {"-c:v dvvideo -pix_fmt yuv420p", ""},
+    {"-c:v ffv1 -pix_fmt yuv422p10le -vf scale=180:144", "geometry.size: 180x144"},
+    {"-c:v libx264 -crf 18 -preset ultrafast -vf scale=1440:1152", "geometry.size: 1440x1152"},
+    {"-c:v libx264 -crf 23 -preset ultrafast -vf hflip", "geometry.mirror: left and right are exchanged"},
+    {"-c:v ffv1 -vf vflip", "geometry.mirror: top and bottom are exchanged"},
+    {"-c:v ffv1 -vf hflip,vflip", "geometry.rotate: 180 degrees clockwise"},
+    {"-c:v ffv1 -vf transpose=1", "geometry.rotate: 90 degrees clockwise"},
+    {"-c:v libx264 -crf 23 -preset ultrafast -vf crop=704:560:8:10",
+     "geometry.crop: 8 pixels at the left, 10 at the top, 8 at the right, 6 at the bottom"},
+    {"-c:v libx264 -crf 30 -preset ultrafast -vf pad=1280:720:280:72",
+     "geometry.pad: 280 pixels at the left, 72 at the top, 280 at the right, 72 at the bottom"},
+    {"-c:v ffv1 -vf crop=712:570:0:0,pad=720:576:8:6", "geometry.shift: 8 pixels at the left, 6 at the top"},
+    {"-c:v ffv1 -vf transpose=2,pad=1000:1000:20:30",
+     "geometry.rotate: 270 degrees clockwise; geometry.pad: 20 pixels at the left, 30 at the top, 404 "
+     "at the right, 250 at the bottom"},
+};
+
 TEST(NumberReader, ReadsAndPlacesNumbersThatCodecsAndFiltersWentOver) {
-    const struct {
-        const char* arguments;
-        const char* findings;
-    } kRows[] = {
-        {"-c:v libx264 -crf 40 -preset veryfast", ""},
-        {"-c:v mpeg2video -b:v 2M", ""},
-        {"-c:v dvvideo -pix_fmt yuv420p", ""},
-        {"-c:v ffv1 -pix_fmt yuv422p10le -vf scale=180:144", "geometry.size: 180x144"},
-        {"-c:v libx264 -crf 18 -preset ultrafast -vf scale=1440:1152", "geometry.size: 1440x1152"},
-        {"-c:v libx264 -crf 23 -preset ultrafast -vf hflip", "geometry.mirror: left and right are exchanged"},
-        {"-c:v ffv1 -vf vflip", "geometry.mirror: top and bottom are exchanged"},
-        {"-c:v ffv1 -vf hflip,vflip", "geometry.rotate: 180 degrees clockwise"},
-        {"-c:v ffv1 -vf transpose=1", "geometry.rotate: 90 degrees clockwise"},
-        {"-c:v libx264 -crf 23 -preset ultrafast -vf crop=704:560:8:10",
-         "geometry.crop: 8 pixels at the left, 10 at the top, 8 at the right, 6 at the bottom"},
-        {"-c:v libx264 -crf 30 -preset ultrafast -vf pad=1280:720:280:72",
-         "geometry.pad: 280 pixels at the left, 72 at the top, 280 at the right, 72 at the bottom"},
-        {"-c:v ffv1 -vf crop=712:570:0:0,pad=720:576:8:6",
-         "geometry.shift: 8 pixels at the left, 6 at the top"},
-        {"-c:v ffv1 -vf transpose=2,pad=1000:1000:20:30",
-         "geometry.rotate: 270 degrees clockwise; geometry.pad: 20 pixels at the left, 30 at the top, 404 "
-         "at the right, 250 at the bottom"},
-    };
     const TestFolder folder;
     const std::string raw = folder / "raw", file = folder / "video.nut";
     {
@@ -78,7 +78,7 @@ TEST(NumberReader, ReadsAndPlacesNumbersThatCodecsAndFiltersWentOver) {
             ASSERT_EQ(std::fwrite(FrameOf(number).data(), kSize.width * 4, kSize.height, out.get()),
                       kSize.height);
     }
-    for (const auto& row : kRows) {
+    for (const auto& row : kTreatments) {
         OutputOf(
             fmt::format("ffmpeg -v error -y -f rawvideo -pix_fmt bgra -s 720x576 -r 25 -i '{}' {} '{}' 2>&1",
                         raw, row.arguments, file));
