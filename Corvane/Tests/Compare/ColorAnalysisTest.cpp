@@ -136,7 +136,7 @@ const std::vector<Case> kCases = {
       {}},
      "color.alpha",
      "black"},
-    {"no place for alpha", kAlphaGradient, {{}, k601, k420, kSd}, ""},
+    {"no place for alpha", kAlphaGradient, {{}, k601, k420, kSd}, "color.alpha"},
     {"cut",
      kGradient,
      {{},

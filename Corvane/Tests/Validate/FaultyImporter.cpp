@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <dlfcn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "CvPluginAPI.h"
@@ -65,10 +66,15 @@ std::int32_t WriteForEver(const Call&) {
 /// Leaves a process in a session of its own, whose number goes into the file that the environment names.
 std::int32_t LeaveAProcess(const Call& call) {
     ::unsetenv("SYNTHEX_FAULT"); // once is enough
-    if (::fork() != 0) return call.Real();
+    if (const pid_t child = ::fork(); child != 0) {
+        ::waitpid(child, nullptr, 0); // until the number is in the file
+        return call.Real();
+    }
     ::setsid();
-    if (::fork() != 0) ::_exit(0);
-    std::ofstream(std::getenv("SYNTHEX_LEFT")) << ::getpid();
+    if (const pid_t left = ::fork(); left != 0) {
+        std::ofstream(std::getenv("SYNTHEX_LEFT")) << left;
+        ::_exit(0);
+    }
     return Hang(call);
 }
 
