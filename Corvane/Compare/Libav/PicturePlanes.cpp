@@ -1,10 +1,10 @@
 #include "PicturePlanes.h"
 
 #include <algorithm>
-#include <atomic>
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <new>
 #include <utility>
 
 extern "C" {
@@ -233,14 +233,26 @@ void PicturePlanes::TakeApart(const AVFrame& frame, const std::array<std::size_t
 }
 
 std::shared_ptr<PicturePlanes::Bytes> PicturePlanes::Room(std::size_t size) {
-    for (const std::shared_ptr<Bytes>& room : mRooms)
-        if (room.use_count() == 1) {
-            std::atomic_thread_fence(std::memory_order_acquire); // others have done with it
-            room->resize(size);
-            return room;
+    std::unique_ptr<Bytes> bytes;
+    {
+        const std::lock_guard lock(mFree->mutex);
+        if (!mFree->bytes.empty()) {
+            bytes = std::move(mFree->bytes.back());
+            mFree->bytes.pop_back();
         }
-    mRooms.push_back(std::make_shared<Bytes>(size));
-    return mRooms.back();
+    }
+    if (!bytes) bytes = std::make_unique<Bytes>();
+    bytes->resize(size);
+    const auto giveBack = [free = mFree](Bytes* used) {
+        std::unique_ptr<Bytes> owned(used);
+        const std::lock_guard lock(free->mutex);
+        try {
+            free->bytes.push_back(std::move(owned));
+        } catch (const std::bad_alloc&) {
+            // It is made anew when it is needed.
+        }
+    };
+    return {bytes.release(), giveBack};
 }
 
 } // namespace corvane

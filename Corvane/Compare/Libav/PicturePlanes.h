@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "Compare/Video.h"
@@ -28,7 +29,12 @@ class PicturePlanes {
     static void TakeApart(const AVFrame& frame, const std::array<std::size_t, 4>& start, Bytes& room,
                           VideoPicture& picture);
 
-    std::vector<std::shared_ptr<Bytes>> mRooms; // those that nobody else has are free
+    /// Memory of pictures that are gone. They may go on any thread, and outlive this object.
+    struct Free {
+        std::mutex mutex; // guards what follows
+        std::vector<std::unique_ptr<Bytes>> bytes;
+    };
+    const std::shared_ptr<Free> mFree = std::make_shared<Free>();
 };
 
 } // namespace corvane
