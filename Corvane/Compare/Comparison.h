@@ -61,9 +61,10 @@ struct CompareReport {
 /// Takes note of how many pictures were compared, and of how many there are as far as is known (else 0).
 using CompareProgress = std::function<void(std::int64_t done, std::int64_t total)>;
 
-/// Compares a video with the clip that it was made from, picture by picture; memory does not grow with the
-/// length. Ends early if `cancel` becomes true. Throws `Failure` if the clip can't be rendered or nothing of
-/// the video can be decoded, and `std::bad_alloc`. Any thread; frames and pictures are made on some more.
+/// Compares a video with the clip that it was made from, picture by picture; memory grows by a bit a frame
+/// and with what is wrong. Ends early if `cancel` becomes true. Throws `Failure` if the clip can't be
+/// rendered or nothing of the video can be decoded, and `std::bad_alloc`. Any thread; frames and pictures are
+/// made on some more.
 CompareReport CompareClip(const Clip& clip, Video& video, const CompareOptions& options,
                           const CompareProgress& progress, const std::atomic<bool>& cancel);
 
