@@ -11,10 +11,10 @@ namespace corvane::desktop {
 
 namespace {
 
-using Wide = __int128;
+using WideTime = __int128;
 
-constexpr Wide kNanoseconds = 1000000000;
-constexpr Wide kMost = std::numeric_limits<std::int64_t>::max();
+constexpr WideTime kNanoseconds = 1000000000;
+constexpr WideTime kMost = std::numeric_limits<std::int64_t>::max();
 
 } // namespace
 
@@ -47,8 +47,8 @@ void Playback::SetLoop(bool loop) {
 }
 
 std::int64_t Playback::StepNow() const {
-    const Wide elapsed = std::max<std::int64_t>(mClock() - mStart, 0);
-    const Wide step = elapsed * lummediatypes::kTicksPerSecond / (kNanoseconds * mTicksPerFrame);
+    const WideTime elapsed = std::max<std::int64_t>(mClock() - mStart, 0);
+    const WideTime step = elapsed * lummediatypes::kTicksPerSecond / (kNanoseconds * mTicksPerFrame);
     return static_cast<std::int64_t>(std::min(step, kMost / 2));
 }
 
@@ -62,12 +62,12 @@ bool Playback::IsOver() const {
 
 std::int64_t Playback::FrameOf(std::int64_t step) const {
     if (!mLoop) return std::min(step, mFrames - 1 - mFirst) + mFirst;
-    return static_cast<std::int64_t>((Wide{mFirst} + step) % mFrames);
+    return static_cast<std::int64_t>((WideTime{mFirst} + step) % mFrames);
 }
 
 std::int64_t Playback::BeginningOf(std::int64_t step) const {
-    const Wide ticks = Wide{step} * mTicksPerFrame;
-    const Wide due =
+    const WideTime ticks = WideTime{step} * mTicksPerFrame;
+    const WideTime due =
         (ticks * kNanoseconds + lummediatypes::kTicksPerSecond - 1) / lummediatypes::kTicksPerSecond;
     return static_cast<std::int64_t>(std::min(due, kMost / 2));
 }

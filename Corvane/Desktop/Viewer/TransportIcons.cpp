@@ -29,7 +29,7 @@ QPainterPath Bar(qreal left, qreal top, qreal width, qreal height) {
     return path;
 }
 
-QPainterPath Frame() {
+QPainterPath FrameOutline() {
     return Bar(1, 3, 14, 10).subtracted(Bar(2.5, 4.5, 11, 7));
 }
 
@@ -78,7 +78,7 @@ QPainterPath PathOf(TransportSymbol symbol) {
     case TransportSymbol::kLast: return Triangle(3, 11).united(Bar(11, 3, 2, 10));
     case TransportSymbol::kFirst: return Mirrored(PathOf(TransportSymbol::kLast));
     case TransportSymbol::kLoop: return Loop();
-    case TransportSymbol::kFit: return Frame().united(Bar(4, 6, 8, 4));
+    case TransportSymbol::kFit: return FrameOutline().united(Bar(4, 6, 8, 4));
     case TransportSymbol::kFull: return Corners().united(Bar(6.5, 6.5, 3, 3));
     case TransportSymbol::kBothFields: return Lines(true, true);
     case TransportSymbol::kUpperField: return Lines(true, false);

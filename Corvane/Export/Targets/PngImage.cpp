@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::byte kFilterSub{1};
 
-PackedFormat FormatFor(const StreamFacts& facts) {
+PackedFormat PngFormatFor(const StreamFacts& facts) {
     PackedFormat format;
     format.components = facts.HasAlpha() ? 4 : 3;
     format.bits = facts.IsFloat() ? 16 : 8;
@@ -76,7 +76,7 @@ void FilterSub(std::span<std::byte> row, std::size_t pixelBytes) {
 } // namespace
 
 PngImage::PngImage(const StreamFacts& facts)
-    : mFacts(facts), mFormat(FormatFor(facts)), mReader(facts, mFormat) {
+    : mFacts(facts), mFormat(PngFormatFor(facts)), mReader(facts, mFormat) {
     mRow.resize(1 + facts.size.width * mFormat.PixelBytes());
 }
 

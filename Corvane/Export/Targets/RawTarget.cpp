@@ -10,7 +10,7 @@
 namespace corvane {
 namespace {
 
-PackedFormat FormatFor(const StreamFacts& facts) {
+PackedFormat RawFormatFor(const StreamFacts& facts) {
     PackedFormat format;
     if (facts.IsFloat())
         format.bits = 16;
@@ -34,7 +34,7 @@ struct RawPacket final : Packet {
 class RawTarget final : public Target {
   public:
     RawTarget(const std::filesystem::path& path, bool native, const StreamFacts& facts)
-        : mFacts(facts), mFormat(FormatFor(facts)), mAsDelivered(native || IsAsDelivered(facts)),
+        : mFacts(facts), mFormat(RawFormatFor(facts)), mAsDelivered(native || IsAsDelivered(facts)),
           mRowBytes(std::size_t{facts.size.width} *
                     (mAsDelivered ? BytesPerPixel(facts.raster) : mFormat.PixelBytes())),
           mFile(path) {

@@ -17,7 +17,7 @@ namespace corvane {
 namespace {
 
 /// A property list larger than this is none of a bundle.
-constexpr std::uint64_t kMostBytes = 1 << 20;
+constexpr std::uint64_t kMostBytesOfPlist = 1 << 20;
 
 struct Registry {
     std::mutex mutex;
@@ -44,7 +44,7 @@ BundleRegistration::BundleRegistration(const std::filesystem::path& folder) {
     const std::filesystem::path file = folder / "Contents" / "Info.plist";
     pugi::xml_document plist;
     try {
-        const std::string text = ReadWholeFile(file, kMostBytes);
+        const std::string text = ReadWholeFile(file, kMostBytesOfPlist);
         if (const auto parsed = plist.load_buffer(text.data(), text.size()); !parsed)
             throw std::runtime_error(parsed.description());
     } catch (const std::runtime_error& error) {

@@ -13,12 +13,12 @@ namespace {
 thread_local FileJournal* gJournal = nullptr;
 
 /// A larger file is not kept for the case that it has to be put back.
-constexpr std::uint64_t kMostBytes = 16u << 20;
+constexpr std::uint64_t kMostBytesKept = 16u << 20;
 
 /// The text of a file; nothing if it can't be read, or is too large.
 std::optional<std::string> ReadText(const std::filesystem::path& path) {
     try {
-        return ReadWholeFile(path, kMostBytes);
+        return ReadWholeFile(path, kMostBytesKept);
     } catch (const FileError&) {
         return std::nullopt;
     }

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "FrameMemory.h"
+#include "Suites.h"
 #include "Services/Foundation/NeverDestroyed.h"
 #include "Services/Raster/PixelFormats.h"
 #include "Services/Raster/RasterkitRows.h"
@@ -30,9 +31,6 @@ struct CvVexel {
 
 namespace corvane {
 namespace {
-
-constexpr std::int32_t kSucceeded = 0;
-constexpr std::int32_t kFailed = -1;
 
 class FramePool {
   public:

@@ -10,8 +10,6 @@ namespace corvane {
 
 namespace {
 
-constexpr std::int32_t kFailed = -1;
-
 std::int32_t RateToTicks(std::uint32_t scale, std::uint32_t sampleSize, std::int64_t* ticksPerFrame) {
     if (ticksPerFrame == nullptr) return kFailed;
     if (scale == 0) {
@@ -22,7 +20,7 @@ std::int32_t RateToTicks(std::uint32_t scale, std::uint32_t sampleSize, std::int
     const Wide ticks = (Wide(lummediatypes::kTicksPerSecond) * sampleSize * 2 + scale) / (Wide(scale) * 2);
     *ticksPerFrame =
         static_cast<std::int64_t>(std::min<Wide>(ticks, std::numeric_limits<std::int64_t>::max()));
-    return 0;
+    return kSucceeded;
 }
 
 std::int32_t TicksToRate(std::int64_t ticksPerFrame, std::uint32_t* scale, std::uint32_t* sampleSize) {
@@ -32,7 +30,7 @@ std::int32_t TicksToRate(std::int64_t ticksPerFrame, std::uint32_t* scale, std::
         std::numeric_limits<std::uint32_t>::max());
     *scale = static_cast<std::uint32_t>(rate.numerator);
     *sampleSize = static_cast<std::uint32_t>(rate.denominator);
-    return 0;
+    return kSucceeded;
 }
 
 } // namespace

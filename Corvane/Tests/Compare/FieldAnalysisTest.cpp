@@ -8,7 +8,7 @@ namespace {
 using ::testing::HasSubstr;
 
 constexpr Color kUpper{0.9, 0.1, 0.2, 1}, kLower{0.2, 0.7, 0.3, 1};
-const SampleCoding k601{true, kMatrix601, false, 8};
+const SampleCoding kCoded601{true, kMatrix601, false, 8};
 
 MadeClip Fields(FieldOrder order) {
     return {288, order, [](double row, std::int64_t) { return std::lround(row) % 2 == 0 ? kUpper : kLower; }};
@@ -18,7 +18,7 @@ Color Half(const Color& a, const Color& b) {
     return {(a[0] + b[0]) / 2, (a[1] + b[1]) / 2, (a[2] + b[2]) / 2, 1};
 }
 
-struct Case {
+struct FieldCase {
     const char* name;
     std::function<Color(std::uint32_t row, std::int64_t picture)> color =
         {}; // of the picture; the clip's if empty
@@ -37,9 +37,9 @@ struct Found {
     std::vector<Finding> fields, colors;
 };
 
-Found Compare(const MadeClip& clip, const Case& test) {
-    const Pipeline pipeline{test.change,      k601,   {.subsampleW = 1, .subsampleH = test.subsampleH},
-                            {6, 6, 6, false}, "ffv1", {},
+Found Compare(const MadeClip& clip, const FieldCase& test) {
+    const Pipeline pipeline{test.change,      kCoded601, {.subsampleW = 1, .subsampleH = test.subsampleH},
+                            {6, 6, 6, false}, "ffv1",    {},
                             test.fieldChroma};
     VideoFacts video;
     video.tags = pipeline.tags;
@@ -79,7 +79,7 @@ Color Swapped(std::uint32_t row, std::int64_t) {
 constexpr auto kProgressive = FieldOrder::kProgressive, kUpperFirst = FieldOrder::kUpperFirst,
                kLowerFirst = FieldOrder::kLowerFirst;
 
-const std::vector<Case> kCases = {
+const std::vector<FieldCase> kFieldCases = {
     {.name = "nothing", .kinds = ""},
     {.name = "swapped", .color = Swapped, .kinds = "fields.swapped"},
     {.name = "swapped and told otherwise", .color = Swapped, .told = kLowerFirst, .kinds = "fields.swapped"},
@@ -124,7 +124,7 @@ const std::vector<Case> kCases = {
 // A fault of fields that isn't found, that is taken for another one, or for wrong colors.
 TEST(FieldAnalysis, NamesWhatWasDone) {
     const MadeClip clip = Fields(FieldOrder::kUpperFirst);
-    for (const Case& test : kCases) {
+    for (const FieldCase& test : kFieldCases) {
         const Found found = Compare(clip, test);
         EXPECT_EQ(KindsOf(found.fields), test.kinds) << test.name;
         EXPECT_EQ(KindsOf(found.colors), "") << test.name;
@@ -138,11 +138,11 @@ TEST(FieldAnalysis, NamesWhatWasDone) {
 TEST(FieldAnalysis, IsNotMisledByWrongColors) {
     const auto exchanged = [](const Color& c) { return Color{c[1], c[0], c[2], c[3]}; };
     const auto taken709 = [](const Color& c) {
-        return Decode(Encode(c, {true, kMatrix709, false, 8}), k601);
+        return Decode(Encode(c, {true, kMatrix709, false, 8}), kCoded601);
     };
-    const Case cases[] = {{.name = "R and G", .kinds = "color.channels", .change = exchanged},
-                          {.name = "matrix", .kinds = "color.matrix", .change = taken709}};
-    for (const Case& test : cases) {
+    const FieldCase cases[] = {{.name = "R and G", .kinds = "color.channels", .change = exchanged},
+                               {.name = "matrix", .kinds = "color.matrix", .change = taken709}};
+    for (const FieldCase& test : cases) {
         const Found found = Compare(Fields(FieldOrder::kUpperFirst), test);
         EXPECT_EQ(KindsOf(found.fields), "") << test.name;
         EXPECT_EQ(KindsOf(found.colors), test.kinds) << test.name;

@@ -17,14 +17,14 @@ namespace {
 
 namespace fs = std::filesystem;
 using corvane::testing::BundlePath;
-using testing::HasSubstr;
+using ::testing::HasSubstr;
 
 TEST(Bundle, WhatIsNoBundleIsRefusedWithItsName) {
     const corvane::testing::TestFolder folder;
     const auto expectRefused = [&](const char* name, const char* why) {
         EXPECT_THAT([&] { corvane::Bundle{folder / name}; },
-                    testing::ThrowsMessage<corvane::Failure>(
-                        testing::AllOf(HasSubstr((folder / name).string() + ": "), HasSubstr(why))));
+                    ::testing::ThrowsMessage<corvane::Failure>(
+                        ::testing::AllOf(HasSubstr((folder / name).string() + ": "), HasSubstr(why))));
     };
     fs::create_directories(folder / "Broken/Contents/Linux");
     expectRefused("none", "there is no bundle here");

@@ -17,8 +17,8 @@
 namespace {
 
 using corvane::Clip;
-using testing::HasSubstr;
-using testing::ThrowsMessage;
+using ::testing::HasSubstr;
+using ::testing::ThrowsMessage;
 
 std::unique_ptr<Clip> OpenClip(const std::string& members) {
     return Clip::OpenPrefs(std::make_shared<corvane::Bundle>(corvane::testing::BundlePath()), "clip",

@@ -16,10 +16,10 @@ namespace fs = std::filesystem;
 using corvane::PreferencesAnswer;
 using corvane::PreferencesOutcome;
 using corvane::PreferencesRequest;
-using testing::AllOf;
-using testing::HasSubstr;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
 
-class PreferencesTest : public testing::Test {
+class PreferencesTest : public ::testing::Test {
   protected:
     ~PreferencesTest() override { EXPECT_EQ(corvane::HostBlocksInUse(), 0); }
 

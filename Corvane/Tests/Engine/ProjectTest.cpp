@@ -13,7 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using corvane::Project;
-using testing::HasSubstr;
+using ::testing::HasSubstr;
 
 Project TwoClips(const fs::path& file) {
     Project project;
@@ -32,7 +32,7 @@ std::string FailureOf(const std::string& text) {
     return {};
 }
 
-class ProjectFiles : public testing::Test {
+class ProjectFiles : public ::testing::Test {
   protected:
     ProjectFiles() {
         fs::create_directories(mFolder / "here/below");
@@ -90,7 +90,7 @@ TEST_F(ProjectFiles, WhatIsNoProjectOfThisVersionSaysWhy) {
         {R"({"x":1e400})", "damaged at byte 10 of 11"},
     };
     for (const auto& [text, why] : kRows)
-        EXPECT_THAT(FailureOf(text), testing::AllOf(HasSubstr("it.cvproj: "), HasSubstr(why)))
+        EXPECT_THAT(FailureOf(text), ::testing::AllOf(HasSubstr("it.cvproj: "), HasSubstr(why)))
             << text.substr(0, 200);
     // Members that nobody reads. Looked up one by one, so many would take minutes.
     std::string later;
@@ -105,7 +105,7 @@ TEST_F(ProjectFiles, WhatIsNoFileOfTextSaysWhy) {
     const fs::path large = mFolder.Write("large", "");
     fs::resize_file(large, (64u << 20) + 1);
     EXPECT_THAT([&] { corvane::LoadProject(large); },
-                testing::ThrowsMessage<corvane::Failure>(HasSubstr("more than")));
+                ::testing::ThrowsMessage<corvane::Failure>(HasSubstr("more than")));
     EXPECT_THROW(std::ignore = corvane::SaveProject({}, mFolder / "none/it.cvproj"), corvane::Failure);
     Project project;
     project.Add("\xff", {});
@@ -117,7 +117,7 @@ TEST_F(ProjectFiles, WhatIsNoFileOfTextSaysWhy) {
     EXPECT_THROW(std::ignore = corvane::SaveProject(project, mFolder / "it.cvproj"), corvane::Failure);
     const corvane::testing::FullDisk full(99);
     EXPECT_THAT([&] { std::ignore = corvane::SaveProject(TwoClips("/a"), mFolder / "it.cvproj"); },
-                testing::ThrowsMessage<corvane::Failure>(HasSubstr("size limit; raise it")));
+                ::testing::ThrowsMessage<corvane::Failure>(HasSubstr("size limit; raise it")));
     EXPECT_TRUE(corvane::LoadProject(mFolder / "it.cvproj").clips.empty());
 }
 

@@ -53,7 +53,7 @@ TEST(Raw, OtherwiseOneOrderForAllFormats) {
     ASSERT_EQ(words.size(), 5u * 2 * 8);
     std::array<std::uint16_t, 4> pixel;
     std::memcpy(pixel.data(), words.data() + 72, 8);
-    EXPECT_THAT(pixel, testing::Pointwise(testing::FloatNear(1), {65535, 32768, 0, 16384}));
+    EXPECT_THAT(pixel, ::testing::Pointwise(::testing::FloatNear(1), {65535, 32768, 0, 16384}));
 }
 
 TEST(Raw, AFullDiskShowsBeforeTheFirstFrame) {
