@@ -69,12 +69,6 @@ Finding PadFinding(const std::array<double, 4>& padded) {
             0.5};
 }
 
-double AspectOf(const PixelAspect& aspect) {
-    return aspect.numerator == 0 || aspect.denominator == 0
-               ? 1
-               : static_cast<double>(aspect.numerator) / aspect.denominator;
-}
-
 /// Frames of size `before` have pixels of another aspect than they are `shown` with: `drawn`. They are scaled
 /// to the size `after`, or not at all if it is empty.
 Finding DistortionFinding(const std::string& before, const std::string& after, double shown, double drawn) {
@@ -100,6 +94,12 @@ Finding DistortionFinding(const std::string& before, const std::string& after, d
 }
 
 } // namespace
+
+double AspectOf(const PixelAspect& aspect) {
+    return aspect.numerator == 0 || aspect.denominator == 0
+               ? 1
+               : static_cast<double>(aspect.numerator) / aspect.denominator;
+}
 
 PlacementFinder::PlacementFinder(const ClipFormat& clip, const VideoFacts& video)
     : mClip(clip), mVideo(video) {}
@@ -135,6 +135,12 @@ PlacementFinder::Margins PlacementFinder::Bars() const {
                          mOrientation);
 }
 
+/// The rows that were measured, turned back.
+PlacementFinder::Axis PlacementFinder::SettleRows() const {
+    const double height = mRows->scale * mClip.size.height;
+    return {mOrientation.flipped ? Upright().height - mRows->start - height : mRows->start, mRows->scale};
+}
+
 // The simplest place of the frame on one axis that agrees with where numbers are: it fills the picture, or
 // what bars leave free, or was moved by whole pixels; else where they are.
 PlacementFinder::Axis PlacementFinder::Settle(bool vertical) const {
@@ -143,7 +149,7 @@ PlacementFinder::Axis PlacementFinder::Settle(bool vertical) const {
     const double frame = vertical ? mClip.size.height : mClip.size.width;
     const double begin = bars[vertical ? 1 : 0];
     const Axis filling{begin, (length - begin - bars[vertical ? 3 : 2]) / frame};
-    if (mNumbers == 0) return filling;
+    if (mNumbers == 0) return vertical && mRows ? SettleRows() : filling;
     const Axis found{mSums[vertical ? 1 : 0] / static_cast<double>(mNumbers),
                      mSums[vertical ? 3 : 2] / static_cast<double>(mNumbers)};
     const raster::PrintLayout layout = FrameNumberLayout(mClip.size, 2);
