@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "Engine/ClipText.h"
+
 #include "ColorAnalysis.h"
 
 namespace corvane {
@@ -103,8 +105,8 @@ Finding ColorAnalysis::DepthFinding(const ColorLevels::Lost& lost) const {
     finding.kind = "color.depth";
     finding.expected = fmt::format("{} levels", lost.expected);
     finding.found = fmt::format("{} levels", lost.found);
-    finding.cause =
-        fmt::format("{} bits were lost", std::lround(std::log2(double(lost.expected) / double(lost.found))));
+    const auto bits = std::lround(std::log2(double(lost.expected) / double(lost.found)));
+    finding.cause = fmt::format("{} {} lost", CountText(bits, "bit"), bits == 1 ? "was" : "were");
     finding.sentence = fmt::format("{} has {} distinct levels of {}: {}.", kNames[yCbCr][lost.plane],
                                    lost.found, lost.expected, finding.cause);
     finding.weight = 0.3;

@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "Engine/ClipText.h"
+
 namespace corvane {
 namespace {
 
@@ -196,8 +198,8 @@ Finding FrameSequence::MissingFinding(const std::vector<FrameRange>& frames, std
     return {"frames.missing",
             std::move(sentence),
             frames,
-            fmt::format("{} frames", wanted),
-            fmt::format("{} frames", wanted - count),
+            FramesText(wanted),
+            FramesText(wanted - count),
             std::move(cause),
             0.7 + 0.3 * static_cast<double>(count) / static_cast<double>(wanted)};
 }
@@ -270,7 +272,7 @@ void FrameSequence::AddRepeated(std::vector<Finding>& findings) const {
     std::string sentence = fmt::format("{} {} shown more than once{}{}.", names, isOne ? "is" : "are",
                                        cause.empty() ? "" : ": ", cause);
     findings.push_back({"frames.repeated", std::move(sentence), frames, "each frame once",
-                        fmt::format("{} pictures too many", mExtra + mAgain.Count()), cause, 0.6});
+                        CountText(mExtra + mAgain.Count(), "picture") + " too many", cause, 0.6});
 }
 
 void FrameSequence::AddOrder(std::vector<Finding>& findings) const {
@@ -297,7 +299,7 @@ void FrameSequence::AddForeign(std::vector<Finding>& findings) const {
                                     mForeign.Count() == 1 ? "is none" : "are none", cause),
                         mForeign.Get(),
                         {},
-                        fmt::format("{} pictures", mForeign.Count()),
+                        CountText(mForeign.Count(), "picture"),
                         cause,
                         0.9});
 }

@@ -10,6 +10,7 @@ namespace {
 constexpr std::size_t kRows = GradientKeys::kRows;
 constexpr std::int64_t kLearnFrom = 24; // pictures
 constexpr std::size_t kGuessFrom = 4;   // pictures
+constexpr std::size_t kMeasureBy = 16;  // pictures
 constexpr std::int64_t kMostGuessed = 400;
 constexpr std::int64_t kThoroughly = 8; // pictures
 // In steps of 8 bits: what samples of a row may differ by, beyond what codecs make them, and what is no
@@ -93,17 +94,21 @@ void GradientReader::Take(const GradientGuess& guess) {
     mIsMapped = false;
 }
 
-/// Whether the first pictures of another height than the clip's tell now why it is another. What one picture
-/// tells is made better by a few more.
+/// Looks at the first pictures of another height than the clip's, and returns whether it is clear why it is
+/// another. What one picture tells beyond doubt is made better by a few more, and by many.
 bool GradientReader::LooksForAxis(const GradientRows& seen) {
-    if (mRange.height == mSearch.Keys().Height() || mShaped.size() >= kGuessFrom) return false;
+    if (mRange.height == mSearch.Keys().Height() || mShaped.size() >= kMeasureBy) return true;
     mShaped.push_back(seen);
-    if (mShaped.size() > 1 && mShaped.size() < kGuessFrom) return false;
-    const auto guess = mSearch.Find(mRange, mShaped, mShaped.size() > 1);
-    if (!guess) return false;
-    Take(*guess);
-    mAxis = guess->axis;
-    return true;
+    const std::size_t count = mShaped.size();
+    if (count == 1 || count == kGuessFrom || count == kMeasureBy) {
+        if (const auto guess =
+                mSearch.Find(mRange, mShaped, count > 1 ? Care::kThorough : Care::kBeyondDoubt)) {
+            // Frames that were read differently would seem to be missing or repeated.
+            if (count < kMeasureBy) Take(*guess);
+            mAxis = guess->axis;
+        }
+    }
+    return mAxis || count >= kGuessFrom;
 }
 
 /// Takes what explains the last few pictures best, if it does so well.
@@ -112,7 +117,8 @@ bool GradientReader::TakesGuess(const GradientRows& seen) {
     mUnexplained.push_back(seen);
     ++mGuessed;
     if (mUnexplained.size() < kGuessFrom) return false;
-    const auto guess = mSearch.Find(mRange, mUnexplained, mGuessed <= kThoroughly);
+    const auto guess =
+        mSearch.Find(mRange, mUnexplained, mGuessed <= kThoroughly ? Care::kThorough : Care::kQuick);
     mUnexplained.clear();
     if (!guess) return false;
     const bool isWhole = guess->axis == mGuess.axis;
@@ -201,11 +207,15 @@ void GradientReader::Read(const PictureRows& rows, std::uint32_t top, FrameReadi
     if (range != mRange) Place(range);
     const GradientRows seen = mSearch.Keys().Seen(rows);
     const double texture = TextureOf(rows) / mStep;
-    const bool isSeen = LooksForAxis(seen);
+    if (!mIsSure && IsForeign(texture, seen)) {
+        reading.foreign = true;
+        return;
+    }
+    if (!LooksForAxis(seen)) return;
     const GradientFit fit = FitFrame(mKeys, seen);
     const bool isAlike = fit.error <= std::max(kMostGradientError, 4 * mUsualError);
     if (!isAlike) reading.foreign = IsForeign(texture, seen);
-    if (!isAlike && !reading.foreign && !isSeen && !mIsSure && !mIsMapped) {
+    if (!isAlike && !reading.foreign && !mIsSure && !mIsMapped) {
         if (TakesGuess(seen)) {
             mIsSure = true;
             return Read(rows, top, reading);

@@ -11,6 +11,8 @@ namespace {
 constexpr double kClearly = 0.7;
 // How much better one with free parameters must be than one that has none.
 constexpr double kFarBetter = 0.5;
+// What is off if nothing is wrong and the coding is fair, in steps of 8 bits.
+constexpr double kBeyondDoubt = 1.2;
 // Lines that frames may be moved by if none are missing, as a part of them all.
 constexpr double kMostMoved = 0.125;
 // Lines that are left at least if the rest was cut off and what is left was scaled.
@@ -125,19 +127,22 @@ GradientSearch::Rated GradientSearch::Colored(const Task& task, bool cropped) co
 }
 
 std::optional<GradientGuess>
-GradientSearch::Find(const RowRange& rows, const std::vector<GradientRows>& pictures, bool thorough) const {
+GradientSearch::Find(const RowRange& rows, const std::vector<GradientRows>& pictures, Care care) const {
     const Task task{rows, pictures};
     const bool isOfSize = rows.height == mKeys.Height();
     if (isOfSize)
         for (const bool flipped : {false, true})
             if (Rated whole = Whole(task, {{}, flipped}); whole.Explains()) return whole.guess;
-    const Rated shaped = thorough || !isOfSize ? Shaped(task) : Rated{};
+    const bool isThorough = care == Care::kThorough;
+    const Rated shaped = isThorough || !isOfSize ? Shaped(task) : Rated{};
+    if (care == Care::kBeyondDoubt)
+        return shaped.error <= kBeyondDoubt ? std::optional(shaped.guess) : std::nullopt;
     // Frames of another height lost lines or were scaled, so that wrong colors would be a second fault. In
     // frames of the right height they are the simpler explanation.
-    if (!isOfSize && shaped.Explains()) return shaped.guess;
-    const Rated colored = Colored(task, thorough && !isOfSize);
-    const bool isColored = colored.Explains() && shaped.error > kFarBetter * colored.error;
-    if (isColored) return colored.guess;
+    if (!isOfSize && shaped.error <= kBeyondDoubt) return shaped.guess;
+    const Rated colored = Colored(task, isThorough && !isOfSize);
+    const double limit = isOfSize ? shaped.error / kFarBetter : shaped.error * kFarBetter;
+    if (colored.Explains() && colored.error < limit) return colored.guess;
     if (shaped.Explains()) return shaped.guess;
     return std::nullopt;
 }

@@ -17,6 +17,13 @@ struct GradientChanges {
     bool looksCropped = false;
 };
 
+/// How much is tried.
+enum class Care {
+    kQuick,    ///< colors, and upside down; lines that were moved or scaled only in frames of another height
+    kThorough, ///< all, which takes some milliseconds
+    kBeyondDoubt ///< as quick, and nothing is said that more pictures might change
+};
+
 /// How far rows may be off colors that explain them, in steps of 8 bits.
 inline constexpr double kMostGradientError = 2.5;
 
@@ -30,11 +37,10 @@ class GradientSearch {
 
     const GradientKeys& Keys() const { return mKeys; }
 
-    /// What explains the pictures best, whose clip lies in `rows`; none if nothing does so well. It is
-    /// `thorough` if lines may have been moved or scaled, which takes some milliseconds. Throws
+    /// What explains the pictures best, whose clip lies in `rows`; none if nothing does so well. Throws
     /// `std::bad_alloc`.
     std::optional<GradientGuess> Find(const RowRange& rows, const std::vector<GradientRows>& pictures,
-                                      bool thorough) const;
+                                      Care care) const;
 
   private:
     struct Rated {

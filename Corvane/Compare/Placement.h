@@ -84,9 +84,11 @@ class PlacementFinder {
     Size Upright() const;
     Margins Bars() const;
     Axis SettleRows() const;
+    Axis SettleColumns(const Axis& filling) const;
     Axis Settle(bool vertical) const;
     void AddTurned(std::vector<Finding>& findings) const;
     void AddScaled(std::vector<Finding>& findings) const;
+    Finding CropFinding(const Margins& cropped) const;
     Finding ShiftFinding(const Margins& padded) const;
     void AddMoved(std::vector<Finding>& findings) const;
 
