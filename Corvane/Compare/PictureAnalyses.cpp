@@ -83,6 +83,7 @@ FrameReading PictureAnalyses::Add(const VideoPicture& picture, std::int64_t numb
     reading.picture = number;
     reading.time = picture.time;
     ReadFrame(picture, reading);
+    if (reading.foreign) mPlaces.Withdraw();
     mTimeline.Add(reading);
     if (!reading.foreign && !picture.damaged) AddColors(picture, reading, mPlaces.Get());
     return reading;

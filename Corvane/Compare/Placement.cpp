@@ -103,6 +103,7 @@ PlacementFinder::PlacementFinder(const ClipFormat& clip, const VideoFacts& video
     : mClip(clip), mVideo(video) {}
 
 void PlacementFinder::Add(const Box& active, const std::optional<NumberPlace>& number) {
+    mActiveBefore = mActive;
     if (!mActive) mActive = active;
     mActive = Box{std::min(mActive->left, active.left), std::min(mActive->top, active.top),
                   std::max(mActive->right, active.right), std::max(mActive->bottom, active.bottom)};

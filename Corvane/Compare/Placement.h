@@ -57,6 +57,9 @@ class PlacementFinder {
     /// `std::bad_alloc`.
     void Add(const Box& active, const std::optional<NumberPlace>& number);
 
+    /// Takes back the bars of the last picture, which is none of the clip's.
+    void Withdraw() { mActive = mActiveBefore; }
+
     /// Takes what is known of how frames are turned if they have no numbers.
     void Turn(const Orientation& orientation) { mOrientation = orientation; }
 
@@ -94,7 +97,8 @@ class PlacementFinder {
 
     const ClipFormat mClip;
     const VideoFacts mVideo;
-    std::optional<Box> mActive; // all that was ever active
+    std::optional<Box> mActive;       // all that was ever active
+    std::optional<Box> mActiveBefore; // without the last picture
     std::optional<RowAxis> mRows;
     Orientation mOrientation; // of the places that are summed up
     std::int64_t mNumbers = 0;
