@@ -115,7 +115,7 @@ void PlacementFinder::Add(const Box& active, const std::optional<NumberPlace>& n
         mSums = {};
     }
     ++mNumbers;
-    const std::array place{number->left, number->top, number->scaleX, number->scaleY};
+    const std::array place{number->left, number->top, number->scaleX, number->scaleY, number->contrast};
     for (std::size_t i = 0; i < place.size(); ++i) mSums[i] += place[i];
 }
 
@@ -168,7 +168,10 @@ PlacementFinder::Axis PlacementFinder::Settle(bool vertical) const {
     const auto first = static_cast<double>(vertical ? layout.glyphs.top : layout.glyphs.left);
     const auto last = static_cast<double>(vertical ? layout.glyphs.bottom : layout.glyphs.right);
     // What the place of an edge was off at most, at the lowest quality of coding that numbers were read at.
-    const double tolerance = std::max(0.5, 0.012 * layout.glyphHeight * found.scale);
+    // Levels that were cut make strokes thicker or thinner.
+    constexpr double kCut = 0.6;
+    const bool isCut = mSums[4] < kCut * static_cast<double>(mNumbers);
+    const double tolerance = std::max(0.5, 0.012 * layout.glyphHeight * found.scale) * (isCut ? 2 : 1);
     const auto isNear = [&](double at, const Axis& axis) {
         return std::abs(axis.start + at * axis.scale - found.start - at * found.scale) < tolerance;
     };

@@ -102,7 +102,7 @@ class PlacementFinder {
     std::optional<RowAxis> mRows;
     Orientation mOrientation; // of the places that are summed up
     std::int64_t mNumbers = 0;
-    std::array<double, 4> mSums{}; // of left, top, scaleX, scaleY
+    std::array<double, 5> mSums{}; // of left, top, scaleX, scaleY, contrast
 };
 
 } // namespace corvane

@@ -151,6 +151,15 @@ const Impairment kFrames[] = {
      "\"overlay=enable='between(t,0.16,0.24)':shortest=1:format=yuv422p10\"" FFV1,
      "frames.foreign"},
     {kPAL, "-vf tpad=stop_mode=clone:stop=5" FFV1, "frames.repeated"},
+    {kHD,
+     "-f lavfi -i testsrc2=s=960x720:r=25:d=2 -filter_complex "
+     "\"overlay=enable='between(n,20,23)':shortest=1:format=yuv444,format=yuv420p\" -c:v libx264 mp4",
+     "frames.foreign"},
+    {kHD,
+     "-f lavfi -i color=black:s=960x720:r=25:d=2 -filter_complex "
+     "\"overlay=enable='between(n,0,2)':shortest=1:format=yuv444\"" FFV1,
+     "frames.foreign"},
+    {kHD, "-f lavfi -i testsrc2=s=960x720:r=25 -map 1 -frames:v 24" FFV1, "frames.missing"},
 };
 const Impairment kTimes[] = {
     {kFloat, "-vf setpts=N/24/TB -r 24 -c:v ffv1 nut", "time.rate"},
@@ -167,6 +176,13 @@ const Impairment kGeometry[] = {
     {kPAL, "-vf setsar=1" FFV1, "tags.aspect"},
     {kPAL, "-vf crop=688:560:16:8" FFV1, "geometry.crop"},
     {kNTSC, "-vf crop=704:480:8:0" FFV1, "geometry.crop"},
+    {kHD, "-vf crop=960:716:0:2" FFV1, "geometry.crop"},
+    {kFloat, "-vf crop=640:180:0:90" FFV1, "geometry.crop"},
+    {kHD, "-vf crop=928:680:16:20" FFV1, "geometry.crop"},
+    {kHD, "-vf crop=960:540:0:90,scale=960:720" FFV1, "geometry.crop geometry.size"},
+    {kHD, "-vf crop=960:700:0:20,pad=960:720:0:0" FFV1, "geometry.shift"},
+    {kHD, "-vf crop=960:540:0:90,pad=960:1000:0:100" FFV1, "geometry.crop geometry.pad"},
+    {kFloat, "-vf scale=640:270,pad=640:360:0:45" FFV1, "geometry.pad geometry.size"},
     {kHD, "-vf pad=960:900:0:90" FFV1, "geometry.pad"},
     {kPAL, "-vf pad=800:576:40:0" FFV1, "geometry.pad"},
     {kPAL, "-vf hflip" FFV1, "geometry.mirror"},
@@ -224,6 +240,19 @@ const Impairment kPairs[] = {
      "frames.missing geometry.crop"},
     {kHD, "-vf vflip,scale=in_range=tv:out_range=pc,setparams=range=tv" FFV1, "color.range geometry.mirror"},
     {kTenBit, "-vf il=ls=1:cs=1,swapuv" FFV1, "color.channels fields.swapped"},
+    {kHD, "-vf crop=960:600:0:100,scale=in_range=tv:out_range=pc,setparams=range=tv" FFV1,
+     "color.range geometry.crop"},
+    {kHD,
+     "-vf scale=in_color_matrix=bt709:out_color_matrix=bt601,setparams=colorspace=bt709,"
+     "scale=in_range=tv:out_range=pc,setparams=range=tv" FFV1,
+     "color.matrix color.range"},
+    {kTenBit, "-vf scale=in_range=pc:out_range=tv,setparams=range=tv,swapuv" FFV1,
+     "color.channels color.range"},
+    {kNTSC,
+     "-vf format=gbrp,lutrgb='r=pow(val/255\\,1/2.2)*255:g=pow(val/255\\,1/2.2)*255:"
+     "b=pow(val/255\\,1/2.2)*255',scale=out_color_matrix=smpte170m,format=yuv444p,"
+     "scale=in_range=pc:out_range=tv,setparams=range=tv" FFV1,
+     "color.range color.transfer"},
     {kFloat, "-vf scale=320:180,setpts=N/25/TB -r 25" FFV1, "geometry.size time.rate"},
 };
 
