@@ -13,9 +13,9 @@ namespace {
 constexpr float kAlike = 10.0f / 255; // samples of one bar after lossy coding
 constexpr std::uint32_t kLines = 32;  // that are looked at across bars
 
-using PixelColor = std::array<float, 3>;
+using Shade = std::array<float, 3>;
 
-float Apart(const PixelColor& a, const PixelColor& b) {
+float Apart(const Shade& a, const Shade& b) {
     float most = 0;
     for (std::size_t i = 0; i < 3; ++i) most = std::max(most, std::abs(a[i] - b[i]));
     return most;
@@ -35,8 +35,8 @@ class Pixels {
                           picture.format.bits};
         }
     }
-    PixelColor At(std::uint32_t x, std::uint32_t y) const {
-        PixelColor color{};
+    Shade At(std::uint32_t x, std::uint32_t y) const {
+        Shade color{};
         for (std::size_t i = 0; i < 3; ++i) {
             const PlaneView& plane = mPlanes[i];
             if (!plane.base) continue;
@@ -62,7 +62,7 @@ struct Runs {
 
 template <typename ColorAt>
 std::uint32_t RunOf(std::uint32_t length, const ColorAt& colorAt) {
-    const PixelColor start = colorAt(0);
+    const Shade start = colorAt(0);
     std::uint32_t run = 1;
     // Some of a bar's samples will do, of an odd number, and all of the first ones: rows of fields look alike
     // by twos or fours.
@@ -75,7 +75,7 @@ std::uint32_t RunOf(std::uint32_t length, const ColorAt& colorAt) {
     if (run < kNarrowest) return 0;
     // The edge is half way to what comes after; a slope has none.
     if (Apart(colorAt(run - 2), start) > kAlike / 2) return 0;
-    const PixelColor inside = colorAt(std::min(run + 3, length - 1));
+    const Shade inside = colorAt(std::min(run + 3, length - 1));
     const float half = Apart(inside, start) / 2;
     std::uint32_t edge = run - 3;
     while (edge < length && Apart(colorAt(edge), start) < half) ++edge;
@@ -101,7 +101,7 @@ void ChooseSide(Runs& runs, std::uint32_t length, bool firstIsBar) {
     (firstIsBar ? runs.last : runs.first) = 0;
 }
 
-bool IsNearerBlack(const PixelColor& a, const PixelColor& b) {
+bool IsNearerBlack(const Shade& a, const Shade& b) {
     return a[0] < b[0];
 }
 
@@ -134,14 +134,14 @@ Runs FindSides(const Pixels& pixels) {
 }
 
 // The color of most of a row, between two columns.
-PixelColor RowColor(const Pixels& pixels, std::uint32_t left, std::uint32_t right, std::uint32_t y) {
+Shade RowColor(const Pixels& pixels, std::uint32_t left, std::uint32_t right, std::uint32_t y) {
     constexpr std::uint32_t kSamples = 7;
     std::array<std::array<float, kSamples>, 3> samples;
     for (std::uint32_t i = 0; i < kSamples; ++i) {
-        const PixelColor color = pixels.At(left + (right - left) * (2 * i + 1) / (2 * kSamples), y);
+        const Shade color = pixels.At(left + (right - left) * (2 * i + 1) / (2 * kSamples), y);
         for (std::size_t plane = 0; plane < 3; ++plane) samples[plane][i] = color[plane];
     }
-    PixelColor usual;
+    Shade usual;
     for (std::size_t plane = 0; plane < 3; ++plane) {
         std::ranges::nth_element(samples[plane], samples[plane].begin() + kSamples / 2);
         usual[plane] = samples[plane][kSamples / 2];
@@ -160,7 +160,7 @@ Box FindActive(const VideoPicture& picture) {
     active.left = sides.first;
     active.right = size.width - sides.last;
     if (active.left + 8 > active.right) return {0, 0, size.width, size.height};
-    std::vector<PixelColor> rows;
+    std::vector<Shade> rows;
     for (std::uint32_t y = 0; y < size.height; ++y)
         rows.push_back(RowColor(pixels, active.left, active.right, y));
     Runs ends = RunsOf(size.height, [&](std::uint32_t y) { return rows[y]; });

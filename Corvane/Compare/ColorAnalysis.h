@@ -44,8 +44,9 @@ class ColorAnalysis {
     void Add(const PictureRows& rows, const VideoTags& tags, const Placement& placement, std::int64_t frame,
              const ExpectedRows& expected, const FieldShares& shares);
 
-    /// What was done to the colors: at most one finding of the kinds color.*, tags.matrix and tags.range, and
-    /// another one if the alpha plane was dropped. Throws `std::bad_alloc`.
+    /// What was done to the colors: at most one finding of the kinds color.*, tags.matrix and tags.range, or
+    /// two if it takes two faults to explain them; and another one if the alpha plane was dropped. Throws
+    /// `std::bad_alloc`.
     ColorReport Report() const;
 
     /// The differences between the colors as a viewer sees them and the clip's.
@@ -68,7 +69,8 @@ class ColorAnalysis {
     void AddLevels(const PictureRows& rows, const Unit& unit, const SampleCoding& coding,
                    const ExpectedRows& expected);
     Finding DepthFinding(const ColorLevels::Lost& lost) const;
-    Finding FindingOf(const ColorVerdict& verdict, const std::vector<ColorSample>& samples) const;
+    std::vector<Finding> FindingsOf(const ColorVerdict& verdict,
+                                    const std::vector<ColorSample>& samples) const;
     const std::vector<ColorSample>& Telling() const;
     bool IsOff() const;
     bool MostlyOff() const { return mOffPictures * 10 > mPictures * 9; }

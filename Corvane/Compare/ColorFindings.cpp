@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "Engine/ClipText.h"
+
 #include "ColorAnalysis.h"
 
 namespace corvane {
@@ -22,10 +24,21 @@ std::string FiguresText(const ColorFigures& figures) {
         figures.meanSteps, figures.mostSteps, figures.meanDeltaE, figures.mostDeltaE);
 }
 
-std::string Sentence(std::string cause, const ColorFigures& figures) {
-    if (cause.empty()) cause = "nothing known explains the colors";
-    cause[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(cause[0])));
-    return fmt::format("{}: {}.", cause, FiguresText(figures));
+std::string Capitalized(std::string text) {
+    text[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(text[0])));
+    return text;
+}
+
+std::string Sentence(const std::string& cause, const ColorFigures& figures) {
+    return fmt::format("{}: {}.", Capitalized(cause.empty() ? "nothing known explains the colors" : cause),
+                       FiguresText(figures));
+}
+
+void Explain(const ColorHypothesis& hypothesis, Finding& finding) {
+    finding.kind = hypothesis.kind;
+    finding.cause = hypothesis.cause;
+    if (!hypothesis.expected.empty()) finding.expected = hypothesis.expected;
+    if (!hypothesis.found.empty()) finding.found = hypothesis.found;
 }
 
 // The sample that is off most.
@@ -103,28 +116,29 @@ Finding ColorAnalysis::DepthFinding(const ColorLevels::Lost& lost) const {
     finding.kind = "color.depth";
     finding.expected = fmt::format("{} levels", lost.expected);
     finding.found = fmt::format("{} levels", lost.found);
-    finding.cause =
-        fmt::format("{} bits were lost", std::lround(std::log2(double(lost.expected) / double(lost.found))));
+    const auto bits = std::lround(std::log2(double(lost.expected) / double(lost.found)));
+    finding.cause = fmt::format("{} {} lost", CountText(bits, "bit"), bits == 1 ? "was" : "were");
     finding.sentence = fmt::format("{} has {} distinct levels of {}: {}.", kNames[yCbCr][lost.plane],
                                    lost.found, lost.expected, finding.cause);
     finding.weight = 0.3;
     return finding;
 }
 
-Finding ColorAnalysis::FindingOf(const ColorVerdict& verdict, const std::vector<ColorSample>& samples) const {
-    Finding finding = ErrorOf(verdict, samples);
-    if (verdict.explanation) {
-        const ColorHypothesis& best = *verdict.explanation;
-        finding.kind = best.kind;
-        finding.cause = best.cause;
-        if (!best.expected.empty()) finding.expected = best.expected;
-        if (!best.found.empty()) finding.found = best.found;
-    }
+std::vector<Finding> ColorAnalysis::FindingsOf(const ColorVerdict& verdict,
+                                               const std::vector<ColorSample>& samples) const {
+    std::vector<Finding> findings{ErrorOf(verdict, samples)};
     const ColorFigures figures = FiguresOf(samples);
-    finding.sentence = Sentence(finding.cause, figures);
-    finding.weight = std::min(1.0, 0.3 + figures.meanDeltaE / 30.0);
-    if (!MostlyOff()) finding.frames = mOffFrames.Get();
-    return finding;
+    findings[0].weight = std::min(1.0, 0.3 + figures.meanDeltaE / 30.0);
+    if (!MostlyOff()) findings[0].frames = mOffFrames.Get();
+    if (verdict.second) findings.push_back(findings[0]);
+    if (verdict.explanation) Explain(*verdict.explanation, findings[0]);
+    findings[0].sentence = Sentence(findings[0].cause, figures);
+    if (verdict.second) {
+        Explain(*verdict.second, findings[1]);
+        findings[0].sentence = Sentence(findings[0].cause + ", and " + findings[1].cause, figures);
+        findings[1].sentence = Capitalized(findings[1].cause) + ", besides the other fault of colors.";
+    }
+    return findings;
 }
 
 ColorReport ColorAnalysis::Report() const {
@@ -147,7 +161,7 @@ ColorReport ColorAnalysis::Report() const {
         tryFields(1, FieldsByColor::kClear);
         if (!verdict.explanation && verdict.candidates.empty()) tryFields(0, FieldsByColor::kSwapped);
         const bool unexplained = !verdict.explanation && verdict.candidates.empty();
-        if (verdict.IsOff() && !(unexplained && lost)) report.findings.push_back(FindingOf(verdict, samples));
+        if (verdict.IsOff() && !(unexplained && lost)) report.findings = FindingsOf(verdict, samples);
     }
     if (lost && report.findings.empty()) report.findings.push_back(DepthFinding(*lost));
     if (mLacksAlpha && std::ranges::count(report.findings, "color.alpha", &Finding::kind) == 0)

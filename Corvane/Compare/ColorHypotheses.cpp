@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "Engine/ClipText.h"
+
 namespace corvane {
 namespace {
 
@@ -213,8 +215,9 @@ void AddDepths(Hypotheses& all, const SampleCoding& told) {
         const double step = std::ldexp(1.0, 8 - bits);
         const auto add = [&](const SampleCoding& coding, std::size_t planes, const char* what) {
             for (const double rounding : {0.5, step / 2.0})
-                all.push_back({"color.depth", "8 bits", fmt::format("{} bits", bits),
-                               fmt::format("only {} bits of {} were kept", bits, what),
+                all.push_back({"color.depth", "8 bits", CountText(bits, "bit"),
+                               fmt::format("only {} of {} {} kept", CountText(bits, "bit"), what,
+                                           bits == 1 ? "was" : "were"),
                                cut(coding, planes, step, rounding)});
         };
         add(told, 3, "each sample");

@@ -19,12 +19,11 @@ struct Rated {
     double residual = 0;
 };
 
-// Enough to tell explanations apart, evenly chosen.
-std::vector<ColorSample> Fewer(const std::vector<ColorSample>& samples) {
-    constexpr std::size_t kEnough = 512;
-    if (samples.size() <= kEnough) return samples;
+// Some samples, evenly chosen.
+std::vector<ColorSample> Fewer(const std::vector<ColorSample>& samples, std::size_t enough) {
+    if (samples.size() <= enough) return samples;
     std::vector<ColorSample> fewer;
-    for (std::size_t i = 0; i < kEnough; ++i) fewer.push_back(samples[i * samples.size() / kEnough]);
+    for (std::size_t i = 0; i < enough; ++i) fewer.push_back(samples[i * samples.size() / enough]);
     return fewer;
 }
 
@@ -50,12 +49,17 @@ std::string_view SubjectOf(const ColorHypothesis& hypothesis) {
     return std::string_view(hypothesis.kind).substr(hypothesis.kind.find('.') + 1);
 }
 
+// What another explanation leaves at most if it is nearly as good as one that leaves so much.
+double RivalOf(double residual) {
+    return std::max(1.7 * residual, residual + 0.5);
+}
+
 // Takes the best explanation, or tells the candidates if one of another subject is nearly as good. Samples
 // that are as an export makes them are the tag's fault.
 void Choose(const std::vector<Rated>& rated, double allowed, ColorVerdict& verdict) {
     const Rated& best = rated.front();
     if (best.residual > std::min(allowed, kExplained * verdict.off)) return;
-    const double rival = std::max(1.7 * best.residual, best.residual + 0.5);
+    const double rival = RivalOf(best.residual);
     const ColorHypothesis* chosen = best.hypothesis;
     std::set<std::string_view> subjects;
     for (const Rated& other : rated) {
@@ -69,6 +73,63 @@ void Choose(const std::vector<Rated>& rated, double allowed, ColorVerdict& verdi
     if (subjects.size() > 1) return;
     verdict.candidates.clear();
     verdict.explanation = *chosen;
+}
+
+// One thing that happened after another one.
+struct Pair {
+    const ColorHypothesis* first = nullptr;
+    const ColorHypothesis* second = nullptr;
+    double residual = 0;
+
+    ColorHypothesis Both() const {
+        ColorHypothesis both = *second;
+        both.change = [first = first->change, second = second->change](const Color& color) {
+            return second(first(color));
+        };
+        return both;
+    }
+    /// Whether both are about the same as those of another pair, in either order.
+    bool IsAbout(const Pair& other) const {
+        const auto subject = SubjectOf(*first), next = SubjectOf(*second);
+        const auto otherSubject = SubjectOf(*other.first), otherNext = SubjectOf(*other.second);
+        return (subject == otherSubject && next == otherNext) ||
+               (subject == otherNext && next == otherSubject);
+    }
+    int Tags() const { return int{first->tagAtFault} + int{second->tagAtFault}; }
+};
+
+// Pairs of things that explain some samples, the best first.
+std::vector<Pair> PairsThatExplain(const std::vector<ColorHypothesis>& hypotheses,
+                                   const std::vector<ColorSample>& samples, double allowed) {
+    constexpr std::size_t kFew = 48;
+    const std::vector<ColorSample> few = Fewer(samples, kFew);
+    std::vector<Pair> pairs;
+    for (const ColorHypothesis& first : hypotheses)
+        for (const ColorHypothesis& second : hypotheses) {
+            if (SubjectOf(first) == SubjectOf(second)) continue;
+            Pair pair{&first, &second};
+            const auto both = pair.Both().change;
+            if (RootMeanSquareOff(few, both) > 1.5 * allowed) continue;
+            pair.residual = RootMeanSquareOff(samples, both);
+            if (pair.residual <= allowed) pairs.push_back(pair);
+        }
+    std::ranges::stable_sort(pairs, {}, &Pair::residual);
+    return pairs;
+}
+
+// Takes the pair that explains the samples, if none of other subjects does so nearly as well.
+void ChoosePair(const std::vector<Pair>& pairs, ColorVerdict& verdict) {
+    if (pairs.empty()) return;
+    const double rival = RivalOf(pairs.front().residual);
+    const Pair* chosen = &pairs.front();
+    for (const Pair& other : pairs) {
+        if (other.residual > rival) break;
+        if (!other.IsAbout(*chosen)) return;
+        if (other.Tags() > chosen->Tags()) chosen = &other;
+    }
+    verdict.residual = pairs.front().residual;
+    verdict.explanation = *chosen->first;
+    verdict.second = *chosen->second;
 }
 
 } // namespace
@@ -128,7 +189,8 @@ double NoiseOf(const std::vector<ColorSample>& samples) {
 
 ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFacts& facts, double tolerance,
                          double codecNoise) {
-    const std::vector<ColorSample> some = Fewer(samples);
+    constexpr std::size_t kEnough = 512; // to tell explanations apart
+    const std::vector<ColorSample> some = Fewer(samples, kEnough);
     const double noise = NoiseOf(samples);
     const bool many = HasManyColors(some);
     ColorVerdict verdict;
@@ -137,9 +199,12 @@ ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFa
     // A codec's noise can look like anything in one or two colors, but not all along a gradient.
     if (verdict.off <= (many ? tolerance : verdict.allowed)) return verdict;
     const double left = kRounding + std::max(noise, codecNoise / 2.0);
-    std::vector<ColorHypothesis> all = FixedHypotheses(facts);
+    const std::vector<ColorHypothesis> fixed = FixedHypotheses(facts);
+    std::vector<ColorHypothesis> all = fixed;
     if (many) std::ranges::move(FittedHypotheses(facts, some), std::back_inserter(all));
     Choose(Ranked(all, some), left, verdict);
+    if (!verdict.explanation && verdict.candidates.empty())
+        ChoosePair(PairsThatExplain(fixed, some, std::min(left, kExplained * verdict.off)), verdict);
     return verdict;
 }
 

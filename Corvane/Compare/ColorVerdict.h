@@ -26,6 +26,8 @@ struct ColorVerdict {
     double residual = 0; ///< what is left if the explanation holds
     /// None if nothing is off, and if nothing explains it, or several things.
     std::optional<ColorHypothesis> explanation;
+    /// What happened besides, if one thing alone does not explain it, and two do.
+    std::optional<ColorHypothesis> second;
     std::vector<std::string> candidates; ///< causes, if several explain it equally well
 
     bool IsOff() const { return off > allowed || explanation; }

@@ -120,9 +120,9 @@ class Comparison {
     void AddRemarks() {
         if (mAnalyses) mReport.remarks = mAnalyses->Remarks();
         if (!mDamaged.Empty())
-            mReport.remarks.push_back(fmt::format("{} pictures are damaged, the first is picture {}; their "
-                                                  "errors are not counted.",
-                                                  mDamaged.Count(), mDamaged.Get().front().first));
+            mReport.remarks.push_back(
+                fmt::format("Damage was decoded in {}, first in picture {}; its errors are not counted.",
+                            CountText(mDamaged.Count(), "picture"), mDamaged.Get().front().first));
         if (!mReport.video.whyCut.empty())
             mReport.remarks.push_back(
                 fmt::format("The video could not be read to its end ({}).", mReport.video.whyCut));

@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "Engine/ClipText.h"
+
 namespace corvane {
 namespace {
 
@@ -138,6 +140,14 @@ void FrameSequence::EndRun() {
     mRun = 1;
 }
 
+// Frames in whose place others were shown, foreign pictures at the end, too.
+FrameSet FrameSequence::Replaced() const {
+    FrameSet replaced = mReplaced;
+    if (mLast && mForeignRun == mExpected.last - *mLast)
+        for (std::int64_t frame = *mLast + 1; frame <= mExpected.last; ++frame) replaced.Add(frame);
+    return replaced;
+}
+
 std::optional<FrameRange> FrameSequence::Extent() const {
     const std::vector<FrameRange> seen = mSeen.Ranges();
     if (seen.empty()) return {};
@@ -196,8 +206,8 @@ Finding FrameSequence::MissingFinding(const std::vector<FrameRange>& frames, std
     return {"frames.missing",
             std::move(sentence),
             frames,
-            fmt::format("{} frames", wanted),
-            fmt::format("{} frames", wanted - count),
+            FramesText(wanted),
+            FramesText(wanted - count),
             std::move(cause),
             0.7 + 0.3 * static_cast<double>(count) / static_cast<double>(wanted)};
 }
@@ -229,7 +239,7 @@ void FrameSequence::AddCuts(bool complete, std::vector<FrameRange>& within,
 }
 
 void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) const {
-    std::vector<FrameRange> within = mSeen.Absent(mExpected, mReplaced);
+    std::vector<FrameRange> within = mSeen.Absent(mExpected, Replaced());
     if (mMatched == 0) {
         if (complete && mForeign.Count() > 0)
             findings.push_back(MissingFinding(within, "The video shows no frame of the clip.", {}));
@@ -261,7 +271,7 @@ void FrameSequence::AddRepeated(std::vector<Finding>& findings) const {
     const std::vector<FrameRange> frames = all.Ranges();
     std::string cause = RepeatCause();
     if (mAgain.Count() > 0) cause = mRepeated.Count() == 0 ? "a part of the clip is played again" : "";
-    const std::vector<FrameRange> replaced = mReplaced.Ranges();
+    const std::vector<FrameRange> replaced = Replaced().Ranges();
     if (cause.empty() && !replaced.empty() && mForeign.Empty())
         cause = fmt::format("in place of {}", NameFrames(replaced));
     std::string names = NameFrames(frames);
@@ -270,7 +280,7 @@ void FrameSequence::AddRepeated(std::vector<Finding>& findings) const {
     std::string sentence = fmt::format("{} {} shown more than once{}{}.", names, isOne ? "is" : "are",
                                        cause.empty() ? "" : ": ", cause);
     findings.push_back({"frames.repeated", std::move(sentence), frames, "each frame once",
-                        fmt::format("{} pictures too many", mExtra + mAgain.Count()), cause, 0.6});
+                        CountText(mExtra + mAgain.Count(), "picture") + " too many", cause, 0.6});
 }
 
 void FrameSequence::AddOrder(std::vector<Finding>& findings) const {
@@ -287,7 +297,7 @@ void FrameSequence::AddOrder(std::vector<Finding>& findings) const {
 
 void FrameSequence::AddForeign(std::vector<Finding>& findings) const {
     if (mForeign.Empty() || mMatched == 0) return;
-    const std::vector<FrameRange> replaced = mReplaced.Ranges();
+    const std::vector<FrameRange> replaced = Replaced().Ranges();
     std::string names = NameFrames(mForeign.Get());
     names.replace(0, 5, "Picture"); // for "frame"
     const std::string cause =
@@ -297,7 +307,7 @@ void FrameSequence::AddForeign(std::vector<Finding>& findings) const {
                                     mForeign.Count() == 1 ? "is none" : "are none", cause),
                         mForeign.Get(),
                         {},
-                        fmt::format("{} pictures", mForeign.Count()),
+                        CountText(mForeign.Count(), "picture"),
                         cause,
                         0.9});
 }

@@ -53,6 +53,7 @@ class FrameSequence {
     void Repeat(std::int64_t frame);
     void EndRun();
     void Fill(std::int64_t first, std::int64_t count);
+    FrameSet Replaced() const;
     std::string RepeatCause() const;
     Finding MissingFinding(const std::vector<FrameRange>& frames, std::string sentence,
                            std::string cause) const;

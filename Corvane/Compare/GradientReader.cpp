@@ -7,15 +7,17 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kRows = 24;       // of a picture that are looked at
-constexpr double kMostError = 2.5;      // steps of 8 bits, of colors as they should be
+constexpr std::size_t kRows = GradientKeys::kRows;
 constexpr std::int64_t kLearnFrom = 24; // pictures
-constexpr std::int64_t kGuessFrom = 4;  // pictures
+constexpr std::size_t kGuessFrom = 4;   // pictures
+constexpr std::size_t kMeasureBy = 16;  // pictures
 constexpr std::int64_t kMostGuessed = 400;
-
-std::size_t RowAt(std::size_t i, std::size_t height) {
-    return (2 * i + 1) * height / (2 * kRows);
-}
+constexpr std::int64_t kThoroughly = 8; // pictures
+// In steps of 8 bits: what samples of a row may differ by, beyond what codecs make them, and what is no
+// gradient at all.
+constexpr double kRough = 12;
+constexpr double kFlat = 2;
+constexpr double kSteep = 10;
 
 // Solves a * x = b for each column of b, by elimination; the map that changes nothing if there is no
 // solution.
@@ -39,128 +41,118 @@ std::array<std::array<double, 3>, 4> Solve(std::array<std::array<double, 4>, 4> 
     return b;
 }
 
-} // namespace
-
-GradientReader::GradientReader(const std::vector<KeyFrame>& keys, int bits, ColorChanges changes)
-    : mChanges(std::move(changes)), mStep(std::ldexp(1.0, bits - 8)) {
-    mChanges.coding.bits = 8;
-    for (const KeyFrame& key : keys) {
-        Rows rows(kRows);
-        for (std::size_t i = 0; i < kRows; ++i)
-            for (std::size_t plane = 0; plane < 3; ++plane)
-                if (const auto& from = key.rows[plane]; !from.empty())
-                    rows[i][plane] = from[RowAt(i, from.size())] / mStep;
-        mKeys.push_back({key.frame, std::move(rows)});
-        if (key.colors.empty()) continue;
-        std::vector<Color>& colors = mColors.emplace_back();
-        for (std::size_t i = 0; i < kRows; ++i) colors.push_back(key.colors[RowAt(i, key.colors.size())]);
+// By how much a plane changes from row to row, the one that does so most.
+double ContrastOf(const GradientRows& rows) {
+    double most = 0;
+    for (std::size_t plane = 0; plane < 3; ++plane) {
+        const auto [least, greatest] =
+            std::ranges::minmax(rows, {}, [plane](const std::array<double, 3>& row) { return row[plane]; });
+        most = std::max(most, greatest[plane] - least[plane]);
     }
+    return most;
 }
 
-std::optional<double> GradientReader::Resolution() const {
+// How much samples of a row differ, in code values: luma or nearest to it.
+double TextureOf(const PictureRows& rows) {
+    const auto& samples = rows.plane[rows.format.yCbCr ? 0 : 1];
+    double variance = 0;
+    for (const RowSamples& row : samples) variance += double{row.variance};
+    return std::sqrt(variance / static_cast<double>(samples.size()));
+}
+
+} // namespace
+
+GradientReader::GradientReader(std::vector<KeyFrame> keys, int bits, const SampleCoding& coding,
+                               GradientChanges changes)
+    : mSearch(GradientKeys(std::move(keys), bits, coding), std::move(changes)),
+      mStep(std::ldexp(1.0, bits - 8)) {
+    Place({0, static_cast<std::uint32_t>(mSearch.Keys().Height())});
+    mContrast = 255;
+    for (const GradientKey& key : mKeys) mContrast = std::min(mContrast, ContrastOf(key.rows));
     double moved = 0;
     for (std::size_t i = 0; i < kRows; ++i)
         for (std::size_t plane = 0; plane < 3; ++plane)
             moved = std::max(moved, std::abs(mKeys.back().rows[i][plane] - mKeys.front().rows[i][plane]));
-    if (moved < 1) return {};
     const auto frames = static_cast<double>(mKeys.back().frame - mKeys.front().frame);
-    return std::max(0.5 * frames / moved, 1.0);
+    if (moved >= 1) mResolution = std::max(0.5 * frames / moved, 1.0);
 }
 
-// The place on the way from key to key that is nearest to the colors seen.
-GradientReader::Fit GradientReader::FitFrame(const std::vector<Key>& keys, const Rows& seen) {
-    Fit best;
-    double least = -1;
-    for (std::size_t at = 0; at + 1 < keys.size(); ++at) {
-        const Key& from = keys[at];
-        const Key& to = keys[at + 1];
-        double along = 0, way = 0;
-        for (std::size_t i = 0; i < kRows; ++i) {
-            for (std::size_t plane = 0; plane < 3; ++plane) {
-                const double step = to.rows[i][plane] - from.rows[i][plane];
-                along += (seen[i][plane] - from.rows[i][plane]) * step;
-                way += step * step;
-            }
+/// Takes rows for the whole frame until something else is known of them.
+void GradientReader::Place(const RowRange& range) {
+    mRange = range;
+    mAxis.reset();
+    mShaped.clear();
+    mUnexplained.clear();
+    GradientGuess whole = mGuess;
+    whole.axis = {double(range.top), range.height / static_cast<double>(mSearch.Keys().Height())};
+    Take(whole);
+}
+
+void GradientReader::Take(const GradientGuess& guess) {
+    mGuess = guess;
+    mKeys = mSearch.Keys().In(mRange, guess);
+    mIsMapped = false;
+}
+
+/// Looks at the first pictures of another height than the clip's, and returns whether it is clear why it is
+/// another. What one picture tells beyond doubt is made better by a few more, and by many.
+bool GradientReader::LooksForAxis(const GradientRows& seen) {
+    if (mRange.height == mSearch.Keys().Height() || mShaped.size() >= kMeasureBy) return true;
+    mShaped.push_back(seen);
+    const std::size_t count = mShaped.size();
+    if (count == 1 || count == kGuessFrom || count == kMeasureBy) {
+        if (const auto guess =
+                mSearch.Find(mRange, mShaped, count > 1 ? Care::kThorough : Care::kBeyondDoubt)) {
+            // Frames that were read differently would seem to be missing or repeated.
+            if (count < kMeasureBy) Take(*guess);
+            mAxis = guess->axis;
         }
-        // A reading may lie a little outside the clip by its error.
-        const double begin = at == 0 ? -1.0 / static_cast<double>(to.frame - from.frame) : 0;
-        const double end = at + 2 == keys.size() ? 1 - begin : 1;
-        const double share = way == 0 ? 0 : std::clamp(along / way, std::min(begin, 0.0), end);
-        double error = 0;
-        for (std::size_t i = 0; i < kRows; ++i) {
-            for (std::size_t plane = 0; plane < 3; ++plane) {
-                const double expected =
-                    from.rows[i][plane] + (to.rows[i][plane] - from.rows[i][plane]) * share;
-                error += (seen[i][plane] - expected) * (seen[i][plane] - expected);
-            }
-        }
-        if (least >= 0 && error >= least) continue;
-        least = error;
-        const auto frames = static_cast<double>(to.frame - from.frame);
-        best.frame = static_cast<double>(from.frame) + share * frames;
-        best.motion = std::sqrt(way / (3 * kRows)) / frames;
     }
-    best.error = std::sqrt(least / (3 * kRows));
-    return best;
+    return mAxis || count >= kGuessFrom;
 }
 
-GradientReader::Rows GradientReader::Expected(double frame) const {
+/// Takes what explains the last few pictures best, if it does so well.
+bool GradientReader::TakesGuess(const GradientRows& seen) {
+    if (mGuessed >= kMostGuessed) return false;
+    mUnexplained.push_back(seen);
+    ++mGuessed;
+    if (mUnexplained.size() < kGuessFrom) return false;
+    const auto guess =
+        mSearch.Find(mRange, mUnexplained, mGuessed <= kThoroughly ? Care::kThorough : Care::kQuick);
+    mUnexplained.clear();
+    if (!guess) return false;
+    const bool isWhole = guess->axis == mGuess.axis;
+    Take(*guess);
+    if (!isWhole) mAxis = guess->axis;
+    return true;
+}
+
+/// Whether rows that aren't those of any frame are of several colors each, or all alike: no fault of colors
+/// does that to a gradient.
+bool GradientReader::IsForeign(double texture, const GradientRows& seen) const {
+    if (texture > (mIsSure ? kRough + 2 * mUsualTexture : 2 * kRough)) return true;
+    return mContrast > kSteep && ContrastOf(seen) < kFlat;
+}
+
+GradientRows GradientReader::Expected(double frame) const {
     std::size_t at = 0;
     while (at + 2 < mKeys.size() && frame > static_cast<double>(mKeys[at + 1].frame)) ++at;
-    const Key& from = mKeys[at];
-    const Key& to = mKeys[at + 1];
+    const GradientKey& from = mKeys[at];
+    const GradientKey& to = mKeys[at + 1];
     const double share =
         (frame - static_cast<double>(from.frame)) / static_cast<double>(to.frame - from.frame);
-    Rows rows(kRows);
+    GradientRows rows(kRows);
     for (std::size_t i = 0; i < kRows; ++i)
         for (std::size_t plane = 0; plane < 3; ++plane)
             rows[i][plane] = from.rows[i][plane] + (to.rows[i][plane] - from.rows[i][plane]) * share;
     return rows;
 }
 
-void GradientReader::MakeGuesses() {
-    mGuesses = {{mKeys, false}, {mKeys, true}};
-    if (mColors.size() != mKeys.size()) return;
-    for (const auto& change : mChanges.changes) {
-        std::vector<Key> keys = mKeys;
-        for (std::size_t at = 0; at < keys.size(); ++at) {
-            for (std::size_t i = 0; i < kRows; ++i) {
-                const Codes codes = Encode(change(mColors[at][i]), mChanges.coding);
-                for (std::size_t plane = 0; plane < 3; ++plane)
-                    keys[at].rows[i][plane] = std::clamp(codes[plane], 0.0, 255.0);
-            }
-        }
-        mGuesses.push_back({keys, false});
-        mGuesses.push_back({std::move(keys), true});
-    }
-}
-
-// Takes what explains the last few pictures best, if it does so well.
-bool GradientReader::TakesGuess(const Rows& seen) {
-    if (mGuessed >= kMostGuessed) return false;
-    if (mGuesses.empty()) MakeGuesses();
-    const Rows flipped(seen.rbegin(), seen.rend());
-    for (Guess& guess : mGuesses) {
-        const double error = FitFrame(guess.keys, guess.flipped ? flipped : seen).error;
-        guess.squares += error * error;
-    }
-    if (++mGuessed % kGuessFrom != 0) return false;
-    Guess& best = *std::ranges::min_element(mGuesses, {}, &Guess::squares);
-    const bool explains = std::sqrt(best.squares / kGuessFrom) <= kMostError;
-    if (explains) {
-        mKeys = std::move(best.keys);
-        mIsFlipped = best.flipped;
-    }
-    if (explains || mGuessed >= kMostGuessed) mGuesses = {};
-    for (Guess& guess : mGuesses) guess.squares = 0;
-    return explains;
-}
-
 // Takes pictures for the first frames, and tries whether one map explains them: then that is what keys
 // become.
-void GradientReader::Learn(const Rows& seen) {
+void GradientReader::Learn(const GradientRows& seen) {
     if (mKeys.front().frame + mLearned > mKeys.back().frame) return;
-    const Rows expected = Expected(static_cast<double>(mKeys.front().frame + mLearned));
+    const GradientRows expected = Expected(static_cast<double>(mKeys.front().frame + mLearned));
     ++mLearned;
     for (std::size_t i = 0; i < kRows; ++i) {
         const std::array<double, 4> from{expected[i][0], expected[i][1], expected[i][2], 1};
@@ -195,10 +187,10 @@ void GradientReader::MapKeys() {
             for (std::size_t column = 0; column < 4; ++column)
                 error += map[row][plane] * map[column][plane] * mNormal.expected[row][column];
         }
-    if (std::sqrt(std::max(error, 0.0) / mNormal.count) > kMostError) return;
-    for (Key& key : mKeys) {
-        for (Triple& row : key.rows) {
-            const Triple before = row;
+    if (std::sqrt(std::max(error, 0.0) / mNormal.count) > kMostGradientError) return;
+    for (GradientKey& key : mKeys) {
+        for (std::array<double, 3>& row : key.rows) {
+            const std::array<double, 3> before = row;
             for (std::size_t plane = 0; plane < 3; ++plane)
                 row[plane] = before[0] * map[0][plane] + before[1] * map[1][plane] +
                              before[2] * map[2][plane] + map[3][plane];
@@ -207,28 +199,34 @@ void GradientReader::MapKeys() {
     mIsMapped = true;
 }
 
-void GradientReader::Read(const PictureRows& rows, FrameReading& reading) {
+void GradientReader::Read(const PictureRows& rows, std::uint32_t top, FrameReading& reading) {
     reading.frame = {};
     reading.certainty = reading.margin = 0;
-    if (!Resolution()) return;
-    Rows seen(kRows);
-    for (std::size_t i = 0; i < kRows; ++i)
-        for (std::size_t plane = 0; plane < 3; ++plane)
-            if (const auto& from = rows.plane[plane]; !from.empty())
-                seen[i][plane] = from[RowAt(i, from.size())].mean / mStep;
-    if (mIsFlipped) std::ranges::reverse(seen);
-    const Fit fit = FitFrame(mKeys, seen);
-    const bool isAlike = fit.error <= std::max(kMostError, 4 * mUsualError);
-    if (!isAlike && !mIsSure && !mIsMapped) {
+    if (!mResolution) return;
+    const RowRange range{top, static_cast<std::uint32_t>(rows.plane[0].size())};
+    if (range != mRange) Place(range);
+    const GradientRows seen = mSearch.Keys().Seen(rows);
+    const double texture = TextureOf(rows) / mStep;
+    if (!mIsSure && IsForeign(texture, seen)) {
+        reading.foreign = true;
+        return;
+    }
+    if (!LooksForAxis(seen)) return;
+    const GradientFit fit = FitFrame(mKeys, seen);
+    const bool isAlike = fit.error <= std::max(kMostGradientError, 4 * mUsualError);
+    if (!isAlike) reading.foreign = IsForeign(texture, seen);
+    if (!isAlike && !reading.foreign && !mIsSure && !mIsMapped) {
         if (TakesGuess(seen)) {
             mIsSure = true;
-            return Read(rows, reading);
+            return Read(rows, top, reading);
         }
         Learn(seen);
     }
     if (!isAlike || fit.motion <= 0) return;
     // The worst of the last few hundred pictures counts, as one picture's error may be small by chance.
-    mUsualError = std::max(fit.error, mUsualError + (fit.error - mUsualError) / 200);
+    const auto keep = [](double& usual, double now) { usual = std::max(now, usual + (now - usual) / 200); };
+    keep(mUsualError, fit.error);
+    keep(mUsualTexture, texture);
     mIsSure = true;
     // Measured on gradients that x264, x265, MPEG-2 and ProRes coded: the coarser the coding, the more
     // pictures lag behind their colors as one.

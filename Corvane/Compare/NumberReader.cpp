@@ -137,8 +137,10 @@ NumberReader::~NumberReader() = default;
 NumberReading NumberReader::Read(const VideoPicture& picture) {
     const PlacedNumber::Numbers numbers = mState->Read(picture);
     NumberReading reading{.whole = numbers[2], .field = {numbers[0], numbers[1]}, .place = {}};
-    if (!mState->known || !Best(numbers)) return reading;
+    const PrintedNumber* best = Best(numbers);
+    if (!mState->known || !best) return reading;
     reading.place = mState->known->Place();
+    reading.place->contrast = best->contrast;
     const PlaneView view = TurnBack(LumaOf(picture), reading.place->orientation);
     if (view.CountsBackwards() && view.height % 2 == 0) std::swap(reading.field[0], reading.field[1]);
     return reading;

@@ -11,8 +11,18 @@ namespace {
 // Colors are taken to move in straight lines between so many frames: those in linear light don't quite.
 constexpr std::int64_t kKeys = 9;
 
+// Whether the shape of pixels is as if frames were cropped: what is scaled in one direction alone has pixels
+// of another shape.
+bool LooksCropped(const ClipFormat& clip, const VideoFacts& video) {
+    if (!video.aspect) return video.size.width == clip.size.width;
+    return std::abs(AspectOf(*video.aspect) / AspectOf(clip.aspect) - 1) < 1e-3 &&
+           std::abs(double(video.size.width) * clip.size.height /
+                        (double(video.size.height) * clip.size.width) -
+                    1) > 1e-3;
+}
+
 std::optional<GradientReader> MakeGradients(ExpectedFrames& expected, const Clip& clip,
-                                            const VideoPicture& picture) {
+                                            const VideoFacts& video, const VideoPicture& picture) {
     if (!expected.RowsMove() || clip.Info().format.Interlaced()) return std::nullopt;
     std::vector<KeyFrame> keys;
     ExpectedRows rows;
@@ -27,10 +37,10 @@ std::optional<GradientReader> MakeGradients(ExpectedFrames& expected, const Clip
     }
     const SampleCoding coding = CodingOf(picture.format, picture.tags, picture.size.height);
     const CodingFacts facts = CodingFactsOf(expected.Facts(), coding, picture.tags, picture.format.alpha);
-    ColorChanges changes{coding, {}};
+    GradientChanges changes{{}, LooksCropped(clip.Info().format, video)};
     for (ColorHypothesis& hypothesis : FixedHypotheses(facts))
-        changes.changes.push_back(std::move(hypothesis.change));
-    GradientReader reader(keys, picture.format.bits, std::move(changes));
+        changes.colors.push_back(std::move(hypothesis.change));
+    GradientReader reader(std::move(keys), picture.format.bits, coding, std::move(changes));
     if (!reader.Resolution()) return std::nullopt;
     return reader;
 }
@@ -60,7 +70,7 @@ void TakeActive(const PictureRows& rows, const Placement& placement, PictureRows
 
 PictureAnalyses::PictureAnalyses(const Clip& clip, const VideoFacts& video, const FrameRange& frames,
                                  double tolerance, const VideoPicture& first, ExpectedFrames& expected)
-    : mExpected(expected), mGradients(MakeGradients(expected, clip, first)),
+    : mExpected(expected), mGradients(MakeGradients(expected, clip, video, first)),
       mPlaces(clip.Info().format, video),
       mTimeline(FactsOfTimeline(clip, video, frames, clip.Info().format.Interlaced() || mGradients)),
       mFields(expected.Facts(), video), mColors(expected.Facts(), video, tolerance),
@@ -73,6 +83,7 @@ FrameReading PictureAnalyses::Add(const VideoPicture& picture, std::int64_t numb
     reading.picture = number;
     reading.time = picture.time;
     ReadFrame(picture, reading);
+    if (reading.foreign) mPlaces.Withdraw();
     mTimeline.Add(reading);
     if (!reading.foreign && !picture.damaged) AddColors(picture, reading, mPlaces.Get());
     return reading;
@@ -97,8 +108,9 @@ void PictureAnalyses::ReadFrame(const VideoPicture& picture, FrameReading& readi
         reading.foreign = mFieldColors.AreOthers(mRows, placement);
     if (!mGradients) return;
     TakeActive(mRows, placement, mActiveRows);
-    mGradients->Read(mActiveRows, reading);
-    if (mGradients->IsFlipped()) mPlaces.Turn({.flipped = true});
+    mGradients->Read(mActiveRows, placement.active.top, reading);
+    mPlaces.Turn({.flipped = mGradients->IsFlipped()});
+    mPlaces.SetRows(mGradients->Axis());
 }
 
 /// Measures the columns beside the number, or as good as that.

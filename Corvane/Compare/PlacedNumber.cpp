@@ -162,7 +162,9 @@ PrintedNumber PlacedNumber::ReadRows(const PlaneView& view, int rows) {
         return result;
     }
     result.number = NumberOf(glyphs);
-    if (result.number) result.certainty = certainty;
+    if (!result.number) return result;
+    result.certainty = certainty;
+    result.contrast = cells[0].contrast;
     return result;
 }
 

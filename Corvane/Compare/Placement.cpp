@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include "Engine/ClipText.h"
 #include "NumberCell.h"
 
 namespace corvane {
@@ -30,18 +31,15 @@ std::array<double, 4> TurnSidesBack(std::array<double, 4> sides, const Orientati
     return sides;
 }
 
-// "8 pixels at the left and 2 at the right", of sides that are at least half a pixel.
+// "8 pixels at the left, 2 at the right", of sides that are at least half a pixel.
 std::string NameSides(const std::array<double, 4>& sides) {
     constexpr std::array<const char*, 4> kNames{"left", "top", "right", "bottom"};
     std::string text;
     for (std::size_t i = 0; i < 4; ++i) {
-        const long pixels = std::lround(sides[i]);
+        const std::int64_t pixels = std::lround(sides[i]);
         if (pixels <= 0) continue;
-        text += fmt::format("{}{}{} at the {}", text.empty() ? "" : ", ", pixels,
-                            !text.empty() ? ""
-                            : pixels == 1 ? " pixel"
-                                          : " pixels",
-                            kNames[i]);
+        text += text.empty() ? CountText(pixels, "pixel") : fmt::format(", {}", pixels);
+        text += fmt::format(" at the {}", kNames[i]);
     }
     return text;
 }
@@ -67,12 +65,6 @@ Finding PadFinding(const std::array<double, 4>& padded) {
             found,
             cause,
             0.5};
-}
-
-double AspectOf(const PixelAspect& aspect) {
-    return aspect.numerator == 0 || aspect.denominator == 0
-               ? 1
-               : static_cast<double>(aspect.numerator) / aspect.denominator;
 }
 
 /// Frames of size `before` have pixels of another aspect than they are `shown` with: `drawn`. They are scaled
@@ -101,10 +93,17 @@ Finding DistortionFinding(const std::string& before, const std::string& after, d
 
 } // namespace
 
+double AspectOf(const PixelAspect& aspect) {
+    return aspect.numerator == 0 || aspect.denominator == 0
+               ? 1
+               : static_cast<double>(aspect.numerator) / aspect.denominator;
+}
+
 PlacementFinder::PlacementFinder(const ClipFormat& clip, const VideoFacts& video)
     : mClip(clip), mVideo(video) {}
 
 void PlacementFinder::Add(const Box& active, const std::optional<NumberPlace>& number) {
+    mActiveBefore = mActive;
     if (!mActive) mActive = active;
     mActive = Box{std::min(mActive->left, active.left), std::min(mActive->top, active.top),
                   std::max(mActive->right, active.right), std::max(mActive->bottom, active.bottom)};
@@ -116,7 +115,7 @@ void PlacementFinder::Add(const Box& active, const std::optional<NumberPlace>& n
         mSums = {};
     }
     ++mNumbers;
-    const std::array place{number->left, number->top, number->scaleX, number->scaleY};
+    const std::array place{number->left, number->top, number->scaleX, number->scaleY, number->contrast};
     for (std::size_t i = 0; i < place.size(); ++i) mSums[i] += place[i];
 }
 
@@ -135,6 +134,25 @@ PlacementFinder::Margins PlacementFinder::Bars() const {
                          mOrientation);
 }
 
+/// The rows that were measured, turned back.
+PlacementFinder::Axis PlacementFinder::SettleRows() const {
+    const double height = mRows->scale * mClip.size.height;
+    return {mOrientation.flipped ? Upright().height - mRows->start - height : mRows->start, mRows->scale};
+}
+
+/// The columns of frames that don't tell where they lie. If they fill the picture they were scaled; pixels
+/// have another shape then, unless rows were scaled likewise. If the video says that they haven't, columns
+/// are missing rather, nobody knows at which side.
+PlacementFinder::Axis PlacementFinder::SettleColumns(const Axis& filling) const {
+    constexpr double kExactly = 1e-3;
+    if (!mVideo.aspect || std::abs(AspectOf(*mVideo.aspect) / AspectOf(mClip.aspect) - 1) > kExactly)
+        return filling;
+    const double scale = Settle(true).scale;
+    const double missing = mClip.size.width * (scale - filling.scale);
+    if (missing < 1.5 || scale > 2 * filling.scale) return filling;
+    return {filling.start - missing / 2, scale};
+}
+
 // The simplest place of the frame on one axis that agrees with where numbers are: it fills the picture, or
 // what bars leave free, or was moved by whole pixels; else where they are.
 PlacementFinder::Axis PlacementFinder::Settle(bool vertical) const {
@@ -143,14 +161,17 @@ PlacementFinder::Axis PlacementFinder::Settle(bool vertical) const {
     const double frame = vertical ? mClip.size.height : mClip.size.width;
     const double begin = bars[vertical ? 1 : 0];
     const Axis filling{begin, (length - begin - bars[vertical ? 3 : 2]) / frame};
-    if (mNumbers == 0) return filling;
+    if (mNumbers == 0) return vertical ? (mRows ? SettleRows() : filling) : SettleColumns(filling);
     const Axis found{mSums[vertical ? 1 : 0] / static_cast<double>(mNumbers),
                      mSums[vertical ? 3 : 2] / static_cast<double>(mNumbers)};
     const raster::PrintLayout layout = FrameNumberLayout(mClip.size, 2);
     const auto first = static_cast<double>(vertical ? layout.glyphs.top : layout.glyphs.left);
     const auto last = static_cast<double>(vertical ? layout.glyphs.bottom : layout.glyphs.right);
     // What the place of an edge was off at most, at the lowest quality of coding that numbers were read at.
-    const double tolerance = std::max(0.5, 0.012 * layout.glyphHeight * found.scale);
+    // Levels that were cut make strokes thicker or thinner.
+    constexpr double kCut = 0.6;
+    const bool isCut = mSums[4] < kCut * static_cast<double>(mNumbers);
+    const double tolerance = std::max(0.5, 0.012 * layout.glyphHeight * found.scale) * (isCut ? 2 : 1);
     const auto isNear = [&](double at, const Axis& axis) {
         return std::abs(axis.start + at * axis.scale - found.start - at * found.scale) < tolerance;
     };
@@ -256,11 +277,28 @@ Finding PlacementFinder::ShiftFinding(const Margins& padded) const {
                 "the order of the fields was changed",
                 0.7};
     return {"geometry.shift",
-            fmt::format("Frames are shifted: there are {} free.", found),
+            fmt::format("Frames are shifted, and leave {} free.", found),
             {},
             "in place",
             found,
             {},
+            0.6};
+}
+
+Finding PlacementFinder::CropFinding(const Margins& cropped) const {
+    std::string found = NameSides(cropped), cause;
+    if (mNumbers == 0 && cropped[0] + cropped[2] > 0) {
+        found = CountText(std::lround(cropped[0] + cropped[2]), "column");
+        const std::string ends = NameSides({0, cropped[1], 0, cropped[3]});
+        if (!ends.empty()) found = fmt::format("{}, and by {}", ends, found);
+        cause = "the video says that pixels kept their shape";
+    }
+    return {"geometry.crop",
+            fmt::format("Frames are cropped by {}{}{}.", found, cause.empty() ? "" : ": ", cause),
+            {},
+            "whole frames",
+            found,
+            cause,
             0.6};
 }
 
@@ -288,16 +326,7 @@ void PlacementFinder::AddMoved(std::vector<Finding>& findings) const {
         findings.push_back(ShiftFinding(padded));
         return;
     }
-    if (Any(cropped)) {
-        const std::string found = NameSides(cropped);
-        findings.push_back({"geometry.crop",
-                            fmt::format("Frames are cropped by {}.", found),
-                            {},
-                            "whole frames",
-                            found,
-                            {},
-                            0.6});
-    }
+    if (Any(cropped)) findings.push_back(CropFinding(cropped));
     if (Any(padded)) findings.push_back(PadFinding(padded));
 }
 

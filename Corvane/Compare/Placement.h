@@ -8,11 +8,15 @@
 
 #include "Export/Picture/RowScan.h"
 #include "Finding.h"
+#include "GradientKeys.h"
 #include "NumberReader.h"
 #include "Orientation.h"
 #include "Video.h"
 
 namespace corvane {
+
+/// The width of a pixel over its height; 1 if it isn't told. Any thread.
+double AspectOf(const PixelAspect& aspect);
 
 /// Where a clip's frames lie in the pictures of a video. First the frame is mirrored, then turned clockwise,
 /// then scaled and shifted so that it fills the rectangle `left`, `top`, `width`, `height`, in pixels of the
@@ -53,8 +57,14 @@ class PlacementFinder {
     /// `std::bad_alloc`.
     void Add(const Box& active, const std::optional<NumberPlace>& number);
 
+    /// Takes back the bars of the last picture, which is none of the clip's.
+    void Withdraw() { mActive = mActiveBefore; }
+
     /// Takes what is known of how frames are turned if they have no numbers.
     void Turn(const Orientation& orientation) { mOrientation = orientation; }
+
+    /// Takes where the rows of frames without numbers lie, from the picture's top, if that is known.
+    void SetRows(const std::optional<RowAxis>& rows) { mRows = rows; }
 
     /// Where frames lie by all that was added; until then, as if they filled the picture.
     Placement Get() const;
@@ -76,18 +86,23 @@ class PlacementFinder {
 
     Size Upright() const;
     Margins Bars() const;
+    Axis SettleRows() const;
+    Axis SettleColumns(const Axis& filling) const;
     Axis Settle(bool vertical) const;
     void AddTurned(std::vector<Finding>& findings) const;
     void AddScaled(std::vector<Finding>& findings) const;
+    Finding CropFinding(const Margins& cropped) const;
     Finding ShiftFinding(const Margins& padded) const;
     void AddMoved(std::vector<Finding>& findings) const;
 
     const ClipFormat mClip;
     const VideoFacts mVideo;
-    std::optional<Box> mActive; // all that was ever active
-    Orientation mOrientation;   // of the places that are summed up
+    std::optional<Box> mActive;       // all that was ever active
+    std::optional<Box> mActiveBefore; // without the last picture
+    std::optional<RowAxis> mRows;
+    Orientation mOrientation; // of the places that are summed up
     std::int64_t mNumbers = 0;
-    std::array<double, 4> mSums{}; // of left, top, scaleX, scaleY
+    std::array<double, 5> mSums{}; // of left, top, scaleX, scaleY, contrast
 };
 
 } // namespace corvane

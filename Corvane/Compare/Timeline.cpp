@@ -5,6 +5,8 @@
 
 #include <fmt/format.h>
 
+#include "Engine/ClipText.h"
+
 #include "FrameSequence.h"
 #include "StampGrid.h"
 #include "lummediatypes.h"
@@ -117,8 +119,8 @@ std::vector<std::string> Timeline::Remarks() const {
             "The clip's frames are alike, so that pictures are told apart by their order and "
             "their times only.");
     if (mState->sequence.Unread() > 0)
-        remarks.push_back(
-            fmt::format("Of {} pictures it can't be told which frame they show.", mState->sequence.Unread()));
+        remarks.push_back(fmt::format("It can't be told of {} which frame is shown.",
+                                      CountText(mState->sequence.Unread(), "picture")));
     if (!mState->grid.HasTimes() && mState->pictures > 1)
         remarks.emplace_back("Pictures of the video have no times, so that only their order was looked at.");
     return remarks;
@@ -130,14 +132,15 @@ void Timeline::State::AddCount(std::vector<Finding>& findings) const {
     const std::int64_t shown = pictures - foreign;
     if (shown == expected || KeepsTime()) return;
     const std::string kind = shown < expected ? "frames.missing" : "frames.repeated";
-    findings.push_back({kind,
-                        fmt::format("The video has {} pictures, {} {} than the clip has frames.", shown,
-                                    std::abs(shown - expected), shown < expected ? "fewer" : "more"),
-                        {},
-                        fmt::format("{} pictures", expected),
-                        fmt::format("{} pictures", shown),
-                        {},
-                        0.7});
+    findings.push_back(
+        {kind,
+         fmt::format("The video has {}, {} {} than the clip has frames.", CountText(shown, "picture"),
+                     std::abs(shown - expected), shown < expected ? "fewer" : "more"),
+         {},
+         CountText(expected, "picture"),
+         CountText(shown, "picture"),
+         {},
+         0.7});
 }
 
 // Whether another rate has as many more or fewer pictures as it takes to last as long as the clip.

@@ -52,8 +52,12 @@ std::string TimeText(std::int64_t frames, std::int64_t ticksPerFrame) {
                        rest * 1000 / kTicksPerSecond);
 }
 
+std::string CountText(std::int64_t count, const char* noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
 std::string FramesText(std::int64_t frames) {
-    return fmt::format("{} frame{}", frames, frames == 1 ? "" : "s");
+    return CountText(frames, "frame");
 }
 
 std::string DurationText(const ClipInfo& info) {

@@ -26,6 +26,9 @@ std::string RateText(Rate rate);
 /// thousandths: "00:59:59.996". Exact, rounded down.
 std::string TimeText(std::int64_t frames, std::int64_t ticksPerFrame);
 
+/// "1 picture", "250 pictures" of a noun in the singular.
+std::string CountText(std::int64_t count, const char* noun);
+
 /// "1 frame", "250 frames".
 std::string FramesText(std::int64_t frames);
 

@@ -1,5 +1,7 @@
 // What other programs do to clips, and what a comparison says of it. Each row is one impairment, made by
-// ffmpeg, with the kinds of findings that it is to give; no other kind may come. Clean transcodes give none.
+// ffmpeg or GStreamer, with the kinds of findings that it is to give; no other kind may come. Clean
+// transcodes give none.
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ostream>
@@ -62,8 +64,30 @@ std::string Settings(const TestClip& clip) {
                clip.ticksPerFrame * clip.frames, clip.ticksPerFrame);
 }
 
-/// The kinds of findings, sorted, with blanks between, when ffmpeg turned the clip's lossless video into
-/// another one by `options`, which end with the suffix of the file to write.
+/// What turns the clip's lossless video into another one: GStreamer, if `how` begins a pipeline; else ffmpeg.
+std::string CommandOf(const TestClip& clip, const std::string& master, std::string_view how,
+                      const std::string& video) {
+    if (how[0] != '!')
+        return fmt::format("ffmpeg -nostdin -v error -i '{}' {} '{}' 2>&1", master, how, video);
+    const std::string_view pixels(clip.pixels), size(clip.size);
+    const std::string deep = pixels.ends_with("10") ? "-10le" : "";
+    const std::string format =
+        pixels == "bgra" ? "bgra" : (pixels.starts_with("yuv444") ? "y444" : "i422") + deep;
+    const std::size_t by = size.find('x');
+    std::string aspect(clip.aspect);
+    std::ranges::replace(aspect, ':', '/');
+    return fmt::format("ffmpeg -nostdin -v error -i '{}' -f rawvideo - | gst-launch-1.0 -q fdsrc ! "
+                       "rawvideoparse format={} width={} height={} pixel-aspect-ratio={} framerate={} "
+                       "interlaced={} top-field-first={} {} location='{}' 2>&1",
+                       master, format, size.substr(0, by), size.substr(by + 1), aspect,
+                       clip.ticksPerFrame == k25     ? "25/1"
+                       : clip.ticksPerFrame == k2997 ? "30000/1001"
+                                                     : "24000/1001",
+                       clip.fieldType != 0, clip.fieldType == 1, how, video);
+}
+
+/// The kinds of findings, sorted, with blanks between, when the clip's lossless video was turned into another
+/// one by `options`: those of ffmpeg or a pipeline of GStreamer, with the suffix of the file to write.
 std::string Kinds(const TestClip& clip, const std::string& options) {
     const TestFolder folder;
     const std::string settings = folder.Write("clip.synthex", Settings(clip));
@@ -73,8 +97,7 @@ std::string Kinds(const TestClip& clip, const std::string& options) {
         return "no master";
     const std::size_t suffix = options.find_last_of(' ');
     const std::string video = folder / ("video." + options.substr(suffix + 1));
-    const std::string command = fmt::format("ffmpeg -nostdin -v error -i '{}' {} '{}' 2>&1", master,
-                                            options.substr(0, suffix), video);
+    const std::string command = CommandOf(clip, master, options.substr(0, suffix), video);
     if (std::system(command.c_str()) != 0) return "not made: " + command;
     const ProcessResult result = RunSynthex({"compare", settings, video, "--json"});
     if (result.status != 0 && result.status != 4) return "failed: " + result.err;
@@ -128,6 +151,15 @@ const Impairment kFrames[] = {
      "\"overlay=enable='between(t,0.16,0.24)':shortest=1:format=yuv422p10\"" FFV1,
      "frames.foreign"},
     {kPAL, "-vf tpad=stop_mode=clone:stop=5" FFV1, "frames.repeated"},
+    {kHD,
+     "-f lavfi -i testsrc2=s=960x720:r=25:d=2 -filter_complex "
+     "\"overlay=enable='between(n,20,23)':shortest=1:format=yuv444,format=yuv420p\" -c:v libx264 mp4",
+     "frames.foreign"},
+    {kHD,
+     "-f lavfi -i color=black:s=960x720:r=25:d=2 -filter_complex "
+     "\"overlay=enable='between(n,0,2)':shortest=1:format=yuv444\"" FFV1,
+     "frames.foreign"},
+    {kHD, "-f lavfi -i testsrc2=s=960x720:r=25 -map 1 -frames:v 24" FFV1, "frames.missing"},
 };
 const Impairment kTimes[] = {
     {kFloat, "-vf setpts=N/24/TB -r 24 -c:v ffv1 nut", "time.rate"},
@@ -144,6 +176,13 @@ const Impairment kGeometry[] = {
     {kPAL, "-vf setsar=1" FFV1, "tags.aspect"},
     {kPAL, "-vf crop=688:560:16:8" FFV1, "geometry.crop"},
     {kNTSC, "-vf crop=704:480:8:0" FFV1, "geometry.crop"},
+    {kHD, "-vf crop=960:716:0:2" FFV1, "geometry.crop"},
+    {kFloat, "-vf crop=640:180:0:90" FFV1, "geometry.crop"},
+    {kHD, "-vf crop=928:680:16:20" FFV1, "geometry.crop"},
+    {kHD, "-vf crop=960:540:0:90,scale=960:720" FFV1, "geometry.crop geometry.size"},
+    {kHD, "-vf crop=960:700:0:20,pad=960:720:0:0" FFV1, "geometry.shift"},
+    {kHD, "-vf crop=960:540:0:90,pad=960:1000:0:100" FFV1, "geometry.crop geometry.pad"},
+    {kFloat, "-vf scale=640:270,pad=640:360:0:45" FFV1, "geometry.pad geometry.size"},
     {kHD, "-vf pad=960:900:0:90" FFV1, "geometry.pad"},
     {kPAL, "-vf pad=800:576:40:0" FFV1, "geometry.pad"},
     {kPAL, "-vf hflip" FFV1, "geometry.mirror"},
@@ -201,7 +240,55 @@ const Impairment kPairs[] = {
      "frames.missing geometry.crop"},
     {kHD, "-vf vflip,scale=in_range=tv:out_range=pc,setparams=range=tv" FFV1, "color.range geometry.mirror"},
     {kTenBit, "-vf il=ls=1:cs=1,swapuv" FFV1, "color.channels fields.swapped"},
+    {kHD, "-vf crop=960:600:0:100,scale=in_range=tv:out_range=pc,setparams=range=tv" FFV1,
+     "color.range geometry.crop"},
+    {kHD,
+     "-vf scale=in_color_matrix=bt709:out_color_matrix=bt601,setparams=colorspace=bt709,"
+     "scale=in_range=tv:out_range=pc,setparams=range=tv" FFV1,
+     "color.matrix color.range"},
+    {kTenBit, "-vf scale=in_range=pc:out_range=tv,setparams=range=tv,swapuv" FFV1,
+     "color.channels color.range"},
+    {kNTSC,
+     "-vf format=gbrp,lutrgb='r=pow(val/255\\,1/2.2)*255:g=pow(val/255\\,1/2.2)*255:"
+     "b=pow(val/255\\,1/2.2)*255',scale=out_color_matrix=smpte170m,format=yuv444p,"
+     "scale=in_range=pc:out_range=tv,setparams=range=tv" FFV1,
+     "color.range color.transfer"},
     {kFloat, "-vf scale=320:180,setpts=N/25/TB -r 25" FFV1, "geometry.size time.rate"},
+};
+
+// A pipeline ends with the suffix that the written file has.
+#define Y4M " ! y4menc ! filesink y4m"
+const Impairment kGStreamer[] = {
+    {kPAL, "! videocrop left=16 right=16 top=8 bottom=8" Y4M, "geometry.crop"},
+    {kHD, "! videobox left=-40 right=-40" Y4M, "geometry.pad"},
+    {kPAL, "! videoflip video-direction=horiz" Y4M, "geometry.mirror"},
+    {kTenBit, "! videoflip video-direction=90r ! videoconvert ! video/x-raw,format=Y42B" Y4M,
+     "geometry.rotate"},
+    // What is scaled to a shape that it hasn't gets bars.
+    {kPAL, "! videoscale ! video/x-raw,width=640,height=480,pixel-aspect-ratio=1/1" Y4M,
+     "geometry.pad geometry.size"},
+    {kPAL, "! capssetter caps=video/x-raw,pixel-aspect-ratio=1/1" Y4M, "tags.aspect"},
+    {kHD, "! videorate ! video/x-raw,framerate=50/1" Y4M, "frames.repeated"},
+    {kPAL, "! videorate ! video/x-raw,framerate=15/1" Y4M, "frames.missing"},
+    {kPAL, "! deinterlace fields=top" Y4M, "fields.dropped"},
+    {kNTSC, "! deinterlace fields=all" Y4M, "fields.dropped"},
+    {kHD, "! videobalance saturation=0" Y4M, "color.channels"},
+    {kHD,
+     "! capssetter caps=video/x-raw,colorimetry=bt601 ! videoconvert ! "
+     "video/x-raw,format=Y444,colorimetry=bt709" Y4M,
+     "color.matrix"},
+    {kHD,
+     "! capssetter caps=video/x-raw,colorimetry=1:3:5:1 ! videoconvert ! video/x-raw,format=ARGB64 ! "
+     "videoconvert ! video/x-raw,format=Y444,colorimetry=bt709" Y4M,
+     "color.range"},
+    {kPAL,
+     "! videoconvert ! video/x-raw,format=I420 ! capssetter caps=video/x-raw,colorimetry=1:4:0:0 ! "
+     "matroskamux ! filesink mkv",
+     "tags.range"},
+    {kAlpha, "! compositor background=white ! videoconvert ! pngenc ! multifilesink %05d.png", "color.alpha"},
+    {kAlpha, "! videoconvert ! pngenc ! multifilesink %05d.png", ""},
+    {kHD, "! videoconvert ! theoraenc ! oggmux ! filesink ogv", ""},
+    {kPAL, "! videoconvert ! vp9enc deadline=1 cpu-used=8 ! webmmux ! filesink webm", ""},
 };
 
 std::string NameOf(const testing::TestParamInfo<Impairment>& info) {
@@ -212,6 +299,7 @@ INSTANTIATE_TEST_SUITE_P(Times, Impaired, testing::ValuesIn(kTimes), NameOf);
 INSTANTIATE_TEST_SUITE_P(Geometry, Impaired, testing::ValuesIn(kGeometry), NameOf);
 INSTANTIATE_TEST_SUITE_P(Fields, Impaired, testing::ValuesIn(kFields), NameOf);
 INSTANTIATE_TEST_SUITE_P(Colors, Impaired, testing::ValuesIn(kColors), NameOf);
+INSTANTIATE_TEST_SUITE_P(GStreamer, Impaired, testing::ValuesIn(kGStreamer), NameOf);
 INSTANTIATE_TEST_SUITE_P(Pairs, Impaired, testing::ValuesIn(kPairs), NameOf);
 
 class Transcoded : public testing::TestWithParam<TestClip> {};

@@ -130,9 +130,9 @@ TEST(GradientReader, TellsFramesByColorsThatWereChanged) {
             key.colors.push_back({rows[0][y] / 255, rows[1][y] / 255, rows[2][y] / 255, 1});
         keys.push_back(std::move(key));
     }
-    const ColorChanges known{{false, kMatrix709, true, 8},
-                             {[](const Color& color) { return ToGammaCoded(color, Transfer::kGamma22); },
-                              [](const Color& color) { return ToLinear(color, Transfer::kGamma22); }}};
+    const SampleCoding coding{false, kMatrix709, true, 8};
+    const GradientChanges known{{[](const Color& color) { return ToGammaCoded(color, Transfer::kGamma22); },
+                                 [](const Color& color) { return ToLinear(color, Transfer::kGamma22); }}};
     struct Change {
         double own, next, offset; // what is added of each plane, and of the next one, and what to
         double gamma = 1;
@@ -145,7 +145,7 @@ TEST(GradientReader, TellsFramesByColorsThatWereChanged) {
                             {1, 0, 0, 1, true, 3},
                             {1, 0, 0, 2.2, true, 3}};
     for (const auto& [own, next, offset, gamma, flipped, from] : kRows) {
-        GradientReader reader(keys, 8, known);
+        GradientReader reader(keys, 8, coding, known);
         for (int frame = 0; frame < 100; ++frame) {
             const auto colors = GradientAt(frame, kPace);
             PictureRows rows;
@@ -157,7 +157,7 @@ TEST(GradientReader, TellsFramesByColorsThatWereChanged) {
                         {.mean = static_cast<float>(std::round(255 * std::pow(value / 255, gamma)))});
                 }
             FrameReading reading;
-            reader.Read(rows, reading);
+            reader.Read(rows, 0, reading);
             ASSERT_EQ(reading.frame[0].has_value(), frame >= from) << frame;
             if (!reading.frame[0]) continue;
             EXPECT_NEAR(*reading.frame[0], frame, std::max(reading.margin, 0.5));
@@ -167,7 +167,8 @@ TEST(GradientReader, TellsFramesByColorsThatWereChanged) {
         PictureRows foreign;
         for (auto& plane : foreign.plane) plane.assign(60, {.mean = 128});
         FrameReading reading;
-        reader.Read(foreign, reading);
+        reader.Read(foreign, 0, reading);
+        EXPECT_TRUE(reading.foreign);
         EXPECT_FALSE(reading.frame[0]);
     }
 }
