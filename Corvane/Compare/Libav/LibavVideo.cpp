@@ -18,8 +18,8 @@ constexpr std::int64_t kLargePicture = 40'000'000;
 
 class LibavVideo final : public Video {
   public:
-    explicit LibavVideo(const std::filesystem::path& path)
-        : mInput(path, mLog), mFacts(mInput.Facts()), mPacket(av_packet_alloc()) {
+    LibavVideo(const std::filesystem::path& path, const std::atomic<bool>* cancel)
+        : mInput(path, cancel, mLog), mFacts(mInput.Facts()), mPacket(av_packet_alloc()) {
         if (!mPacket) throw std::bad_alloc();
         OpenDecoder();
     }
@@ -171,6 +171,6 @@ class LibavVideo final : public Video {
 
 /// One of the module's functions; see `Compare/Video.h`.
 extern "C" __attribute__((visibility("default"))) corvane::Video*
-CorvaneOpenLibavVideo(const std::filesystem::path& path) {
-    return new corvane::LibavVideo(path);
+CorvaneOpenLibavVideo(const std::filesystem::path& path, const std::atomic<bool>* cancel) {
+    return new corvane::LibavVideo(path, cancel);
 }

@@ -54,8 +54,9 @@ PixelAspect AspectOf(AVRational told, AVCodecID codec) {
     return {static_cast<std::uint32_t>(told.num), static_cast<std::uint32_t>(told.den)};
 }
 
-VideoInput::VideoInput(const std::filesystem::path& path, const LibavLog& log)
-    : mName(path == "-" ? "standard input" : path.string()), mLog(log) {
+VideoInput::VideoInput(const std::filesystem::path& path, const std::atomic<bool>* cancel,
+                       const LibavLog& log)
+    : mName(path == "-" ? "standard input" : path.string()), mCancel(cancel), mLog(log) {
     // Told that it is a file, libav takes no colon in its name for a protocol.
     try {
         if (IsPipe(path))
@@ -87,7 +88,8 @@ std::string VideoInput::FindFile(const std::filesystem::path& path) {
 }
 
 void VideoInput::OpenPipe(const std::filesystem::path& path) {
-    mPipe = path == "-" ? FileDescriptor(::dup(STDIN_FILENO)) : FileDescriptor(path, O_RDONLY);
+    // Opening a named pipe otherwise waits for who writes, whatever becomes of `mCancel`.
+    mPipe = path == "-" ? FileDescriptor(::dup(STDIN_FILENO)) : FileDescriptor(path, O_RDONLY | O_NONBLOCK);
     if (!mPipe) throw FileError::OfReading(errno);
     constexpr int kBuffer = 1 << 16;
     auto* const buffer = static_cast<unsigned char*>(av_malloc(kBuffer));
@@ -104,7 +106,7 @@ int VideoInput::ReadPipe(void* self, std::uint8_t* bytes, int size) {
     const auto& input = *static_cast<const VideoInput*>(self);
     constexpr int kWaitMilliseconds = 50;
     pollfd ready{input.mPipe.Get(), POLLIN, 0};
-    while (!input.mStopped) {
+    while (!input.IsStopped()) {
         const int count = ::poll(&ready, 1, kWaitMilliseconds);
         if (count == 0 || (count < 0 && errno == EINTR)) continue;
         const ssize_t got = ::read(input.mPipe.Get(), bytes, static_cast<std::size_t>(size));
@@ -121,8 +123,10 @@ void VideoInput::Open(const std::string& url) {
     AVFormatContext* context = avformat_alloc_context();
     if (context == nullptr) throw std::bad_alloc();
     context->pb = mPipeIO.get();
+    context->interrupt_callback = {AskStopped, this};
     const int result = WithMemory(avformat_open_input(&context, url.c_str(), nullptr, options.Get()));
     mContext.reset(context);
+    if (result < 0 && IsStopped()) Fail("it was cancelled before there was a picture");
     if (result == AVERROR_INVALIDDATA || result == AVERROR_EOF)
         Fail(fmt::format("this is no video that libav knows, or not all of it ({}); {}", mLog.Reason(result),
                          kRemedy));
@@ -178,7 +182,7 @@ bool VideoInput::Next(AVPacket& packet) {
         const int result = WithMemory(av_read_frame(mContext.get(), &packet));
         if (result == AVERROR(EAGAIN)) continue;
         if (result < 0) {
-            if (result != AVERROR_EOF) mWhyCut = LibavMessage(result);
+            if (result != AVERROR_EOF && !IsStopped()) mWhyCut = LibavMessage(result);
             return false;
         }
         if (packet.stream_index == mStream->index) break;
