@@ -49,7 +49,7 @@ class Comparison {
         const std::optional<std::int64_t> frame = mAnalyses->Frame();
         if (frame) mLastFrame = frame;
         if (mOptions.onReading) mOptions.onReading(reading);
-        NoteShown(number, frame);
+        NoteShown({number, frame, picture.time});
         NoteExample(picture, reading);
         if (frame && !picture.damaged && picture.size == mFrames.Facts().size && mAnalyses->Place().IsPlain())
             MeasureErrors(picture, number, *frame);
@@ -72,13 +72,13 @@ class Comparison {
     }
 
   private:
-    void NoteShown(std::int64_t number, std::optional<std::int64_t> frame) {
-        if (number % mTimelineStep != 0) return;
-        mReport.timeline.push_back({number, frame});
+    void NoteShown(const ShownFrame& shown) {
+        if (shown.picture % mTimelineStep != 0) return;
+        mReport.timeline.push_back(shown);
         if (mReport.timeline.size() < kTimeline) return;
         mTimelineStep *= 2;
         std::erase_if(mReport.timeline,
-                      [this](const ShownFrame& shown) { return shown.picture % mTimelineStep != 0; });
+                      [this](const ShownFrame& other) { return other.picture % mTimelineStep != 0; });
     }
 
     void NoteExample(const VideoPicture& picture, const FrameReading& reading) {

@@ -48,6 +48,7 @@ struct ExamplePictures {
 struct ShownFrame {
     std::int64_t picture = 0;
     std::optional<std::int64_t> frame; ///< none if it shows none, or that can't be told
+    std::optional<std::int64_t> time;  ///< when it is shown, in the video's units of time
 };
 
 /// What was found.

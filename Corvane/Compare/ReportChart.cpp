@@ -64,12 +64,12 @@ std::string ReportChart::Ticks() const {
     for (double at = std::ceil(mAcross.least / step) * step; at <= mAcross.most; at += step)
         ticks += fmt::format("<path d='M{0:.1f} {1:.1f}v5' stroke-width='1'/><text x='{0:.1f}' y='{2:.1f}' "
                              "text-anchor='middle'>{3:.0f}</text>",
-                             X(at), kTop + mHeight, kTop + mHeight + 17, at);
+                             X(at), kTop + mHeight, kTop + mHeight + 17, at + 0.0);
     step = TickStep(mUp);
     for (double at = std::ceil(mUp.least / step) * step; at <= mUp.most; at += step)
         ticks += fmt::format("<path d='M{0:.1f} {1:.1f}h-5' stroke-width='1'/><text x='{2:.1f}' y='{3:.1f}' "
                              "text-anchor='end'>{4:.0f}</text>",
-                             kLeft, Y(at), kLeft - 8, Y(at) + 4, at);
+                             kLeft, Y(at), kLeft - 8, Y(at) + 4, at + 0.0); // not -0
     return ticks;
 }
 

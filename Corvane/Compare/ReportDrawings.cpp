@@ -11,6 +11,7 @@
 #include "ColorVerdict.h"
 #include "Engine/SettingsText.h"
 #include "ReportChart.h"
+#include "lummediatypes.h"
 
 namespace corvane {
 namespace {
@@ -19,11 +20,17 @@ constexpr std::array kColors = {"#d22", "#2a2", "#24e"}; // R, G, B
 constexpr char kBlue[] = "#2a7de1", kRed[] = "#d22";
 constexpr char kExpectedFound[] = "R', G', B': expected broad, found thin";
 constexpr double kMostLevel = 255;
+constexpr double kTimelineWidth = 900;
 
 /// The expected and the found color of a row, as a viewer sees them. What the fields show of each other is no
 /// matter of color.
 std::pair<Color, Color> ColorsOf(const ColorSample& sample) {
     return {Decode(PredictedCodes(sample, {}), sample.coding), Decode(sample.found, sample.coding)};
+}
+
+/// As large as `count` dots beside each other can be, within reason.
+double DotSize(double count) {
+    return std::clamp(kTimelineWidth / count * 0.6, 2.0, 6.0);
 }
 
 Drawing LevelsDrawing(const std::vector<ColorSample>& colors) {
@@ -90,7 +97,7 @@ std::vector<ChartPoint> Column(const ReportImage& image, std::size_t part, std::
 Drawing TimelineDrawing(const CompareReport& report) {
     std::int64_t frames = 2;
     std::vector<ChartPoint> shown, none;
-    for (const auto& [picture, frame] : report.timeline) {
+    for (const auto& [picture, frame, time] : report.timeline) {
         frames = std::max(frames, frame.value_or(0) + 1);
         (frame ? shown : none)
             .push_back({static_cast<double>(picture), static_cast<double>(frame.value_or(0))});
@@ -98,13 +105,13 @@ Drawing TimelineDrawing(const CompareReport& report) {
     for (const Finding& finding : report.findings)
         if (finding.kind == "frames.missing") frames = std::max(frames, finding.frames.back().last + 1);
     const double last = std::max(static_cast<double>(report.timeline.back().picture), 1.0);
-    ReportChart chart(900, 220, {"picture of the video", 0, last},
+    ReportChart chart(kTimelineWidth, 220, {"picture of the video", 0, last},
                       {"frame of the clip", 0, static_cast<double>(frames - 1)});
     for (const Finding& finding : report.findings)
         if (finding.kind == "frames.missing")
             for (const auto& [from, to] : finding.frames)
                 chart.AddStripe(static_cast<double>(from) - 0.5, static_cast<double>(to) + 0.5, kRed);
-    const double size = std::clamp(900 / last * 0.6, 2.0, 6.0);
+    const double size = DotSize(last);
     chart.AddDots(shown, kBlue, size);
     chart.AddDots(none, kRed, size + 2);
     std::string caption = "A dot for each picture";
@@ -112,6 +119,31 @@ Drawing TimelineDrawing(const CompareReport& report) {
     if (std::ranges::find(report.findings, "frames.missing", &Finding::kind) != report.findings.end())
         caption += "; red stripes: frames that are missing";
     return {chart.SVG(), caption};
+}
+
+Drawing TimesDrawing(const CompareReport& report, std::int64_t ticksPerFrame) {
+    const auto [scale, sampleSize] = report.video.timeBase;
+    const ShownFrame* first = nullptr;
+    std::vector<ChartPoint> points;
+    double least = -5, most = 5;
+    for (const ShownFrame& shown : report.timeline) {
+        if (sampleSize == 0 || !shown.frame || !shown.time) continue;
+        if (first == nullptr) first = &shown;
+        const double due = static_cast<double>(*shown.frame - *first->frame) *
+                           static_cast<double>(ticksPerFrame) /
+                           static_cast<double>(lummediatypes::kTicksPerSecond);
+        const double late = static_cast<double>(*shown.time - *first->time) * scale / sampleSize - due;
+        points.push_back({static_cast<double>(shown.picture), late * 1000});
+        least = std::min(least, late * 1000);
+        most = std::max(most, late * 1000);
+    }
+    if (points.size() < 2) return {};
+    ReportChart chart(kTimelineWidth, 120, {"picture of the video", 0, points.back().across},
+                      {"late by ms", std::floor(least), std::ceil(most)});
+    chart.AddLine({{0, 0}, {points.back().across, 0}}, "#888", true);
+    chart.AddDots(points, kBlue, DotSize(points.back().across));
+    return {chart.SVG(),
+            "How much later a picture is shown than its frame in the clip, counted from the first one"};
 }
 
 std::vector<Drawing> ColorDrawings(const Clip& clip, const std::vector<ColorSample>& colors) {
@@ -145,9 +177,8 @@ Drawing RowsDrawing(const ReportImage& expected, const ReportImage& found, bool 
             chart.AddLine(Column(expected, part, field, fields), kColors[part], true);
             chart.AddLine(Column(found, part, field, fields), kColors[part], false);
         }
-    return {chart.SVG(),
-            fmt::format("Rows from the top to the bottom, {}; {}",
-                        interlaced ? "each field by itself" : "beside each other", kExpectedFound)};
+    return {chart.SVG(), fmt::format("Rows from the top to the bottom{}; {}",
+                                     interlaced ? ", each field by itself" : "", kExpectedFound)};
 }
 
 } // namespace corvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,9 @@ struct Drawing {
 /// A dot for every picture of a timeline, which is not empty: to the right its number, upwards the frame that
 /// it shows.
 Drawing TimelineDrawing(const CompareReport& report);
+/// How much later than in the clip, whose frames last so many ticks, each picture is shown; empty if the
+/// video has no times, or the pictures show no frames.
+Drawing TimesDrawing(const CompareReport& report, std::int64_t ticksPerFrame);
 /// How found colors lie to the expected ones: level by level, and over the frames, at the top and the bottom
 /// of a gradient or of each field. There are colors.
 std::vector<Drawing> ColorDrawings(const Clip& clip, const std::vector<ColorSample>& colors);

@@ -65,11 +65,14 @@ CaptionedImage Strip(const std::optional<ReportImage>& expected, const ReportIma
     return {Beside(images), caption};
 }
 
-/// A part at the top left, where numbers are, so large that each row can be seen.
+/// A part at the top left, where the boxes of numbers begin, so large that each row can be seen.
 ReportImage Detail(const ReportImage& image) {
-    constexpr std::uint32_t kTimes = 6, kWidth = 56, kHeight = 36;
-    const std::uint32_t left = image.size.width / 25, top = image.size.height / 25;
-    return Enlarged(image, {left, top, left + kWidth, top + kHeight}, kTimes);
+    constexpr std::uint32_t kAcross = 360; // pixels, about
+    const auto [width, height] = image.size;
+    const std::uint32_t partWidth = std::clamp(width / 8, 32u, 120u);
+    const std::uint32_t left = width / 50, top = height / 40;
+    const Box part{left, top, left + partWidth, top + std::clamp(height / 6, 24u, 90u)};
+    return Enlarged(image, part, kAcross / partWidth);
 }
 
 } // namespace

@@ -23,6 +23,7 @@ h1 { font-size: 1.5em; overflow-wrap: anywhere; } h2 { margin-top: 1.8em; } h3 {
 table { border-collapse: collapse; margin: .8em 0; } td, th { text-align: left; vertical-align: top;
 padding: .3em 1.2em .3em 0; border-bottom: 1px solid #8885; } td:first-child { white-space: nowrap; }
 .row { display: flex; gap: 1.5em; flex-wrap: wrap; align-items: flex-start; } figure { margin: 0 0 1em; }
+.row figure { max-width: 370px; }
 img, svg { max-width: 100%; height: auto; } img { image-rendering: pixelated; }
 figcaption { color: #888; font-size: .9em; })";
 
@@ -103,24 +104,28 @@ std::string ErrorsTable(const CompareReport& report) {
     return table + "</table>\n";
 }
 
+std::string FigureOf(const Drawing& drawing, std::string_view id) {
+    if (drawing.svg.empty()) return {};
+    return fmt::format("<figure id='{}'>{}<figcaption>{}</figcaption></figure>\n", id, drawing.svg,
+                       drawing.caption);
+}
+
 std::string Colors(const Clip& clip, const CompareReport& report) {
     if (report.colors.empty()) return {};
     const ColorFigures figures = FiguresOf(report.colors);
     std::string charts;
     for (const Drawing& drawing : ColorDrawings(clip, report.colors))
-        charts +=
-            fmt::format("<figure>{}<figcaption>{}</figcaption></figure>\n", drawing.svg, drawing.caption);
+        charts += FigureOf(drawing, charts.empty() ? "levels" : fmt::format("colors-{}", charts.size()));
     return fmt::format(
         "<h2>Colors</h2>\n<p>Colors are off by {:.1f} steps of 255 on average and {:.1f} at most "
         "(delta E 2000: {:.1f} and {:.1f}).</p>\n<div class='row'>\n{}</div>\n",
         figures.meanSteps, figures.mostSteps, figures.meanDeltaE, figures.mostDeltaE, charts);
 }
 
-std::string Timeline(const CompareReport& report) {
+std::string Timeline(const Clip& clip, const CompareReport& report) {
     if (report.timeline.empty()) return {};
-    const Drawing drawing = TimelineDrawing(report);
-    return fmt::format("<h2>Timeline</h2>\n<figure id='timeline'>{}<figcaption>{}</figcaption></figure>\n",
-                       drawing.svg, drawing.caption);
+    return "<h2>Timeline</h2>\n" + FigureOf(TimelineDrawing(report), "timeline") +
+           FigureOf(TimesDrawing(report, clip.Info().ticksPerFrame), "times");
 }
 
 std::string Pictures(const Clip& clip, const CompareReport& report) {
@@ -138,9 +143,7 @@ std::string Pictures(const Clip& clip, const CompareReport& report) {
         for (const CaptionedImage& image : images.strips)
             text += fmt::format("<figure><img src='{}' alt=''><figcaption>{}</figcaption></figure>\n",
                                 DataURIOf(image.image), image.caption);
-        if (!images.rows.svg.empty())
-            text += fmt::format("<figure>{}<figcaption>{}</figcaption></figure>\n", images.rows.svg,
-                                images.rows.caption);
+        text += FigureOf(images.rows, fmt::format("rows-{}", figure.compared->picture));
         text += "</section>\n";
     }
     return text;
@@ -157,7 +160,7 @@ std::string ReportPage(const Clip& clip, const CompareReport& report) {
     page += FindingsTable(report);
     for (const std::string& remark : report.remarks) page += fmt::format("<p>{}</p>\n", Escaped(remark));
     page += "<div class='row'>\n" + FactsTable(clip, report) + ErrorsTable(report) + "</div>\n";
-    page += Timeline(report) + Colors(clip, report) + Pictures(clip, report);
+    page += Timeline(clip, report) + Colors(clip, report) + Pictures(clip, report);
     return page + "</html>\n";
 }
 
