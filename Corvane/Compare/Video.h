@@ -84,8 +84,8 @@ class Video {
 /// Opens any file that libav decodes, a numbered picture sequence ("out.%05d.png"), or "-" for what comes on
 /// standard input (Y4M, NUT, Matroska ...). The module that knows libav is loaded for it. Throws `Failure` as
 /// `FindInModule` does, and with the name, the reason and the remedy: no such file, no video in it,
-/// nothing that can be decoded. A pipe is waited for until `cancel`, which may be null and outlives the video,
-/// becomes true; that is a `Failure`, too. Any thread.
+/// nothing that can be decoded. A pipe is waited for until `cancel` becomes true, which is a `Failure`, too;
+/// it may be null, and outlives the video. Any thread.
 std::unique_ptr<Video> OpenVideo(const std::filesystem::path& path,
                                  const std::atomic<bool>* cancel = nullptr);
 

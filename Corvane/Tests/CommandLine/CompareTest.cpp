@@ -99,7 +99,10 @@ TEST(Compare, FindingsAreToldInEveryForm) {
     EXPECT_THAT(result.out,
                 AllOf(HasSubstr("geometry.size    The size changes on the way: picture "), HasSubstr(said)));
     const std::string html = ReadFile(page);
-    for (const std::string part : {"<!DOCTYPE html>", said.c_str(), "data:image/png;base64,iVBOR", "</html>"})
+    for (const std::string part :
+         {"<!DOCTYPE html>", said.c_str(), "data:image/png;base64,iVBOR", "<figure id='timeline'><svg ",
+          "<figure id='times'><svg ", "<figure id='levels'><svg ", "<section data-kinds='geometry.size'>",
+          "Expected and found<", "</html>"})
         EXPECT_NE(html.find(part), std::string::npos) << part;
     EXPECT_EQ(html.find("http"), std::string::npos) << "it is not in one file";
     const ProcessResult ignored =
