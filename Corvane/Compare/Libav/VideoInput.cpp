@@ -42,6 +42,13 @@ Rate RateOf(AVRational rate) {
     return {static_cast<std::uint32_t>(rate.num), static_cast<std::uint32_t>(rate.den)};
 }
 
+/// The file's path. Throws what the system says if it can't be read: what libav's readers return as numbers
+/// of the system's errors need not be any.
+std::string Readable(std::string file) {
+    if (!FileDescriptor(file, O_RDONLY | O_NONBLOCK)) throw FileError::OfReading(errno);
+    return file;
+}
+
 bool IsPipe(const std::filesystem::path& path) {
     std::error_code error;
     return path == "-" || std::filesystem::is_fifo(path, error);
@@ -62,7 +69,7 @@ VideoInput::VideoInput(const std::filesystem::path& path, const std::atomic<bool
         if (IsPipe(path))
             OpenPipe(path);
         else
-            Open("file:" + FindFile(path));
+            Open("file:" + Readable(FindFile(path)));
     } catch (const FileError& error) {
         Fail(fmt::format("{}; {}", error.what(),
                          error.GetRemedy().empty() ? kRemedy : error.GetRemedy().c_str()));
@@ -127,11 +134,9 @@ void VideoInput::Open(const std::string& url) {
     const int result = WithMemory(avformat_open_input(&context, url.c_str(), nullptr, options.Get()));
     mContext.reset(context);
     if (result < 0 && IsStopped()) Fail("it was cancelled before there was a picture");
-    if (result == AVERROR_INVALIDDATA || result == AVERROR_EOF)
+    if (result < 0)
         Fail(fmt::format("this is no video that libav knows, or not all of it ({}); {}", mLog.Reason(result),
                          kRemedy));
-    if (result < 0 && result > -4096) throw FileError::OfReading(AVUNERROR(result));
-    if (result < 0) Fail(fmt::format("it can't be read ({}); {}", mLog.Reason(result), kRemedy));
     WithMemory(avformat_find_stream_info(context, nullptr));
 }
 

@@ -71,6 +71,7 @@ TEST(Compare, BadVideosAreRefusedByName) {
          in("secret.mp4"));
     folder.Write("empty.mkv", "");
     folder.Write("half.mp4", ReadFile(in("a.mp4")).substr(0, 600));
+    folder.Write("size0.y4m", "YUV4MPEG2 W0 H0 F10:1\n");
     folder.Write("none.y4m", "YUV4MPEG2 W64 H48 F10:1 Ip A1:1 C420jpeg\n");
     const std::pair<const char*, const char*> kRows[] = {{"missing.mp4", "no such file"},
                                                          {"no.%04d.png", "no file with such a name"},
@@ -79,6 +80,7 @@ TEST(Compare, BadVideosAreRefusedByName) {
                                                          {"secret.mp4", "encrypted; decrypt it first"},
                                                          {"empty.mkv", "no video that libav knows"},
                                                          {"half.mp4", "no video that libav knows"},
+                                                         {"size0.y4m", "no video that libav knows"},
                                                          {"none.y4m", "no picture of it can be decoded"}};
     for (const auto& [name, said] : kRows) ExpectRefused({"compare", clip, in(name)}, 1, in(name), said);
 }
