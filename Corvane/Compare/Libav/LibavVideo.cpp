@@ -133,11 +133,12 @@ class LibavVideo final : public Video {
     void NoteTags(const AVFrame& frame, VideoTags& tags) const {
         tags = mFacts.tags;
         const auto take = [](int& into, int told) { into = told != 2 ? told : into; };
-        take(tags.matrix, frame.colorspace);
-        take(tags.primaries, frame.color_primaries);
-        take(tags.transfer, frame.color_trc);
-        const bool full = frame.color_range == AVCOL_RANGE_JPEG || IsFullRange(frame.format);
-        if (full || frame.color_range == AVCOL_RANGE_MPEG) tags.fullRange = full;
+        take(tags.matrix, NumberOf(frame.colorspace));
+        take(tags.primaries, NumberOf(frame.color_primaries));
+        take(tags.transfer, NumberOf(frame.color_trc));
+        const int range = NumberOf(frame.color_range);
+        const bool full = range == AVCOL_RANGE_JPEG || IsFullRange(frame.format);
+        if (full || range == AVCOL_RANGE_MPEG) tags.fullRange = full;
     }
 
     /// Headers may not know what the pictures turn out to be.

@@ -162,9 +162,10 @@ VideoFacts VideoInput::Facts() const {
     const AVRational aspect = av_guess_sample_aspect_ratio(mContext.get(), mStream, nullptr);
     if (aspect.num > 0 && aspect.den > 0) facts.aspect = AspectOf(aspect, codec.codec_id);
     facts.order = OrderOf(codec.field_order);
-    facts.tags = {codec.color_space, codec.color_primaries, codec.color_trc, std::nullopt};
-    if (codec.color_range != AVCOL_RANGE_UNSPECIFIED)
-        facts.tags.fullRange = codec.color_range == AVCOL_RANGE_JPEG;
+    facts.tags = {NumberOf(codec.color_space), NumberOf(codec.color_primaries), NumberOf(codec.color_trc),
+                  std::nullopt};
+    if (const int range = NumberOf(codec.color_range); range != AVCOL_RANGE_UNSPECIFIED)
+        facts.tags.fullRange = range == AVCOL_RANGE_JPEG;
     if (mSequence) {
         facts.container = "image2";
         facts.pictures = std::ssize(mSequence->numbers);

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -18,6 +19,16 @@ namespace corvane {
 /// A pixel aspect, whose terms are above 0, as a codec of libav tells it: that of PNG takes the pixels a
 /// meter across and down for it, which is the reverse. Any thread.
 PixelAspect AspectOf(AVRational told, AVCodecID codec);
+
+/// The number of a value of libav's, which may be none that its type has if a file says so: C++ must not read
+/// it as that type then. Any thread.
+template <class Value>
+int NumberOf(const Value& value) {
+    static_assert(sizeof(Value) == sizeof(int));
+    int number;
+    std::memcpy(&number, &value, sizeof number);
+    return number;
+}
 
 /// The packets of a video stream: of a container, of standard input, or of the files of a numbered sequence,
 /// each of which is one packet. One thread at a time.
