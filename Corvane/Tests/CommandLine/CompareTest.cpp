@@ -65,6 +65,9 @@ TEST(Compare, BadVideosAreRefusedByName) {
     const auto in = [&](const char* name) { return (folder / name).string(); };
     ASSERT_EQ(RunSynthex({"render", clip, in("a.mp4"), "--quiet"}).status, 0);
     Make("-f lavfi -i sine=d=0.1 " + in("sound.wav"));
+    Make("-f lavfi -i sine=d=0.1 -f lavfi -i color=s=64x48:d=0.1 -map 0 -map 1 -c:v png -frames:v 1 "
+         "-disposition:v attached_pic " +
+         in("song.m4a"));
     Make("-i " + in("a.mp4") +
          " -c copy -encryption_scheme cenc-aes-ctr -encryption_key "
          "00112233445566778899aabbccddeeff -encryption_kid 00112233445566778899aabbccddeeff " +
@@ -77,6 +80,7 @@ TEST(Compare, BadVideosAreRefusedByName) {
                                                          {"no.%04d.png", "no file with such a name"},
                                                          {"", "this is a folder"},
                                                          {"sound.wav", "no video in it"},
+                                                         {"song.m4a", "no video in it"},
                                                          {"secret.mp4", "encrypted; decrypt it first"},
                                                          {"empty.mkv", "no video that libav knows"},
                                                          {"half.mp4", "no video that libav knows"},
