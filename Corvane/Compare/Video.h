@@ -25,6 +25,9 @@ struct VideoTags {
     bool operator==(const VideoTags&) const = default;
 };
 
+/// Times of pictures are nearer to 0 than this, so that the difference of two is a number, too.
+inline constexpr std::int64_t kTimeLimit = std::int64_t{1} << 61;
+
 /// What a video says of itself. Of a numbered picture sequence the times are the numbers in the names of its
 /// files, and there are no rates and no time base.
 struct VideoFacts {

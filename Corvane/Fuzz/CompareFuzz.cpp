@@ -19,7 +19,8 @@ static std::uint32_t UpTo(FuzzedDataProvider& data, std::uint32_t most) {
 
 /// A time that is usual, or any.
 static std::int64_t Time(FuzzedDataProvider& data) {
-    return UpTo(data, 3) == 0 ? data.ConsumeIntegral<std::int64_t>() : data.ConsumeIntegral<std::int16_t>();
+    if (UpTo(data, 3) != 0) return data.ConsumeIntegral<std::int16_t>();
+    return data.ConsumeIntegralInRange<std::int64_t>(1 - kTimeLimit, kTimeLimit - 1);
 }
 
 static Rate AnyRate(FuzzedDataProvider& data) {
@@ -50,7 +51,7 @@ class MadeVideo final : public Video {
     void Stop() override {}
 
     bool Next(VideoPicture& picture) override {
-        if (mData.remaining_bytes() == 0) return false;
+        if (mData.remaining_bytes() == 0 || ++mPictures > 12) return false;
         picture = {};
         picture.format = mFormat;
         picture.size = mFacts.size;
@@ -94,6 +95,7 @@ class MadeVideo final : public Video {
     FuzzedDataProvider& mData;
     VideoFacts mFacts;
     PlanarFormat mFormat;
+    int mPictures = 0;
 };
 
 /// A clip with or without fields, of solid fields or a gradient.

@@ -120,7 +120,7 @@ class LibavVideo final : public Video {
         mPlanes.Take(frame, picture.tags.fullRange.value_or(false), picture);
         picture.time.reset();
         for (const std::int64_t time : {frame->best_effort_timestamp, frame->pts})
-            if (time != AV_NOPTS_VALUE) picture.time = time;
+            if (time > -kTimeLimit && time < kTimeLimit) picture.time = time;
         picture.order = frame->interlaced_frame == 0  ? FieldOrder::kProgressive
                         : frame->top_field_first != 0 ? FieldOrder::kUpperFirst
                                                       : FieldOrder::kLowerFirst;
