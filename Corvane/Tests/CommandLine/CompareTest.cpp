@@ -125,9 +125,9 @@ TEST_P(CompareOfAPipe, IsEndedByASignalAfterWhatWasFound) {
     ::mkfifo(pipe.c_str(), 0600);
     Process process(Synthex({"compare", Gradient(folder), pipe, "--json"}));
     const int writer = ::open(pipe.c_str(), O_WRONLY | O_CLOEXEC); // waits for the program to open it
-    std::string text = "YUV4MPEG2 W64 H48 F10:1 Ip A1:1 C420jpeg\n";
+    std::string text = frames > 0 ? "YUV4MPEG2 W64 H48 F10:1 Ip A1:1 C420jpeg\n" : "";
     for (int i = 0; i < frames; ++i) text += "FRAME\n" + std::string(64 * 48 * 3 / 2, '\x60');
-    if (frames > 0) ASSERT_EQ(::write(writer, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+    ASSERT_EQ(::write(writer, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     process.Signal(SIGINT); // while the writer keeps it waiting
     const ProcessResult result = process.Wait();
     ::close(writer);
