@@ -54,6 +54,7 @@ void PrintJSON(const CompareReport& report) {
         line["psnr"][plane.key] = plane.errors.psnr ? JSON(*plane.errors.psnr) : JSON(nullptr);
         line["max_error"][plane.key] = plane.errors.largest;
     }
+    line["remarks"] = report.remarks;
     line["findings"] = JSON::array();
     for (const Finding& finding : report.findings)
         line["findings"].push_back({{"kind", finding.kind},
@@ -73,13 +74,17 @@ int RunCompare(const CompareRequest& request) {
     const auto clip = Clip::OpenFile(bundle, request.clip);
     EndingSignal::Take();
     CompareReport report;
-    {
+    try {
         ProgressBar bar(!request.quiet);
         const auto progress = [&](std::int64_t done, std::int64_t total) {
             bar.Update(done, std::max(done, total));
         };
         report =
             LoadAndCompareClip(*clip, request.video, request.options, progress, EndingSignal::Cancelled());
+    } catch (const Failure& failure) {
+        if (!EndingSignal::Cancelled()) throw;
+        PrintError(failure.what());
+        return EndingSignal::ExitStatus();
     }
     if (request.json)
         PrintJSON(report);

@@ -49,9 +49,6 @@ class ColorAnalysis {
     /// `std::bad_alloc`.
     ColorReport Report() const;
 
-    /// The differences between the colors as a viewer sees them and the clip's.
-    ColorFigures Figures() const;
-
     /// Rows of pictures, expected and found, for curves.
     const ColorSamples& Samples() const { return mAll; }
 

@@ -101,10 +101,6 @@ ColorFigures FiguresOf(const std::vector<ColorSample>& samples) {
     return figures;
 }
 
-ColorFigures ColorAnalysis::Figures() const {
-    return FiguresOf(mAll.Get());
-}
-
 const std::vector<ColorSample>& ColorAnalysis::Telling() const {
     return MostlyOff() ? mAll.Get() : mOff.Get();
 }

@@ -1,6 +1,7 @@
 #include "Comparison.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include <fmt/format.h>
@@ -38,7 +39,7 @@ class Comparison {
         }
         if (picture.damaged) mDamaged.Add(number);
         if (picture.size != mSize) {
-            if (mOtherSizes.Empty()) mOtherSize = picture.size;
+            if (mOtherSizes.Empty()) mReport.examples.otherSize = {number, mLastFrame, picture};
             mOtherSizes.Add(number);
             return;
         }
@@ -46,8 +47,10 @@ class Comparison {
             mAnalyses.emplace(mClip, mVideo.Facts(), mWanted, mOptions.tolerance, picture, mFrames);
         const FrameReading reading = mAnalyses->Add(picture, number);
         const std::optional<std::int64_t> frame = mAnalyses->Frame();
+        if (frame) mLastFrame = frame;
         if (mOptions.onReading) mOptions.onReading(reading);
-        NoteShown(number, frame);
+        NoteShown({number, frame, picture.time});
+        NoteExample(picture, reading);
         if (frame && !picture.damaged && picture.size == mFrames.Facts().size && mAnalyses->Place().IsPlain())
             MeasureErrors(picture, number, *frame);
     }
@@ -56,6 +59,7 @@ class Comparison {
         mReport.video = mVideo.Facts();
         mReport.cancelled = cancelled;
         if (mAnalyses) {
+            mReport.colors = mAnalyses->Colors();
             mReport.placement = mAnalyses->Place();
             mReport.framesMatched = mAnalyses->Matched();
         }
@@ -68,13 +72,26 @@ class Comparison {
     }
 
   private:
-    void NoteShown(std::int64_t number, std::optional<std::int64_t> frame) {
-        if (number % mTimelineStep != 0) return;
-        mReport.timeline.push_back({number, frame});
+    void NoteShown(const ShownFrame& shown) {
+        if (shown.picture % mTimelineStep != 0) return;
+        mReport.timeline.push_back(shown);
         if (mReport.timeline.size() < kTimeline) return;
         mTimelineStep *= 2;
         std::erase_if(mReport.timeline,
-                      [this](const ShownFrame& shown) { return shown.picture % mTimelineStep != 0; });
+                      [this](const ShownFrame& other) { return other.picture % mTimelineStep != 0; });
+    }
+
+    void NoteExample(const VideoPicture& picture, const FrameReading& reading) {
+        ExamplePictures& examples = mReport.examples;
+        const std::optional<std::int64_t> frame = mAnalyses->Frame();
+        const auto note = [&](std::optional<ComparedPicture>& example) {
+            if (!example) example = {reading.picture, frame ? frame : mAnalyses->DueFrame(), picture};
+        };
+        if (picture.damaged) return;
+        if (reading.foreign) note(examples.foreign);
+        if (frame) note(examples.usual);
+        const auto& [even, odd] = reading.frame;
+        if (even && odd && std::abs(*even - *odd) >= 1) note(examples.twoFrames);
     }
 
     void MeasureErrors(const VideoPicture& picture, std::int64_t number, std::int64_t frame) {
@@ -108,7 +125,7 @@ class Comparison {
         Finding finding;
         finding.kind = "geometry.size";
         finding.expected = SizeText(mSize);
-        finding.found = SizeText(mOtherSize);
+        finding.found = SizeText(mReport.examples.otherSize->pixels.size);
         finding.frames = mOtherSizes.Get();
         finding.sentence =
             fmt::format("The size changes on the way: picture {} is {}, and those before it are {}.",
@@ -140,7 +157,7 @@ class Comparison {
     const FrameRange mWanted;                 // frames of the clip that should be shown
     std::optional<PictureAnalyses> mAnalyses; // since the first picture
     Size mSize{};                             // of the first picture
-    Size mOtherSize{};
+    std::optional<std::int64_t> mLastFrame;   // that was told
     FrameRanges mOtherSizes;
     FrameRanges mDamaged;
     PictureErrors mErrors;

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "ColorSamples.h"
 #include "Engine/Clip.h"
 #include "Finding.h"
 #include "FrameReading.h"
@@ -29,16 +30,25 @@ struct CompareOptions {
 
 /// A picture of the video beside the frame of the clip that it shows.
 struct ComparedPicture {
-    std::int64_t picture = 0; ///< counted from 0
-    std::int64_t frame = 0;
+    std::int64_t picture = 0;          ///< counted from 0
+    std::optional<std::int64_t> frame; ///< if it shows none, the one that is due; none if none is
     VideoPicture pixels;
     double meanSquare = 0; ///< of the errors of all samples, as shares of the largest code value
+};
+
+/// The first picture of each kind that findings are about; none if there is no such picture.
+struct ExamplePictures {
+    std::optional<ComparedPicture> usual;     ///< shows a frame of the clip
+    std::optional<ComparedPicture> twoFrames; ///< shows another frame in its odd rows than in its even ones
+    std::optional<ComparedPicture> foreign;   ///< shows no frame of the clip
+    std::optional<ComparedPicture> otherSize; ///< has not the size of those before it
 };
 
 /// Which frame a picture shows.
 struct ShownFrame {
     std::int64_t picture = 0;
     std::optional<std::int64_t> frame; ///< none if it shows none, or that can't be told
+    std::optional<std::int64_t> time;  ///< when it is shown, in the video's units of time
 };
 
 /// What was found.
@@ -52,7 +62,9 @@ struct CompareReport {
     Placement placement;
     std::vector<Finding> findings;      ///< the worst first
     std::vector<ComparedPicture> worst; ///< those that are furthest off, the worst first; a few
-    std::vector<ShownFrame> timeline;   ///< of pictures at even distances, up to some thousands
+    ExamplePictures examples;
+    std::vector<ShownFrame> timeline; ///< of pictures at even distances, up to some thousands
+    std::vector<ColorSample> colors;  ///< of rows of pictures at even distances, in the pictures' order
     /// Sentences about what could not be looked at, and why ("Its frames are alike, so that ...").
     std::vector<std::string> remarks;
     bool cancelled = false; ///< the report holds for the pictures until then

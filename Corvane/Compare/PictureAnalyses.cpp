@@ -146,7 +146,7 @@ std::vector<Finding> PictureAnalyses::Findings(bool complete) const {
     std::vector<Finding> all = mTimeline.Findings(complete);
     const auto add = [&all](std::vector<Finding> more) { std::ranges::move(more, std::back_inserter(all)); };
     add(mPlaces.Findings());
-    ColorReport colors = (IsMostlyTold() ? mColors : mUntoldColors).Report();
+    ColorReport colors = MostlyTold().Report();
     add(mFields.Findings(colors.fields));
     add(std::move(colors.findings));
     KeepCauses(all);

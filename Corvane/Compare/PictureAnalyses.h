@@ -32,6 +32,8 @@ class PictureAnalyses {
     FrameReading Add(const VideoPicture& picture, std::int64_t number);
     /// The frame that the last picture shows; none if it can't be told.
     std::optional<std::int64_t> Frame() const { return mTimeline.Frame(); }
+    /// The frame that is due at the last picture; none if that can't be told.
+    std::optional<std::int64_t> DueFrame() const { return mTimeline.LikelyFrame(); }
     /// The rows of the last picture in the columns that are beside the number.
     const PictureRows& Rows() const { return mRows; }
     /// Where those columns begin; 0 if they are all there are.
@@ -40,6 +42,9 @@ class PictureAnalyses {
     Placement Place() const { return mPlaces.Get(); }
     /// How many pictures show a frame of the clip.
     std::int64_t Matched() const { return mTimeline.Matched(); }
+
+    /// The colors of rows of pictures at even distances.
+    const std::vector<ColorSample>& Colors() const { return MostlyTold().Samples().Get(); }
 
     /// All findings, one a cause. `complete`: the video was read to its end.
     std::vector<Finding> Findings(bool complete) const;
@@ -51,6 +56,7 @@ class PictureAnalyses {
     void MeasureColumns(const VideoPicture& picture, const Placement& placement);
     void AddColors(const VideoPicture& picture, const FrameReading& reading, const Placement& placement);
     bool IsMostlyTold() const { return mUntold <= mTimeline.Matched(); }
+    const ColorAnalysis& MostlyTold() const { return IsMostlyTold() ? mColors : mUntoldColors; }
 
     ExpectedFrames& mExpected;
     std::optional<NumberReader> mNumbers;     // of clips whose frames have one

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <span>
 
+#include "ColorSpace.h"
 #include "Export/Picture/PackedReader.h"
 #include "Export/Picture/ZimgGraph.h"
 #include "Export/Targets/PngImage.h"
@@ -76,8 +77,8 @@ ReportImage ImageOf(const VideoPicture& picture, int matrix, std::uint32_t step)
     PlanarFormat rgb;
     rgb.yCbCr = false;
     const bool told = picture.tags.matrix != 2 && picture.tags.matrix != 0;
-    ZimgGraph(FormatOf(picture.format, image.size, told ? picture.tags.matrix : matrix),
-              FormatOf(rgb, image.size, matrix))
+    const int viewed = CodingOf(picture.format, picture.tags, picture.size.height).matrix;
+    ZimgGraph(FormatOf(picture.format, image.size, told ? viewed : matrix), FormatOf(rgb, image.size, matrix))
         .Run(source, result);
     image.pixels.resize(std::size_t{image.size.width} * image.size.height * 4);
     std::byte* to = image.pixels.data();
@@ -109,6 +110,48 @@ ReportImage DifferenceOf(const ReportImage& a, const ReportImage& b, int gain) {
         image.pixels[i] = static_cast<std::byte>(std::min(off * gain, 255));
     }
     return image;
+}
+
+int GainFor(const ReportImage& a, const ReportImage& b) {
+    int most = 1, gain = 1;
+    for (std::size_t i = 0; i < a.pixels.size(); ++i)
+        if (i % 4 != 3)
+            most = std::max(most,
+                            std::abs(std::to_integer<int>(a.pixels[i]) - std::to_integer<int>(b.pixels[i])));
+    while (gain < 64 && most * gain * 2 <= 255) gain *= 2;
+    return gain;
+}
+
+ReportImage Enlarged(const ReportImage& image, const Box& part, std::uint32_t times) {
+    const std::uint32_t right = std::min(part.right, image.size.width);
+    const std::uint32_t bottom = std::min(part.bottom, image.size.height);
+    const std::uint32_t left = std::min(part.left, right), top = std::min(part.top, bottom);
+    ReportImage large{{(right - left) * times, (bottom - top) * times}, {}};
+    large.pixels.reserve(std::size_t{large.size.width} * large.size.height * 4);
+    for (std::uint32_t y = 0; y < large.size.height; ++y)
+        for (std::uint32_t x = 0; x < large.size.width; ++x) {
+            const std::byte* const pixel = image.At(left + x / times, top + y / times);
+            large.pixels.insert(large.pixels.end(), pixel, pixel + 4);
+        }
+    return large;
+}
+
+ReportImage Beside(std::span<const ReportImage> images) {
+    constexpr std::uint32_t kGap = 8;
+    ReportImage all{{0, 1}, {}};
+    for (const ReportImage& image : images) {
+        all.size.width += image.size.width + (all.size.width > 0 ? kGap : 0);
+        all.size.height = std::max(all.size.height, image.size.height);
+    }
+    all.pixels.assign(std::size_t{all.size.width} * all.size.height * 4, std::byte{255});
+    std::size_t left = 0;
+    for (const ReportImage& image : images) {
+        for (std::uint32_t y = 0; y < image.size.height; ++y)
+            std::copy_n(image.At(0, y), image.size.width * 4,
+                        all.pixels.data() + (std::size_t{y} * all.size.width + left) * 4);
+        left += image.size.width + kGap;
+    }
+    return all;
 }
 
 std::string DataURIOf(const ReportImage& image) {

@@ -2,10 +2,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "Engine/ClipFormat.h"
+#include "Export/Picture/RowScan.h"
 #include "Export/Picture/StreamFacts.h"
 #include "Video.h"
 
@@ -28,8 +30,15 @@ struct ReportImage {
 ReportImage ImageOf(const VideoPicture& picture, int matrix, std::uint32_t step);
 /// The same of a delivered frame.
 ReportImage ImageOf(const FrameView& frame, const StreamFacts& facts, std::uint32_t step);
-/// What two pictures of one size differ by, `gain` times as strong, as gray of each channel.
+/// A part of a picture, as far as it lies in it, each pixel `times` x `times` pixels large.
+ReportImage Enlarged(const ReportImage& image, const Box& part, std::uint32_t times);
+/// What two pictures of one size differ by, `gain` times as strong, in each channel.
 ReportImage DifferenceOf(const ReportImage& a, const ReportImage& b, int gain);
+/// The power of two, at most 64, that makes the largest difference of two pictures of one size as strong as
+/// it can be without being cut.
+int GainFor(const ReportImage& a, const ReportImage& b);
+/// Pictures beside each other, from left to right, with gaps of white between.
+ReportImage Beside(std::span<const ReportImage> images);
 /// The picture as a PNG in a data URI.
 std::string DataURIOf(const ReportImage& image);
 

@@ -5,26 +5,27 @@
 
 #include <fmt/format.h>
 
+#include "ColorAnalysis.h"
 #include "CompareText.h"
 #include "Engine/ClipText.h"
-#include "ReportImage.h"
+#include "ReportDrawings.h"
+#include "ReportFigures.h"
 #include "Services/Foundation/QuotedText.h"
+#include "Services/Raster/PixelFormats.h"
 
 namespace corvane {
 namespace {
 
-constexpr std::uint32_t kLongest = 720; // pixels of a side of a picture on the page
-constexpr int kGain = 8;                // of differences
-constexpr double kTimelineWidth = 960, kTimelineHeight = 240;
-constexpr double kCurveWidth = 320, kCurveHeight = 256;
-
 constexpr char kStyle[] = R"(
+:root { color-scheme: light dark; }
 body { font: 15px/1.45 system-ui, sans-serif; margin: 2em auto; max-width: 1200px; padding: 0 1em; }
-table { border-collapse: collapse; width: 100%; } td, th { text-align: left; vertical-align: top;
-padding: .3em .8em .3em 0; border-bottom: 1px solid #8885; } td:first-child { white-space: nowrap; }
-.row { display: flex; gap: 1em; flex-wrap: wrap; } figure { margin: 0 0 1em; flex: 1 1 300px; }
-img { width: 100%; image-rendering: pixelated; } svg { background: #8881; max-width: 100%; }
-figcaption { color: #777; })";
+h1 { font-size: 1.5em; overflow-wrap: anywhere; } h2 { margin-top: 1.8em; } h3 { margin-bottom: .3em; }
+table { border-collapse: collapse; margin: .8em 0; } td, th { text-align: left; vertical-align: top;
+padding: .3em 1.2em .3em 0; border-bottom: 1px solid #8885; } td:first-child { white-space: nowrap; }
+.row { display: flex; gap: 1.5em; flex-wrap: wrap; align-items: flex-start; } figure { margin: 0 0 1em; }
+.row figure { max-width: 370px; }
+img, svg { max-width: 100%; height: auto; } img { image-rendering: pixelated; }
+figcaption { color: #888; font-size: .9em; })";
 
 std::string Escaped(std::string_view text) {
     std::string escaped;
@@ -49,106 +50,117 @@ std::string RangesText(const std::vector<FrameRange>& ranges) {
                 (first == last ? fmt::to_string(first) : fmt::format("{} to {}", first, last));
     }
     if (ranges.size() > kMost) text += fmt::format(" and {} more", ranges.size() - kMost);
-    return text;
+    return text.empty() ? "all" : text;
 }
 
 std::string FindingsTable(const CompareReport& report) {
     if (report.findings.empty()) return fmt::format("<p>{}</p>\n", kNothingFoundText);
     std::string table = "<table><tr><th>Kind<th>What was found<th>Frames<th>Expected<th>Found</tr>\n";
     for (const Finding& finding : report.findings)
-        table += fmt::format("<tr><td>{}<td>{}<td>{}<td>{}<td>{}</tr>\n", Escaped(finding.kind),
-                             Escaped(finding.sentence), RangesText(finding.frames), Escaped(finding.expected),
-                             Escaped(finding.found));
+        table += fmt::format("<tr><td>{}<td>{}<td>{}{}<td>{}<td>{}</tr>\n", Escaped(finding.kind),
+                             Escaped(finding.sentence), CountsPictures(finding) ? "pictures " : "",
+                             RangesText(finding.frames), Escaped(finding.expected), Escaped(finding.found));
     return table + "</table>\n";
 }
 
-/// A dot for every picture: to the right its number, upwards the frame that it shows; in red at the bottom if
-/// it shows none.
-std::string Timeline(const CompareReport& report) {
-    if (report.timeline.empty()) return {};
-    std::int64_t frames = 1;
-    for (const ShownFrame& shown : report.timeline) frames = std::max(frames, shown.frame.value_or(0) + 1);
-    const auto pictures = static_cast<double>(report.timeline.back().picture + 1);
-    std::string shown, none;
-    for (const auto& [picture, frame] : report.timeline) {
-        const double x = kTimelineWidth * static_cast<double>(picture) / pictures;
-        const double y =
-            frame ? (kTimelineHeight - 12) * (1 - static_cast<double>(*frame) / static_cast<double>(frames))
-                  : kTimelineHeight - 4;
-        (frame ? shown : none) += fmt::format("M{:.1f} {:.1f}h2", x, y);
-    }
+std::string TagsText(const CompareReport& report) {
+    const VideoTags& tags = report.video.tags;
+    std::string text = Escaped(report.video.pixelFormat);
+    if (report.format.yCbCr)
+        text += tags.matrix == 2 ? ", matrix not told"
+                                 : fmt::format(", {}", MatrixName(CodingOf(report.format, tags, 0).matrix));
+    if (tags.fullRange) text += *tags.fullRange ? ", full range" : ", limited range";
+    return text;
+}
+
+/// What the clip is, and what the video says of itself.
+std::string FactsTable(const Clip& clip, const CompareReport& report) {
+    const VideoFacts& video = report.video;
+    const ClipFormat& format = clip.Info().format;
+    std::string table = "<table><tr><th><th>Clip<th>Video</tr>\n";
+    const auto add = [&table](const char* name, const std::string& expected, const std::string& told) {
+        table += fmt::format("<tr><td>{}<td>{}<td>{}</tr>\n", name, expected, told);
+    };
+    constexpr const char* kNotTold = "not told";
+    const bool rated = video.averageRate.sampleSize != 0;
+    add("Size", SizeText(format.size), SizeText(video.size));
+    add("Pixel aspect", AspectText(format.aspect), video.aspect ? AspectText(*video.aspect) : kNotTold);
+    add("Fields", FieldOrderText(format.order), video.order ? FieldOrderText(*video.order) : kNotTold);
+    add("Rate", RateText(format.rate), rated ? RateText(video.averageRate) : kNotTold);
+    add("Length", DurationText(clip.Info()), fmt::format("{} pictures", report.framesCompared));
+    add("Samples", Escaped(PixelFormatNameOrHex(clip.Info().pixelFormat)), TagsText(report));
+    add("Coding", "", fmt::format("{} in {}", Escaped(video.codec), Escaped(video.container)));
+    return table + "</table>\n";
+}
+
+std::string ErrorsTable(const CompareReport& report) {
+    const std::vector<ComparedPlane> planes = ComparedPlanes(report);
+    if (planes.empty()) return {};
+    std::string table = "<table><tr><th>Plane<th>PSNR<th>Largest error</tr>\n";
+    for (const ComparedPlane& plane : planes)
+        table += fmt::format("<tr><td>{}<td>{}<td>{} of {}</tr>\n", plane.text,
+                             plane.errors.psnr ? fmt::format("{:.1f} dB", *plane.errors.psnr) : "exact",
+                             plane.errors.largest, (1u << report.format.bits) - 1);
+    return table + "</table>\n";
+}
+
+std::string FigureOf(const Drawing& drawing, std::string_view id) {
+    if (drawing.svg.empty()) return {};
+    return fmt::format("<figure id='{}'>{}<figcaption>{}</figcaption></figure>\n", id, drawing.svg,
+                       drawing.caption);
+}
+
+std::string Colors(const Clip& clip, const CompareReport& report) {
+    if (report.colors.empty()) return {};
+    const ColorFigures figures = FiguresOf(report.colors);
+    std::string charts;
+    for (const Drawing& drawing : ColorDrawings(clip, report.colors))
+        charts += FigureOf(drawing, charts.empty() ? "levels" : fmt::format("colors-{}", charts.size()));
     return fmt::format(
-        "<h2>Timeline</h2>\n<figure><svg viewBox='0 0 {0} {1}' width='{0}' height='{1}'>"
-        "<path d='{2}' stroke='#2a7de1' stroke-width='2'/><path d='{3}' stroke='#d33' "
-        "stroke-width='6'/></svg>"
-        "<figcaption>Pictures 0 to {4} to the right, frames 0 to {5} upwards; red: no frame of the clip."
-        "</figcaption></figure>\n",
-        kTimelineWidth, kTimelineHeight, shown, none, report.timeline.back().picture, frames - 1);
+        "<h2>Colors</h2>\n<p>Colors are off by {:.1f} steps of 255 on average and {:.1f} at most "
+        "(delta E 2000: {:.1f} and {:.1f}).</p>\n<div class='row'>\n{}</div>\n",
+        figures.meanSteps, figures.mostSteps, figures.meanDeltaE, figures.mostDeltaE, charts);
 }
 
-/// The colors of a column of pixels beside the number, from the top to the bottom: of all rows or of a
-/// field's.
-std::string Curve(const ReportImage& image, int part, std::uint32_t first, std::uint32_t step,
-                  const std::string& attributes) {
-    const std::uint32_t x = image.size.width - 1 - image.size.width / 16;
-    std::string points;
-    for (std::uint32_t y = first; y < image.size.height; y += step)
-        points += fmt::format("{:.1f},{} ", kCurveWidth * y / image.size.height,
-                              255 - std::to_integer<int>(image.At(x, y)[part]));
-    return fmt::format("<polyline points='{}' fill='none' {}/>", points, attributes);
+std::string Timeline(const Clip& clip, const CompareReport& report) {
+    if (report.timeline.empty()) return {};
+    return "<h2>Timeline</h2>\n" + FigureOf(TimelineDrawing(report), "timeline") +
+           FigureOf(TimesDrawing(report, clip.Info().ticksPerFrame), "times");
 }
 
-std::string Curves(const ReportImage& expected, const ReportImage& found, bool interlaced) {
-    constexpr const char* kColors[] = {"#36c", "#393", "#c33"}; // B, G, R
-    const std::uint32_t fields = interlaced ? 2 : 1;
-    std::string lines;
-    for (int part = 0; part < 3; ++part)
-        for (std::uint32_t field = 0; field < fields; ++field) {
-            const std::string stroke = fmt::format("stroke='{}'", kColors[part]);
-            lines += Curve(expected, part, field, fields, stroke + " stroke-opacity='.35' stroke-width='5'");
-            lines += Curve(found, part, field, fields, stroke);
+std::string Pictures(const Clip& clip, const CompareReport& report) {
+    const std::vector<ReportFigure> figures = FiguresFor(report);
+    std::string text = figures.empty() ? "" : "<h2>Pictures</h2>\n";
+    for (const ReportFigure& figure : figures) {
+        const FigureImages images = ImagesOf(clip, *figure.compared);
+        std::string kinds, said;
+        for (const Finding* const finding : figure.findings) {
+            kinds += (kinds.empty() ? "" : " ") + finding->kind;
+            said += fmt::format("<p>{}</p>\n", Escaped(finding->sentence));
         }
-    return fmt::format("<figure><svg viewBox='0 0 {0} {1}' width='{0}' height='{1}'>{2}</svg><figcaption>R', "
-                       "G', B' of the rows, from the top to the bottom: expected broad, found thin"
-                       "</figcaption></figure>\n",
-                       kCurveWidth, kCurveHeight, lines);
-}
-
-std::string Figure(const ReportImage& image, const std::string& caption) {
-    return fmt::format("<figure><img src='{}' alt=''><figcaption>{}</figcaption></figure>\n",
-                       DataURIOf(image), caption);
-}
-
-std::string Worst(const Clip& clip, const ComparedPicture& compared) {
-    const StreamFacts facts = FactsOf(clip, clip.Info().frames);
-    const std::uint32_t side = std::max(compared.pixels.size.width, compared.pixels.size.height);
-    const std::uint32_t step = side > kLongest ? (side + kLongest - 1) / kLongest | 1 : 1;
-    const Frame frame = clip.GetFrame(compared.frame);
-    const ReportImage expected = ImageOf(frame.View(), facts, step);
-    const ReportImage found = ImageOf(compared.pixels, facts.tags.matrix, step);
-    return fmt::format("<h3>Picture {}, frame {}</h3>\n<div class='row'>\n", compared.picture,
-                       compared.frame) +
-           Figure(expected, "Expected") + Figure(found, "Found") +
-           Figure(DifferenceOf(expected, found, kGain),
-                  fmt::format("Difference, {} times as strong", kGain)) +
-           Curves(expected, found, facts.Interlaced()) + "</div>\n";
+        text += fmt::format("<section data-kinds='{}'>\n<h3>{}</h3>\n{}", Escaped(kinds),
+                            TitleOf(*figure.compared, figure.isWorst), said);
+        for (const CaptionedImage& image : images.strips)
+            text += fmt::format("<figure><img src='{}' alt=''><figcaption>{}</figcaption></figure>\n",
+                                DataURIOf(image.image), image.caption);
+        text += FigureOf(images.rows, fmt::format("rows-{}", figure.compared->picture));
+        text += "</section>\n";
+    }
+    return text;
 }
 
 } // namespace
 
 std::string ReportPage(const Clip& clip, const CompareReport& report) {
-    std::string page = fmt::format(
-        "<!DOCTYPE html>\n<html lang='en'><meta charset='utf-8'><title>{0} beside "
-        "{1}</title><style>{2}</style>\n"
-        "<h1>{0} beside {1}</h1>\n<p>The clip is {3}, {4}. The video is {5} in {6}, {7}. {8}.</p>\n",
-        Escaped(report.video.name), Escaped(report.clip), kStyle, Escaped(FormatText(clip.Info().format)),
-        DurationText(clip.Info()), Escaped(report.video.codec), Escaped(report.video.container),
-        SizeText(report.video.size), MatchedText(report));
+    std::string page =
+        fmt::format("<!DOCTYPE html>\n<html lang='en'><meta charset='utf-8'>"
+                    "<title>{0} beside {1}</title><style>{2}</style>\n"
+                    "<h1>{0} beside {1}</h1>\n<p>{3}.</p>\n",
+                    Escaped(report.video.name), Escaped(report.clip), kStyle, MatchedText(report));
     page += FindingsTable(report);
     for (const std::string& remark : report.remarks) page += fmt::format("<p>{}</p>\n", Escaped(remark));
-    page += Timeline(report);
-    if (!report.worst.empty()) page += "<h2>The pictures that are furthest off</h2>\n";
-    for (const ComparedPicture& compared : report.worst) page += Worst(clip, compared);
+    page += "<div class='row'>\n" + FactsTable(clip, report) + ErrorsTable(report) + "</div>\n";
+    page += Timeline(clip, report) + Colors(clip, report) + Pictures(clip, report);
     return page + "</html>\n";
 }
 

@@ -49,7 +49,7 @@ double StampGrid::PictureLength() const {
     const auto [length, count] = Mean(usual - 1.5, usual + 1.5);
     // If many steps are of other lengths, they jitter about their mean; after those that are twice as long,
     // pictures are missing.
-    return count * 5 > (mTimes - 1) * 4 ? length : Mean(usual * 0.5, usual * 1.9).first;
+    return count * 5 > (mTimes - 1) * 4 ? length : Mean(0, usual * 1.9).first;
 }
 
 double StampGrid::Uncertainty() const {

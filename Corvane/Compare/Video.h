@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -23,6 +24,9 @@ struct VideoTags {
 
     bool operator==(const VideoTags&) const = default;
 };
+
+/// Times of pictures are nearer to 0 than this, so that the difference of two is a number, too.
+inline constexpr std::int64_t kTimeLimit = std::int64_t{1} << 61;
 
 /// What a video says of itself. Of a numbered picture sequence the times are the numbers in the names of its
 /// files, and there are no rates and no time base.
@@ -83,12 +87,14 @@ class Video {
 /// Opens any file that libav decodes, a numbered picture sequence ("out.%05d.png"), or "-" for what comes on
 /// standard input (Y4M, NUT, Matroska ...). The module that knows libav is loaded for it. Throws `Failure` as
 /// `FindInModule` does, and with the name, the reason and the remedy: no such file, no video in it,
-/// nothing that can be decoded. Any thread.
-std::unique_ptr<Video> OpenVideo(const std::filesystem::path& path);
+/// nothing that can be decoded. A pipe is waited for until `cancel` becomes true, which is a `Failure`, too;
+/// it may be null, and outlives the video. Any thread.
+std::unique_ptr<Video> OpenVideo(const std::filesystem::path& path,
+                                 const std::atomic<bool>* cancel = nullptr);
 
 /// The name of the module's function that opens videos, which is of type `OpenLibavVideoFunction`.
 inline constexpr const char* kOpenLibavVideoName = "CorvaneOpenLibavVideo";
 /// Makes a video that the caller owns. Throws as `OpenVideo` does.
-using OpenLibavVideoFunction = Video*(const std::filesystem::path& path);
+using OpenLibavVideoFunction = Video*(const std::filesystem::path& path, const std::atomic<bool>* cancel);
 
 } // namespace corvane

@@ -18,8 +18,8 @@ constexpr std::int64_t kLargePicture = 40'000'000;
 
 class LibavVideo final : public Video {
   public:
-    explicit LibavVideo(const std::filesystem::path& path)
-        : mInput(path, mLog), mFacts(mInput.Facts()), mPacket(av_packet_alloc()) {
+    LibavVideo(const std::filesystem::path& path, const std::atomic<bool>* cancel)
+        : mInput(path, cancel, mLog), mFacts(mInput.Facts()), mPacket(av_packet_alloc()) {
         if (!mPacket) throw std::bad_alloc();
         OpenDecoder();
     }
@@ -120,7 +120,7 @@ class LibavVideo final : public Video {
         mPlanes.Take(frame, picture.tags.fullRange.value_or(false), picture);
         picture.time.reset();
         for (const std::int64_t time : {frame->best_effort_timestamp, frame->pts})
-            if (time != AV_NOPTS_VALUE) picture.time = time;
+            if (time > -kTimeLimit && time < kTimeLimit) picture.time = time;
         picture.order = frame->interlaced_frame == 0  ? FieldOrder::kProgressive
                         : frame->top_field_first != 0 ? FieldOrder::kUpperFirst
                                                       : FieldOrder::kLowerFirst;
@@ -133,11 +133,12 @@ class LibavVideo final : public Video {
     void NoteTags(const AVFrame& frame, VideoTags& tags) const {
         tags = mFacts.tags;
         const auto take = [](int& into, int told) { into = told != 2 ? told : into; };
-        take(tags.matrix, frame.colorspace);
-        take(tags.primaries, frame.color_primaries);
-        take(tags.transfer, frame.color_trc);
-        const bool full = frame.color_range == AVCOL_RANGE_JPEG || IsFullRange(frame.format);
-        if (full || frame.color_range == AVCOL_RANGE_MPEG) tags.fullRange = full;
+        take(tags.matrix, NumberOf(frame.colorspace));
+        take(tags.primaries, NumberOf(frame.color_primaries));
+        take(tags.transfer, NumberOf(frame.color_trc));
+        const int range = NumberOf(frame.color_range);
+        const bool full = range == AVCOL_RANGE_JPEG || IsFullRange(frame.format);
+        if (full || range == AVCOL_RANGE_MPEG) tags.fullRange = full;
     }
 
     /// Headers may not know what the pictures turn out to be.
@@ -171,6 +172,6 @@ class LibavVideo final : public Video {
 
 /// One of the module's functions; see `Compare/Video.h`.
 extern "C" __attribute__((visibility("default"))) corvane::Video*
-CorvaneOpenLibavVideo(const std::filesystem::path& path) {
-    return new corvane::LibavVideo(path);
+CorvaneOpenLibavVideo(const std::filesystem::path& path, const std::atomic<bool>* cancel) {
+    return new corvane::LibavVideo(path, cancel);
 }

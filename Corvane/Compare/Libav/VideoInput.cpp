@@ -42,6 +42,13 @@ Rate RateOf(AVRational rate) {
     return {static_cast<std::uint32_t>(rate.num), static_cast<std::uint32_t>(rate.den)};
 }
 
+/// The file's path. Throws what the system says if it can't be read: what libav's readers return as numbers
+/// of the system's errors need not be any.
+std::string Readable(std::string file) {
+    if (!FileDescriptor(file, O_RDONLY | O_NONBLOCK)) throw FileError::OfReading(errno);
+    return file;
+}
+
 bool IsPipe(const std::filesystem::path& path) {
     std::error_code error;
     return path == "-" || std::filesystem::is_fifo(path, error);
@@ -54,14 +61,15 @@ PixelAspect AspectOf(AVRational told, AVCodecID codec) {
     return {static_cast<std::uint32_t>(told.num), static_cast<std::uint32_t>(told.den)};
 }
 
-VideoInput::VideoInput(const std::filesystem::path& path, const LibavLog& log)
-    : mName(path == "-" ? "standard input" : path.string()), mLog(log) {
+VideoInput::VideoInput(const std::filesystem::path& path, const std::atomic<bool>* cancel,
+                       const LibavLog& log)
+    : mName(path == "-" ? "standard input" : path.string()), mCancel(cancel), mLog(log) {
     // Told that it is a file, libav takes no colon in its name for a protocol.
     try {
         if (IsPipe(path))
             OpenPipe(path);
         else
-            Open("file:" + FindFile(path));
+            Open("file:" + Readable(FindFile(path)));
     } catch (const FileError& error) {
         Fail(fmt::format("{}; {}", error.what(),
                          error.GetRemedy().empty() ? kRemedy : error.GetRemedy().c_str()));
@@ -87,7 +95,8 @@ std::string VideoInput::FindFile(const std::filesystem::path& path) {
 }
 
 void VideoInput::OpenPipe(const std::filesystem::path& path) {
-    mPipe = path == "-" ? FileDescriptor(::dup(STDIN_FILENO)) : FileDescriptor(path, O_RDONLY);
+    // Opening a named pipe otherwise waits for who writes, whatever becomes of `mCancel`.
+    mPipe = path == "-" ? FileDescriptor(::dup(STDIN_FILENO)) : FileDescriptor(path, O_RDONLY | O_NONBLOCK);
     if (!mPipe) throw FileError::OfReading(errno);
     constexpr int kBuffer = 1 << 16;
     auto* const buffer = static_cast<unsigned char*>(av_malloc(kBuffer));
@@ -104,7 +113,7 @@ int VideoInput::ReadPipe(void* self, std::uint8_t* bytes, int size) {
     const auto& input = *static_cast<const VideoInput*>(self);
     constexpr int kWaitMilliseconds = 50;
     pollfd ready{input.mPipe.Get(), POLLIN, 0};
-    while (!input.mStopped) {
+    while (!input.IsStopped()) {
         const int count = ::poll(&ready, 1, kWaitMilliseconds);
         if (count == 0 || (count < 0 && errno == EINTR)) continue;
         const ssize_t got = ::read(input.mPipe.Get(), bytes, static_cast<std::size_t>(size));
@@ -121,13 +130,13 @@ void VideoInput::Open(const std::string& url) {
     AVFormatContext* context = avformat_alloc_context();
     if (context == nullptr) throw std::bad_alloc();
     context->pb = mPipeIO.get();
+    context->interrupt_callback = {AskStopped, this};
     const int result = WithMemory(avformat_open_input(&context, url.c_str(), nullptr, options.Get()));
     mContext.reset(context);
-    if (result == AVERROR_INVALIDDATA || result == AVERROR_EOF)
+    if (result < 0 && IsStopped()) Fail("it was cancelled before there was a picture");
+    if (result < 0)
         Fail(fmt::format("this is no video that libav knows, or not all of it ({}); {}", mLog.Reason(result),
                          kRemedy));
-    if (result < 0 && result > -4096) throw FileError::OfReading(AVUNERROR(result));
-    if (result < 0) Fail(fmt::format("it can't be read ({}); {}", mLog.Reason(result), kRemedy));
     WithMemory(avformat_find_stream_info(context, nullptr));
 }
 
@@ -153,9 +162,10 @@ VideoFacts VideoInput::Facts() const {
     const AVRational aspect = av_guess_sample_aspect_ratio(mContext.get(), mStream, nullptr);
     if (aspect.num > 0 && aspect.den > 0) facts.aspect = AspectOf(aspect, codec.codec_id);
     facts.order = OrderOf(codec.field_order);
-    facts.tags = {codec.color_space, codec.color_primaries, codec.color_trc, std::nullopt};
-    if (codec.color_range != AVCOL_RANGE_UNSPECIFIED)
-        facts.tags.fullRange = codec.color_range == AVCOL_RANGE_JPEG;
+    facts.tags = {NumberOf(codec.color_space), NumberOf(codec.color_primaries), NumberOf(codec.color_trc),
+                  std::nullopt};
+    if (const int range = NumberOf(codec.color_range); range != AVCOL_RANGE_UNSPECIFIED)
+        facts.tags.fullRange = range == AVCOL_RANGE_JPEG;
     if (mSequence) {
         facts.container = "image2";
         facts.pictures = std::ssize(mSequence->numbers);
@@ -178,7 +188,7 @@ bool VideoInput::Next(AVPacket& packet) {
         const int result = WithMemory(av_read_frame(mContext.get(), &packet));
         if (result == AVERROR(EAGAIN)) continue;
         if (result < 0) {
-            if (result != AVERROR_EOF) mWhyCut = LibavMessage(result);
+            if (result != AVERROR_EOF && !IsStopped()) mWhyCut = LibavMessage(result);
             return false;
         }
         if (packet.stream_index == mStream->index) break;

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -19,13 +20,24 @@ namespace corvane {
 /// meter across and down for it, which is the reverse. Any thread.
 PixelAspect AspectOf(AVRational told, AVCodecID codec);
 
+/// The number of a value of libav's, which may be none that its type has if a file says so: C++ must not read
+/// it as that type then. Any thread.
+template <class Value>
+int NumberOf(const Value& value) {
+    static_assert(sizeof(Value) == sizeof(int));
+    int number;
+    std::memcpy(&number, &value, sizeof number);
+    return number;
+}
+
 /// The packets of a video stream: of a container, of standard input, or of the files of a numbered sequence,
 /// each of which is one packet. One thread at a time.
 class VideoInput {
   public:
-    /// Opens what `path` names and finds the video in it. `log` outlives the input. Throws `Failure` if there
-    /// is none that could be decoded, and `std::bad_alloc`.
-    VideoInput(const std::filesystem::path& path, const LibavLog& log);
+    /// Opens what `path` names and finds the video in it. `cancel`, which may be null, ends the wait for a
+    /// pipe when it becomes true; it and `log` outlive the input. Throws `Failure` if there is none that
+    /// could be decoded, and `std::bad_alloc`.
+    VideoInput(const std::filesystem::path& path, const std::atomic<bool>* cancel, const LibavLog& log);
 
     /// The stream, with what its decoder has to know.
     const AVStream& Stream() const { return *mStream; }
@@ -60,8 +72,11 @@ class VideoInput {
         }
     };
 
+    bool IsStopped() const { return mStopped || (mCancel != nullptr && *mCancel); }
     // What libav calls to read a pipe: its own way would not end while nobody writes.
     static int ReadPipe(void* self, std::uint8_t* bytes, int size);
+    // What libav calls to ask whether to give up.
+    static int AskStopped(void* self) { return static_cast<const VideoInput*>(self)->IsStopped(); }
     std::string FindFile(const std::filesystem::path& path);
     void OpenPipe(const std::filesystem::path& path);
     void Open(const std::string& url);
@@ -69,6 +84,7 @@ class VideoInput {
     bool NextOfSequence(AVPacket& packet);
 
     const std::string mName;
+    const std::atomic<bool>* const mCancel; // null if nobody cancels
     const LibavLog& mLog;
     std::unique_ptr<Sequence> mSequence; // none for containers
     std::atomic<bool> mStopped{false};

@@ -6,7 +6,7 @@ extern "C" __attribute__((visibility("default"))) void
 CorvaneCompareClip(const corvane::Clip& clip, const std::filesystem::path& video,
                    const corvane::CompareOptions& options, const corvane::CompareProgress& progress,
                    const std::atomic<bool>& cancel, corvane::CompareReport& report) {
-    report = corvane::CompareClip(clip, *corvane::OpenVideo(video), options, progress, cancel);
+    report = corvane::CompareClip(clip, *corvane::OpenVideo(video, &cancel), options, progress, cancel);
 }
 
 /// The other one.

@@ -75,7 +75,7 @@ void CompareJob::Work() {
     QString why;
     try {
         RefusePipe(mVideo);
-        const std::unique_ptr<Video> video = OpenVideo(mVideo);
+        const std::unique_ptr<Video> video = OpenVideo(mVideo, &mCancel);
         auto report =
             std::make_shared<const CompareReport>(CompareClip(*mClip, *video, options, progress, mCancel));
         auto pictures = keeper.Finish(report->framesCompared);

@@ -116,6 +116,13 @@ TEST(NumberReader, TellsFieldsOfTwoFramesFromABlendOfThem) {
     const NumberReading fields = reader.Read(LumaPicture(woven).View());
     EXPECT_EQ(fields.field[0].number, 417);
     EXPECT_EQ(fields.field[1].number, 418);
+    std::vector<std::uint32_t> flipped;
+    for (std::size_t row = kSize.height; row-- > 0;)
+        flipped.insert(flipped.end(), woven.begin() + std::ptrdiff_t(row * kSize.width),
+                       woven.begin() + std::ptrdiff_t((row + 1) * kSize.width));
+    const NumberReading turned = NumberReader(kSize).Read(LumaPicture(flipped).View());
+    EXPECT_EQ(turned.field[0].number, 418);
+    EXPECT_EQ(turned.field[1].number, 417);
     EXPECT_FALSE(fields.whole.number || fields.whole.blended);
     FrameReading reading;
     NoteNumbers(fields, reading);

@@ -35,6 +35,9 @@ struct Shown {
     double rate = 25;           // of pictures, in milliseconds
     double lower = 0;           // what odd rows are behind
     int late = -1;              // a picture that comes 7 ms late
+    std::int64_t duration = 0;  // as the video tells it, in milliseconds; 0 if it does not
+    std::uint32_t told = 0;     // the rate as the video tells it; 0 if it does not
+    bool leavesTime = false;    // frames that are missing leave their time free
 };
 
 std::string FindingsOf(const Shown& shown) {
@@ -43,10 +46,12 @@ std::string FindingsOf(const Shown& shown) {
                         .ticksPerFrame = lummediatypes::kTicksPerSecond / 25,
                         .video = {}};
     facts.video.timeBase = {1, 1000};
+    if (shown.duration != 0) facts.video.duration = shown.duration;
+    if (shown.told != 0) facts.video.averageRate = {shown.told, 1};
     Timeline timeline(facts);
     FrameReading reading;
     for (const double frame : shown.frames) {
-        const auto at = static_cast<double>(reading.picture);
+        const double at = shown.leavesTime ? frame : static_cast<double>(reading.picture);
         reading.time = std::llround(at * 1000 / shown.rate) + (reading.picture == shown.late ? 7 : 0);
         reading.foreign = frame == kForeign;
         reading.frame = {};
@@ -102,6 +107,12 @@ TEST(Timeline, OneCauseGivesOneFinding) {
         {{all, 24}, "time.rate"},
         {{all, 30}, "time.rate"},
         {{all, 25, 0, 17}, "time.jitter"},
+        {{all, 25.01}, ""}, // no more than rounding can make of it
+        {{all, 25, 0, -1, 1620}, ""},
+        {{all, 25, 0, -1, 1800}, "time.duration"},
+        {{all, 25, 0, -1, 0, 50}, ""}, // of fields
+        {{all, 25, 0, -1, 0, 30}, "tags.rate"},
+        {{Frames(0, 9) + Frames(13, 39), 25, 0, -1, 0, 0, true}, "frames.missing frames 10 to 12"},
     };
     for (const auto& [shown, findings] : kRows) EXPECT_EQ(FindingsOf(shown), findings);
 }
