@@ -4,10 +4,7 @@
 #include <locale>
 #include <memory>
 #include <string>
-#include <thread>
 #include <utility>
-
-#include <sched.h>
 
 #include <boost/algorithm/string/case_conv.hpp>
 #include <fmt/format.h>
@@ -17,12 +14,14 @@
 #include "Export/Files/OutputFile.h"
 #include "Export/Picture/StreamFacts.h"
 #include "Export/Targets/ExportKinds.h"
+#include "Export/Targets/HashingTarget.h"
 #include "Export/Targets/LibavLoader.h"
 #include "Export/Targets/PngTarget.h"
 #include "Export/Targets/RawTarget.h"
 #include "Export/Targets/Y4mTarget.h"
 #include "FreeMemory.h"
 #include "Pipeline.h"
+#include "Processors.h"
 
 namespace corvane {
 namespace {
@@ -65,13 +64,6 @@ Range RangeOf(const Clip& clip, const ExportOptions& options, bool single) {
             fmt::format("{} can hold one frame; put a number into the name, such as {}%05d.png",
                         options.output.string(), options.output.stem().string()));
     return {first, last};
-}
-
-unsigned Processors() {
-    cpu_set_t allowed;
-    if (sched_getaffinity(0, sizeof allowed, &allowed) == 0)
-        return static_cast<unsigned>(CPU_COUNT(&allowed));
-    return std::max(1u, std::thread::hardware_concurrency());
 }
 
 // A thread has a frame and the picture that it makes of it, and another picture waits for its turn.
@@ -127,7 +119,8 @@ ExportPreview PreviewExport(const Clip& clip, const ExportOptions& options) {
         std::string reason = failure.what();
         if (const std::string start = fmt::format("{}: ", kNowhere); reason.starts_with(start))
             reason.erase(0, start.size());
-        return {std::move(reason), false};
+        const bool wrongUsage = dynamic_cast<const UsageFailure*>(&failure) != nullptr;
+        return {std::move(reason), false, wrongUsage};
     }
 }
 
@@ -150,12 +143,19 @@ ExportReport ExportClip(const Clip& clip, const ExportOptions& options, const Ex
         const FrameView view = frame.View();
         return RenderedFrame{view, std::move(frame)};
     };
+    // Interlaced frames have numbers.
+    HashingTarget hashing(*target, !facts.Interlaced());
+    Target& used = options.hashFrames ? static_cast<Target&>(hashing) : *target;
     ExportReport report;
-    report.frames = RunPipeline(render, *target, range.first, range.last, JobsOf(options, facts, *target),
-                                progress, cancel);
+    report.frames =
+        RunPipeline(render, used, range.first, range.last, JobsOf(options, facts, *target), progress, cancel);
     report.cancelled = report.frames < total;
     if (report.cancelled) return report;
     report.losesAlpha = LosesAlpha(clip, facts, *target);
+    target->Complete();
+    report.frameHashes = hashing.TakeHashes();
+    report.pixels = target->PixelsName();
+    if (options.beforeNaming) options.beforeNaming(clip, report, target->WorkingPaths());
     report.lost = target->Finish();
     report.bytes = target->BytesWritten();
     return report;

@@ -1,5 +1,15 @@
 #include <algorithm>
+#include <cstdint>
+#include <new>
 
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/md5.h>
+#include <libavutil/mem.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include "Export/Targets/ContentHash.h"
 #include "LibavEncoder.h"
 #include "LibavMuxer.h"
 
@@ -47,10 +57,14 @@ class LibavTarget final : public Target {
         mEncoder.Encode(&picture, mToMuxer);
     }
 
-    std::string Finish() override {
+    void Complete() override {
         mEncoder.Encode(nullptr, mToMuxer);
-        return mMuxer.Finish();
+        mMuxer.Complete();
     }
+
+    std::vector<std::filesystem::path> WorkingPaths() const override { return {mMuxer.WorkingPath()}; }
+
+    std::string Finish() override { return mMuxer.Finish(); }
 
     bool KeepsAlpha() const override { return HasAlpha(mEncoder.Context().pix_fmt); }
 
@@ -64,6 +78,23 @@ class LibavTarget final : public Target {
     }
 
     std::uint64_t BytesWritten() const override { return mMuxer.BytesWritten(); }
+
+    Planes PlanesOf(const FrameView&, Packet& packet) const override {
+        const AVFrame& picture = *static_cast<PicturePacket&>(packet).picture;
+        const auto format = static_cast<AVPixelFormat>(picture.format);
+        Planes planes;
+        for (int i = 0; i < av_pix_fmt_count_planes(format); ++i) {
+            const int shift = i == 1 || i == 2 ? av_pix_fmt_desc_get(format)->log2_chroma_h : 0;
+            planes.push_back(
+                {.first = reinterpret_cast<const std::byte*>(picture.data[i]),
+                 .stride = picture.linesize[i],
+                 .rowBytes = static_cast<std::size_t>(av_image_get_linesize(format, picture.width, i)),
+                 .rows = static_cast<std::uint32_t>(AV_CEIL_RSHIFT(picture.height, shift))});
+        }
+        return planes;
+    }
+
+    std::string PixelsName() const override { return av_get_pix_fmt_name(mEncoder.Context().pix_fmt); }
 
   private:
     const LibavLog mLog;
@@ -82,4 +113,15 @@ class LibavTarget final : public Target {
 extern "C" __attribute__((visibility("default"))) corvane::Target*
 CorvaneMakeLibavTarget(const corvane::LibavRequest& request) {
     return new corvane::LibavTarget(request);
+}
+
+/// Another one; see `ContentHash.h`.
+extern "C" __attribute__((visibility("default"))) void
+CorvaneHashContent(const corvane::ContentSource& source, corvane::ContentHash& hash) {
+    const std::unique_ptr<AVMD5, void (*)(void*)> state(av_md5_alloc(), av_free);
+    if (!state) throw std::bad_alloc();
+    av_md5_init(state.get());
+    for (auto piece = source(); !piece.empty(); piece = source())
+        av_md5_update(state.get(), reinterpret_cast<const std::uint8_t*>(piece.data()), piece.size());
+    av_md5_final(state.get(), reinterpret_cast<std::uint8_t*>(hash.data()));
 }

@@ -70,6 +70,7 @@ class RawTarget final : public Target {
                 mFile.Write({raw.frame.At(0, y), mRowBytes});
     }
 
+    std::vector<std::filesystem::path> WorkingPaths() const override { return {mFile.WorkingPath()}; }
     std::string Finish() override { return mFile.Commit(); }
     bool KeepsFrames() const override { return mAsDelivered; }
     // A frame in the cache of the thread that made it is written sooner than a second thread makes another;
@@ -78,6 +79,17 @@ class RawTarget final : public Target {
         return !mAsDelivered ? jobs : mFile.IsPipe() ? std::min(jobs, 2u) : 1;
     }
     std::uint64_t BytesWritten() const override { return mFile.BytesWritten(); }
+
+    Planes PlanesOf(const FrameView&, Packet& packet) const override {
+        const auto& raw = static_cast<RawPacket&>(packet);
+        if (mAsDelivered) return {{raw.frame.pixels, raw.frame.rowBytes, mRowBytes, mFacts.size.height}};
+        return {
+            {raw.converted.data(), static_cast<std::ptrdiff_t>(mRowBytes), mRowBytes, mFacts.size.height}};
+    }
+    std::string PixelsName() const override {
+        if (!mAsDelivered || IsAsDelivered(mFacts)) return mFormat.bits == 16 ? "rgba64le" : "bgra";
+        return std::string(FindPixelFormatOf(mFacts.raster)->name);
+    }
 
   private:
     const StreamFacts mFacts;

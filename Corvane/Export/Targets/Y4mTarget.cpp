@@ -19,7 +19,8 @@ constexpr std::string_view kFrameMark = "FRAME\n";
 
 struct Sampling {
     PlanarFormat planes;
-    std::string tag; // after the letter C
+    std::string tag;    // after the letter C
+    std::string pixels; // what libav calls them
 };
 
 Sampling ParseSampling(const std::string& name, const StreamFacts& facts) {
@@ -40,9 +41,12 @@ Sampling ParseSampling(const std::string& name, const StreamFacts& facts) {
                 planes.bits = bits;
                 planes.subsampleW = row.subsampleW;
                 planes.subsampleH = row.subsampleH;
-                if (bits > 8) return {planes, fmt::format("{}p{}", row.name, bits)};
+                if (bits > 8)
+                    return {planes, fmt::format("{}p{}", row.name, bits),
+                            fmt::format("yuv{}p{}le", row.name, bits)};
                 // The plain tag of 8-bit 4:2:0 would mean chroma in the center.
-                return {planes, row.name == "420" ? "420mpeg2" : std::string(row.name)};
+                return {planes, row.name == "420" ? "420mpeg2" : std::string(row.name),
+                        fmt::format("yuv{}p", row.name)};
             }
     throw UsageFailure(fmt::format(
         "y4m has no codec {}; choose 420, 422 or 444, or one with its bits such as 422p10", name));
@@ -79,7 +83,7 @@ struct Y4mPacket final : Packet {
 class Y4mTarget final : public Target {
   public:
     Y4mTarget(const std::filesystem::path& path, const Sampling& sampling, const StreamFacts& facts)
-        : mFacts(facts), mPlanes(sampling.planes), mFile(path) {
+        : mFacts(facts), mPlanes(sampling.planes), mPixels(sampling.pixels), mFile(path) {
         const std::string header = HeaderOf(facts, sampling.tag);
         mFile.Write(std::as_bytes(std::span(header)));
     }
@@ -98,13 +102,21 @@ class Y4mTarget final : public Target {
     }
 
     void Consume(Packet& packet) override { mFile.Write(static_cast<Y4mPacket&>(packet).bytes); }
+    std::vector<std::filesystem::path> WorkingPaths() const override { return {mFile.WorkingPath()}; }
     std::string Finish() override { return mFile.Commit(); }
     bool KeepsAlpha() const override { return false; }
     std::uint64_t BytesWritten() const override { return mFile.BytesWritten(); }
 
+    Planes PlanesOf(const FrameView&, Packet& packet) const override {
+        const auto picture = std::span(static_cast<Y4mPacket&>(packet).bytes).subspan(kFrameMark.size());
+        return {{picture.data(), std::ssize(picture), picture.size(), 1}};
+    }
+    std::string PixelsName() const override { return mPixels; }
+
   private:
     const StreamFacts mFacts;
     const PlanarFormat mPlanes;
+    const std::string mPixels;
     OutputFile mFile;
 };
 
