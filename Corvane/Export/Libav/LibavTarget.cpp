@@ -9,9 +9,13 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
+#include <fmt/format.h>
+
+#include "Export/Files/PartFile.h"
 #include "Export/Targets/ContentHash.h"
 #include "LibavEncoder.h"
 #include "LibavMuxer.h"
+#include "LibavPart.h"
 
 namespace corvane {
 namespace {
@@ -78,6 +82,31 @@ class LibavTarget final : public Target {
     }
 
     std::uint64_t BytesWritten() const override { return mMuxer.BytesWritten(); }
+
+    // Frames of most of these codecs don't depend on each other, and those of FFV1 on none before a key
+    // frame, which comes after the same number of frames each time.
+    std::int64_t PartFrames() const override {
+        const AVCodecContext& encoder = mEncoder.Context();
+        if (av_find_input_format(mContainer.name) == nullptr) return 0; // nobody could read the parts
+        if (encoder.codec_id == AV_CODEC_ID_FFV1) return std::max(encoder.gop_size, 1);
+        return (avcodec_descriptor_get(encoder.codec_id)->props & AV_CODEC_PROP_INTRA_ONLY) != 0 ? 1 : 0;
+    }
+
+    bool Append(const std::filesystem::path& part, std::int64_t frames,
+                const std::atomic<bool>& cancel) override {
+        LibavPart packets(part, mEncoder.Context(), mLog);
+        const std::unique_ptr<AVPacket, LibavFree> packet(av_packet_alloc());
+        if (!packet) throw std::bad_alloc();
+        std::int64_t found = 0;
+        for (; !cancel && packets.Next(*packet); ++found) {
+            packet->pts = packet->dts = mNext++;
+            packet->duration = 1;
+            mMuxer.Write(*packet);
+        }
+        if (!cancel && found != frames)
+            throw PartFailure(part, fmt::format("it holds {} frames and not {}", found, frames));
+        return !cancel;
+    }
 
     Planes PlanesOf(const FrameView&, Packet& packet) const override {
         const AVFrame& picture = *static_cast<PicturePacket&>(packet).picture;

@@ -53,6 +53,9 @@ class PngTarget final : public Target {
 
     std::uint64_t BytesWritten() const override { return mWritten; }
 
+    // Parts of a series write their own pictures of it: there is nothing to append.
+    std::int64_t PartFrames() const override { return mSeries ? 1 : 0; }
+
     Planes PlanesOf(const FrameView& frame, Packet& packet) const override {
         auto& png = static_cast<PngPacket&>(packet);
         png.encoder.ReadPixels(frame, png.pixels);

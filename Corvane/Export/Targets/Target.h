@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -60,6 +61,18 @@ class Target {
     virtual unsigned UsefulJobs(unsigned jobs) const { return jobs; }
     /// Bytes written so far, all files together. To be asked between calls of `Consume`, or after `Finish`.
     virtual std::uint64_t BytesWritten() const = 0;
+
+    /// How many frames lie between those at which a part of the output may begin that is exported by itself,
+    /// so that the parts can be put together without encoding again; 0 if they can't.
+    virtual std::int64_t PartFrames() const { return 0; }
+    /// Takes over the frames of a part, which a target of the same kind wrote from a frame that is a multiple
+    /// of `PartFrames`, as they are encoded. Called in place of `Consume`, for each part in order. Returns
+    /// false as soon as `cancel` is set. Throws `Failure`, which names the part, if that does not hold
+    /// `frames` frames of the kind.
+    virtual bool Append(const std::filesystem::path& /*part*/, std::int64_t /*frames*/,
+                        const std::atomic<bool>& /*cancel*/) {
+        return false;
+    }
 
     /// The picture that was just prepared from `frame`, as decoders of the output give it, if they lose
     /// nothing. Valid until the packet's next use. Called like `Prepare`. Empty if there is nothing to

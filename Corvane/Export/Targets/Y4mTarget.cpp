@@ -10,6 +10,7 @@
 
 #include "Engine/Failure.h"
 #include "Export/Files/OutputFile.h"
+#include "Export/Files/PartFile.h"
 #include "Export/Picture/PictureConverter.h"
 
 namespace corvane {
@@ -83,17 +84,13 @@ struct Y4mPacket final : Packet {
 class Y4mTarget final : public Target {
   public:
     Y4mTarget(const std::filesystem::path& path, const Sampling& sampling, const StreamFacts& facts)
-        : mFacts(facts), mPlanes(sampling.planes), mPixels(sampling.pixels), mFile(path) {
-        const std::string header = HeaderOf(facts, sampling.tag);
-        mFile.Write(std::as_bytes(std::span(header)));
+        : mFacts(facts), mPlanes(sampling.planes), mPixels(sampling.pixels),
+          mHeader(HeaderOf(facts, sampling.tag)), mFile(path) {
+        mFile.Write(std::as_bytes(std::span(mHeader)));
     }
 
     std::unique_ptr<Packet> NewPacket() override {
-        std::size_t size = 0;
-        for (int plane = 0; plane < 3; ++plane)
-            size += std::size_t{mPlanes.PlaneWidth(plane, mFacts.size.width)} *
-                    mPlanes.PlaneHeight(plane, mFacts.size.height) * mPlanes.SampleBytes();
-        return std::make_unique<Y4mPacket>(mFacts, mPlanes, size);
+        return std::make_unique<Y4mPacket>(mFacts, mPlanes, PictureBytes());
     }
 
     void Prepare(const FrameView& frame, std::int64_t, Packet& packet) override {
@@ -107,6 +104,14 @@ class Y4mTarget final : public Target {
     bool KeepsAlpha() const override { return false; }
     std::uint64_t BytesWritten() const override { return mFile.BytesWritten(); }
 
+    std::int64_t PartFrames() const override { return 1; }
+    bool Append(const std::filesystem::path& part, std::int64_t frames,
+                const std::atomic<bool>& cancel) override {
+        return AppendPart(part, std::as_bytes(std::span(mHeader)),
+                          static_cast<std::uint64_t>(frames) * (kFrameMark.size() + PictureBytes()), mFile,
+                          cancel);
+    }
+
     Planes PlanesOf(const FrameView&, Packet& packet) const override {
         const auto picture = std::span(static_cast<Y4mPacket&>(packet).bytes).subspan(kFrameMark.size());
         return {{picture.data(), std::ssize(picture), picture.size(), 1}};
@@ -114,9 +119,18 @@ class Y4mTarget final : public Target {
     std::string PixelsName() const override { return mPixels; }
 
   private:
+    std::size_t PictureBytes() const {
+        std::size_t size = 0;
+        for (int plane = 0; plane < 3; ++plane)
+            size += std::size_t{mPlanes.PlaneWidth(plane, mFacts.size.width)} *
+                    mPlanes.PlaneHeight(plane, mFacts.size.height) * mPlanes.SampleBytes();
+        return size;
+    }
+
     const StreamFacts mFacts;
     const PlanarFormat mPlanes;
     const std::string mPixels;
+    const std::string mHeader;
     OutputFile mFile;
 };
 
