@@ -66,10 +66,10 @@ void PrintReport(const SweepReport& report, bool json, bool quiet) {
     else if (!quiet)
         PrintLine(fmt::format("{}: {} of {} members, {} of them made now", report.manifest.string(),
                               report.made + report.kept, report.members, report.made));
-    if (report.failed.size() > 1) {
-        PrintError(fmt::format("{} members could not be made:", report.failed.size()));
-        for (const std::string& sentence : report.failed) PrintError(sentence);
-    }
+    // Each was told at once, with its reason.
+    if (report.failed.size() > 1)
+        PrintError(fmt::format("{} of {} members could not be made, as said above", report.failed.size(),
+                               report.members));
     if (!report.stopped.empty()) PrintError(report.stopped);
 }
 

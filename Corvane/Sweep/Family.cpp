@@ -154,9 +154,9 @@ Member Family::At(std::int64_t number) const {
     for (const std::size_t axis : mOrder)
         Read(*mRows[axis], mPlan.axes[axis].values[ValueOf(axis, number)], member.spec);
     std::string name = SafeName(member.spec.name);
-    for (const AxisRow* const row : mRows) {
-        member.words.push_back(row->write(member.spec));
-        if (row->ofClip) name += '-' + SafeName(member.words.back());
+    for (std::size_t i = 0; i < mRows.size(); ++i) {
+        member.words.push_back(mRows[i]->write(member.spec));
+        if (mRows[i]->ofClip && mPlan.axes[i].values.size() > 1) name += '-' + SafeName(member.words.back());
     }
     member.output = mName.For(member.spec);
     member.settingsFile = name + ".synthex";

@@ -74,16 +74,21 @@ bool HasContent(const std::vector<fs::path>& files, const MadeMember& made) {
 } // namespace
 
 Manifest::Manifest(const Family& family, bool gathers)
-    : mFamily(family), mEntries(family.Folder() / kEntriesName),
+    : mFamily(family), mGathers(gathers), mEntries(family.Folder() / kEntriesName),
       mMade(static_cast<std::size_t>(family.Count()), char{0}) {
     MakeFolder(family.Folder());
-    Lock(gathers);
+    Lock();
     ReadOlder();
 }
 
-Manifest::~Manifest() = default;
+Manifest::~Manifest() {
+    if (!mGathers) return;
+    std::error_code error;
+    fs::remove(mEntries / kLockName, error);
+    fs::remove(mEntries, error); // if it is empty
+}
 
-void Manifest::Lock(bool alone) {
+void Manifest::Lock() {
     const fs::path file = mEntries / kLockName;
     for (;;) {
         MakeFolder(mEntries);
@@ -92,7 +97,7 @@ void Manifest::Lock(bool alone) {
         if (!mLock)
             throw Failure(fmt::format("{}: this folder may not be written to ({}); choose another place",
                                       mEntries.string(), std::generic_category().message(errno)));
-        if (::flock(mLock.Get(), (alone ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        if (::flock(mLock.Get(), (mGathers ? LOCK_EX : LOCK_SH) | LOCK_NB) != 0 && errno == EWOULDBLOCK)
             throw Failure(
                 fmt::format("{}: another sweep is at work in this folder; wait until it ends, or choose "
                             "another one",
@@ -205,8 +210,6 @@ void Manifest::RemoveEntries() {
     for (const auto& entry : fs::directory_iterator(mEntries, error)) {
         if (entry.path().filename() != kLockName) fs::remove(entry.path(), error);
     }
-    fs::remove(mEntries / kLockName, error);
-    fs::remove(mEntries, error);
 }
 
 } // namespace corvane

@@ -60,12 +60,13 @@ class Manifest {
         std::int64_t size = 0;
     };
 
-    void Lock(bool alone);
+    void Lock();
     void ReadOlder();
     std::filesystem::path EntryOf(const Member& member, const char* suffix) const;
     std::optional<std::string> LineOf(const Member& member) const;
 
     const Family& mFamily;
+    const bool mGathers;
     const std::filesystem::path mEntries;
     FileDescriptor mLock;
     FileDescriptor mOlder;                         // the manifest that was there

@@ -245,6 +245,11 @@ class Run {
 
 SweepReport RunSweep(const Family& family, const std::shared_ptr<Bundle>& bundle, const SweepOptions& options,
                      const SweepListener& listener, const std::atomic<bool>& cancel) {
+    const std::int64_t most = family.Count() - 1;
+    const auto [first, last] = options.only.value_or(std::pair(std::int64_t{0}, most));
+    if (first < 0 || first > last || last > most)
+        throw UsageFailure(
+            fmt::format("members {}:{} are not in the family; choose from 0:{}", first, last, most));
     return Run(family, options, listener, cancel).Make(bundle);
 }
 
