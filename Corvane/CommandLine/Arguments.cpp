@@ -187,6 +187,26 @@ std::vector<CLI::Option*> AddPlanOptions(CLI::App& command, Plan& plan) {
         command.add_flag("--zip", plan.zip, "First values with first values, instead of all combinations")};
 }
 
+void AddSlurmOptions(CLI::App& command, SweepRequest& request) {
+    CLI::Option* const slurm =
+        command.add_flag("--slurm", request.slurm,
+                         "Make the members by a job array of Slurm, with sbatch's options behind --");
+    command.add_flag("--detach", request.slurmOptions.detach, "Return when the job is submitted")
+        ->needs(slurm);
+    AddNumber(command, "--task-seconds", "What a task takes at least (default: 60)", CLI::Range(0.0, 1e6),
+              [&request](double seconds) { request.slurmOptions.taskSeconds = seconds; })
+        ->needs(slurm);
+    command
+        .add_option("--sbatch", request.slurmOptions.sbatch,
+                    "An option of sbatch; the same as to write it behind --")
+        ->type_name("OPTION")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->needs(slurm);
+    for (const char* const other : {"--only", "--jobs", "--list", "--check", "--save-plan"})
+        slurm->excludes(command.get_option(other));
+}
+
 void AddSweepOptions(CLI::App& command, SweepRequest& request) {
     auto plan = AddPlanOptions(command, request.plan);
     CLI::Option* const file =
@@ -213,6 +233,7 @@ void AddSweepOptions(CLI::App& command, SweepRequest& request) {
     command.add_option("--jobs", request.options.jobs, "Members to make at once (default: one a processor)")
         ->type_name("N")
         ->check(CLI::Range(1, 512));
+    AddSlurmOptions(command, request);
     command.add_flag("--json", request.json, "JSON instead of a table and sentences");
     command.add_flag("--quiet", request.quiet, "No progress bar, and no word about what was made");
 }
@@ -295,6 +316,17 @@ void AddMakeChecksOptions(CLI::App& command, ChecksRequest& request) {
     command.add_option("BUNDLE", request.bundle)->required();
 }
 
+/// The arguments, of which those behind `--slurm ... --` are options of `--sbatch`.
+std::vector<std::string> WithBatchOptions(std::span<const char* const> arguments) {
+    std::vector<std::string> words(arguments.begin(), arguments.end());
+    const auto slurm = std::ranges::find(words, "--slurm");
+    const auto mark = std::find(slurm, words.end(), "--");
+    if (mark == words.end()) return words;
+    for (std::string& option : std::span(mark + 1, words.end())) option.insert(0, "--sbatch=");
+    words.erase(mark);
+    return words;
+}
+
 /// The program's arguments: declared, then read.
 class Arguments {
   public:
@@ -328,8 +360,11 @@ class Arguments {
         else
             for (const Subcommand& subcommand : mSubcommands)
                 subcommand.declare(std::ranges::find(arguments, subcommand.name) != arguments.end());
+        const std::vector<std::string> words = WithBatchOptions(arguments);
+        std::vector<const char*> pointers;
+        for (const std::string& word : words) pointers.push_back(word.c_str());
         try {
-            mApp.parse(argc, argv);
+            mApp.parse(static_cast<int>(pointers.size()), pointers.data());
         } catch (const CLI::ParseError& error) {
             return Answer(error);
         }

@@ -10,6 +10,7 @@
 #include "Engine/Preferences.h"
 #include "Export/Export.h"
 #include "Sweep/Plan.h"
+#include "Sweep/Slurm.h"
 #include "Sweep/Sweep.h"
 #include "Validate/Checks.h"
 
@@ -69,6 +70,8 @@ struct SweepRequest {
     std::filesystem::path check;    ///< a manifest to check instead of making a family; empty: none
     bool list = false;              ///< say what the members are and make nothing
     SweepOptions options;
+    bool slurm = false; ///< make the members by a job array, as below
+    SlurmOptions slurmOptions;
     bool json = false;
     bool quiet = false; ///< no progress, and no word about what was made
 };

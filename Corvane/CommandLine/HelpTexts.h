@@ -67,6 +67,8 @@ inline constexpr char kSweepExamples[] =
   synthex sweep --plan family.json             the same from a file
   synthex sweep --plan family.json --only 0:99 a part of it, as a cluster's task
   synthex sweep --check out/manifest.json      is all there and unchanged?
+  synthex sweep --plan family.json --slurm -- --partition=long --time=4:00:00
+                                               on a cluster, as one job array
 
 Axes: name, size (WxH), par (N:D), rate (N/D), fields (progressive, upper,
 lower), format (bgra ...: 'synthex formats'), mode (colors, gradient), upper,

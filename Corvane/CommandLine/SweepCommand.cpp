@@ -66,11 +66,17 @@ void PrintReport(const SweepReport& report, bool json, bool quiet) {
     else if (!quiet)
         PrintLine(fmt::format("{}: {} of {} members, {} of them made now", report.manifest.string(),
                               report.made + report.kept, report.members, report.made));
-    // Each was told at once, with its reason.
-    if (report.failed.size() > 1)
-        PrintError(fmt::format("{} of {} members could not be made, as said above", report.failed.size(),
-                               report.members));
     if (!report.stopped.empty()) PrintError(report.stopped);
+}
+
+int Tell(const SweepRequest& request, const SweepReport& report) {
+    PrintReport(report, request.json, request.quiet);
+    if (report.cancelled) {
+        PrintError(fmt::format("{}: the sweep was cancelled; run it again, and it goes on from here",
+                               report.manifest.string()));
+        return EndingSignal::ExitStatus();
+    }
+    return report.failed.empty() && report.stopped.empty() ? kExitDone : kExitFailed;
 }
 
 int Make(const SweepRequest& request, const Plan& plan, const SweepModule& module) {
@@ -87,13 +93,38 @@ int Make(const SweepRequest& request, const Plan& plan, const SweepModule& modul
             }};
         report = module.Run(plan, bundle, request.options, listener, EndingSignal::Cancelled());
     }
-    PrintReport(report, request.json, request.quiet);
-    if (report.cancelled) {
-        PrintError(fmt::format("{}: the sweep was cancelled; run it again, and it goes on from here",
-                               report.manifest.string()));
-        return EndingSignal::ExitStatus();
+    // Each was told at once, with its reason.
+    if (report.failed.size() > 1)
+        PrintError(fmt::format("{} of {} members could not be made, as said above", report.failed.size(),
+                               report.members));
+    return Tell(request, report);
+}
+
+int MakeBySlurm(const SweepRequest& request, const Plan& plan, const SweepModule& module) {
+    const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
+    EndingSignal::Take();
+    SweepReport report;
+    {
+        ProgressBar bar(!request.quiet);
+        const SweepListener listener{
+            [&](const SweepStatus& status) {
+                bar.Update(fmt::format("made {} of {} members", status.framesDone, status.framesTotal));
+            },
+            {}};
+        SlurmOptions options = request.slurmOptions;
+        options.bundle = request.bundle;
+        report = module.RunSlurm(plan, bundle, options, listener, EndingSignal::Cancelled());
     }
-    return report.failed.empty() && report.stopped.empty() ? kExitDone : kExitFailed;
+    for (const std::string& sentence : report.failed) PrintError(sentence);
+    if (report.job.empty()) return Tell(request, report);
+    if (request.json)
+        PrintJSON({{"job", report.job}});
+    else if (!request.quiet)
+        PrintLine(fmt::format(
+            "job {}: it goes on; run this again to wait for it and to gather the manifest, or end it "
+            "by scancel {}",
+            report.job, report.job));
+    return report.cancelled ? EndingSignal::ExitStatus() : kExitDone;
 }
 
 } // namespace
@@ -107,7 +138,7 @@ int RunSweep(const SweepRequest& request) {
         if (!request.quiet) PrintLine(SavedText(request.savePlan, lost));
         return kExitDone;
     }
-    if (!request.list) return Make(request, plan, module);
+    if (!request.list) return (request.slurm ? MakeBySlurm : Make)(request, plan, module);
     module.List(plan, std::make_shared<Bundle>(Bundle::Find(request.bundle)), request.json, Print);
     return kExitDone;
 }

@@ -14,8 +14,8 @@
 #include "Export/Files/OutputFile.h"
 #include "Export/FreeMemory.h"
 #include "Export/Processors.h"
-#include "Export/Targets/ExportKinds.h"
 #include "Manifest.h"
+#include "MemberExport.h"
 
 namespace corvane {
 namespace {
@@ -26,18 +26,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kGatherEvery(10);
 constexpr int kGatherShare = 20;
 constexpr std::chrono::milliseconds kLookEvery(100);
-
-// The codec with one thread: members run side by side, and some encoders write other bytes with other
-// threads, of which every machine has another number.
-std::string CodecWithThreads(const Member& member) {
-    std::string codec = member.spec.codec;
-    const std::string& container = member.spec.container;
-    const std::string suffix = member.output.extension().string();
-    const ExportKind* const kind = FindExportKind(container.empty() ? suffix.substr(1) : container);
-    if (kind != nullptr && kind->writer != ExportWriter::kLibav) return codec;
-    if (codec.empty() && kind != nullptr) codec = kind->codec;
-    return codec.empty() || codec.find(":threads=") != std::string::npos ? codec : codec + ":threads=1";
-}
 
 std::uint64_t BytesOfFrame(const Member& member) {
     constexpr std::uint64_t kLargestPixel = 16;
@@ -124,12 +112,9 @@ class Run {
         ExportJob job;
         job.name = (mFamily.Folder() / member.settingsFile).string();
         job.source.settings = WriteSettings(member.spec.settings);
-        job.options.output = mFamily.Folder() / member.output;
-        job.options.format = member.spec.container;
-        job.options.codec = CodecWithThreads(member);
+        job.options = ExportOf(mFamily, member);
         job.options.jobs = mThreads;
         job.options.memory = FreeMemory() / 2 / mAtOnce;
-        job.options.hashFrames = true;
         job.options.beforeNaming = [this, member](const Clip& clip, const ExportReport& report,
                                                   const std::vector<std::filesystem::path>& working) {
             mManifest.Announce(member, clip, report, working);

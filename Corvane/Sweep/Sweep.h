@@ -45,6 +45,7 @@ struct SweepReport {
     std::int64_t kept = 0;           ///< were made before
     std::vector<std::string> failed; ///< a sentence for each member that can't be made
     std::string stopped;             ///< why the rest was not tried, as a sentence; empty if all of it was
+    std::string job;                 ///< of the batch system, if it is still at work
     bool cancelled = false;
 };
 

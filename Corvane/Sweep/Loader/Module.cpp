@@ -18,6 +18,10 @@ class Module final : public SweepModule {
                     const SweepListener& listener, const std::atomic<bool>& cancel) const override {
         return RunSweep(OpenFamily(plan, bundle), bundle, options, listener, cancel);
     }
+    SweepReport RunSlurm(const Plan& plan, const std::shared_ptr<Bundle>& bundle, const SlurmOptions& options,
+                         const SweepListener& listener, const std::atomic<bool>& cancel) const override {
+        return RunSlurmSweep(OpenFamily(plan, bundle), plan, bundle, options, listener, cancel);
+    }
     CheckReport Check(const std::filesystem::path& manifest,
                       const std::function<void(std::int64_t done, std::int64_t total)>& progress,
                       const std::atomic<bool>& cancel) const override {

@@ -9,6 +9,7 @@
 
 #include "Sweep/Check.h"
 #include "Sweep/Plan.h"
+#include "Sweep/Slurm.h"
 #include "Sweep/Sweep.h"
 
 namespace corvane {
@@ -29,6 +30,10 @@ class SweepModule {
     virtual SweepReport Run(const Plan& plan, const std::shared_ptr<Bundle>& bundle,
                             const SweepOptions& options, const SweepListener& listener,
                             const std::atomic<bool>& cancel) const = 0;
+    /// `RunSlurmSweep` of the same.
+    virtual SweepReport RunSlurm(const Plan& plan, const std::shared_ptr<Bundle>& bundle,
+                                 const SlurmOptions& options, const SweepListener& listener,
+                                 const std::atomic<bool>& cancel) const = 0;
     /// `CheckManifest`.
     virtual CheckReport Check(const std::filesystem::path& manifest,
                               const std::function<void(std::int64_t done, std::int64_t total)>& progress,
