@@ -56,14 +56,13 @@ struct Made {
 };
 
 TEST(Sweep, HashesAreThoseOfAnyDecoder) {
-    const char* const kFormats = "format=bgra,bgrx,v210,BGra,BGrx,VUYA";
+    const char* const kFormats = "format=bgrx,BGra,VUYA";
     const std::pair<Arguments, const char*> kRows[] = {
-        {{"--codec", "ffv1,v210,ffv1:pix_fmt=yuv422p,ffv1:pix_fmt=bgr0"}, "{fields}-{format}.{codec}"},
+        {{"--codec", "ffv1,v210,ffv1:pix_fmt=bgr0"}, "{fields}-{format}.{codec}"},
         {{"--vary", "container=png,y4m", "--vary", "size=47x33"}, "{fields}-{format}.%d.{container}"}};
     for (const auto& [varied, name] : kRows) {
         const Made made(varied, name);
         ASSERT_EQ(made.Run({"--vary", kFormats, "--vary", "fields=progressive,lower"}).status, 0);
-        EXPECT_EQ(made.Run({"--vary", kFormats, "--vary", "fields=progressive,lower", "--json"}).status, 0);
         for (const json& member : made.Members()) {
             std::vector<std::string> hashes;
             std::istringstream lines(corvane::testing::OutputOf(
@@ -154,11 +153,6 @@ TEST(Sweep, WhatFailsIsToldAndDoesNotStopTheRest) {
     EXPECT_THAT(result.err, AllOf(HasSubstr("63x47.h264.mp4: libx264 can't encode frames of 63x47")));
     EXPECT_EQ(made.Members().size(), 3u);
     EXPECT_THAT(RunSynthex({"sweep", "--check", made.Manifest()}).out, HasSubstr("it has 3 of 4 members"));
-
-    const Made full({"--vary", "name=a,b,c,d,e,f,g,h"}, "{name}.raw");
-    ASSERT_EQ(full.Run({"--only", "0"}).status, 0);
-    result = full.Run({"--codec", "usual:x"});
-    EXPECT_EQ(result.status, 2) << result.err;
 }
 
 TEST(Sweep, OneAtATimeWorksInAFolder) {
