@@ -13,8 +13,15 @@ namespace {
 using Arguments = std::vector<std::string>;
 
 TEST(Usage, HelpTeachesByExample) {
-    for (const Arguments& command :
-         {Arguments{}, {"info"}, {"render"}, {"compare"}, {"sweep"}, {"new"}, {"edit"}, {"formats"}, {"validate"}}) {
+    for (const Arguments& command : {Arguments{},
+                                     {"info"},
+                                     {"render"},
+                                     {"compare"},
+                                     {"sweep"},
+                                     {"new"},
+                                     {"edit"},
+                                     {"formats"},
+                                     {"validate"}}) {
         Arguments arguments = command;
         arguments.push_back("--help");
         const ProcessResult result = RunSynthex(arguments);

@@ -1,6 +1,6 @@
 // Faults sought: hashes that decoders don't get, members that are made twice or not again, a manifest that
 // depends on how often a run was killed, files that are half written or left behind, one failed member that
-// stops the rest, a full disk that is told once a member, checks that see nothing.
+// stops the rest, checks that see nothing.
 #include <csignal>
 #include <map>
 #include <sstream>
