@@ -45,11 +45,10 @@ void AddPair(CLI::App& command, const char* name, const char* typeName, const ch
     command.add_option_function<std::string>(name, read, about)->type_name(typeName);
 }
 
-/// Adds `--frames`. `take` gets the first and the last one.
+/// Adds an option that takes a first and a last number, which `take` gets.
 template <class Take>
-void AddFrames(CLI::App& command, const char* about, Take take) {
-    AddPair(command, "--frames", "FIRST:LAST", about,
-            {':', 0, std::numeric_limits<std::int64_t>::max(), true},
+void AddRange(CLI::App& command, const char* name, const char* about, Take take) {
+    AddPair(command, name, "FIRST:LAST", about, {':', 0, std::numeric_limits<std::int64_t>::max(), true},
             "FIRST:LAST (both included, from 0) or one number",
             [take](std::int64_t first, std::optional<std::int64_t> last) {
                 take(first, last.value_or(first));
@@ -82,10 +81,10 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
                         " ...; - is standard output")
         ->required()
         ->type_name("");
-    AddFrames(command, "Frames to render, both included, from 0 (default: all); or one frame",
-              [&options](std::int64_t first, std::int64_t last) {
-                  options.frames = {first, last};
-              });
+    AddRange(command, "--frames", "Frames to render, both included, from 0 (default: all); or one frame",
+             [&options](std::int64_t first, std::int64_t last) {
+                 options.frames = {first, last};
+             });
     command.add_option("--format", options.format, "What to make, if the name of OUT does not say")
         ->type_name("SUFFIX");
     command
@@ -133,10 +132,11 @@ void AddCompareOptions(CLI::App& command, CompareRequest& request) {
     AddNumber(command, "--tolerance", "What a color may be off, in steps of 8 bits (default: 2)",
               CLI::Range(0.0, 255.0), [&options](double steps) { options.tolerance = steps; })
         ->type_name("STEPS");
-    AddFrames(command, "Frames of the clip that VIDEO should show, both included, from 0 (default: all)",
-              [&options](std::int64_t first, std::int64_t last) {
-                  options.frames = {first, last};
-              });
+    AddRange(command, "--frames",
+             "Frames of the clip that VIDEO should show, both included, from 0 (default: all)",
+             [&options](std::int64_t first, std::int64_t last) {
+                 options.frames = {first, last};
+             });
     command
         .add_option_function<std::vector<std::string>>(
             "--ignore", [&options](const auto& names) { Ignore(names, options.ignored); },
@@ -211,26 +211,19 @@ void AddSweepOptions(CLI::App& command, SweepRequest& request) {
     auto plan = AddPlanOptions(command, request.plan);
     CLI::Option* const file =
         command.add_option("--plan", request.planFile, "A plan, instead of all that")->type_name("FILE.json");
-    plan.push_back(file);
     CLI::Option* const check =
         command.add_option("--check", request.check, "Look whether a family is there and unchanged")
             ->type_name("MANIFEST");
-    for (CLI::Option* const option : plan) {
-        if (option != file) option->excludes(file);
-        option->excludes(check);
-    }
+    for (CLI::Option* const option : plan) option->excludes(file)->excludes(check);
+    file->excludes(check);
     command.add_option("--save-plan", request.savePlan, "Save the plan, and make nothing")
         ->type_name("FILE.json");
     command.add_flag("--list,--dry-run", request.list, "Say what the members are, and make nothing");
-    AddPair(command, "--only", "FIRST:LAST",
-            "Make these members alone, both included, from 0, and leave the manifest as it is",
-            {':', 0, std::numeric_limits<std::int64_t>::max(), true},
-            "FIRST:LAST (both included, from 0) or one number",
-            [&request](std::int64_t first, std::optional<std::int64_t> last) {
-                request.options.only = {first, last.value_or(first)};
-                return first <= last.value_or(first);
-            });
-    command.add_option("--jobs", request.options.jobs, "Members to make at once (default: one a processor)")
+    AddRange(command, "--only", "Make these members alone, both included, and leave the manifest as it is",
+             [&request](std::int64_t first, std::int64_t last) {
+                 request.options.only = {first, last};
+             });
+    command.add_option("--jobs", request.options.jobs, "Members to make at once (default: two a processor)")
         ->type_name("N")
         ->check(CLI::Range(1, 512));
     AddSlurmOptions(command, request);

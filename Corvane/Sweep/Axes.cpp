@@ -114,14 +114,14 @@ std::string WriteFields(const MemberSpec& spec) {
 
 std::string ReadFormat(std::string_view word, MemberSpec& spec) {
     constexpr std::string_view kPrefix = "CvPixelFormat_";
-    std::vector<std::string> choices;
-    for (const PixelFormatRow& row : PixelFormatTable()) {
-        choices.push_back(PixelFormatCharacters(row.code));
-        if (word == choices.back() || word == row.name || word == row.name.substr(kPrefix.size())) {
+    for (const PixelFormatRow& row : PixelFormatTable())
+        if (word == PixelFormatCharacters(row.code) || word == row.name ||
+            word == row.name.substr(kPrefix.size())) {
             spec.settings.pixelFormat = row.code;
             return {};
         }
-    }
+    std::vector<std::string> choices;
+    for (const PixelFormatRow& row : PixelFormatTable()) choices.push_back(PixelFormatCharacters(row.code));
     return fmt::format("choose one of {}, or a name of `synthex formats`", fmt::join(choices, ", "));
 }
 

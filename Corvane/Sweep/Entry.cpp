@@ -48,7 +48,7 @@ std::optional<std::int64_t> NumberBehind(const std::string& line, std::string_vi
 
 } // namespace
 
-std::string EntryStart(const Family& family, const Member& member) {
+std::string EntryStart(const Family& family, const Member& member, const std::string& settings) {
     JSON start{{"output", member.output.string()}, {"settings_file", member.settingsFile.string()}};
     JSON& values = start["values"] = JSON::object();
     for (std::size_t i = 0; i < member.words.size(); ++i) values[family.Axes()[i]->name] = member.words[i];
@@ -56,7 +56,7 @@ std::string EntryStart(const Family& family, const Member& member) {
     start["container"] = OrNull(member.spec.container);
     std::string text = start.dump();
     text.pop_back();
-    return text + ",\"settings\":" + WriteSettings(member.spec.settings);
+    return text + ",\"settings\":" + settings;
 }
 
 std::string EntryOf(const Family& family, const Member& member, const Clip& clip, const ExportReport& report,
@@ -67,12 +67,12 @@ std::string EntryOf(const Family& family, const Member& member, const Clip& clip
               {"pixels", report.pixels},
               {"frames", JSON::array()}};
     for (const ContentHash& hash : report.frameHashes) made["frames"].push_back(HashText(hash));
-    return EntryStart(family, member) + ',' + made.dump().substr(1);
+    return EntryStart(family, member, WriteSettings(member.spec.settings)) + ',' + made.dump().substr(1);
 }
 
 std::optional<std::string> AcceptedEntry(const std::string& line, const Family& family,
                                          const Member& member) {
-    const std::string start = EntryStart(family, member);
+    const std::string start = EntryStart(family, member, WriteSettings(member.spec.settings));
     if (line.starts_with(start + ',') && line.ends_with('}')) return line;
     JSON older = JSON::parse(line, nullptr, false);
     const JSON wanted = JSON::parse(start + '}');

@@ -15,8 +15,9 @@ namespace corvane {
 /// A line of the manifest, which is a JSON object: what a member is to be, and then what was made.
 ///
 /// What a member is to be: the beginning of its line, up to and without the comma. `synthex sweep --list
-/// --json` prints it with a brace. Any thread, as for all functions here.
-std::string EntryStart(const Family& family, const Member& member);
+/// --json` prints it with a brace. `settings` is the text of the member's settings. Any thread, as for all
+/// functions here.
+std::string EntryStart(const Family& family, const Member& member, const std::string& settings);
 
 /// The whole line of a member that was made, whose output has that hash.
 std::string EntryOf(const Family& family, const Member& member, const Clip& clip, const ExportReport& report,

@@ -35,6 +35,16 @@ void CheckExports(const Family& family, const std::shared_ptr<Bundle>& bundle) {
     }
 }
 
+void ListAsJSON(const Family& family, const std::function<void(const std::string&)>& print) {
+    ClipSettings settings;
+    std::string text = WriteSettings(settings); // the slowest part of it, and codecs share it
+    for (std::int64_t number = 0; number < family.Count(); ++number) {
+        const Member member = family.At(number);
+        if (member.spec.settings != settings) text = WriteSettings(settings = member.spec.settings);
+        print(EntryStart(family, member, text) + "}\n");
+    }
+}
+
 } // namespace
 
 Family OpenFamily(const Plan& plan, const std::shared_ptr<Bundle>& bundle) {
@@ -44,12 +54,7 @@ Family OpenFamily(const Plan& plan, const std::shared_ptr<Bundle>& bundle) {
 }
 
 void ListFamily(const Family& family, bool json, const std::function<void(const std::string&)>& print) {
-    if (json) {
-        for (std::int64_t number = 0; number < family.Count(); ++number)
-            print(EntryStart(family, family.At(number)) + "}\n");
-        return;
-    }
-    // Members of a cell of each axis are as wide as the widest.
+    if (json) return ListAsJSON(family, print);
     std::vector<std::size_t> widths;
     for (const AxisRow* const axis : family.Axes()) widths.push_back(std::string_view(axis->name).size());
     for (std::int64_t number = 0; number < family.Count(); ++number) {

@@ -76,12 +76,12 @@ class Run {
         }
     }
 
-    // Small members gain by running side by side, and large ones lose nothing; each on one thread. Only
-    // memory bounds it.
+    // Members run side by side, each on one thread: large ones lose nothing by it. Only memory bounds it.
     void ChooseThreads() {
         constexpr std::uint64_t kFramesOfMember = 6; // the export's own, and those that encoders keep
         const std::uint64_t fit = FreeMemory() / 2 / kFramesOfMember / std::max<std::uint64_t>(mLargest, 1);
-        const std::uint64_t wanted = mOptions.jobs != 0 ? mOptions.jobs : Processors();
+        // One waits for the disk while another computes.
+        const std::uint64_t wanted = mOptions.jobs != 0 ? mOptions.jobs : 2 * Processors();
         mAtOnce = static_cast<unsigned>(
             std::clamp<std::uint64_t>(std::min<std::uint64_t>(fit, mTodo.size()), 1, wanted));
         mThreads = std::max(1u, Processors() / mAtOnce);

@@ -21,7 +21,8 @@ struct SweepOptions {
     /// and the manifest is not touched, so that many processes may do that side by side. Empty: all members,
     /// and the manifest.
     std::optional<std::pair<std::int64_t, std::int64_t>> only;
-    /// Members to make at once. 0: as many as pays.
+    /// Members to make at once. 0: as many as pays, which is two a processor, or as many as memory is free
+    /// for.
     unsigned jobs = 0;
 };
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <new>
+#include <vector>
 
 extern "C" {
 #include <libavutil/imgutils.h>
@@ -29,7 +30,21 @@ struct PicturePacket final : Packet {
     LibavPainter painter;
     std::unique_ptr<AVFrame, LibavFree> picture;
     PaintedRows painted;
+    std::vector<std::byte> decoded; // if it is not the picture
 };
+
+// FFV1 does not keep the byte beside three colors, and its decoders make 0 of it.
+Planes WithoutFourthBytes(const AVFrame& picture, std::vector<std::byte>& decoded) {
+    const std::size_t rowBytes = std::size_t{4} * static_cast<std::size_t>(picture.width);
+    decoded.clear();
+    for (int y = 0; y < picture.height; ++y) {
+        const auto* const row =
+            reinterpret_cast<const std::byte*>(picture.data[0]) + std::ptrdiff_t{picture.linesize[0]} * y;
+        decoded.insert(decoded.end(), row, row + rowBytes);
+    }
+    for (std::size_t i = 3; i < decoded.size(); i += 4) decoded[i] = std::byte{0};
+    return {{decoded.data(), std::ssize(decoded), decoded.size(), 1}};
+}
 
 class LibavTarget final : public Target {
   public:
@@ -109,7 +124,10 @@ class LibavTarget final : public Target {
     }
 
     Planes PlanesOf(const FrameView&, Packet& packet) const override {
-        const AVFrame& picture = *static_cast<PicturePacket&>(packet).picture;
+        auto& made = static_cast<PicturePacket&>(packet);
+        const AVFrame& picture = *made.picture;
+        if (picture.format == AV_PIX_FMT_BGR0 && mEncoder.Context().codec_id == AV_CODEC_ID_FFV1)
+            return WithoutFourthBytes(picture, made.decoded);
         const auto format = static_cast<AVPixelFormat>(picture.format);
         Planes planes;
         for (int i = 0; i < av_pix_fmt_count_planes(format); ++i) {
