@@ -1,5 +1,6 @@
 #include "BatchTool.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <system_error>
@@ -35,13 +36,16 @@ struct Heard {
 
 std::string ToolAnswer::Reason() const {
     std::string text = boost::algorithm::trim_copy(errors.empty() ? said : errors);
-    text.erase(0, text.rfind('\n') + 1);
+    text.erase(std::min(text.find('\n'), text.size()));
+    // "sbatch: error: ..."
+    for (const std::string& start : {program + ": ", std::string("error: ")})
+        if (text.starts_with(start)) text.erase(0, start.size());
     return text.empty() ? fmt::format("it ended with status {}", status) : text;
 }
 
 ToolAnswer RunTool(const std::vector<std::string>& words) {
     const std::string& program = words.front();
-    ToolAnswer answer;
+    ToolAnswer answer{.program = program};
     try {
         Heard said(answer.said), errors(answer.errors);
         ChildProcess child(

@@ -7,11 +7,12 @@ namespace corvane {
 
 /// What a program of a batch system answered.
 struct ToolAnswer {
+    std::string program;
     int status = 0; ///< exit status; 128 plus the signal's number if one ended it
-    std::string said;
-    std::string errors; ///< what it said on standard error
+    std::string said = {};
+    std::string errors = {}; ///< what it said on standard error
 
-    /// Its last words, as a clause.
+    /// What it said first, as a clause: why it refuses, if it does.
     std::string Reason() const;
 };
 
