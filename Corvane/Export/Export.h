@@ -49,7 +49,7 @@ struct ExportOptions {
     /// Told when all of the output is written and has not got its name yet, with the report so far, and where
     /// this process finds the files meanwhile. What it throws ends the export.
     std::function<void(const Clip&, const ExportReport&, const std::vector<std::filesystem::path>&)>
-        beforeNaming = nullptr;
+        beforeNaming = {};
 };
 
 /// Told after each finished frame, by one thread at a time. What it throws ends the export.
