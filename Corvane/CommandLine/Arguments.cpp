@@ -1,7 +1,6 @@
 #include "Arguments.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
@@ -24,6 +23,7 @@
 #include "Commands.h"
 #include "Compare/FindingKinds.h"
 #include "Console.h"
+#include "Engine/NumberPair.h"
 #include "Export/Targets/ExportKinds.h"
 #include "HelpTexts.h"
 #include "Services/Frames/FrameBuffers.h"
@@ -32,45 +32,24 @@ namespace corvane::commandline {
 
 namespace {
 
-/// How the two whole numbers of an option are written.
-struct PairForm {
-    char separator;
-    std::int64_t least, most; ///< of each number
-    bool oneWillDo;           ///< whether the second number may be missing
-    std::string expected;     ///< what to write, for the sentence that refuses something else
-};
-
-/// Reads a decimal number that is all of `text`. CLI11 would take 010 as octal, and people do write frame
-/// 00010.
-std::optional<std::int64_t> ReadNumber(std::string_view text, const PairForm& form) {
-    std::int64_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, number);
-    const bool good = result.ec == std::errc() && result.ptr == end;
-    return good && number >= form.least && number <= form.most ? std::optional(number) : std::nullopt;
-}
-
-/// Adds an option that takes two numbers in one argument. `take` gets them, and may refuse them by false.
+/// Adds an option that takes two numbers in one argument. `take` gets them, and may refuse them by false; the
+/// sentence that refuses something else tells what is expected.
 template <class Take>
 void AddPair(CLI::App& command, const char* name, const char* typeName, const char* about,
-             const PairForm& form, Take take) {
+             const PairForm& form, const std::string& expected, Take take) {
     const auto read = [=](const std::string& text) {
-        const std::size_t at = text.find(form.separator);
-        const bool two = at != std::string::npos;
-        const auto first = ReadNumber(std::string_view(text).substr(0, at), form);
-        const auto second = two ? ReadNumber(std::string_view(text).substr(at + 1), form) : std::nullopt;
-        if (!first || (two ? !second : !form.oneWillDo) || !take(*first, second))
-            throw CLI::ValidationError(name, "'" + text + "' is not understood; write " + form.expected);
+        const std::optional<NumberPair> pair = ReadPair(text, form);
+        if (!pair || !take(pair->first, pair->second))
+            throw CLI::ValidationError(name, "'" + text + "' is not understood; write " + expected);
     };
     command.add_option_function<std::string>(name, read, about)->type_name(typeName);
 }
 
-/// Adds `--frames`. `take` gets the first and the last one.
+/// Adds an option that takes a first and a last number, which `take` gets.
 template <class Take>
-void AddFrames(CLI::App& command, const char* about, Take take) {
-    AddPair(command, "--frames", "FIRST:LAST", about,
-            {':', 0, std::numeric_limits<std::int64_t>::max(), true,
-             "FIRST:LAST (both included, from 0) or one number"},
+void AddRange(CLI::App& command, const char* name, const char* about, Take take) {
+    AddPair(command, name, "FIRST:LAST", about, {':', 0, std::numeric_limits<std::int64_t>::max(), true},
+            "FIRST:LAST (both included, from 0) or one number",
             [take](std::int64_t first, std::optional<std::int64_t> last) {
                 take(first, last.value_or(first));
                 return first <= last.value_or(first);
@@ -102,10 +81,10 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
                         " ...; - is standard output")
         ->required()
         ->type_name("");
-    AddFrames(command, "Frames to render, both included, from 0 (default: all); or one frame",
-              [&options](std::int64_t first, std::int64_t last) {
-                  options.frames = {first, last};
-              });
+    AddRange(command, "--frames", "Frames to render, both included, from 0 (default: all); or one frame",
+             [&options](std::int64_t first, std::int64_t last) {
+                 options.frames = {first, last};
+             });
     command.add_option("--format", options.format, "What to make, if the name of OUT does not say")
         ->type_name("SUFFIX");
     command
@@ -153,10 +132,11 @@ void AddCompareOptions(CLI::App& command, CompareRequest& request) {
     AddNumber(command, "--tolerance", "What a color may be off, in steps of 8 bits (default: 2)",
               CLI::Range(0.0, 255.0), [&options](double steps) { options.tolerance = steps; })
         ->type_name("STEPS");
-    AddFrames(command, "Frames of the clip that VIDEO should show, both included, from 0 (default: all)",
-              [&options](std::int64_t first, std::int64_t last) {
-                  options.frames = {first, last};
-              });
+    AddRange(command, "--frames",
+             "Frames of the clip that VIDEO should show, both included, from 0 (default: all)",
+             [&options](std::int64_t first, std::int64_t last) {
+                 options.frames = {first, last};
+             });
     command
         .add_option_function<std::vector<std::string>>(
             "--ignore", [&options](const auto& names) { Ignore(names, options.ignored); },
@@ -164,6 +144,91 @@ void AddCompareOptions(CLI::App& command, CompareRequest& request) {
         ->type_name("KIND,...")
         ->delimiter(',');
     command.add_flag("--quiet", request.quiet, "No progress bar, and nothing but findings");
+}
+
+/// Adds an axis of a family, with values that commas separate.
+void AddAxis(Plan& plan, const std::string& name, std::string_view values) {
+    Plan::Axis axis{name, {}};
+    while (!values.empty()) {
+        const std::size_t end = std::min(values.find(','), values.size());
+        axis.values.emplace_back(values.substr(0, end));
+        values.remove_prefix(std::min(end + 1, values.size()));
+    }
+    plan.axes.push_back(std::move(axis));
+}
+
+/// What a family is made of. Returns the options of that.
+std::vector<CLI::Option*> AddPlanOptions(CLI::App& command, Plan& plan) {
+    const auto vary = [&plan](const std::vector<std::string>& axes) {
+        for (const std::string& axis : axes) {
+            const std::size_t at = axis.find('=');
+            if (at == std::string::npos)
+                throw CLI::ValidationError("--vary",
+                                           "'" + axis + "' is not understood; write AXIS=VALUE,VALUE...");
+            AddAxis(plan, axis.substr(0, at), std::string_view(axis).substr(at + 1));
+        }
+    };
+    return {
+        command.add_option("BASE", plan.base, "The clip that members differ from (.synthex)")->type_name(""),
+        command
+            .add_option("OUT", plan.output,
+                        "What outputs are called, with axes in braces, such as 'out/{name}-{rate}.{codec}'")
+            ->type_name(""),
+        command.add_option_function<std::vector<std::string>>("--vary", vary, "A setting, and its values")
+            ->type_name("AXIS=VALUE,...")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll),
+        // After `--vary`, so that codecs change fastest.
+        command
+            .add_option_function<std::string>(
+                "--codec", [&plan](const std::string& codecs) { AddAxis(plan, "codec", codecs); },
+                "Codecs, as for render; the same as --vary codec=NAME,...")
+            ->type_name("NAME,..."),
+        command.add_flag("--zip", plan.zip, "First values with first values, instead of all combinations")};
+}
+
+void AddSlurmOptions(CLI::App& command, SweepRequest& request) {
+    CLI::Option* const slurm =
+        command.add_flag("--slurm", request.slurm,
+                         "Make the members by a job array of Slurm, with sbatch's options behind --");
+    command.add_flag("--detach", request.slurmOptions.detach, "Return when the job is submitted")
+        ->needs(slurm);
+    AddNumber(command, "--task-seconds", "What a task takes at least (default: 60)", CLI::Range(0.0, 1e6),
+              [&request](double seconds) { request.slurmOptions.taskSeconds = seconds; })
+        ->needs(slurm);
+    command
+        .add_option("--sbatch", request.slurmOptions.sbatch,
+                    "An option of sbatch; the same as to write it behind --")
+        ->type_name("OPTION")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->needs(slurm);
+    for (const char* const other : {"--only", "--jobs", "--list", "--check", "--save-plan"})
+        slurm->excludes(command.get_option(other));
+}
+
+void AddSweepOptions(CLI::App& command, SweepRequest& request) {
+    auto plan = AddPlanOptions(command, request.plan);
+    CLI::Option* const file =
+        command.add_option("--plan", request.planFile, "A plan, instead of all that")->type_name("FILE.json");
+    CLI::Option* const check =
+        command.add_option("--check", request.check, "Look whether a family is there and unchanged")
+            ->type_name("MANIFEST");
+    for (CLI::Option* const option : plan) option->excludes(file)->excludes(check);
+    file->excludes(check);
+    command.add_option("--save-plan", request.savePlan, "Save the plan, and make nothing")
+        ->type_name("FILE.json");
+    command.add_flag("--list,--dry-run", request.list, "Say what the members are, and make nothing");
+    AddRange(command, "--only", "Make these members alone, both included, and leave the manifest as it is",
+             [&request](std::int64_t first, std::int64_t last) {
+                 request.options.only = {first, last};
+             });
+    command.add_option("--jobs", request.options.jobs, "Members to make at once (default: two a processor)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 512));
+    AddSlurmOptions(command, request);
+    command.add_flag("--json", request.json, "JSON instead of a table and sentences");
+    command.add_flag("--quiet", request.quiet, "No progress bar, and no word about what was made");
 }
 
 void AddSequenceOptions(CLI::App& command, ClipFormat& sequence) {
@@ -176,15 +241,13 @@ void AddSequenceOptions(CLI::App& command, ClipFormat& sequence) {
         };
     };
     AddPair(command, "--size", "WxH", "Frame size to begin with (default: 1920x1080)",
-            {'x', 1, kDefaultMaxFrameSide, false,
-             fmt::format("WIDTHxHEIGHT, both from 1 to {}", kDefaultMaxFrameSide)},
+            {'x', 1, kDefaultMaxFrameSide, false},
+            fmt::format("WIDTHxHEIGHT, both from 1 to {}", kDefaultMaxFrameSide),
             into(sequence.size.width, sequence.size.height));
-    AddPair(command, "--par", "N:D", "Pixel aspect ratio to begin with (default: 1:1)",
-            {':', 1, kAny, false, "N:D, both above 0"},
-            into(sequence.aspect.numerator, sequence.aspect.denominator));
-    AddPair(command, "--rate", "N/D", "Frames per second to begin with (default: 30)",
-            {'/', 1, kAny, true, "N/D or one whole number, above 0"},
-            into(sequence.rate.scale, sequence.rate.sampleSize));
+    AddPair(command, "--par", "N:D", "Pixel aspect ratio to begin with (default: 1:1)", {':', 1, kAny, false},
+            "N:D, both above 0", into(sequence.aspect.numerator, sequence.aspect.denominator));
+    AddPair(command, "--rate", "N/D", "Frames per second to begin with (default: 30)", {'/', 1, kAny, true},
+            "N/D or one whole number, above 0", into(sequence.rate.scale, sequence.rate.sampleSize));
 }
 
 void AddDialogOptions(CLI::App& command, DialogOptions& options) {
@@ -246,6 +309,17 @@ void AddMakeChecksOptions(CLI::App& command, ChecksRequest& request) {
     command.add_option("BUNDLE", request.bundle)->required();
 }
 
+/// The arguments, of which those behind `--slurm ... --` are options of `--sbatch`.
+std::vector<std::string> WithBatchOptions(std::span<const char* const> arguments) {
+    std::vector<std::string> words(arguments.begin(), arguments.end());
+    const auto slurm = std::ranges::find(words, "--slurm");
+    const auto mark = std::find(slurm, words.end(), "--");
+    if (mark == words.end()) return words;
+    for (std::string& option : std::span(mark + 1, words.end())) option.insert(0, "--sbatch=");
+    words.erase(mark);
+    return words;
+}
+
 /// The program's arguments: declared, then read.
 class Arguments {
   public:
@@ -279,8 +353,11 @@ class Arguments {
         else
             for (const Subcommand& subcommand : mSubcommands)
                 subcommand.declare(std::ranges::find(arguments, subcommand.name) != arguments.end());
+        const std::vector<std::string> words = WithBatchOptions(arguments);
+        std::vector<const char*> pointers;
+        for (const std::string& word : words) pointers.push_back(word.c_str());
         try {
-            mApp.parse(argc, argv);
+            mApp.parse(static_cast<int>(pointers.size()), pointers.data());
         } catch (const CLI::ParseError& error) {
             return Answer(error);
         }
@@ -340,6 +417,7 @@ int RunArguments(int argc, const char* const* argv) {
     arguments.Add("render", "Make pictures or video of a clip", kRenderExamples, AddRenderOptions, RunRender);
     arguments.Add("compare", "Say what became of a clip in a video", kCompareExamples, AddCompareOptions,
                   RunCompare);
+    arguments.Add("sweep", "Make a family of clips", kSweepExamples, AddSweepOptions, RunSweep);
     arguments.Add("new", "Make a clip in the dialog", kNewExamples + dialogHelp, AddNewOptions, RunNew);
     arguments.Add("edit", "Edit a clip in the dialog", kEditExamples + dialogHelp, AddEditOptions, RunEdit);
     arguments.Add("desktop", "Work with clips in a window", kDesktopExamples, AddDesktopOptions, RunDesktop);

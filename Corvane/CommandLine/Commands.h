@@ -9,6 +9,9 @@
 #include "Compare/Comparison.h"
 #include "Engine/Preferences.h"
 #include "Export/Export.h"
+#include "Sweep/Plan.h"
+#include "Sweep/Slurm.h"
+#include "Sweep/Sweep.h"
 #include "Validate/Checks.h"
 
 namespace corvane::commandline {
@@ -57,6 +60,24 @@ struct CompareRequest {
 /// Returns `kExitFindings` if there are any. A signal that ends programs ends the comparison; what was found
 /// so far is printed then, and the status is 128 plus the signal's number.
 int RunCompare(const CompareRequest& request);
+
+/// `synthex sweep`: make a family of clips, or look after one.
+struct SweepRequest {
+    std::filesystem::path bundle;
+    Plan plan;                      ///< without a base if `planFile` holds it
+    std::filesystem::path planFile; ///< empty: as given by `plan`
+    std::filesystem::path savePlan; ///< where to save the plan instead of making the family; empty: nowhere
+    std::filesystem::path check;    ///< a manifest to check instead of making a family; empty: none
+    bool list = false;              ///< say what the members are and make nothing
+    SweepOptions options;
+    bool slurm = false; ///< make the members by a job array, as below
+    SlurmOptions slurmOptions;
+    bool json = false;
+    bool quiet = false; ///< no progress, and no word about what was made
+};
+/// Returns `kExitFailed` if a member can't be made, or if the check finds something. A signal that ends
+/// programs ends the run soon; what was made is kept, and the status is 128 plus the signal's number.
+int RunSweep(const SweepRequest& request);
 
 /// How the settings dialog is worked: by a script if any of these is given, else by a person in a window.
 struct DialogOptions {

@@ -14,6 +14,8 @@ inline constexpr char kExamples[] =
   synthex render clip.synthex frame.png --frames 0
                                              one picture
   synthex compare clip.synthex clip.mp4      what became of the clip in a video
+  synthex sweep clip.synthex 'out/{rate}.mkv' --vary rate=24,25,30
+                                             a family of clips
   synthex edit clip.synthex                  its settings in a window
   synthex desktop                            clips, a viewer and exports in a window
   synthex render --help                      more about a subcommand
@@ -55,6 +57,33 @@ A file gets its name when it is complete: a render that fails or is cancelled
 
 Exit status: 0 done, 1 failed, 2 wrong usage, 130 cancelled by Ctrl-C (128 plus
 the signal's number: 143 for SIGTERM).)";
+
+inline constexpr char kSweepExamples[] =
+    R"(Examples:
+  synthex sweep clip.synthex 'out/{name}-{rate}-{fields}.mkv' --codec ffv1 \
+      --vary rate=24000/1001,25 --vary fields=progressive,upper,lower
+  synthex sweep clip.synthex 'out/{size}.{codec}' --codec ffv1,prores \
+      --vary size=720x576,1920x1080 --list     what would be made
+  synthex sweep --plan family.json             the same from a file
+  synthex sweep --plan family.json --only 0:99 a part of it, as a cluster's task
+  synthex sweep --check out/manifest.json      is all there and unchanged?
+  synthex sweep --plan family.json --slurm -- --partition=long --time=4:00:00
+                                               on a cluster, as one job array
+
+Axes: name, size (WxH), par (N:D), rate (N/D), fields (progressive, upper,
+lower), format (bgra ...: 'synthex formats'), mode (colors, gradient), upper,
+lower, top-start, top-end, bottom-start, bottom-end (#RRGGBB or R:G:B[:A]),
+duration (seconds), frames, codec, container. In a file name, what can't be
+there becomes an underscore: 24000_1001. {codec} at the end gets the codec's
+usual suffix: clip.prores.mov.
+
+Beside the outputs are the settings file of each clip, and manifest.json with
+each member's settings, facts, size, and the MD5 of every frame, as in
+'ffmpeg -i OUT -f framemd5 -' (Docs/Sweep.md). Run again, it makes only what is
+missing or was made by other settings.
+
+Exit status: 0 done, 1 a member can't be made or a check found something, 2
+wrong usage, 130 cancelled by Ctrl-C; what is made is kept.)";
 
 inline constexpr char kCompareExamples[] =
     R"(Examples:

@@ -7,6 +7,7 @@
 #include "Commands.h"
 #include "Console.h"
 #include "Engine/Clip.h"
+#include "Engine/ClipFacts.h"
 #include "Engine/ClipText.h"
 #include "Services/Raster/PixelFormats.h"
 
@@ -47,22 +48,9 @@ void PrintText(const Clip& clip) {
 }
 
 std::string JSONLine(const Clip& clip) {
-    const ClipInfo& info = clip.Info();
     nlohmann::ordered_json line;
     line["path"] = clip.Name();
-    line["width"] = info.format.size.width;
-    line["height"] = info.format.size.height;
-    line["parNumerator"] = info.format.aspect.numerator;
-    line["parDenominator"] = info.format.aspect.denominator;
-    line["fieldType"] = info.fieldType;
-    line["depth"] = info.depth;
-    line["scale"] = info.format.rate.scale;
-    line["sampleSize"] = info.format.rate.sampleSize;
-    line["duration"] = info.duration;
-    line["frames"] = info.frames;
-    line["pixelFormat"] = PixelFormatNameOrHex(info.pixelFormat);
-    const PixelFormatRow* const delivered = FindPixelFormatOf(info.format.raster);
-    line["deliveredFormat"] = delivered == nullptr ? nullptr : nlohmann::ordered_json(delivered->name);
+    line.update(ClipFacts(clip.Info()));
     // A path may hold any bytes; what is not UTF-8 is replaced.
     return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

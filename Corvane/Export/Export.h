@@ -7,10 +7,14 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Engine/Clip.h"
+#include "Export/Targets/ContentHash.h"
 
 namespace corvane {
+
+struct ExportReport;
 
 /// What to export, and where to.
 struct ExportOptions {
@@ -40,6 +44,12 @@ struct ExportOptions {
     /// The bytes exactly as the plug-in delivered them, row padding removed. Only for `raw`, which otherwise
     /// is B, G, R, A in bytes for 8-bit formats and R, G, B, A in 16-bit little-endian words for float ones.
     bool native = false;
+    /// Whether to hash every picture.
+    bool hashFrames = false;
+    /// Told when all of the output is written and has not got its name yet, with the report so far, and where
+    /// this process finds the files meanwhile. What it throws ends the export.
+    std::function<void(const Clip&, const ExportReport&, const std::vector<std::filesystem::path>&)>
+        beforeNaming = {};
 };
 
 /// Told after each finished frame, by one thread at a time. What it throws ends the export.
@@ -53,6 +63,11 @@ struct ExportReport {
     bool losesAlpha = false;
     /// What could not be kept of older files that were replaced, as a clause, or nothing.
     std::string lost;
+    /// The hash of every picture, as decoders of the output give it in the layout of libav's raw video if
+    /// they lose nothing. Of lossy codecs it is the picture that was encoded. If it was asked for.
+    std::vector<ContentHash> frameHashes;
+    /// What libav calls the pixels of these pictures, and the host those of frames as delivered.
+    std::string pixels;
     /// Whether the export was cancelled; nothing is left behind then.
     bool cancelled = false;
 };
@@ -77,6 +92,8 @@ struct ExportPreview {
     std::string whyNot;
     /// Whether the clip is not opaque and the output has no place for its alpha.
     bool losesAlpha = false;
+    /// Whether it would fail for options that can't be.
+    bool wrongUsage = false;
 };
 
 /// Sets up everything that `ExportClip` would, encoder and container included, but renders no frame and makes

@@ -49,8 +49,8 @@ std::optional<double> ExportStatus::SecondsLeft() const {
     return static_cast<double>(framesTotal - framesDone) / rate;
 }
 
-ExportQueue::ExportQueue(std::shared_ptr<Bundle> bundle, Listener listener)
-    : mBundle(std::move(bundle)), mListener(std::move(listener)) {}
+ExportQueue::ExportQueue(std::shared_ptr<Bundle> bundle, Listener listener, unsigned atOnce)
+    : mBundle(std::move(bundle)), mListener(std::move(listener)), mAtOnce(atOnce) {}
 
 ExportQueue::~ExportQueue() {
     CancelAll();
@@ -59,7 +59,7 @@ ExportQueue::~ExportQueue() {
         mEnding = true;
     }
     mWake.notify_all();
-    if (mThread.joinable()) mThread.join();
+    for (std::thread& thread : mThreads) thread.join();
 }
 
 ExportQueue::ID ExportQueue::Add(ExportJob job) {
@@ -82,11 +82,14 @@ ExportQueue::ID ExportQueue::Add(ExportJob job) {
 
 bool ExportQueue::Start() {
     try {
-        if (!mThread.joinable()) mThread = std::thread([this] { RunJobs(); });
-        return true;
+        const auto busy = static_cast<std::size_t>(std::ranges::count_if(
+            mEntries, [](const EntryPtr& entry) { return !entry->status.IsFinished(); }));
+        if (mThreads.size() < std::min<std::size_t>(mAtOnce, busy))
+            mThreads.emplace_back([this] { RunJobs(); });
     } catch (const std::system_error&) {
-        return false;
+        // Those that run will do.
     }
+    return !mThreads.empty();
 }
 
 void ExportQueue::Cancel(ID id) {

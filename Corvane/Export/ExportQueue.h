@@ -48,19 +48,20 @@ struct ExportStatus {
     std::optional<double> SecondsLeft() const;
 };
 
-/// Exports one job after the other on a thread of its own, which has a low priority. A job that fails does
-/// not hold up the others. All members: any thread; they fail only for want of memory.
+/// Exports one job after the other, or several at once, on threads of its own, which have a low priority. A
+/// job that fails does not hold up the others. All members: any thread; they fail only for want of memory.
 class ExportQueue {
   public:
     using ID = std::uint64_t;
-    /// Told of every change of a job's state, and a few times a second of its progress, on the queue's
+    /// Told of every change of a job's state, and a few times a second of its progress, on the job's
     /// thread. If a waiting job is cancelled, told on the thread that cancels it; if the queue can't have a
     /// thread, on the one that adds the job. It may call the queue and must not throw.
     using Listener = std::function<void(ID, const ExportStatus&)>;
 
-    /// `bundle` makes the clips. `listener` may be empty.
-    ExportQueue(std::shared_ptr<Bundle> bundle, Listener listener);
-    /// Cancels what is unfinished and waits until the running job has tidied up, which takes a frame's time.
+    /// `bundle` makes the clips. `listener` may be empty. `atOnce` jobs run side by side, or as many as the
+    /// system has threads for.
+    ExportQueue(std::shared_ptr<Bundle> bundle, Listener listener, unsigned atOnce = 1);
+    /// Cancels what is unfinished and waits until running jobs have tidied up, which takes a frame's time.
     /// The listener is not called afterwards.
     ~ExportQueue();
     ExportQueue(const ExportQueue&) = delete;
@@ -96,13 +97,14 @@ class ExportQueue {
 
     const std::shared_ptr<Bundle> mBundle;
     const Listener mListener;
+    const unsigned mAtOnce;
     mutable std::mutex mMutex; // of all below, and of the entries' status
     std::condition_variable mWake;
     std::vector<EntryPtr> mEntries;
     std::deque<EntryPtr> mWaiting;
     ID mLast = 0;
     bool mEnding = false;
-    std::thread mThread; // from the first job on
+    std::vector<std::thread> mThreads; // as many as there were jobs for
 };
 
 } // namespace corvane

@@ -18,7 +18,7 @@ namespace corvane::commandline {
 // Nothing is done, and nothing said.
 // clang-format off
 #define STAND_IN(name) int Run##name(const name##Request&) { return kExitDone; }
-STAND_IN(Info); STAND_IN(Render); STAND_IN(New); STAND_IN(Edit);
+STAND_IN(Info); STAND_IN(Render); STAND_IN(Sweep); STAND_IN(New); STAND_IN(Edit);
 STAND_IN(Compare); STAND_IN(Formats); STAND_IN(Desktop); STAND_IN(Validate); STAND_IN(Checks);
 // clang-format on
 void PrintError(std::string_view) {}

@@ -15,6 +15,10 @@ void OutputSeries::Write(std::int64_t number, std::span<const std::byte> bytes) 
     file.MoveTo(mFiles, number);
 }
 
+std::vector<std::filesystem::path> OutputSeries::WorkingPaths() const {
+    return mFiles.WorkingPaths();
+}
+
 std::string OutputSeries::Commit() {
     try {
         mFiles.Commit();

@@ -2,8 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "NumberedName.h"
 #include "Services/Foundation/AtomicSeries.h"
@@ -20,6 +22,8 @@ class OutputSeries {
 
     /// Makes the file of `number`, each once, and all that is in it.
     void Write(std::int64_t number, std::span<const std::byte> bytes);
+    /// Where this process finds the files that were made, in the order of their numbers, until `Commit`.
+    std::vector<std::filesystem::path> WorkingPaths() const;
     /// Puts all files in their places, on the disk. Returns what could not be kept of older files, as a
     /// clause that names the first of them, or nothing.
     [[nodiscard]] std::string Commit();

@@ -152,11 +152,10 @@ void LibavMuxer::Write(AVPacket& packet) {
     Check(av_interleaved_write_frame(mContext, &packet));
 }
 
-std::string LibavMuxer::Finish() {
+void LibavMuxer::Complete() {
     Check(NoticingLackOfMemory([&] { return av_write_trailer(mContext); }));
     avio_flush(mContext->pb);
     Check(mContext->pb->error);
-    return mFile.Commit();
 }
 
 void LibavMuxer::Check(int error) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <exception>
+#include <filesystem>
+#include <string>
 
 #include "Export/Files/OutputFile.h"
 #include "LibavEncoder.h"
@@ -21,9 +23,13 @@ class LibavMuxer {
     void Begin(const AVCodecContext& encoder, const StreamFacts& facts);
     /// Writes the packet, and leaves it empty.
     void Write(AVPacket& packet);
-    /// Completes the container and puts the file in its place. Returns what could not be kept of an older
-    /// file, as a clause, or nothing.
-    [[nodiscard]] std::string Finish();
+    /// Completes the container.
+    void Complete();
+    /// Where this process finds it until `Finish`.
+    std::filesystem::path WorkingPath() const { return mFile.WorkingPath(); }
+    /// Puts the complete file in its place. Returns what could not be kept of an older file, as a clause, or
+    /// nothing.
+    [[nodiscard]] std::string Finish() { return mFile.Commit(); }
     /// Bytes written to the file so far.
     std::uint64_t BytesWritten() const { return mFile.BytesWritten(); }
 

@@ -1,7 +1,22 @@
 #include <algorithm>
+#include <cstdint>
+#include <new>
+#include <vector>
 
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/md5.h>
+#include <libavutil/mem.h>
+#include <libavutil/pixdesc.h>
+}
+
+#include <fmt/format.h>
+
+#include "Export/Files/PartFile.h"
+#include "Export/Targets/ContentHash.h"
 #include "LibavEncoder.h"
 #include "LibavMuxer.h"
+#include "LibavPart.h"
 
 namespace corvane {
 namespace {
@@ -15,7 +30,21 @@ struct PicturePacket final : Packet {
     LibavPainter painter;
     std::unique_ptr<AVFrame, LibavFree> picture;
     PaintedRows painted;
+    std::vector<std::byte> decoded; // if it is not the picture
 };
+
+// FFV1 does not keep the byte beside three colors, and its decoders make 0 of it.
+Planes WithoutFourthBytes(const AVFrame& picture, std::vector<std::byte>& decoded) {
+    const std::size_t rowBytes = std::size_t{4} * static_cast<std::size_t>(picture.width);
+    decoded.clear();
+    for (int y = 0; y < picture.height; ++y) {
+        const auto* const row =
+            reinterpret_cast<const std::byte*>(picture.data[0]) + std::ptrdiff_t{picture.linesize[0]} * y;
+        decoded.insert(decoded.end(), row, row + rowBytes);
+    }
+    for (std::size_t i = 3; i < decoded.size(); i += 4) decoded[i] = std::byte{0};
+    return {{decoded.data(), std::ssize(decoded), decoded.size(), 1}};
+}
 
 class LibavTarget final : public Target {
   public:
@@ -47,10 +76,14 @@ class LibavTarget final : public Target {
         mEncoder.Encode(&picture, mToMuxer);
     }
 
-    std::string Finish() override {
+    void Complete() override {
         mEncoder.Encode(nullptr, mToMuxer);
-        return mMuxer.Finish();
+        mMuxer.Complete();
     }
+
+    std::vector<std::filesystem::path> WorkingPaths() const override { return {mMuxer.WorkingPath()}; }
+
+    std::string Finish() override { return mMuxer.Finish(); }
 
     bool KeepsAlpha() const override { return HasAlpha(mEncoder.Context().pix_fmt); }
 
@@ -64,6 +97,51 @@ class LibavTarget final : public Target {
     }
 
     std::uint64_t BytesWritten() const override { return mMuxer.BytesWritten(); }
+
+    // Frames of most of these codecs don't depend on each other, and those of FFV1 on none before a key
+    // frame, which comes after the same number of frames each time.
+    std::int64_t PartFrames() const override {
+        const AVCodecContext& encoder = mEncoder.Context();
+        if (av_find_input_format(mContainer.name) == nullptr) return 0; // nobody could read the parts
+        if (encoder.codec_id == AV_CODEC_ID_FFV1) return std::max(encoder.gop_size, 1);
+        return (avcodec_descriptor_get(encoder.codec_id)->props & AV_CODEC_PROP_INTRA_ONLY) != 0 ? 1 : 0;
+    }
+
+    bool Append(const std::filesystem::path& part, std::int64_t frames,
+                const std::atomic<bool>& cancel) override {
+        LibavPart packets(part, mEncoder.Context(), mLog);
+        const std::unique_ptr<AVPacket, LibavFree> packet(av_packet_alloc());
+        if (!packet) throw std::bad_alloc();
+        std::int64_t found = 0;
+        for (; !cancel && packets.Next(*packet); ++found) {
+            packet->pts = packet->dts = mNext++;
+            packet->duration = 1;
+            mMuxer.Write(*packet);
+        }
+        if (!cancel && found != frames)
+            throw PartFailure(part, fmt::format("it holds {} frames and not {}", found, frames));
+        return !cancel;
+    }
+
+    Planes PlanesOf(const FrameView&, Packet& packet) const override {
+        auto& made = static_cast<PicturePacket&>(packet);
+        const AVFrame& picture = *made.picture;
+        if (picture.format == AV_PIX_FMT_BGR0 && mEncoder.Context().codec_id == AV_CODEC_ID_FFV1)
+            return WithoutFourthBytes(picture, made.decoded);
+        const auto format = static_cast<AVPixelFormat>(picture.format);
+        Planes planes;
+        for (int i = 0; i < av_pix_fmt_count_planes(format); ++i) {
+            const int shift = i == 1 || i == 2 ? av_pix_fmt_desc_get(format)->log2_chroma_h : 0;
+            planes.push_back(
+                {.first = reinterpret_cast<const std::byte*>(picture.data[i]),
+                 .stride = picture.linesize[i],
+                 .rowBytes = static_cast<std::size_t>(av_image_get_linesize(format, picture.width, i)),
+                 .rows = static_cast<std::uint32_t>(AV_CEIL_RSHIFT(picture.height, shift))});
+        }
+        return planes;
+    }
+
+    std::string PixelsName() const override { return av_get_pix_fmt_name(mEncoder.Context().pix_fmt); }
 
   private:
     const LibavLog mLog;
@@ -82,4 +160,15 @@ class LibavTarget final : public Target {
 extern "C" __attribute__((visibility("default"))) corvane::Target*
 CorvaneMakeLibavTarget(const corvane::LibavRequest& request) {
     return new corvane::LibavTarget(request);
+}
+
+/// Another one; see `ContentHash.h`.
+extern "C" __attribute__((visibility("default"))) void
+CorvaneHashContent(const corvane::ContentSource& source, corvane::ContentHash& hash) {
+    const std::unique_ptr<AVMD5, void (*)(void*)> state(av_md5_alloc(), av_free);
+    if (!state) throw std::bad_alloc();
+    av_md5_init(state.get());
+    for (auto piece = source(); !piece.empty(); piece = source())
+        av_md5_update(state.get(), reinterpret_cast<const std::uint8_t*>(piece.data()), piece.size());
+    av_md5_final(state.get(), reinterpret_cast<std::uint8_t*>(hash.data()));
 }

@@ -89,6 +89,14 @@ std::span<const std::byte> PngImage::Encode(const FrameView& frame) {
     return mFile;
 }
 
+void PngImage::ReadPixels(const FrameView& frame, std::vector<std::byte>& pixels) {
+    const std::size_t rowBytes = frame.width * mFormat.PixelBytes();
+    pixels.resize(rowBytes * frame.height);
+    mReader.Begin(frame);
+    for (std::uint32_t y = 0; y < frame.height; ++y)
+        mReader.Read(y, frame.width, pixels.data() + rowBytes * y);
+}
+
 std::span<const std::byte> PngImage::Compress(const FrameView& frame) {
     const std::size_t pixelBytes = mFormat.PixelBytes();
     const std::span<std::byte> pixels = std::span(mRow).subspan(1);

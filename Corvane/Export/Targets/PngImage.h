@@ -68,6 +68,8 @@ class PngImage {
     /// The image; valid until the next call. Throws `Failure` if it is too large for a PNG or can't be
     /// converted, and `std::bad_alloc`.
     std::span<const std::byte> Encode(const FrameView& frame);
+    /// The pixels that decoders of the image get, rows without gaps. Throws `std::bad_alloc`.
+    void ReadPixels(const FrameView& frame, std::vector<std::byte>& pixels);
 
   private:
     std::span<const std::byte> Compress(const FrameView& frame);

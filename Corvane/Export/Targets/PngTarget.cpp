@@ -1,6 +1,9 @@
 #include "PngTarget.h"
 
 #include <optional>
+#include <vector>
+
+#include <fmt/format.h>
 
 #include "Export/Files/NumberedName.h"
 #include "Export/Files/OutputFile.h"
@@ -14,6 +17,7 @@ struct PngPacket final : Packet {
     explicit PngPacket(const StreamFacts& facts) : encoder(facts) {}
 
     PngImage encoder;
+    std::vector<std::byte> pixels; // if they are wanted
     std::span<const std::byte> image;
     std::int64_t index = 0;
 };
@@ -41,9 +45,28 @@ class PngTarget final : public Target {
         mWritten += png.image.size();
     }
 
+    std::vector<std::filesystem::path> WorkingPaths() const override {
+        return mSeries ? mSeries->WorkingPaths() : std::vector{mFile->WorkingPath()};
+    }
+
     std::string Finish() override { return mSeries ? mSeries->Commit() : mFile->Commit(); }
 
     std::uint64_t BytesWritten() const override { return mWritten; }
+
+    // Parts of a series write their own pictures of it: there is nothing to append.
+    std::int64_t PartFrames() const override { return mSeries ? 1 : 0; }
+
+    Planes PlanesOf(const FrameView& frame, Packet& packet) const override {
+        auto& png = static_cast<PngPacket&>(packet);
+        png.encoder.ReadPixels(frame, png.pixels);
+        return {{png.pixels.data(), std::ssize(png.pixels), png.pixels.size(), 1}};
+    }
+    std::string PixelsName() const override {
+        return fmt::format("{}{}", mFacts.HasAlpha() ? "rgba" : "rgb",
+                           !mFacts.IsFloat()   ? mFacts.HasAlpha() ? "" : "24"
+                           : mFacts.HasAlpha() ? "64be"
+                                               : "48be");
+    }
 
   private:
     const std::filesystem::path mPath;

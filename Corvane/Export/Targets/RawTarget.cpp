@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Export/Files/OutputFile.h"
+#include "Export/Files/PartFile.h"
 #include "Export/Picture/PackedReader.h"
 
 namespace corvane {
@@ -38,8 +39,7 @@ class RawTarget final : public Target {
           mRowBytes(std::size_t{facts.size.width} *
                     (mAsDelivered ? BytesPerPixel(facts.raster) : mFormat.PixelBytes())),
           mFile(path) {
-        mFile.Reserve(std::uint64_t{mRowBytes} * facts.size.height *
-                      static_cast<std::uint64_t>(facts.frames));
+        mFile.Reserve(FileBytes(facts.frames));
     }
 
     std::unique_ptr<Packet> NewPacket() override {
@@ -70,6 +70,7 @@ class RawTarget final : public Target {
                 mFile.Write({raw.frame.At(0, y), mRowBytes});
     }
 
+    std::vector<std::filesystem::path> WorkingPaths() const override { return {mFile.WorkingPath()}; }
     std::string Finish() override { return mFile.Commit(); }
     bool KeepsFrames() const override { return mAsDelivered; }
     // A frame in the cache of the thread that made it is written sooner than a second thread makes another;
@@ -79,7 +80,28 @@ class RawTarget final : public Target {
     }
     std::uint64_t BytesWritten() const override { return mFile.BytesWritten(); }
 
+    std::int64_t PartFrames() const override { return 1; }
+    bool Append(const std::filesystem::path& part, std::int64_t frames,
+                const std::atomic<bool>& cancel) override {
+        return AppendPart(part, {}, FileBytes(frames), mFile, cancel);
+    }
+
+    Planes PlanesOf(const FrameView&, Packet& packet) const override {
+        const auto& raw = static_cast<RawPacket&>(packet);
+        if (mAsDelivered) return {{raw.frame.pixels, raw.frame.rowBytes, mRowBytes, mFacts.size.height}};
+        return {
+            {raw.converted.data(), static_cast<std::ptrdiff_t>(mRowBytes), mRowBytes, mFacts.size.height}};
+    }
+    std::string PixelsName() const override {
+        if (!mAsDelivered || IsAsDelivered(mFacts)) return mFormat.bits == 16 ? "rgba64le" : "bgra";
+        return std::string(FindPixelFormatOf(mFacts.raster)->name);
+    }
+
   private:
+    std::uint64_t FileBytes(std::int64_t frames) const {
+        return std::uint64_t{mRowBytes} * mFacts.size.height * static_cast<std::uint64_t>(frames);
+    }
+
     const StreamFacts mFacts;
     const PackedFormat mFormat;
     const bool mAsDelivered;

@@ -10,6 +10,7 @@
 
 #include "Engine/Failure.h"
 #include "Export/Files/OutputFile.h"
+#include "Export/Files/PartFile.h"
 #include "Export/Picture/PictureConverter.h"
 
 namespace corvane {
@@ -19,7 +20,8 @@ constexpr std::string_view kFrameMark = "FRAME\n";
 
 struct Sampling {
     PlanarFormat planes;
-    std::string tag; // after the letter C
+    std::string tag;    // after the letter C
+    std::string pixels; // what libav calls them
 };
 
 Sampling ParseSampling(const std::string& name, const StreamFacts& facts) {
@@ -40,9 +42,12 @@ Sampling ParseSampling(const std::string& name, const StreamFacts& facts) {
                 planes.bits = bits;
                 planes.subsampleW = row.subsampleW;
                 planes.subsampleH = row.subsampleH;
-                if (bits > 8) return {planes, fmt::format("{}p{}", row.name, bits)};
+                if (bits > 8)
+                    return {planes, fmt::format("{}p{}", row.name, bits),
+                            fmt::format("yuv{}p{}le", row.name, bits)};
                 // The plain tag of 8-bit 4:2:0 would mean chroma in the center.
-                return {planes, row.name == "420" ? "420mpeg2" : std::string(row.name)};
+                return {planes, row.name == "420" ? "420mpeg2" : std::string(row.name),
+                        fmt::format("yuv{}p", row.name)};
             }
     throw UsageFailure(fmt::format(
         "y4m has no codec {}; choose 420, 422 or 444, or one with its bits such as 422p10", name));
@@ -79,17 +84,13 @@ struct Y4mPacket final : Packet {
 class Y4mTarget final : public Target {
   public:
     Y4mTarget(const std::filesystem::path& path, const Sampling& sampling, const StreamFacts& facts)
-        : mFacts(facts), mPlanes(sampling.planes), mFile(path) {
-        const std::string header = HeaderOf(facts, sampling.tag);
-        mFile.Write(std::as_bytes(std::span(header)));
+        : mFacts(facts), mPlanes(sampling.planes), mPixels(sampling.pixels),
+          mHeader(HeaderOf(facts, sampling.tag)), mFile(path) {
+        mFile.Write(std::as_bytes(std::span(mHeader)));
     }
 
     std::unique_ptr<Packet> NewPacket() override {
-        std::size_t size = 0;
-        for (int plane = 0; plane < 3; ++plane)
-            size += std::size_t{mPlanes.PlaneWidth(plane, mFacts.size.width)} *
-                    mPlanes.PlaneHeight(plane, mFacts.size.height) * mPlanes.SampleBytes();
-        return std::make_unique<Y4mPacket>(mFacts, mPlanes, size);
+        return std::make_unique<Y4mPacket>(mFacts, mPlanes, PictureBytes());
     }
 
     void Prepare(const FrameView& frame, std::int64_t, Packet& packet) override {
@@ -98,13 +99,38 @@ class Y4mTarget final : public Target {
     }
 
     void Consume(Packet& packet) override { mFile.Write(static_cast<Y4mPacket&>(packet).bytes); }
+    std::vector<std::filesystem::path> WorkingPaths() const override { return {mFile.WorkingPath()}; }
     std::string Finish() override { return mFile.Commit(); }
     bool KeepsAlpha() const override { return false; }
     std::uint64_t BytesWritten() const override { return mFile.BytesWritten(); }
 
+    std::int64_t PartFrames() const override { return 1; }
+    bool Append(const std::filesystem::path& part, std::int64_t frames,
+                const std::atomic<bool>& cancel) override {
+        return AppendPart(part, std::as_bytes(std::span(mHeader)),
+                          static_cast<std::uint64_t>(frames) * (kFrameMark.size() + PictureBytes()), mFile,
+                          cancel);
+    }
+
+    Planes PlanesOf(const FrameView&, Packet& packet) const override {
+        const auto picture = std::span(static_cast<Y4mPacket&>(packet).bytes).subspan(kFrameMark.size());
+        return {{picture.data(), std::ssize(picture), picture.size(), 1}};
+    }
+    std::string PixelsName() const override { return mPixels; }
+
   private:
+    std::size_t PictureBytes() const {
+        std::size_t size = 0;
+        for (int plane = 0; plane < 3; ++plane)
+            size += std::size_t{mPlanes.PlaneWidth(plane, mFacts.size.width)} *
+                    mPlanes.PlaneHeight(plane, mFacts.size.height) * mPlanes.SampleBytes();
+        return size;
+    }
+
     const StreamFacts mFacts;
     const PlanarFormat mPlanes;
+    const std::string mPixels;
+    const std::string mHeader;
     OutputFile mFile;
 };
 

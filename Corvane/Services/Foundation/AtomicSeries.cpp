@@ -79,6 +79,17 @@ void AtomicSeries::Commit() {
     if (mCount > 0) AtomicFile::SyncFolder(mPathOf(mReached));
 }
 
+std::vector<fs::path> AtomicSeries::WorkingPaths() const {
+    std::map<std::int64_t, fs::path> paths;
+    for (Run run : mRuns)
+        for (; run.count > 0; --run.count, ++run.temporary, ++run.number)
+            paths.emplace(run.number, AtomicFile::TemporaryOf(mPathOf(run.number), run.temporary));
+    for (const auto& [number, file] : mLinked) paths.emplace(number, file.WorkingPath());
+    std::vector<fs::path> ordered;
+    for (auto& [number, path] : paths) ordered.push_back(std::move(path));
+    return ordered;
+}
+
 std::string AtomicSeries::WhatIsLost() const {
     if (mLoss.files == 0 || mCount == 1) return mLoss.clause;
     const std::string more = mLoss.files == 1 ? "" : fmt::format(" and {} more", mLoss.files - 1);

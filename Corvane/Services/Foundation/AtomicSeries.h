@@ -31,6 +31,8 @@ class AtomicSeries {
     /// `FileError` if something fails, which is then of the file of the number `Reached`. Some may have their
     /// names then.
     void Commit();
+    /// Where this process finds the files until `Commit`, in the order of their numbers.
+    std::vector<std::filesystem::path> WorkingPaths() const;
     /// The number of the file that `Commit` came to.
     std::int64_t Reached() const { return mReached; }
     /// What is not kept of files that are replaced, as a clause, or nothing. Names the first such file, if

@@ -13,8 +13,15 @@ namespace {
 using Arguments = std::vector<std::string>;
 
 TEST(Usage, HelpTeachesByExample) {
-    for (const Arguments& command :
-         {Arguments{}, {"info"}, {"render"}, {"compare"}, {"new"}, {"edit"}, {"formats"}, {"validate"}}) {
+    for (const Arguments& command : {Arguments{},
+                                     {"info"},
+                                     {"render"},
+                                     {"compare"},
+                                     {"sweep"},
+                                     {"new"},
+                                     {"edit"},
+                                     {"formats"},
+                                     {"validate"}}) {
         Arguments arguments = command;
         arguments.push_back("--help");
         const ProcessResult result = RunSynthex(arguments);
@@ -45,6 +52,13 @@ TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
         {{"compare", clip}, "VIDEO is required"},
         {{"compare", clip, "a.mp4", "--ignore", "color,colour"}, "'colour' is no kind of finding; choose"},
         {{"compare", clip, "a.mp4", "--tolerance", "nan"}, "--tolerance"},
+        {{"sweep", clip}, "BASE and OUT are required, or --plan"},
+        {{"sweep", clip, "a.mkv", "--plan", "a.json"}, "excludes --plan"},
+        {{"sweep", clip, "a.mkv", "--vary", "rate"}, "AXIS=VALUE"},
+        {{"sweep", clip, "{rate}.mkv", "--vary", "rate=24,x"}, "rate 'x' is not understood"},
+        {{"sweep", clip, "{codec}.mkv", "--codec", "ffv1,none"}, "no video codec called none"},
+        {{"sweep", clip, "{codec}.mp4", "--codec", "ffv1"}, "mp4 can't carry ffv1"},
+        {{"sweep", clip, "a.mkv", "--only", "0:1"}, "choose from 0:0"},
         {{"new", "x", "--size", "0x4"}, "'0x4' is not understood; write WIDTHxHEIGHT"},
         {{"new", "x", "--size", "32769x4"}, "32768"},
         {{"new", "x", "--size", "64"}, "WIDTHxHEIGHT"},

@@ -1,0 +1,110 @@
+#include "Plan.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include "Engine/Failure.h"
+#include "Engine/TextFile.h"
+
+namespace corvane {
+namespace {
+
+namespace fs = std::filesystem;
+using JSON = nlohmann::ordered_json;
+
+constexpr std::int64_t kVersion = 1;
+
+// The folder that relative paths of a plan begin at.
+fs::path FolderOf(const fs::path& file) {
+    return fs::absolute(file).parent_path();
+}
+
+// What is written of a path: relative to the folder if it lies in it.
+std::string Stored(const fs::path& path, const fs::path& folder) {
+    const fs::path whole = fs::absolute(path).lexically_normal();
+    const fs::path relative = whole.lexically_relative(folder.lexically_normal());
+    return relative.empty() || *relative.begin() == ".." ? whole.string() : relative.string();
+}
+
+std::string TextOf(const JSON& value, const char* what) {
+    if (!value.is_string()) throw std::invalid_argument(fmt::format("{} is no text", what));
+    return value.get<std::string>();
+}
+
+// What is missing reads as null.
+const JSON& MemberOf(const JSON& object, const char* key) {
+    static const JSON sNull;
+    const auto found = object.find(key);
+    return found != object.end() ? *found : sNull;
+}
+
+Plan::Axis AxisOf(const JSON& object) {
+    if (!object.is_object()) throw std::invalid_argument("an axis is no object");
+    Plan::Axis axis{TextOf(MemberOf(object, "name"), "the name of an axis"), {}};
+    const JSON& values = MemberOf(object, "values");
+    if (!values.is_array())
+        throw std::invalid_argument(fmt::format("the axis {} has no list of values", axis.name));
+    for (const JSON& value : values)
+        axis.values.push_back(value.is_number_integer() ? value.dump() : TextOf(value, "a value"));
+    return axis;
+}
+
+void CheckKeys(const JSON& tree) {
+    if (!tree.is_object()) throw std::invalid_argument("it is no object");
+    const JSON& version = MemberOf(tree, "version");
+    if (!version.is_number_integer()) throw std::invalid_argument("it has no version");
+    if (version.get<std::int64_t>() > kVersion)
+        throw std::invalid_argument(
+            fmt::format("it is of version {}, and this program reads {}; use the newer program",
+                        version.dump(), kVersion));
+    for (const auto& [key, value] : tree.items())
+        if (key != "version" && key != "base" && key != "axes" && key != "zip" && key != "output")
+            throw std::invalid_argument(
+                fmt::format("there is no key '{}'; choose some of version, base, axes, zip, output", key));
+}
+
+Plan PlanOf(const JSON& tree, const fs::path& folder) {
+    CheckKeys(tree);
+    Plan plan;
+    plan.base = folder / TextOf(MemberOf(tree, "base"), "the base");
+    plan.output = folder / TextOf(MemberOf(tree, "output"), "the output");
+    const JSON& zip = MemberOf(tree, "zip");
+    if (!zip.is_null() && !zip.is_boolean()) throw std::invalid_argument("zip is neither true nor false");
+    plan.zip = zip.is_boolean() && zip.get<bool>();
+    const JSON& axes = MemberOf(tree, "axes");
+    if (!axes.is_null() && !axes.is_array()) throw std::invalid_argument("the axes are no list");
+    for (const JSON& axis : axes) plan.axes.push_back(AxisOf(axis));
+    return plan;
+}
+
+} // namespace
+
+Plan ReadPlan(const fs::path& file) {
+    const std::string text = ReadTextFile(file);
+    try {
+        return PlanOf(JSON::parse(text), FolderOf(file));
+    } catch (const JSON::exception& error) {
+        throw Failure(fmt::format("{}: this is no plan: {}", file.string(), error.what()));
+    } catch (const std::invalid_argument& error) {
+        throw Failure(fmt::format("{}: this plan can't be used: {}", file.string(), error.what()));
+    }
+}
+
+std::string SavePlan(const Plan& plan, const fs::path& file) {
+    JSON tree{{"version", kVersion}, {"base", Stored(plan.base, FolderOf(file))}, {"axes", JSON::array()}};
+    for (const Plan::Axis& axis : plan.axes)
+        tree["axes"].push_back({{"name", axis.name}, {"values", axis.values}});
+    tree["zip"] = plan.zip;
+    tree["output"] = Stored(plan.output, FolderOf(file));
+    try {
+        return WriteTextFile(file, tree.dump(2) + "\n");
+    } catch (const JSON::exception&) {
+        throw Failure(
+            fmt::format("{}: a name in the plan is not valid UTF-8; choose another one", file.string()));
+    }
+}
+
+} // namespace corvane

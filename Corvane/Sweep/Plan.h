@@ -1,0 +1,35 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace corvane {
+
+/// What a family is made of. A value; nothing in it is checked, which `Family` does.
+struct Plan {
+    /// A setting, and the values that members have of it.
+    struct Axis {
+        std::string name; ///< of an `AxisRow`
+        std::vector<std::string> values;
+
+        bool operator==(const Axis&) const = default;
+    };
+
+    std::filesystem::path base;   ///< the settings file that members differ from
+    std::vector<Axis> axes;       ///< the last one changes fastest
+    bool zip = false;             ///< the first values make the first member and so on; else all combinations
+    std::filesystem::path output; ///< what outputs are called, with placeholders such as {rate}
+
+    bool operator==(const Plan&) const = default;
+};
+
+/// Reads a plan file. Relative paths in it begin at its folder. Throws `Failure`, which names the file and
+/// the remedy, if it can't be read, is no plan or is of a newer version. Any thread.
+Plan ReadPlan(const std::filesystem::path& file);
+
+/// Saves a plan, whole or not at all. What lies beside or below its folder is written relative to that.
+/// Returns what could not be kept of an older file, as a clause, or nothing. Throws `Failure`. Any thread.
+[[nodiscard]] std::string SavePlan(const Plan& plan, const std::filesystem::path& file);
+
+} // namespace corvane
