@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
@@ -23,49 +22,15 @@
 #include "Commands.h"
 #include "Compare/FindingKinds.h"
 #include "Console.h"
-#include "Engine/NumberPair.h"
 #include "Export/Targets/ExportKinds.h"
 #include "HelpTexts.h"
+#include "OptionForms.h"
 #include "Services/Frames/FrameBuffers.h"
+#include "SweepArguments.h"
 
 namespace corvane::commandline {
 
 namespace {
-
-/// Adds an option that takes two numbers in one argument. `take` gets them, and may refuse them by false; the
-/// sentence that refuses something else tells what is expected.
-template <class Take>
-void AddPair(CLI::App& command, const char* name, const char* typeName, const char* about,
-             const PairForm& form, const std::string& expected, Take take) {
-    const auto read = [=](const std::string& text) {
-        const std::optional<NumberPair> pair = ReadPair(text, form);
-        if (!pair || !take(pair->first, pair->second))
-            throw CLI::ValidationError(name, "'" + text + "' is not understood; write " + expected);
-    };
-    command.add_option_function<std::string>(name, read, about)->type_name(typeName);
-}
-
-/// Adds an option that takes a first and a last number, which `take` gets.
-template <class Take>
-void AddRange(CLI::App& command, const char* name, const char* about, Take take) {
-    AddPair(command, name, "FIRST:LAST", about, {':', 0, std::numeric_limits<std::int64_t>::max(), true},
-            "FIRST:LAST (both included, from 0) or one number",
-            [take](std::int64_t first, std::optional<std::int64_t> last) {
-                take(first, last.value_or(first));
-                return first <= last.value_or(first);
-            });
-}
-
-/// Adds an option that takes a number. A range holds whatever is neither below nor above it: what is no
-/// number, too, which is refused here.
-template <class Take>
-CLI::Option* AddNumber(CLI::App& command, const char* name, const char* about, CLI::Range range, Take take) {
-    const auto read = [name, take](double number) {
-        if (std::isnan(number)) throw CLI::ValidationError(name, "'nan' is no number");
-        take(number);
-    };
-    return command.add_option_function<double>(name, read, about)->check(range);
-}
 
 void AddInfoOptions(CLI::App& command, InfoRequest& request) {
     command.add_option("CLIP", request.clips, "Settings files (.synthex)")->required()->type_name("");
@@ -146,91 +111,6 @@ void AddCompareOptions(CLI::App& command, CompareRequest& request) {
     command.add_flag("--quiet", request.quiet, "No progress bar, and nothing but findings");
 }
 
-/// Adds an axis of a family, with values that commas separate.
-void AddAxis(Plan& plan, const std::string& name, std::string_view values) {
-    Plan::Axis axis{name, {}};
-    while (!values.empty()) {
-        const std::size_t end = std::min(values.find(','), values.size());
-        axis.values.emplace_back(values.substr(0, end));
-        values.remove_prefix(std::min(end + 1, values.size()));
-    }
-    plan.axes.push_back(std::move(axis));
-}
-
-/// What a family is made of. Returns the options of that.
-std::vector<CLI::Option*> AddPlanOptions(CLI::App& command, Plan& plan) {
-    const auto vary = [&plan](const std::vector<std::string>& axes) {
-        for (const std::string& axis : axes) {
-            const std::size_t at = axis.find('=');
-            if (at == std::string::npos)
-                throw CLI::ValidationError("--vary",
-                                           "'" + axis + "' is not understood; write AXIS=VALUE,VALUE...");
-            AddAxis(plan, axis.substr(0, at), std::string_view(axis).substr(at + 1));
-        }
-    };
-    return {
-        command.add_option("BASE", plan.base, "The clip that members differ from (.synthex)")->type_name(""),
-        command
-            .add_option("OUT", plan.output,
-                        "What outputs are called, with axes in braces, such as 'out/{name}-{rate}.{codec}'")
-            ->type_name(""),
-        command.add_option_function<std::vector<std::string>>("--vary", vary, "A setting, and its values")
-            ->type_name("AXIS=VALUE,...")
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll),
-        // After `--vary`, so that codecs change fastest.
-        command
-            .add_option_function<std::string>(
-                "--codec", [&plan](const std::string& codecs) { AddAxis(plan, "codec", codecs); },
-                "Codecs, as for render; the same as --vary codec=NAME,...")
-            ->type_name("NAME,..."),
-        command.add_flag("--zip", plan.zip, "First values with first values, instead of all combinations")};
-}
-
-void AddSlurmOptions(CLI::App& command, SweepRequest& request) {
-    CLI::Option* const slurm =
-        command.add_flag("--slurm", request.slurm,
-                         "Make the members by a job array of Slurm, with sbatch's options behind --");
-    command.add_flag("--detach", request.slurmOptions.detach, "Return when the job is submitted")
-        ->needs(slurm);
-    AddNumber(command, "--task-seconds", "What a task takes at least (default: 60)", CLI::Range(0.0, 1e6),
-              [&request](double seconds) { request.slurmOptions.taskSeconds = seconds; })
-        ->needs(slurm);
-    command
-        .add_option("--sbatch", request.slurmOptions.sbatch,
-                    "An option of sbatch; the same as to write it behind --")
-        ->type_name("OPTION")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-        ->needs(slurm);
-    for (const char* const other : {"--only", "--jobs", "--list", "--check", "--save-plan"})
-        slurm->excludes(command.get_option(other));
-}
-
-void AddSweepOptions(CLI::App& command, SweepRequest& request) {
-    auto plan = AddPlanOptions(command, request.plan);
-    CLI::Option* const file =
-        command.add_option("--plan", request.planFile, "A plan, instead of all that")->type_name("FILE.json");
-    CLI::Option* const check =
-        command.add_option("--check", request.check, "Look whether a family is there and unchanged")
-            ->type_name("MANIFEST");
-    for (CLI::Option* const option : plan) option->excludes(file)->excludes(check);
-    file->excludes(check);
-    command.add_option("--save-plan", request.savePlan, "Save the plan, and make nothing")
-        ->type_name("FILE.json");
-    command.add_flag("--list,--dry-run", request.list, "Say what the members are, and make nothing");
-    AddRange(command, "--only", "Make these members alone, both included, and leave the manifest as it is",
-             [&request](std::int64_t first, std::int64_t last) {
-                 request.options.only = {first, last};
-             });
-    command.add_option("--jobs", request.options.jobs, "Members to make at once (default: two a processor)")
-        ->type_name("N")
-        ->check(CLI::Range(1, 512));
-    AddSlurmOptions(command, request);
-    command.add_flag("--json", request.json, "JSON instead of a table and sentences");
-    command.add_flag("--quiet", request.quiet, "No progress bar, and no word about what was made");
-}
-
 void AddSequenceOptions(CLI::App& command, ClipFormat& sequence) {
     constexpr std::int64_t kAny = std::numeric_limits<std::uint32_t>::max();
     const auto into = [](std::uint32_t& a, std::uint32_t& b) {
@@ -307,17 +187,6 @@ void AddMakeChecksOptions(CLI::App& command, ChecksRequest& request) {
     command.add_option("REPORTS", request.reports)->required();
     command.add_option("SEQUENCES", request.sequences)->required();
     command.add_option("BUNDLE", request.bundle)->required();
-}
-
-/// The arguments, of which those behind `--slurm ... --` are options of `--sbatch`.
-std::vector<std::string> WithBatchOptions(std::span<const char* const> arguments) {
-    std::vector<std::string> words(arguments.begin(), arguments.end());
-    const auto slurm = std::ranges::find(words, "--slurm");
-    const auto mark = std::find(slurm, words.end(), "--");
-    if (mark == words.end()) return words;
-    for (std::string& option : std::span(mark + 1, words.end())) option.insert(0, "--sbatch=");
-    words.erase(mark);
-    return words;
 }
 
 /// The program's arguments: declared, then read.

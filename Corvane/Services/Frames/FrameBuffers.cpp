@@ -11,11 +11,11 @@
 #include <vector>
 
 #include "FrameMemory.h"
-#include "Suites.h"
 #include "Services/Foundation/NeverDestroyed.h"
 #include "Services/Raster/PixelFormats.h"
 #include "Services/Raster/RasterkitRows.h"
 #include "Services/TestHooks.h"
+#include "Suites.h"
 
 /// What a handle points to. Never freed, only reused, so that a handle which was disposed of can be told.
 struct CvVexel {
