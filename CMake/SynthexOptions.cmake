@@ -39,6 +39,10 @@ add_compile_options(
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # GCC 12 sees overlaps and huge sizes in std::string and std::vector that are not there (GCC bug 105651).
     add_compile_options(-fno-gnu-unique -Wno-restrict -Wno-stringop-overread)
+    # Of several sources at a time, GCC takes all but the first for headers.
+    if(CMAKE_UNITY_BUILD)
+        add_compile_options(-Wno-subobject-linkage)
+    endif()
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
     # Code and constants in one segment: fewer mappings to make whenever the program starts or loads the bundle.
