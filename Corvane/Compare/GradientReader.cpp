@@ -7,7 +7,6 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kRows = GradientKeys::kRows;
 constexpr std::int64_t kLearnFrom = 24; // pictures
 constexpr std::size_t kGuessFrom = 4;   // pictures
 constexpr std::size_t kMeasureBy = 16;  // pictures
@@ -70,7 +69,7 @@ GradientReader::GradientReader(std::vector<KeyFrame> keys, int bits, const Sampl
     mContrast = 255;
     for (const GradientKey& key : mKeys) mContrast = std::min(mContrast, ContrastOf(key.rows));
     double moved = 0;
-    for (std::size_t i = 0; i < kRows; ++i)
+    for (std::size_t i = 0; i < GradientKeys::kRows; ++i)
         for (std::size_t plane = 0; plane < 3; ++plane)
             moved = std::max(moved, std::abs(mKeys.back().rows[i][plane] - mKeys.front().rows[i][plane]));
     const auto frames = static_cast<double>(mKeys.back().frame - mKeys.front().frame);
@@ -141,8 +140,8 @@ GradientRows GradientReader::Expected(double frame) const {
     const GradientKey& to = mKeys[at + 1];
     const double share =
         (frame - static_cast<double>(from.frame)) / static_cast<double>(to.frame - from.frame);
-    GradientRows rows(kRows);
-    for (std::size_t i = 0; i < kRows; ++i)
+    GradientRows rows(GradientKeys::kRows);
+    for (std::size_t i = 0; i < GradientKeys::kRows; ++i)
         for (std::size_t plane = 0; plane < 3; ++plane)
             rows[i][plane] = from.rows[i][plane] + (to.rows[i][plane] - from.rows[i][plane]) * share;
     return rows;
@@ -154,7 +153,7 @@ void GradientReader::Learn(const GradientRows& seen) {
     if (mKeys.front().frame + mLearned > mKeys.back().frame) return;
     const GradientRows expected = Expected(static_cast<double>(mKeys.front().frame + mLearned));
     ++mLearned;
-    for (std::size_t i = 0; i < kRows; ++i) {
+    for (std::size_t i = 0; i < GradientKeys::kRows; ++i) {
         const std::array<double, 4> from{expected[i][0], expected[i][1], expected[i][2], 1};
         for (std::size_t row = 0; row < 4; ++row) {
             for (std::size_t column = 0; column < 4; ++column)

@@ -23,7 +23,7 @@ double PixelsOf(const Member& member) {
 
 // Seconds that a pixel takes.
 double TryMember(const Family& family, const Member& member, const std::shared_ptr<Bundle>& bundle) {
-    using Clock = std::chrono::steady_clock;
+    using std::chrono::steady_clock;
     try {
         const auto clip = Clip::OpenPrefs(bundle, "clip", WriteSettings(member.spec.settings));
         ExportOptions options = ExportOf(family, member);
@@ -34,9 +34,9 @@ double TryMember(const Family& family, const Member& member, const std::shared_p
         const std::int64_t frames = options.format == "png" ? 1 : std::min(member.Frames(), kTriedFrames);
         options.frames = {0, frames - 1};
         const std::atomic<bool> goOn{false};
-        const Clock::time_point start = Clock::now();
+        const steady_clock::time_point start = steady_clock::now();
         ExportClip(*clip, options, {}, goOn);
-        const std::chrono::duration<double> taken = Clock::now() - start;
+        const std::chrono::duration<double> taken = steady_clock::now() - start;
         return taken.count() / (PixelsOf(member) * static_cast<double>(frames));
     } catch (const Failure&) {
         return kUsualSeconds; // the task will say what is wrong

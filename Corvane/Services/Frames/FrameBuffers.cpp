@@ -199,13 +199,13 @@ std::optional<Layout> LayOut(CvPixelFormat format, std::uint32_t width, std::uin
 std::int32_t Create(CvVexelHandle* handle, std::int32_t access, CvPixelFormat format, std::uint32_t width,
                     std::uint32_t height, std::int32_t /*reserved1*/, std::int32_t /*reserved2*/,
                     std::uint32_t parNumerator, std::uint32_t parDenominator) {
-    if (!handle) return kFailed;
+    if (!handle) return kSuiteFailed;
     *handle = nullptr;
     try {
         const std::optional<Layout> layout = LayOut(format, width, height);
-        if (access != kCvVexelAccess_ReadWrite || !layout || Pool().ShallFail()) return kFailed;
+        if (access != kCvVexelAccess_ReadWrite || !layout || Pool().ShallFail()) return kSuiteFailed;
         CvVexel* const frame = Pool().Take(layout->bytes);
-        if (!frame) return kFailed;
+        if (!frame) return kSuiteFailed;
 
         frame->rowBytes = static_cast<std::int32_t>(layout->rowBytes);
         frame->width = width;
@@ -215,9 +215,9 @@ std::int32_t Create(CvVexelHandle* handle, std::int32_t access, CvPixelFormat fo
         frame->parDenominator = parDenominator;
         frame->isLive.store(true, std::memory_order_release);
         *handle = frame;
-        return kSucceeded;
+        return kSuiteSucceeded;
     } catch (const std::bad_alloc&) {
-        return kFailed;
+        return kSuiteFailed;
     }
 }
 
@@ -227,50 +227,50 @@ bool IsLive(CvVexelHandle handle) {
 
 std::int32_t Dispose(CvVexelHandle handle) {
     // Of two that dispose of the same frame only one gets to the pool.
-    if (!handle || !handle->isLive.exchange(false, std::memory_order_acq_rel)) return kFailed;
+    if (!handle || !handle->isLive.exchange(false, std::memory_order_acq_rel)) return kSuiteFailed;
     Pool().Return(handle);
-    return kSucceeded;
+    return kSuiteSucceeded;
 }
 
 std::int32_t GetPixels(CvVexelHandle handle, std::int32_t access, char** pixels) {
-    if (!IsLive(handle) || access != kCvVexelAccess_ReadWrite || !pixels) return kFailed;
+    if (!IsLive(handle) || access != kCvVexelAccess_ReadWrite || !pixels) return kSuiteFailed;
     // The host asks when the plug-in has filled the frame, before it goes to other threads.
     raster::CompleteFills();
     *pixels = reinterpret_cast<char*>(handle->memory.Base());
     if (gBottomUp && handle->height > 0)
         *pixels += std::ptrdiff_t{handle->rowBytes} * (std::ptrdiff_t{handle->height} - 1);
-    return kSucceeded;
+    return kSuiteSucceeded;
 }
 
 std::int32_t GetBounds(CvVexelHandle handle, CvRect* bounds) {
-    if (!IsLive(handle) || !bounds) return kFailed;
+    if (!IsLive(handle) || !bounds) return kSuiteFailed;
     *bounds = {0, 0, static_cast<std::int32_t>(handle->width), static_cast<std::int32_t>(handle->height)};
-    return kSucceeded;
+    return kSuiteSucceeded;
 }
 
 std::int32_t GetRowBytes(CvVexelHandle handle, std::int32_t* rowBytes) {
-    if (!IsLive(handle) || !rowBytes) return kFailed;
+    if (!IsLive(handle) || !rowBytes) return kSuiteFailed;
     *rowBytes = gBottomUp ? -handle->rowBytes : handle->rowBytes;
-    return kSucceeded;
+    return kSuiteSucceeded;
 }
 
 std::int32_t GetPixelFormat(CvVexelHandle handle, CvPixelFormat* format) {
-    if (!IsLive(handle) || !format) return kFailed;
+    if (!IsLive(handle) || !format) return kSuiteFailed;
     *format = handle->format;
-    return kSucceeded;
+    return kSuiteSucceeded;
 }
 
 std::int32_t GetPixelAspectRatio(CvVexelHandle handle, std::uint32_t* numerator, std::uint32_t* denominator) {
-    if (!IsLive(handle) || !numerator || !denominator) return kFailed;
+    if (!IsLive(handle) || !numerator || !denominator) return kSuiteFailed;
     *numerator = handle->parNumerator;
     *denominator = handle->parDenominator;
-    return kSucceeded;
+    return kSuiteSucceeded;
 }
 
 std::int32_t CanCreate(CvPixelFormat format, std::int32_t* answer) {
-    if (!answer) return kFailed;
+    if (!answer) return kSuiteFailed;
     *answer = FindConcrete(format) != nullptr;
-    return kSucceeded;
+    return kSuiteSucceeded;
 }
 
 constexpr CvVexelCreator2Suite3 kVexelCreator2Suite{Create};

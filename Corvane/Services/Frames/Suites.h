@@ -9,8 +9,8 @@ namespace corvane {
 // What the host hands to plug-ins. All of it lives as long as the process. Any thread; nothing here fails.
 
 /// What the functions of suites return.
-inline constexpr std::int32_t kSucceeded = 0;
-inline constexpr std::int32_t kFailed = -1;
+inline constexpr std::int32_t kSuiteSucceeded = 0;
+inline constexpr std::int32_t kSuiteFailed = -1;
 
 /// "Corvane Legacy Suite", version 1.
 const CvLegacySuite1* LegacySuite1();
