@@ -31,7 +31,7 @@ Plan PlanOf(const SweepRequest& request, const SweepModule& module) {
     return request.plan;
 }
 
-int Check(const SweepRequest& request, const SweepModule& module) {
+int CheckFamily(const SweepRequest& request, const SweepModule& module) {
     EndingSignal::Take();
     CheckReport report;
     {
@@ -79,7 +79,7 @@ int Tell(const SweepRequest& request, const SweepReport& report) {
     return report.failed.empty() && report.stopped.empty() ? kExitDone : kExitFailed;
 }
 
-int Make(const SweepRequest& request, const Plan& plan, const SweepModule& module) {
+int MakeFamily(const SweepRequest& request, const Plan& plan, const SweepModule& module) {
     const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
     EndingSignal::Take();
     SweepReport report;
@@ -131,14 +131,14 @@ int MakeBySlurm(const SweepRequest& request, const Plan& plan, const SweepModule
 
 int RunSweep(const SweepRequest& request) {
     const SweepModule& module = LoadSweepModule();
-    if (!request.check.empty()) return Check(request, module);
+    if (!request.check.empty()) return CheckFamily(request, module);
     const Plan plan = PlanOf(request, module);
     if (!request.savePlan.empty()) {
         const std::string lost = module.Save(plan, request.savePlan);
         if (!request.quiet) PrintLine(SavedText(request.savePlan, lost));
         return kExitDone;
     }
-    if (!request.list) return (request.slurm ? MakeBySlurm : Make)(request, plan, module);
+    if (!request.list) return (request.slurm ? MakeBySlurm : MakeFamily)(request, plan, module);
     module.List(plan, std::make_shared<Bundle>(Bundle::Find(request.bundle)), request.json, Print);
     return kExitDone;
 }
