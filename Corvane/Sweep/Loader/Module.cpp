@@ -33,7 +33,7 @@ class Module final : public SweepModule {
 } // namespace corvane
 
 /// The module's one function; see `SweepModule.h`.
-extern "C" __attribute__((visibility("default"))) const corvane::SweepModule& CorvaneSweepModule() {
+extern "C" __attribute__((visibility("default"))) const corvane::SweepModule* CorvaneSweepModule() {
     static const corvane::Module sModule;
-    return sModule;
+    return &sModule;
 }

@@ -7,7 +7,7 @@ namespace corvane {
 const SweepModule& LoadSweepModule() {
     void* const function =
         FindInModule({"corvane-sweep", "making families", "install it and its libraries"}, kSweepModuleName);
-    return reinterpret_cast<SweepModuleFunction*>(function)();
+    return *reinterpret_cast<SweepModuleFunction*>(function)();
 }
 
 } // namespace corvane

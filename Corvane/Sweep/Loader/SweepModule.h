@@ -43,6 +43,6 @@ class SweepModule {
 /// The name of the module's one function, which is of type `SweepModuleFunction`.
 inline constexpr const char* kSweepModuleName = "CorvaneSweepModule";
 /// Tells the module's object.
-using SweepModuleFunction = const SweepModule&();
+using SweepModuleFunction = const SweepModule*();
 
 } // namespace corvane

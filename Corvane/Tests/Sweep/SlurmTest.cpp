@@ -8,7 +8,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
+using ::testing::HasSubstr;
 
 constexpr char kFamily[] =
     "\"$SYNTHEX\" sweep clip.synthex 'NAME/{rate}-{fields}.{codec}' --codec ffv1,prores "
@@ -46,8 +46,9 @@ TEST(Slurm, AKilledTaskIsMadeAgainAndTheManifestIsThatOfOneMachine) {
                     "-A out | wc -l");
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_THAT(ReadFile(folder / "refused"),
-                testing::AllOf(HasSubstr("sbatch: "), HasSubstr("--no-such-option")));
-    EXPECT_THAT(ReadFile(folder / "failed"), testing::AllOf(HasSubstr("were not made"), HasSubstr("task-")));
+                ::testing::AllOf(HasSubstr("sbatch: "), HasSubstr("--no-such-option")));
+    EXPECT_THAT(ReadFile(folder / "failed"),
+                ::testing::AllOf(HasSubstr("were not made"), HasSubstr("task-")));
     // One job until then, and in the end the outputs, their settings and the manifest.
     EXPECT_EQ(result.out, "refused 1\nfailed 1\n1\n19\n");
 }

@@ -22,9 +22,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using nlohmann::json;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::IsEmpty;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 using Arguments = std::vector<std::string>;
 
 /// A small clip in a folder, and a family of it.
