@@ -96,9 +96,9 @@ TEST(Usage, WhatIsPrintedIsNotLostInSilence) {
 }
 
 TEST(Formats, AreListedAlikeForPeopleAndPrograms) {
-    const std::string text = RunSynthex({"formats"}).out, json = RunSynthex({"formats", "--json"}).out;
-    EXPECT_EQ(std::ranges::count(json, '\n'), 48);
-    EXPECT_EQ(nlohmann::json::parse(json.substr(0, json.find('\n'))),
+    const std::string text = RunSynthex({"formats"}).out, lines = RunSynthex({"formats", "--json"}).out;
+    EXPECT_EQ(std::ranges::count(lines, '\n'), 48);
+    EXPECT_EQ(nlohmann::json::parse(lines.substr(0, lines.find('\n'))),
               (nlohmann::json{{"code", 1634887522},
                               {"characters", "bgra"},
                               {"name", "CvPixelFormat_BGRA_4444_8u"},
