@@ -24,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kFirstLook(200), kLongestLook(5000);
+constexpr milliseconds kFirstLook(200), kLongestLook(2000);
 
 std::string Quoted(const std::string& word) {
     return "'" + boost::algorithm::replace_all_copy(word, "'", "'\\''") + "'";
