@@ -170,8 +170,10 @@ std::int64_t ExpectedPictures(const VideoFacts& video) {
     if (video.pictures) return *video.pictures;
     const auto [scale, sampleSize] = video.averageRate;
     if (!video.duration || video.timeBase.sampleSize == 0 || sampleSize == 0) return 0;
-    return static_cast<std::int64_t>(static_cast<double>(*video.duration) * video.timeBase.scale /
-                                     video.timeBase.sampleSize * scale / sampleSize);
+    constexpr double kMost = 1e15; // a file may tell anything
+    return static_cast<std::int64_t>(std::clamp(static_cast<double>(*video.duration) * video.timeBase.scale /
+                                                    video.timeBase.sampleSize * scale / sampleSize,
+                                                0.0, kMost));
 }
 
 void CheckRequest(const Clip& clip, const CompareOptions& options) {
