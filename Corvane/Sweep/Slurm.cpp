@@ -42,9 +42,12 @@ class SlurmSweep {
         mReport.manifest = mFamily.Folder() / kManifestName;
         mReport.members = mFamily.Count();
         mReport.job = OlderJob();
-        const bool attached = !mReport.job.empty();
-        const std::vector<std::int64_t> missing = attached ? std::vector<std::int64_t>() : FindMissing();
-        if (!attached && !missing.empty()) Submit(missing, bundle);
+        std::vector<std::int64_t> missing;
+        if (mReport.job.empty()) {
+            Manifest manifest(mFamily, true); // gone, and its lock with it, before tasks begin
+            missing = MissingFrom(manifest);
+        }
+        if (!missing.empty()) Submit(missing, bundle);
         if (!mReport.job.empty()) {
             if (mOptions.detach) return std::move(mReport);
             Wait(listener, cancel);
@@ -74,8 +77,7 @@ class SlurmSweep {
                                   answer.Reason(), job));
     }
 
-    std::vector<std::int64_t> FindMissing() const {
-        Manifest manifest(mFamily, true);
+    std::vector<std::int64_t> MissingFrom(Manifest& manifest) const {
         std::vector<std::int64_t> missing;
         for (std::int64_t number = 0; number < mFamily.Count(); ++number)
             if (!manifest.IsMade(mFamily.At(number))) missing.push_back(number);
@@ -84,7 +86,7 @@ class SlurmSweep {
 
     void Submit(const std::vector<std::int64_t>& missing, const std::shared_ptr<Bundle>& bundle) {
         const auto tasks = DivideIntoTasks(mFamily, missing, bundle, mOptions.taskSeconds);
-        // Held until the tasks can see all of it: the folder would go with the last one who used it.
+        // It went with the manifest that looked for what is missing, if nothing was in it.
         fs::create_directories(mFolder);
         std::ignore = SavePlan(mPlan, mFolder / "plan");
         std::ignore = WriteTextFile(mFolder / "task", TaskScript(tasks), 0777);
@@ -145,9 +147,7 @@ class SlurmSweep {
 
     void Gather() {
         Manifest manifest(mFamily, true);
-        std::vector<std::int64_t> missing;
-        for (std::int64_t number = 0; number < mFamily.Count(); ++number)
-            if (!manifest.IsMade(mFamily.At(number))) missing.push_back(number);
+        const std::vector<std::int64_t> missing = MissingFrom(manifest);
         ReadNotes();
         const std::int64_t made = mReport.members - std::ssize(missing);
         mReport.kept = std::min(mKept.value_or(made), made);
