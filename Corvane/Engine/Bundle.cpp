@@ -1,7 +1,9 @@
 #include "Bundle.h"
 
 #include <cstdlib>
+#include <map>
 #include <string_view>
+#include <system_error>
 
 #include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/trim.hpp>
@@ -9,7 +11,7 @@
 
 #include "Failure.h"
 #include "PluginLibrary.h"
-#include "Services/Foundation/ProgramFolder.h"
+#include "Services/Foundation/LibraryFolder.h"
 
 namespace corvane {
 
@@ -31,6 +33,23 @@ std::filesystem::path Bundle::Find(const std::filesystem::path& named) {
     if (const char* const variable = std::getenv("SYNTHEX_BUNDLE"); variable != nullptr && *variable != '\0')
         return variable;
     return InLibraryFolder(kBundleName);
+}
+
+std::shared_ptr<Bundle> Bundle::Shared(const std::filesystem::path& named) {
+    // The plug-in of a process is initialized once, and not again before its shutdown is over.
+    static std::mutex sMutex;
+    static std::map<std::filesystem::path, std::weak_ptr<Bundle>> sLoaded;
+    const std::filesystem::path path = Find(named);
+    std::error_code unknown;
+    const std::lock_guard lock(sMutex);
+    std::weak_ptr<Bundle>& loaded = sLoaded[std::filesystem::weakly_canonical(path, unknown)];
+    if (std::shared_ptr<Bundle> bundle = loaded.lock()) return bundle;
+    std::shared_ptr<Bundle> bundle(new Bundle(path), [](const Bundle* last) {
+        const std::lock_guard unloading(sMutex);
+        delete last;
+    });
+    loaded = bundle;
+    return bundle;
 }
 
 Bundle::Bundle(const std::filesystem::path& path)

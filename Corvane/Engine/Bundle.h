@@ -27,10 +27,14 @@ struct Answer {
 /// the clips that come from it, which must not outlive it.
 class Bundle {
   public:
-    /// Where the bundle is: `named` if not empty, else the environment's SYNTHEX_BUNDLE, else beside the
-    /// program (`../lib/ImporterSynthex.bundle` from the program's folder, in the build tree as in the
-    /// installed tree). It need not exist. Any thread while nobody changes the environment.
+    /// Where the bundle is: `named` if not empty, else the environment's SYNTHEX_BUNDLE, else the one beside
+    /// the library of the host services (`InLibraryFolder`). It need not exist. Any thread while nobody
+    /// changes the environment.
     static std::filesystem::path Find(const std::filesystem::path& named = {});
+
+    /// The bundle at `Find(named)`, loaded: the same object as long as somebody has it. Throws as the
+    /// constructor does. Any thread.
+    static std::shared_ptr<Bundle> Shared(const std::filesystem::path& named = {});
 
     /// Loads the bundle and initializes it. Throws `Failure` if it is no bundle, does not load, has no entry
     /// point, or does not answer `kResult_Initialized`. Any thread.

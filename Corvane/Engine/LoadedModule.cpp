@@ -7,7 +7,7 @@
 #include <fmt/format.h>
 
 #include "Failure.h"
-#include "Services/Foundation/ProgramFolder.h"
+#include "Services/Foundation/LibraryFolder.h"
 
 namespace corvane {
 

@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-/// A part of the program that only some requests need. It is a library of its own, `../lib/corvane/NAME.so`
-/// from the program's folder, so that other requests don't wait for what it links.
+/// A part of the program that only some requests need. It is a library of its own, `corvane/NAME.so` beside
+/// that of the host services, so that other requests don't wait for what it links.
 struct LoadedModule {
     const char* name;
     std::string need;   ///< what needs it: the middle of the sentence "... can't be loaded, which NEED needs"

@@ -113,10 +113,8 @@ std::string WriteFields(const MemberSpec& spec) {
 }
 
 std::string ReadFormat(std::string_view word, MemberSpec& spec) {
-    constexpr std::string_view kPrefix = "CvPixelFormat_";
     for (const PixelFormatRow& row : PixelFormatTable())
-        if (word == PixelFormatCharacters(row.code) || word == row.name ||
-            word == row.name.substr(kPrefix.size())) {
+        if (word == PixelFormatCharacters(row.code) || word == row.name || word == ShortName(row)) {
             spec.settings.pixelFormat = row.code;
             return {};
         }
@@ -304,9 +302,10 @@ const AxisRow* FindAxis(std::string_view name) {
     return found != std::end(kRows) ? found : nullptr;
 }
 
-std::string ListAxes() {
+std::string ListAxes(bool ofClip) {
     std::string names;
-    for (const AxisRow& row : kRows) names += fmt::format("{}{}", names.empty() ? "" : ", ", row.name);
+    for (const AxisRow& row : kRows)
+        if (row.ofClip || !ofClip) names += fmt::format("{}{}", names.empty() ? "" : ", ", row.name);
     return names;
 }
 

@@ -36,7 +36,7 @@ std::span<const AxisRow> AxisTable();
 /// The row of that name; null if there is none.
 const AxisRow* FindAxis(std::string_view name);
 
-/// The names of all axes, for sentences: "name, size, rate".
-std::string ListAxes();
+/// The names of all axes, or of those of clips alone, for sentences: "name, size, rate".
+std::string ListAxes(bool ofClip = false);
 
 } // namespace corvane

@@ -180,11 +180,15 @@ void RequireConcrete(RK_PixelFormat format) {
     throw std::invalid_argument(fmt::format("Raster pixel format 0x{:08X} can't be written.", format));
 }
 
-std::string PixelFormatWords(CvPixelFormat code) {
+std::string_view ShortName(const PixelFormatRow& row) {
     constexpr std::string_view kPrefix = "CvPixelFormat_";
+    return row.name.substr(kPrefix.size());
+}
+
+std::string PixelFormatWords(CvPixelFormat code) {
     const PixelFormatRow* const row = FindPixelFormat(code);
     if (row == nullptr) return PixelFormatHex(code);
-    return fmt::format("{} ({})", row->name.substr(kPrefix.size()), PixelFormatCharacters(code));
+    return fmt::format("{} ({})", ShortName(*row), PixelFormatCharacters(code));
 }
 
 std::string PixelFormatNameOrHex(CvPixelFormat code) {

@@ -40,6 +40,9 @@ bool IsConcrete(RK_PixelFormat format);
 /// Throws `std::invalid_argument` unless `IsConcrete(format)`.
 void RequireConcrete(RK_PixelFormat format);
 
+/// The name without `CvPixelFormat_`; it ends at a zero byte.
+std::string_view ShortName(const PixelFormatRow& row);
+
 /// For people: the name without `CvPixelFormat_` and the code's characters, "BGRA_4444_8u (bgra)"; the code
 /// in hexadecimal if the host has no such format.
 std::string PixelFormatWords(CvPixelFormat code);

@@ -23,6 +23,17 @@ run(${program} validate)
 run(${program} render --quiet ${SAMPLE} ${WORK}/clip.mp4 --frames 0:3)
 run(${program} desktop --once ${SAMPLE})
 
+# A C program that is built against this folder alone, by CMake and by pkg-config, gets the frames that are rendered.
+run(${program} render --quiet --native ${SAMPLE} ${WORK}/expected.raw)
+run(${CMAKE_COMMAND} -D CMAKE_PREFIX_PATH=${WORK}/moved -D "CMAKE_C_FLAGS=${SANITIZE}" -S ${EXAMPLE} -B ${WORK}/example)
+run(${CMAKE_COMMAND} --build ${WORK}/example)
+set(ENV{PKG_CONFIG_PATH} ${WORK}/moved/lib/pkgconfig)
+run(sh -c "cc ${SANITIZE} -o '${WORK}/example/by-pkg-config' '${EXAMPLE}/frames.c' $(pkg-config --cflags --libs corvane-engine) \
+    -Wl,-rpath,'${WORK}/moved/lib'")
+foreach(built frames by-pkg-config)
+    run(sh -c "'${WORK}/example/${built}' '${SAMPLE}' | cmp - '${WORK}/expected.raw'")
+endforeach()
+
 set(share ${WORK}/moved/share)
 foreach(file applications/synthex.desktop mime/packages/synthex.xml icons/hicolor/scalable/apps/synthex.svg
              icons/hicolor/256x256/apps/synthex.png doc/synthex/UserGuide.md)

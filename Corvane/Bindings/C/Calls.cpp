@@ -1,0 +1,44 @@
+#include "Calls.h"
+
+#include <exception>
+#include <new>
+
+#include "corvane/engine.h"
+
+namespace corvane::bindings {
+
+namespace {
+
+thread_local std::string tLastError;
+
+} // namespace
+
+void SetLastError(const char* sentence) noexcept {
+    try {
+        tLastError = sentence;
+    } catch (const std::bad_alloc&) {
+        tLastError.clear();
+    }
+}
+
+void KeepException() noexcept {
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        SetLastError("There is not enough memory.");
+    } catch (const std::exception& error) {
+        SetLastError(error.what());
+    } catch (...) {
+        SetLastError("Something unknown went wrong.");
+    }
+}
+
+} // namespace corvane::bindings
+
+unsigned corvane_engine_version(void) {
+    return CORVANE_ENGINE_VERSION;
+}
+
+const char* corvane_last_error(void) {
+    return corvane::bindings::tLastError.c_str();
+}

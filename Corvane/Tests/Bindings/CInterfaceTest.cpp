@@ -1,0 +1,180 @@
+// The C interface as a program of another maker uses it: with wrong arguments, with structures of another
+// version, and from many threads. That its frames are those which are rendered is tested on the installed
+// library (Install).
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <corvane/engine.h>
+
+namespace {
+
+using ::testing::HasSubstr;
+
+template <auto Release>
+struct Releaser {
+    template <class Object>
+    void operator()(Object* object) const {
+        Release(object);
+    }
+};
+using Importer = std::unique_ptr<corvane_importer, Releaser<corvane_importer_release>>;
+using Clip = std::unique_ptr<corvane_clip, Releaser<corvane_clip_release>>;
+using Frame = std::unique_ptr<corvane_frame, Releaser<corvane_frame_release>>;
+
+class CInterface : public ::testing::Test {
+  protected:
+    Clip Create(const std::vector<corvane_setting>& settings) const {
+        return Clip(corvane_clip_create(mImporter.get(), "test", settings.data(), settings.size()));
+    }
+
+    Importer mImporter{corvane_importer_load(nullptr)};
+};
+
+TEST_F(CInterface, ClipsAreWhatTheirSettingsSay) {
+    // The number of frames before the rate: it is one at that rate all the same.
+    const Clip clip = Create({{"frames", "7"},
+                              {"rate", "30000/1001"},
+                              {"size", "32x24"},
+                              {"fields", "lower"},
+                              {"format", "BGRA_4444_32f"},
+                              {"upper", "1:0.5:0.25"},
+                              {"lower", "#ff0000"}});
+    ASSERT_TRUE(clip) << corvane_last_error();
+    corvane_clip_info info{};
+    info.struct_size = sizeof info;
+    ASSERT_EQ(corvane_clip_get_info(clip.get(), &info), 0);
+    EXPECT_EQ(std::vector({info.width, info.height, info.rate_numerator, info.rate_denominator}),
+              (std::vector<std::uint32_t>{32, 24, 30000, 1001}));
+    EXPECT_EQ(info.frames, 7);
+    EXPECT_EQ(info.field_order, CORVANE_FIELDS_LOWER_FIRST);
+
+    corvane_frame_info frameInfo{};
+    frameInfo.struct_size = sizeof frameInfo;
+    Frame frame;
+    {
+        // A clip of the text it has is the same clip, and a frame outlives it.
+        const Clip again(corvane_clip_open_text(mImporter.get(), "again", corvane_clip_settings(clip.get())));
+        frame.reset(corvane_clip_get_frame(again.get(), 6));
+    }
+    ASSERT_TRUE(frame) << corvane_last_error();
+    ASSERT_EQ(corvane_frame_get_info(frame.get(), &frameInfo), 0);
+    const corvane_plane& plane = frameInfo.plane[0];
+    float pixel[4];
+    // Right of the number's box.
+    std::memcpy(pixel, static_cast<const char*>(plane.data) + 31 * plane.bytes_per_pixel, sizeof pixel);
+    EXPECT_THAT(pixel, ::testing::ElementsAre(0.25f, 0.5f, 1, 1));
+    std::memcpy(pixel, static_cast<const char*>(plane.data) + plane.row_bytes * 23, sizeof pixel);
+    EXPECT_THAT(pixel, ::testing::ElementsAre(0, 0, 1, 1));
+
+    corvane_pixel_format format{};
+    format.struct_size = sizeof format;
+    ASSERT_EQ(corvane_pixel_format_of(frameInfo.format, &format), 0);
+    EXPECT_STREQ(format.name, "BGRA_4444_32f");
+    EXPECT_STREQ(format.components, "BGRA");
+    EXPECT_EQ(format.bytes_per_component, 4);
+}
+
+TEST_F(CInterface, AColorOfTheGradientMakesAGradient) {
+    const Clip clip = Create({{"size", "8x8"}, {"bottom-start", "#ffffff"}, {"bottom-end", "#ffffff"}});
+    const Frame frame(corvane_clip_get_frame(clip.get(), 0));
+    corvane_frame_info info{};
+    info.struct_size = sizeof info;
+    ASSERT_EQ(corvane_frame_get_info(frame.get(), &info), 0) << corvane_last_error();
+    const auto* const pixels = static_cast<const unsigned char*>(info.plane[0].data);
+    EXPECT_LT(pixels[0], pixels[info.plane[0].row_bytes * 7]);
+}
+
+TEST_F(CInterface, FailuresAreSentences) {
+    const Clip clip = Create({{"size", "8x8"}, {"frames", "2"}});
+    corvane_pixel_format format{};
+    const auto create = [&](const char* name, const char* value) {
+        return Create({{name, value}}) == nullptr;
+    };
+    const auto importer = mImporter.get();
+    corvane_render_options nowhere{};
+    nowhere.struct_size = sizeof nowhere;
+    nowhere.output = "no such folder/a.png";
+    const struct {
+        bool failed;
+        std::string sentence;
+        const char* part;
+    } kRows[] = {
+        {corvane_importer_load("no such folder") == nullptr, corvane_last_error(),
+         "no such folder: there is no bundle"},
+        {corvane_clip_open_file(importer, "none.synthex") == nullptr, corvane_last_error(),
+         "none.synthex: there is no such file."},
+        {corvane_clip_open_file(importer, nullptr) == nullptr, corvane_last_error(), "the path is NULL."},
+        {corvane_clip_open_file(nullptr, "a") == nullptr, corvane_last_error(), "the importer is NULL."},
+        {corvane_clip_open_text(importer, "mine", "{]") == nullptr, corvane_last_error(), "mine: "},
+        {create("speed", "25"), corvane_last_error(), "there is no setting 'speed'; choose one of size, par"},
+        {create("codec", "ffv1"), corvane_last_error(), "there is no setting 'codec'"},
+        {create("rate", "0"), corvane_last_error(), "test: rate '0' is not understood; write N/D"},
+        {create("size", nullptr), corvane_last_error(), "a setting's value is NULL."},
+        {corvane_clip_get_frame(clip.get(), 2) == nullptr, corvane_last_error(),
+         "test: there is no frame 2; the clip has frames 0 to 1."},
+        {corvane_clip_get_frame(clip.get(), -1) == nullptr, corvane_last_error(), "there is no frame -1"},
+        {corvane_pixel_format_at(48, &format) == -1, corvane_last_error(), "There is no pixel format 48"},
+        {corvane_pixel_format_of(1, &format) == -1, corvane_last_error(), "0x00000001"},
+        {corvane_clip_save(clip.get(), "no such folder/a") == -1, corvane_last_error(), "no such folder/a: "},
+        {corvane_clip_render(clip.get(), &nowhere, nullptr) == -1, corvane_last_error(),
+         "no such folder/a.png: "},
+    };
+    for (const auto& row : kRows) {
+        EXPECT_TRUE(row.failed) << row.part;
+        EXPECT_THAT(row.sentence, HasSubstr(row.part));
+    }
+}
+
+TEST_F(CInterface, StructuresOfOtherVersionsAreFilledAsFarAsBothKnowThem) {
+    const Clip clip = Create({{"size", "8x6"}});
+    // A caller of an older version has no members behind the height, one of a newer version has more.
+    struct {
+        corvane_clip_info info;
+        std::uint64_t newer;
+    } both;
+    std::memset(&both, 0xCD, sizeof both);
+    both.info.struct_size = offsetof(corvane_clip_info, aspect_numerator);
+    ASSERT_EQ(corvane_clip_get_info(clip.get(), &both.info), 0);
+    EXPECT_EQ(both.info.height, 6u);
+    EXPECT_EQ(both.info.aspect_numerator, 0xCDCDCDCDu);
+    both.info.struct_size = sizeof both;
+    ASSERT_EQ(corvane_clip_get_info(clip.get(), &both.info), 0);
+    EXPECT_EQ(both.info.aspect_numerator, 1u);
+    EXPECT_EQ(both.newer, 0u);
+}
+
+TEST_F(CInterface, RenderingEndsIfItsProgressSaysSo) {
+    const Clip clip = Create({{"size", "64x48"}, {"frames", "50"}});
+    const std::string output = ::testing::TempDir() + "/c-interface.mkv";
+    corvane_render_options options{};
+    options.struct_size = sizeof options;
+    options.output = output.c_str();
+    options.codec = "ffv1";
+    options.has_frames = 1;
+    options.last_frame = 9;
+    corvane_render_report report{};
+    report.struct_size = sizeof report;
+    ASSERT_EQ(corvane_clip_render(clip.get(), &options, &report), 0) << corvane_last_error();
+    EXPECT_EQ(report.frames, 10);
+    EXPECT_EQ(report.bytes, std::filesystem::file_size(output));
+    std::filesystem::remove(output);
+
+    std::int64_t told = 0;
+    options.user = &told;
+    options.progress = [](void* user, std::int64_t done, std::int64_t) {
+        *static_cast<std::int64_t*>(user) = done;
+        return done == 3 ? 1 : 0;
+    };
+    ASSERT_EQ(corvane_clip_render(clip.get(), &options, &report), 0);
+    EXPECT_EQ(report.cancelled, 1);
+    EXPECT_GE(told, 3);
+    EXPECT_FALSE(std::filesystem::exists(output));
+}
+
+} // namespace
