@@ -26,6 +26,8 @@ void KeepException() noexcept {
         throw;
     } catch (const std::bad_alloc&) {
         SetLastError("There is not enough memory.");
+    } catch (const NoObject& error) {
+        if (tLastError.empty()) SetLastError(error.what());
     } catch (const std::exception& error) {
         SetLastError(error.what());
     } catch (...) {

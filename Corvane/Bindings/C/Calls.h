@@ -33,4 +33,18 @@ Object& Given(Object* object, const char* function, const char* parameter) {
     return *object;
 }
 
+/// No object was given, probably because the call that was to make it failed: that failure stays the last
+/// one.
+class NoObject : public UsageFailure {
+  public:
+    using UsageFailure::UsageFailure;
+};
+
+/// The same for a pointer to one of the interface's objects. Throws `NoObject`.
+template <class Object>
+Object& Opened(Object* object, const char* function, const char* parameter) {
+    if (object == nullptr) throw NoObject(fmt::format("{}: {} is NULL.", function, parameter));
+    return *object;
+}
+
 } // namespace corvane::bindings

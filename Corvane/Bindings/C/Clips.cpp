@@ -18,6 +18,7 @@
 using namespace corvane;
 using bindings::Call;
 using bindings::Given;
+using bindings::Opened;
 
 namespace {
 
@@ -76,7 +77,7 @@ void corvane_importer_release(corvane_importer* importer) {
 
 uint32_t corvane_importer_delivered_format(const corvane_importer* importer, uint32_t code) {
     return Call<uint32_t>(0, [&] {
-        const auto& given = Given(importer, "corvane_importer_delivered_format", "the importer");
+        const auto& given = Opened(importer, "corvane_importer_delivered_format", "the importer");
         return DeliveredFormat(given.bundle, code).value_or(0);
     });
 }
@@ -84,7 +85,7 @@ uint32_t corvane_importer_delivered_format(const corvane_importer* importer, uin
 corvane_clip* corvane_clip_open_file(const corvane_importer* importer, const char* path) {
     return Call<corvane_clip*>(nullptr, [&] {
         const char* const function = "corvane_clip_open_file";
-        const auto& bundle = Given(importer, function, "the importer").bundle;
+        const auto& bundle = Opened(importer, function, "the importer").bundle;
         return HandOver(Clip::OpenFile(bundle, &Given(path, function, "the path")));
     });
 }
@@ -93,7 +94,7 @@ corvane_clip* corvane_clip_open_text(const corvane_importer* importer, const cha
                                      const char* settings) {
     return Call<corvane_clip*>(nullptr, [&] {
         const char* const function = "corvane_clip_open_text";
-        const auto& bundle = Given(importer, function, "the importer").bundle;
+        const auto& bundle = Opened(importer, function, "the importer").bundle;
         const char* const text = &Given(settings, function, "the settings text");
         return HandOver(Clip::OpenPrefs(bundle, &Given(name, function, "the name"), text));
     });
@@ -103,7 +104,7 @@ corvane_clip* corvane_clip_create(const corvane_importer* importer, const char* 
                                   const corvane_setting* settings, size_t count) {
     return Call<corvane_clip*>(nullptr, [&] {
         const char* const function = "corvane_clip_create";
-        const auto& bundle = Given(importer, function, "the importer").bundle;
+        const auto& bundle = Opened(importer, function, "the importer").bundle;
         Given(name, function, "the name");
         if (count > 0) Given(settings, function, "the array of settings");
         return HandOver(Clip::OpenPrefs(bundle, name, WriteSettings(SettingsOf(name, {settings, count}))));
@@ -117,7 +118,7 @@ void corvane_clip_release(corvane_clip* clip) {
 int corvane_clip_get_info(const corvane_clip* clip, corvane_clip_info* info) {
     return Call(-1, [&] {
         const char* const function = "corvane_clip_get_info";
-        const ClipInfo& facts = Given(clip, function, "the clip").clip->Info();
+        const ClipInfo& facts = Opened(clip, function, "the clip").clip->Info();
         const ClipFormat& format = facts.format;
         corvane_clip_info full{};
         full.width = format.size.width;
@@ -140,13 +141,13 @@ int corvane_clip_get_info(const corvane_clip* clip, corvane_clip_info* info) {
 
 const char* corvane_clip_settings(const corvane_clip* clip) {
     return Call<const char*>(
-        nullptr, [&] { return Given(clip, "corvane_clip_settings", "the clip").clip->Settings().c_str(); });
+        nullptr, [&] { return Opened(clip, "corvane_clip_settings", "the clip").clip->Settings().c_str(); });
 }
 
 int corvane_clip_save(const corvane_clip* clip, const char* path) {
     return Call(-1, [&] {
         const char* const function = "corvane_clip_save";
-        const std::string& settings = Given(clip, function, "the clip").clip->Settings();
+        const std::string& settings = Opened(clip, function, "the clip").clip->Settings();
         std::ignore = WriteTextFile(&Given(path, function, "the path"), settings);
         return 0;
     });

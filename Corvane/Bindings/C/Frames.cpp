@@ -7,6 +7,7 @@
 using namespace corvane;
 using bindings::Call;
 using bindings::Given;
+using bindings::Opened;
 
 namespace {
 
@@ -62,7 +63,7 @@ int corvane_pixel_format_of(uint32_t code, corvane_pixel_format* format) {
 
 corvane_frame* corvane_clip_get_frame(const corvane_clip* clip, int64_t index) {
     return Call<corvane_frame*>(nullptr, [&] {
-        const auto& given = Given(clip, "corvane_clip_get_frame", "the clip");
+        const auto& given = Opened(clip, "corvane_clip_get_frame", "the clip");
         return new corvane_frame{given.clip->GetFrame(index)};
     });
 }
@@ -74,7 +75,7 @@ void corvane_frame_release(corvane_frame* frame) {
 int corvane_frame_get_info(const corvane_frame* frame, corvane_frame_info* info) {
     return Call(-1, [&] {
         const char* const function = "corvane_frame_get_info";
-        const Frame& given = Given(frame, function, "the frame").frame;
+        const Frame& given = Opened(frame, function, "the frame").frame;
         const FrameView& view = given.View();
         corvane_frame_info full{};
         full.format = given.Format();

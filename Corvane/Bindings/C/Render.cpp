@@ -7,6 +7,7 @@
 using namespace corvane;
 using bindings::Call;
 using bindings::Given;
+using bindings::Opened;
 
 namespace {
 
@@ -32,7 +33,7 @@ int corvane_clip_render(const corvane_clip* clip, const corvane_render_options* 
                         corvane_render_report* report) {
     return Call(-1, [&] {
         const char* const function = "corvane_clip_render";
-        const Clip& given = *Given(clip, function, "the clip").clip;
+        const Clip& given = *Opened(clip, function, "the clip").clip;
         const corvane_render_options asked = bindings::Taken(Given(options, function, "the options"));
         std::atomic<bool> cancel{false};
         const auto tell = [&](std::int64_t done, std::int64_t total) {

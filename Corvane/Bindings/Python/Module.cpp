@@ -1,5 +1,5 @@
-// The part of the Python package that calls the C interface. What people see of it is in synthex/__init__.py, types and
-// documentation included: this hands over words, tuples and dictionaries.
+// The part of the Python package that calls the C interface. What people see of it is in synthex/__init__.py,
+// types and documentation included: this hands over words, tuples and dictionaries.
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -78,9 +78,8 @@ class Rendering {
         auto report = Empty<corvane_render_report>();
         {
             const py::gil_scoped_release unlocked;
-            auto work = std::async(std::launch::async, [&] {
-                Require(corvane_clip_render(clip, &options, &report) == 0);
-            });
+            auto work = std::async(std::launch::async,
+                                   [&] { Require(corvane_clip_render(clip, &options, &report) == 0); });
             while (work.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready) HearSignals();
             work.get();
         }
@@ -135,8 +134,7 @@ class Clip {
         const py::gil_scoped_release unlocked;
         std::vector<corvane_setting> settings;
         for (const auto& [setting, value] : words) settings.push_back({setting.c_str(), value.c_str()});
-        return Clip(
-            corvane_clip_create(Load(bundle).get(), name.c_str(), settings.data(), settings.size()));
+        return Clip(corvane_clip_create(Load(bundle).get(), name.c_str(), settings.data(), settings.size()));
     }
 
     py::dict Info() const {
@@ -206,8 +204,8 @@ py::list Formats(const std::optional<std::string>& bundle) {
     for (std::size_t i = 0; i < corvane_pixel_format_count(); ++i) {
         auto row = Empty<corvane_pixel_format>();
         Require(corvane_pixel_format_at(i, &row) == 0);
-        rows.append(py::make_tuple(row.code, row.name, row.components, row.bytes_per_component, row.color, row.alpha,
-                                   corvane_importer_delivered_format(importer.get(), row.code)));
+        rows.append(py::make_tuple(row.code, row.name, row.components, row.bytes_per_component, row.color,
+                                   row.alpha, corvane_importer_delivered_format(importer.get(), row.code)));
     }
     return rows;
 }

@@ -100,6 +100,9 @@ TEST_F(CInterface, FailuresAreSentences) {
     corvane_render_options nowhere{};
     nowhere.struct_size = sizeof nowhere;
     nowhere.output = "no such folder/a.png";
+    ASSERT_STREQ(corvane_last_error(), "");
+    ASSERT_EQ(corvane_clip_open_file(nullptr, "a"), nullptr);
+    EXPECT_THAT(corvane_last_error(), HasSubstr("corvane_clip_open_file: the importer is NULL."));
     const struct {
         bool failed;
         std::string sentence;
@@ -110,7 +113,9 @@ TEST_F(CInterface, FailuresAreSentences) {
         {corvane_clip_open_file(importer, "none.synthex") == nullptr, corvane_last_error(),
          "none.synthex: there is no such file."},
         {corvane_clip_open_file(importer, nullptr) == nullptr, corvane_last_error(), "the path is NULL."},
-        {corvane_clip_open_file(nullptr, "a") == nullptr, corvane_last_error(), "the importer is NULL."},
+        // What failed first is told, not that nothing came of it.
+        {corvane_clip_get_frame(corvane_clip_open_file(importer, "no.synthex"), 0) == nullptr,
+         corvane_last_error(), "no.synthex: there is no such file."},
         {corvane_clip_open_text(importer, "mine", "{]") == nullptr, corvane_last_error(), "mine: "},
         {create("speed", "25"), corvane_last_error(), "there is no setting 'speed'; choose one of size, par"},
         {create("codec", "ffv1"), corvane_last_error(), "there is no setting 'codec'"},
