@@ -10,7 +10,7 @@
  * Texts are UTF-8 and end at a zero byte; paths are bytes as the system takes them. A function that returns a
  * pointer returns NULL if it fails, one that returns `int` returns 0 if it succeeds and -1 if not, and
  * `corvane_last_error` has the reason then. A function that is given NULL for an object fails, and leaves the
- * reason of an earlier failure on that thread as it is: so calls can be made one after the other, and the last
+ * reason of an earlier failure on that thread as it is: calls can be made one after the other, and the last
  * one alone be asked. No function ends the process or lets an exception out.
  *
  * A structure that the library fills begins with `struct_size`, which the caller sets to `sizeof` of it: of a
