@@ -19,8 +19,11 @@
 #include <pybind11/stl.h>
 
 #include <corvane/engine.h>
+#include <corvane/handles.h>
 
 namespace py = pybind11;
+using corvane::handles::Empty;
+using corvane::handles::Importer;
 
 namespace {
 
@@ -35,16 +38,6 @@ void Require(bool succeeded) {
     if (!succeeded) throw EngineError(corvane_last_error());
 }
 
-template <auto Release>
-struct Releaser {
-    template <class Object>
-    void operator()(Object* object) const {
-        Release(object);
-    }
-};
-using Importer = std::unique_ptr<corvane_importer, Releaser<corvane_importer_release>>;
-using ClipHandle = std::unique_ptr<corvane_clip, Releaser<corvane_clip_release>>;
-
 const char* OrNull(const std::optional<std::string>& text) {
     return text ? text->c_str() : nullptr;
 }
@@ -56,13 +49,6 @@ Importer Load(const std::optional<std::string>& bundle) {
     Require(importer != nullptr);
     std::call_once(sOnce, [&] { std::ignore = corvane_importer_load(OrNull(bundle)); });
     return importer;
-}
-
-template <class Structure>
-Structure Empty() {
-    Structure structure{};
-    structure.struct_size = sizeof structure;
-    return structure;
 }
 
 /// A rendering that runs on a thread of its own, so that the interpreter's signals are heard meanwhile.
@@ -159,7 +145,7 @@ class Clip {
     /// The frame's own memory, which goes back to the pool when the last view of it dies.
     py::array Frame(std::int64_t index) const {
         const auto release = [](void* frame) { corvane_frame_release(static_cast<corvane_frame*>(frame)); };
-        std::unique_ptr<corvane_frame, Releaser<corvane_frame_release>> frame;
+        corvane::handles::Frame frame;
         {
             const py::gil_scoped_release unlocked;
             frame.reset(corvane_clip_get_frame(mClip.get(), index));
@@ -195,7 +181,7 @@ class Clip {
   private:
     explicit Clip(corvane_clip* clip) : mClip(clip) { Require(clip != nullptr); }
 
-    ClipHandle mClip;
+    corvane::handles::Clip mClip;
 };
 
 py::list Formats(const std::optional<std::string>& bundle) {

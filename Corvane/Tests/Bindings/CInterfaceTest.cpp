@@ -11,21 +11,16 @@
 #include <gtest/gtest.h>
 
 #include <corvane/engine.h>
+#include <corvane/handles.h>
 
 namespace {
 
 using ::testing::HasSubstr;
 
-template <auto Release>
-struct Releaser {
-    template <class Object>
-    void operator()(Object* object) const {
-        Release(object);
-    }
-};
-using Importer = std::unique_ptr<corvane_importer, Releaser<corvane_importer_release>>;
-using Clip = std::unique_ptr<corvane_clip, Releaser<corvane_clip_release>>;
-using Frame = std::unique_ptr<corvane_frame, Releaser<corvane_frame_release>>;
+using corvane::handles::Clip;
+using corvane::handles::Empty;
+using corvane::handles::Frame;
+using corvane::handles::Importer;
 
 class CInterface : public ::testing::Test {
   protected:
@@ -46,16 +41,14 @@ TEST_F(CInterface, ClipsAreWhatTheirSettingsSay) {
                               {"upper", "1:0.5:0.25"},
                               {"lower", "#ff0000"}});
     ASSERT_TRUE(clip) << corvane_last_error();
-    corvane_clip_info info{};
-    info.struct_size = sizeof info;
+    auto info = Empty<corvane_clip_info>();
     ASSERT_EQ(corvane_clip_get_info(clip.get(), &info), 0);
     EXPECT_EQ(std::vector({info.width, info.height, info.rate_numerator, info.rate_denominator}),
               (std::vector<std::uint32_t>{32, 24, 30000, 1001}));
     EXPECT_EQ(info.frames, 7);
     EXPECT_EQ(info.field_order, CORVANE_FIELDS_LOWER_FIRST);
 
-    corvane_frame_info frameInfo{};
-    frameInfo.struct_size = sizeof frameInfo;
+    auto frameInfo = Empty<corvane_frame_info>();
     Frame frame;
     {
         // A clip of the text it has is the same clip, and a frame outlives it.
@@ -72,8 +65,7 @@ TEST_F(CInterface, ClipsAreWhatTheirSettingsSay) {
     std::memcpy(pixel, static_cast<const char*>(plane.data) + plane.row_bytes * 23, sizeof pixel);
     EXPECT_THAT(pixel, ::testing::ElementsAre(0, 0, 1, 1));
 
-    corvane_pixel_format format{};
-    format.struct_size = sizeof format;
+    auto format = Empty<corvane_pixel_format>();
     ASSERT_EQ(corvane_pixel_format_of(frameInfo.format, &format), 0);
     EXPECT_STREQ(format.name, "BGRA_4444_32f");
     EXPECT_STREQ(format.components, "BGRA");
@@ -83,8 +75,7 @@ TEST_F(CInterface, ClipsAreWhatTheirSettingsSay) {
 TEST_F(CInterface, AColorOfTheGradientMakesAGradient) {
     const Clip clip = Create({{"size", "8x8"}, {"bottom-start", "#ffffff"}, {"bottom-end", "#ffffff"}});
     const Frame frame(corvane_clip_get_frame(clip.get(), 0));
-    corvane_frame_info info{};
-    info.struct_size = sizeof info;
+    auto info = Empty<corvane_frame_info>();
     ASSERT_EQ(corvane_frame_get_info(frame.get(), &info), 0) << corvane_last_error();
     const auto* const pixels = static_cast<const unsigned char*>(info.plane[0].data);
     EXPECT_LT(pixels[0], pixels[info.plane[0].row_bytes * 7]);
@@ -97,8 +88,7 @@ TEST_F(CInterface, FailuresAreSentences) {
         return Create({{name, value}}) == nullptr;
     };
     const auto importer = mImporter.get();
-    corvane_render_options nowhere{};
-    nowhere.struct_size = sizeof nowhere;
+    auto nowhere = Empty<corvane_render_options>();
     nowhere.output = "no such folder/a.png";
     ASSERT_STREQ(corvane_last_error(), "");
     ASSERT_EQ(corvane_clip_open_file(nullptr, "a"), nullptr);
@@ -157,14 +147,12 @@ TEST_F(CInterface, StructuresOfOtherVersionsAreFilledAsFarAsBothKnowThem) {
 TEST_F(CInterface, RenderingEndsIfItsProgressSaysSo) {
     const Clip clip = Create({{"size", "64x48"}, {"frames", "50"}});
     const std::string output = ::testing::TempDir() + "/c-interface.mkv";
-    corvane_render_options options{};
-    options.struct_size = sizeof options;
+    auto options = Empty<corvane_render_options>();
     options.output = output.c_str();
     options.codec = "ffv1";
     options.has_frames = 1;
     options.last_frame = 9;
-    corvane_render_report report{};
-    report.struct_size = sizeof report;
+    auto report = Empty<corvane_render_report>();
     ASSERT_EQ(corvane_clip_render(clip.get(), &options, &report), 0) << corvane_last_error();
     EXPECT_EQ(report.frames, 10);
     EXPECT_EQ(report.bytes, std::filesystem::file_size(output));
