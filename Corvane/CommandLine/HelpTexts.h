@@ -73,7 +73,7 @@ inline constexpr char kSweepExamples[] =
 Axes: name, size (WxH), par (N:D), rate (N/D), fields (progressive, upper,
 lower), format (bgra ...: 'synthex formats'), mode (colors, gradient), upper,
 lower, top-start, top-end, bottom-start, bottom-end (#RRGGBB or R:G:B[:A]),
-duration (seconds), frames, codec, container. In a file name, what can't be
+duration (seconds), frames, codec, container, part (FIRST:LAST). In a file name, what can't be
 there becomes an underscore: 24000_1001. {codec} at the end gets the codec's
 usual suffix: clip.prores.mov.
 
