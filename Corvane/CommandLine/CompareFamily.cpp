@@ -72,10 +72,9 @@ class FamilyComparison {
         if (mRequest.json) Print("]}\n");
         if (!mRequest.report.empty()) WritePage("index.html", IndexPage());
         if (!mRequest.json && !mRequest.quiet)
-            PrintLine(fmt::format(
-                "{}: of {} members, {} show nothing beyond the tolerance, {} have findings, {} could not be "
-                "compared",
-                mRequest.clip.string(), mMembers.size(), mGood, mFound, mFailed));
+            PrintLine(fmt::format("{}: {} members: nothing beyond the tolerance in {}, findings in {}, {} "
+                                  "could not be compared",
+                                  mRequest.clip.string(), mMembers.size(), mGood, mFound, mFailed));
         if (EndingSignal::Cancelled()) return EndingSignal::ExitStatus();
         return mFailed > 0 ? kExitFailed : mFound > 0 ? kExitFindings : kExitDone;
     }
