@@ -45,16 +45,16 @@ class VideoFolder {
         const auto isThere = [&](const fs::path& file) { return fs::exists(mFolder / file, error); };
         if (std::ranges::any_of(member.files, isThere)) return exact;
         std::set<fs::path> found;
-        for (const auto& [key, file] : Range(exact)) found.insert(file);
+        for (const fs::path& file : FilesLike(exact)) found.insert(file);
         const bool isSeries = member.files.size() != 1 || member.files.front() != member.output;
         if (isSeries && !member.files.empty()) {
             // Numbered pictures of another kind, or one file instead of them.
-            for (const auto& [key, file] : Range(mFolder / member.files.front()))
+            for (const fs::path& file : FilesLike(mFolder / member.files.front()))
                 found.insert(fs::path(exact).replace_extension(file.extension()));
             const std::string name = exact.filename().string();
             const std::string before = name.substr(0, name.find('%'));
             const std::size_t end = before.find_last_not_of("._-") + 1;
-            for (const auto& [key, file] : Range(exact.parent_path() / (before.substr(0, end) + ".x")))
+            for (const fs::path& file : FilesLike(exact.parent_path() / (before.substr(0, end) + ".x")))
                 found.insert(file);
         }
         if (found.size() == 1) return *found.begin();
@@ -76,9 +76,11 @@ class VideoFolder {
     }
 
     // The files that are called like `path` but for the suffix.
-    std::ranges::subrange<Files::const_iterator> Range(const fs::path& path) const {
+    std::vector<fs::path> FilesLike(const fs::path& path) const {
+        std::vector<fs::path> files;
         const auto [begin, end] = mFiles.equal_range(fs::path(path).replace_extension());
-        return {begin, end};
+        for (auto file = begin; file != end; ++file) files.push_back(file->second);
+        return files;
     }
 
     const fs::path mFolder;
