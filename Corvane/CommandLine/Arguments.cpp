@@ -86,14 +86,21 @@ void Ignore(const std::vector<std::string>& names, std::set<std::string>& ignore
 
 void AddCompareOptions(CLI::App& command, CompareRequest& request) {
     CompareOptions& options = request.options;
-    command.add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
+    command
+        .add_option("CLIP", request.clip,
+                    "A settings file (.synthex); or the manifest of a family, or its folder")
+        ->required()
+        ->type_name("");
     command
         .add_option("VIDEO", request.video,
-                    "Anything that libav decodes, numbered pictures (out.%05d.png), or - for standard input")
+                    "Anything that libav decodes, numbered pictures (out.%05d.png), or - for standard input; "
+                    "of a family the folder of its videos")
         ->required()
         ->type_name("");
     command.add_flag("--json", request.json, "One JSON object instead of sentences");
-    command.add_option("--report", request.report, "Write a report with pictures")->type_name("FILE.html");
+    command
+        .add_option("--report", request.report, "Write a report with pictures; of a family a folder of them")
+        ->type_name("FILE.html");
     AddNumber(command, "--tolerance", "What a color may be off, in steps of 8 bits (default: 2)",
               CLI::Range(0.0, 255.0), [&options](double steps) { options.tolerance = steps; })
         ->type_name("STEPS");

@@ -50,10 +50,10 @@ int RunRender(const RenderRequest& request);
 /// `synthex compare`: say what a pipeline did to a clip.
 struct CompareRequest {
     std::filesystem::path bundle;
-    std::filesystem::path clip;
-    std::filesystem::path video;
+    std::filesystem::path clip;  ///< or the manifest of a family
+    std::filesystem::path video; ///< or the folder of the family's videos
     CompareOptions options;
-    std::filesystem::path report; ///< an HTML file to write; none if empty
+    std::filesystem::path report; ///< an HTML file to write, of a family a folder; none if empty
     bool json = false;            ///< one JSON object instead of sentences
     bool quiet = false;           ///< no progress, and nothing but findings
 };

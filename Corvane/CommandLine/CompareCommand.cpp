@@ -3,14 +3,16 @@
 #include <string>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Compare/CompareText.h"
 #include "Compare/Loader/CompareLoader.h"
+#include "CompareFamily.h"
+#include "CompareJSON.h"
 #include "Console.h"
 #include "EndingSignal.h"
 #include "Engine/TextFile.h"
+#include "JSONLine.h"
 #include "ProgressBar.h"
 #include "Services/Foundation/AtomicFile.h"
 
@@ -34,42 +36,10 @@ void PrintText(const CompareReport& report, bool quiet) {
     for (const std::string& remark : report.remarks) PrintLine(remark);
 }
 
-using JSON = nlohmann::ordered_json;
-
-JSON FramesOf(const Finding& finding) {
-    JSON frames = JSON::array();
-    for (const FrameRange& range : finding.frames) frames.push_back({range.first, range.last});
-    return frames;
-}
-
-void PrintJSON(const CompareReport& report) {
-    JSON line;
-    line["clip"] = report.clip;
-    line["video"] = report.video.name;
-    line["frames_compared"] = report.framesCompared;
-    line["frames_matched"] = report.framesMatched;
-    line["psnr"] = JSON::object();
-    line["max_error"] = JSON::object();
-    for (const ComparedPlane& plane : ComparedPlanes(report)) {
-        line["psnr"][plane.key] = plane.errors.psnr ? JSON(*plane.errors.psnr) : JSON(nullptr);
-        line["max_error"][plane.key] = plane.errors.largest;
-    }
-    line["remarks"] = report.remarks;
-    line["findings"] = JSON::array();
-    for (const Finding& finding : report.findings)
-        line["findings"].push_back({{"kind", finding.kind},
-                                    {"sentence", finding.sentence},
-                                    {"frames", FramesOf(finding)},
-                                    {"expected", finding.expected},
-                                    {"found", finding.found},
-                                    {"cause", finding.cause}});
-    // A path may hold any bytes; what is not UTF-8 is replaced.
-    Print(line.dump(-1, ' ', false, JSON::error_handler_t::replace) + "\n");
-}
-
 } // namespace
 
 int RunCompare(const CompareRequest& request) {
+    if (MeansFamily(request.clip)) return CompareFamily(request);
     const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
     const auto clip = Clip::OpenFile(bundle, request.clip);
     EndingSignal::Take();
@@ -87,7 +57,7 @@ int RunCompare(const CompareRequest& request) {
         return EndingSignal::ExitStatus();
     }
     if (request.json)
-        PrintJSON(report);
+        Print(JSONLine(CompareJSON(report)));
     else
         PrintText(report, request.quiet);
     if (!request.report.empty()) {

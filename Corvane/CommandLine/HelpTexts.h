@@ -69,11 +69,13 @@ inline constexpr char kSweepExamples[] =
   synthex sweep --check out/manifest.json      is all there and unchanged?
   synthex sweep --plan family.json --slurm -- --partition=long --time=4:00:00
                                                on a cluster, as one job array
+  synthex sweep clip.synthex out/long.mkv --codec ffv1 --split 8
+                                               one long clip, in parts
 
 Axes: name, size (WxH), par (N:D), rate (N/D), fields (progressive, upper,
 lower), format (bgra ...: 'synthex formats'), mode (colors, gradient), upper,
 lower, top-start, top-end, bottom-start, bottom-end (#RRGGBB or R:G:B[:A]),
-duration (seconds), frames, codec, container. In a file name, what can't be
+duration (seconds), frames, codec, container, part (FIRST:LAST). In a file name, what can't be
 there becomes an underscore: 24000_1001. {codec} at the end gets the codec's
 usual suffix: clip.prores.mov.
 
@@ -93,6 +95,7 @@ inline constexpr char kCompareExamples[] =
   synthex compare clip.synthex out.mkv --report report.html   with pictures
   synthex compare clip.synthex out.mkv --ignore color,time.jitter
   ffmpeg -i in.mov -f nut - | synthex compare clip.synthex -  through a pipe
+  synthex compare out/manifest.json captured                  a family of 'sweep'
 
 The pictures are measured; what the file says of itself is not believed, but told
 where it contradicts them. Docs/Compare.md tells every kind of finding.
@@ -100,7 +103,8 @@ where it contradicts them. Docs/Compare.md tells every kind of finding.
 --json prints one object: clip, video, frames_compared, frames_matched, psnr and
 max_error (of each plane: y, cb, cr or r, g, b, and a; psnr is null where nothing
 differs), findings (each with kind, sentence, frames as [first, last] pairs,
-expected, found, cause).
+expected, found, cause). Of a family it prints one with members: of each its
+output, and these keys or failure.
 
 Exit status: 0 nothing beyond the tolerance, 1 failed, 2 wrong usage, 4 findings,
 130 ended by Ctrl-C (128 plus the signal's number), after what was found so far.)";

@@ -2,13 +2,13 @@
 #include <string>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Console.h"
 #include "Engine/Clip.h"
 #include "Engine/ClipFacts.h"
 #include "Engine/ClipText.h"
+#include "JSONLine.h"
 #include "Services/Raster/PixelFormats.h"
 
 namespace corvane::commandline {
@@ -47,12 +47,11 @@ void PrintText(const Clip& clip) {
     if (const std::string why = clip.WhyNotRenderable(); !why.empty()) add("Not renderable", why);
 }
 
-std::string JSONLine(const Clip& clip) {
+std::string FactsLine(const Clip& clip) {
     nlohmann::ordered_json line;
     line["path"] = clip.Name();
     line.update(ClipFacts(clip.Info()));
-    // A path may hold any bytes; what is not UTF-8 is replaced.
-    return line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    return JSONLine(line);
 }
 
 } // namespace
@@ -66,7 +65,7 @@ int RunInfo(const InfoRequest& request) {
             const auto clip = Clip::OpenFile(bundle, path);
             if (!request.json && !first) PrintLine("");
             if (request.json)
-                Print(JSONLine(*clip));
+                Print(FactsLine(*clip));
             else
                 PrintText(*clip);
             first = false;

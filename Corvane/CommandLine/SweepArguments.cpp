@@ -87,6 +87,12 @@ void AddSweepOptions(CLI::App& command, SweepRequest& request) {
     command.add_option("--save-plan", request.savePlan, "Save the plan, and make nothing")
         ->type_name("FILE.json");
     command.add_flag("--list,--dry-run", request.list, "Say what the members are, and make nothing");
+    command
+        .add_option("--split", request.plan.split,
+                    "Make one clip in N parts side by side, and join them (lossless and intra codecs)")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1'000'000))
+        ->excludes(check);
     AddRange(command, "--only", "Make these members alone, both included, and leave the manifest as it is",
              [&request](std::int64_t first, std::int64_t last) {
                  request.options.only = {first, last};

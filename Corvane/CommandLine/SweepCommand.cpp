@@ -3,12 +3,12 @@
 #include <string>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Console.h"
 #include "EndingSignal.h"
 #include "Engine/Failure.h"
+#include "JSONLine.h"
 #include "ProgressBar.h"
 #include "Services/Foundation/AtomicFile.h"
 #include "Sweep/Loader/SweepLoader.h"
@@ -17,15 +17,12 @@ namespace corvane::commandline {
 
 namespace {
 
-using JSON = nlohmann::ordered_json;
-
-/// Paths may hold any bytes; what is not UTF-8 is replaced.
-void PrintJSON(const JSON& line) {
-    Print(line.dump(-1, ' ', false, JSON::error_handler_t::replace) + "\n");
-}
-
 Plan PlanOf(const SweepRequest& request, const SweepModule& module) {
-    if (!request.planFile.empty()) return module.Read(request.planFile);
+    if (!request.planFile.empty()) {
+        Plan plan = module.Read(request.planFile);
+        if (request.plan.split != 0) plan.split = request.plan.split;
+        return plan;
+    }
     if (request.plan.base.empty() || request.plan.output.empty())
         throw UsageFailure("BASE and OUT are required, or --plan or --check; see 'synthex sweep --help'");
     return request.plan;
@@ -42,7 +39,8 @@ int CheckFamily(const SweepRequest& request, const SweepModule& module) {
         report = module.Check(request.check, progress, EndingSignal::Cancelled());
     }
     if (request.json) {
-        PrintJSON({{"members", report.members}, {"problems", report.problems}, {"others", report.others}});
+        Print(JSONLine(
+            {{"members", report.members}, {"problems", report.problems}, {"others", report.others}}));
     } else {
         for (const std::string& problem : report.problems) PrintLine(problem);
         for (const std::string& other : report.others)
@@ -55,17 +53,21 @@ int CheckFamily(const SweepRequest& request, const SweepModule& module) {
     return report.problems.empty() ? kExitDone : kExitFailed;
 }
 
+const char* Noun(const SweepReport& report) {
+    return report.areParts ? "parts" : "members";
+}
+
 void PrintReport(const SweepReport& report, bool json, bool quiet) {
     if (json)
-        PrintJSON({{"manifest", report.manifest.string()},
-                   {"members", report.members},
-                   {"made", report.made},
-                   {"kept", report.kept},
-                   {"failed", report.failed},
-                   {"stopped", report.stopped}});
+        Print(JSONLine({{"manifest", report.manifest.string()},
+                        {"members", report.members},
+                        {"made", report.made},
+                        {"kept", report.kept},
+                        {"failed", report.failed},
+                        {"stopped", report.stopped}}));
     else if (!quiet)
-        PrintLine(fmt::format("{}: {} of {} members, {} of them made now", report.manifest.string(),
-                              report.made + report.kept, report.members, report.made));
+        PrintLine(fmt::format("{}: {} of {} {}, {} of them made now", report.manifest.string(),
+                              report.made + report.kept, report.members, Noun(report), report.made));
     if (!report.stopped.empty()) PrintError(report.stopped);
 }
 
@@ -79,46 +81,40 @@ int Tell(const SweepRequest& request, const SweepReport& report) {
     return report.failed.empty() && report.stopped.empty() ? kExitDone : kExitFailed;
 }
 
-int MakeFamily(const SweepRequest& request, const Plan& plan, const SweepModule& module) {
-    const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
-    EndingSignal::Take();
-    SweepReport report;
-    {
-        ProgressBar bar(!request.quiet);
-        const SweepListener listener{
-            [&](const SweepStatus& status) { bar.Update(status.framesDone, status.framesTotal); },
-            [&](const std::string& sentence) {
-                bar.Wipe();
-                PrintError(sentence);
-            }};
-        report = module.Run(plan, bundle, request.options, listener, EndingSignal::Cancelled());
+void Show(ProgressBar& bar, const SweepStatus& status) {
+    switch (status.unit) {
+    case SweepStatus::Unit::kFrames: return bar.Update(status.done, status.total);
+    case SweepStatus::Unit::kMembers:
+        return bar.Update(fmt::format("made {} of {} members", status.done, status.total));
+    case SweepStatus::Unit::kJoinedFrames:
+        return bar.Update(fmt::format("joined {} of {} frames", status.done, status.total));
     }
-    // Each was told at once, with its reason.
-    if (report.failed.size() > 1)
-        PrintError(fmt::format("{} of {} members could not be made, as said above", report.failed.size(),
-                               report.members));
-    return Tell(request, report);
 }
 
-int MakeBySlurm(const SweepRequest& request, const Plan& plan, const SweepModule& module) {
+SweepReport MakeMembers(const SweepRequest& request, const Plan& plan, const SweepModule& module) {
     const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
     EndingSignal::Take();
-    SweepReport report;
-    {
-        ProgressBar bar(!request.quiet);
-        const SweepListener listener{
-            [&](const SweepStatus& status) {
-                bar.Update(fmt::format("made {} of {} members", status.framesDone, status.framesTotal));
-            },
-            {}};
-        SlurmOptions options = request.slurmOptions;
-        options.bundle = request.bundle;
-        report = module.RunSlurm(plan, bundle, options, listener, EndingSignal::Cancelled());
-    }
-    for (const std::string& sentence : report.failed) PrintError(sentence);
+    ProgressBar bar(!request.quiet);
+    const SweepListener listener{[&](const SweepStatus& status) { Show(bar, status); },
+                                 [&](const std::string& sentence) {
+                                     bar.Wipe();
+                                     PrintError(sentence);
+                                 }};
+    if (!request.slurm) return module.Run(plan, bundle, request.options, listener, EndingSignal::Cancelled());
+    SlurmOptions options = request.slurmOptions;
+    options.bundle = request.bundle;
+    return module.RunSlurm(plan, bundle, options, listener, EndingSignal::Cancelled());
+}
+
+int MakeFamily(const SweepRequest& request, const Plan& plan, const SweepModule& module) {
+    const SweepReport report = MakeMembers(request, plan, module);
+    // Each was told at once, with its reason.
+    if (report.failed.size() > 1)
+        PrintError(fmt::format("{} of {} {} are not made, as said above",
+                               report.members - report.made - report.kept, report.members, Noun(report)));
     if (report.job.empty()) return Tell(request, report);
     if (request.json)
-        PrintJSON({{"job", report.job}});
+        Print(JSONLine({{"job", report.job}}));
     else if (!request.quiet)
         PrintLine(fmt::format(
             "job {}: it goes on; run this again to wait for it and to gather the manifest, or end it "
@@ -138,7 +134,7 @@ int RunSweep(const SweepRequest& request) {
         if (!request.quiet) PrintLine(SavedText(request.savePlan, lost));
         return kExitDone;
     }
-    if (!request.list) return (request.slurm ? MakeBySlurm : MakeFamily)(request, plan, module);
+    if (!request.list) return MakeFamily(request, plan, module);
     module.List(plan, std::make_shared<Bundle>(Bundle::Find(request.bundle)), request.json, Print);
     return kExitDone;
 }

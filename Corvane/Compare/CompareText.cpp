@@ -4,6 +4,8 @@
 
 #include <fmt/format.h>
 
+#include "Services/Foundation/QuotedText.h"
+
 namespace corvane {
 
 std::vector<ComparedPlane> ComparedPlanes(const CompareReport& report) {
@@ -36,6 +38,20 @@ std::string LargestErrorText(const CompareReport& report) {
     for (const ComparedPlane& plane : ComparedPlanes(report))
         text += fmt::format("{}{} {}", text.empty() ? "" : ", ", plane.text, plane.errors.largest);
     return text.empty() ? text : fmt::format("{} of {}", text, (1u << report.format.bits) - 1);
+}
+
+std::string EscapedText(std::string_view text) {
+    std::string escaped;
+    for (const char character : Quoted(text)) {
+        switch (character) {
+        case '<': escaped += "&lt;"; break;
+        case '>': escaped += "&gt;"; break;
+        case '&': escaped += "&amp;"; break;
+        case '"': escaped += "&quot;"; break;
+        default: escaped += character;
+        }
+    }
+    return escaped;
 }
 
 } // namespace corvane

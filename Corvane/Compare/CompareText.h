@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "Comparison.h"
@@ -29,6 +30,9 @@ std::string PSNRText(const CompareReport& report);
 /// "Y' 3, Cb 0, Cr 2 of 255": the largest error of each plane, and the largest code value that there is;
 /// empty if no plane was compared.
 std::string LargestErrorText(const CompareReport& report);
+
+/// The text, as one line, for pages of HTML.
+std::string EscapedText(std::string_view text);
 
 /// What is said in place of findings if there are none.
 inline constexpr const char* kNothingFoundText = "Nothing beyond the tolerance was found.";

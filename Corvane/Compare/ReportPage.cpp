@@ -10,7 +10,6 @@
 #include "Engine/ClipText.h"
 #include "ReportDrawings.h"
 #include "ReportFigures.h"
-#include "Services/Foundation/QuotedText.h"
 #include "Services/Raster/PixelFormats.h"
 
 namespace corvane {
@@ -26,20 +25,6 @@ padding: .3em 1.2em .3em 0; border-bottom: 1px solid #8885; } td:first-child { w
 .row figure { max-width: 370px; }
 img, svg { max-width: 100%; height: auto; } img { image-rendering: pixelated; }
 figcaption { color: #888; font-size: .9em; })";
-
-std::string Escaped(std::string_view text) {
-    std::string escaped;
-    for (const char character : Quoted(text)) {
-        switch (character) {
-        case '<': escaped += "&lt;"; break;
-        case '>': escaped += "&gt;"; break;
-        case '&': escaped += "&amp;"; break;
-        case '"': escaped += "&quot;"; break;
-        default: escaped += character;
-        }
-    }
-    return escaped;
-}
 
 std::string RangesText(const std::vector<FrameRange>& ranges) {
     constexpr std::size_t kMost = 12;
@@ -57,15 +42,16 @@ std::string FindingsTable(const CompareReport& report) {
     if (report.findings.empty()) return fmt::format("<p>{}</p>\n", kNothingFoundText);
     std::string table = "<table><tr><th>Kind<th>What was found<th>Frames<th>Expected<th>Found</tr>\n";
     for (const Finding& finding : report.findings)
-        table += fmt::format("<tr><td>{}<td>{}<td>{}{}<td>{}<td>{}</tr>\n", Escaped(finding.kind),
-                             Escaped(finding.sentence), CountsPictures(finding) ? "pictures " : "",
-                             RangesText(finding.frames), Escaped(finding.expected), Escaped(finding.found));
+        table += fmt::format("<tr><td>{}<td>{}<td>{}{}<td>{}<td>{}</tr>\n", EscapedText(finding.kind),
+                             EscapedText(finding.sentence), CountsPictures(finding) ? "pictures " : "",
+                             RangesText(finding.frames), EscapedText(finding.expected),
+                             EscapedText(finding.found));
     return table + "</table>\n";
 }
 
 std::string TagsText(const CompareReport& report) {
     const VideoTags& tags = report.video.tags;
-    std::string text = Escaped(report.video.pixelFormat);
+    std::string text = EscapedText(report.video.pixelFormat);
     if (report.format.yCbCr)
         text += tags.matrix == 2 ? ", matrix not told"
                                  : fmt::format(", {}", MatrixName(CodingOf(report.format, tags, 0).matrix));
@@ -88,8 +74,8 @@ std::string FactsTable(const Clip& clip, const CompareReport& report) {
     add("Fields", FieldOrderText(format.order), video.order ? FieldOrderText(*video.order) : kNotTold);
     add("Rate", RateText(format.rate), rated ? RateText(video.averageRate) : kNotTold);
     add("Length", DurationText(clip.Info()), fmt::format("{} pictures", report.framesCompared));
-    add("Samples", Escaped(PixelFormatNameOrHex(clip.Info().pixelFormat)), TagsText(report));
-    add("Coding", "", fmt::format("{} in {}", Escaped(video.codec), Escaped(video.container)));
+    add("Samples", EscapedText(PixelFormatNameOrHex(clip.Info().pixelFormat)), TagsText(report));
+    add("Coding", "", fmt::format("{} in {}", EscapedText(video.codec), EscapedText(video.container)));
     return table + "</table>\n";
 }
 
@@ -136,9 +122,9 @@ std::string Pictures(const Clip& clip, const CompareReport& report) {
         std::string kinds, said;
         for (const Finding* const finding : figure.findings) {
             kinds += (kinds.empty() ? "" : " ") + finding->kind;
-            said += fmt::format("<p>{}</p>\n", Escaped(finding->sentence));
+            said += fmt::format("<p>{}</p>\n", EscapedText(finding->sentence));
         }
-        text += fmt::format("<section data-kinds='{}'>\n<h3>{}</h3>\n{}", Escaped(kinds),
+        text += fmt::format("<section data-kinds='{}'>\n<h3>{}</h3>\n{}", EscapedText(kinds),
                             TitleOf(*figure.compared, figure.isWorst), said);
         for (const CaptionedImage& image : images.strips)
             text += fmt::format("<figure><img src='{}' alt=''><figcaption>{}</figcaption></figure>\n",
@@ -156,9 +142,9 @@ std::string ReportPage(const Clip& clip, const CompareReport& report) {
         fmt::format("<!DOCTYPE html>\n<html lang='en'><meta charset='utf-8'>"
                     "<title>{0} beside {1}</title><style>{2}</style>\n"
                     "<h1>{0} beside {1}</h1>\n<p>{3}.</p>\n",
-                    Escaped(report.video.name), Escaped(report.clip), kStyle, MatchedText(report));
+                    EscapedText(report.video.name), EscapedText(report.clip), kStyle, MatchedText(report));
     page += FindingsTable(report);
-    for (const std::string& remark : report.remarks) page += fmt::format("<p>{}</p>\n", Escaped(remark));
+    for (const std::string& remark : report.remarks) page += fmt::format("<p>{}</p>\n", EscapedText(remark));
     page += "<div class='row'>\n" + FactsTable(clip, report) + ErrorsTable(report) + "</div>\n";
     page += Timeline(clip, report) + Colors(clip, report) + Pictures(clip, report);
     return page + "</html>\n";

@@ -266,6 +266,17 @@ std::string WriteContainer(const MemberSpec& spec) {
     return spec.container.empty() ? "usual" : spec.container;
 }
 
+std::string ReadPart(std::string_view word, MemberSpec& spec) {
+    const auto part = ReadPartWord(word);
+    if (!part) return "write FIRST:LAST, both included, from 0";
+    spec.part = part;
+    return {};
+}
+
+std::string WritePart(const MemberSpec& spec) {
+    return spec.part ? fmt::format("{}:{}", spec.part->first, spec.part->second) : "all";
+}
+
 template <SettingsColor ClipSettings::*Color>
 constexpr AxisRow ColorRow(const char* name, const char* about) {
     return {name, about, true, ReadColor<Color>, WriteColor<Color>};
@@ -289,6 +300,7 @@ constexpr AxisRow kRows[] = {
     {"frames", "length as a number of frames, whatever the rate: 250", true, ReadFrames, WriteFrames},
     {"codec", "as of render: ffv1, prores:profile=4", false, ReadCodec, WriteCodec},
     {"container", "mov, mkv, y4m, png ...", false, ReadContainer, WriteContainer},
+    {"part", "the frames to export: 0:99", false, ReadPart, WritePart},
 };
 
 } // namespace
@@ -300,6 +312,13 @@ std::span<const AxisRow> AxisTable() {
 const AxisRow* FindAxis(std::string_view name) {
     const auto* const found = std::ranges::find(kRows, name, &AxisRow::name);
     return found != std::end(kRows) ? found : nullptr;
+}
+
+std::optional<FramesOfPart> ReadPartWord(std::string_view word) {
+    const auto pair = ReadPair(word, {':', 0, std::numeric_limits<std::int32_t>::max(), true});
+    if (!pair) return std::nullopt;
+    const std::int64_t last = pair->second.value_or(pair->first);
+    return last < pair->first ? std::nullopt : std::optional(FramesOfPart(pair->first, last));
 }
 
 std::string ListAxes(bool ofClip) {

@@ -1,12 +1,18 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "Engine/SettingsText.h"
 
 namespace corvane {
+
+/// First and last frame, both included, from 0.
+using FramesOfPart = std::pair<std::int64_t, std::int64_t>;
 
 /// All that tells one member of a family from another.
 struct MemberSpec {
@@ -14,6 +20,7 @@ struct MemberSpec {
     ClipSettings settings;
     std::string codec;     ///< as in `ExportOptions`; empty: the container's default
     std::string container; ///< as the format in `ExportOptions`; empty: from the suffix of the name
+    std::optional<FramesOfPart> part = {}; ///< what to export of the clip; all if empty
 };
 
 /// One way in which members can differ: a setting of the clip, or how it is exported. Values are words, the
@@ -35,6 +42,9 @@ std::span<const AxisRow> AxisTable();
 
 /// The row of that name; null if there is none.
 const AxisRow* FindAxis(std::string_view name);
+
+/// What a word of the axis `part` says; empty if it is none. Any thread.
+std::optional<FramesOfPart> ReadPartWord(std::string_view word);
 
 /// The names of all axes, or of those of clips alone, for sentences: "name, size, rate".
 std::string ListAxes(bool ofClip = false);

@@ -101,8 +101,7 @@ class Checker {
 CheckReport CheckManifest(const fs::path& manifest,
                           const std::function<void(std::int64_t done, std::int64_t total)>& progress,
                           const std::atomic<bool>& cancel) {
-    std::error_code error;
-    const fs::path file = fs::is_directory(manifest, error) ? manifest / kManifestName : manifest;
+    const fs::path file = ManifestFile(manifest);
     std::int64_t total = 0;
     CheckReport report;
     report.expected = ReadManifest(file, [&](std::string&&, std::int64_t) { ++total; });

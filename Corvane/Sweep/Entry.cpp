@@ -27,16 +27,23 @@ JSON OrNull(const std::string& word) {
 }
 
 // The files of an output.
-std::vector<fs::path> FilesOf(const fs::path& output, const JSON& container, std::size_t frames) {
+std::vector<fs::path> FilesOf(const MadeMember& made, const JSON& container) {
+    const fs::path output = made.output;
     const std::string suffix = output.extension().string();
     const ExportKind* const kind = FindExportKind(container.is_string() ? container.get<std::string>()
                                                   : suffix.empty()      ? ""
                                                                         : suffix.substr(1));
     const auto numbered = kind != nullptr && kind->IsPicture() ? NumberedName::Parse(output) : std::nullopt;
     if (!numbered) return {output};
+    const std::int64_t first = made.part ? made.part->first : 0;
     std::vector<fs::path> files;
-    for (std::size_t i = 0; i < frames; ++i) files.push_back(numbered->For(static_cast<std::int64_t>(i)));
+    for (std::int64_t i = 0; i < std::ssize(made.frames); ++i) files.push_back(numbered->For(first + i));
     return files;
+}
+
+std::optional<FramesOfPart> PartOf(const JSON& values) {
+    const auto word = values.find("part");
+    return word == values.end() ? std::nullopt : ReadPartWord(word->get<std::string>());
 }
 
 // The number behind a text that the line begins with; empty if it does not.
@@ -91,7 +98,14 @@ std::optional<MadeMember> ReadEntry(const std::string& line) {
         made.output = tree.at("output").get<std::string>();
         made.settingsFile = tree.at("settings_file").get<std::string>();
         made.settings = ReadSettings(tree.at("settings").dump());
-        made.files = FilesOf(made.output, tree.at("container"), tree.at("frames").size());
+        made.part = PartOf(tree.at("values"));
+        for (const JSON& text : tree.at("frames")) {
+            const auto hash = ReadHash(text.get<std::string>());
+            if (!hash) return std::nullopt;
+            made.frames.push_back(*hash);
+        }
+        made.pixels = tree.at("pixels").get<std::string>();
+        made.files = FilesOf(made, tree.at("container"));
         made.bytes = tree.at("bytes").get<std::uint64_t>();
         made.hash = tree.at("md5").get<std::string>();
         return made;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Export/Export.h"
@@ -35,6 +36,9 @@ struct MadeMember {
     std::vector<std::filesystem::path> files; ///< of the output, from the folder
     std::uint64_t bytes = 0;                  ///< of all of them
     std::string hash;
+    std::string pixels; ///< as in `ExportReport`, like the one below
+    std::vector<ContentHash> frames;
+    std::optional<FramesOfPart> part; ///< as in `MemberSpec`
 };
 
 /// Reads a line. Empty if it is none.

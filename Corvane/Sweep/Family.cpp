@@ -36,6 +36,7 @@ void Read(const AxisRow& row, const std::string& value, MemberSpec& spec) {
 } // namespace
 
 std::int64_t Member::Frames() const {
+    if (spec.part) return spec.part->second - spec.part->first + 1;
     const ClipSettings& settings = spec.settings;
     return settings.ticksPerFrame > 0 && settings.durationTicks > 0
                ? settings.durationTicks / settings.ticksPerFrame

@@ -19,7 +19,7 @@ struct Member {
     std::filesystem::path output;       ///< from the family's folder
     std::filesystem::path settingsFile; ///< the same; members with the same settings share it
 
-    /// Whole frames; 0 if the clip has no rate or no duration.
+    /// Whole frames to export; 0 if the clip has no rate or no duration.
     std::int64_t Frames() const;
 };
 

@@ -73,6 +73,11 @@ bool HasContent(const std::vector<fs::path>& files, const MadeMember& made) {
 
 } // namespace
 
+fs::path ManifestFile(const fs::path& path) {
+    std::error_code error;
+    return fs::is_directory(path, error) ? path / kManifestName : path;
+}
+
 Manifest::Manifest(const Family& family, bool gathers)
     : mFamily(family), mGathers(gathers), mEntries(family.Folder() / kEntriesName),
       mMade(static_cast<std::size_t>(family.Count()), char{0}) {

@@ -22,6 +22,9 @@ inline constexpr char kManifestName[] = "manifest.json";
 /// The folder beside it that holds what is not gathered yet.
 inline constexpr char kEntriesName[] = ".synthex-sweep";
 
+/// The manifest that a person means by its path or by its folder's. Any thread.
+std::filesystem::path ManifestFile(const std::filesystem::path& path);
+
 /// What has been made of a family: a file of its own for each member that is made, and now and then all of
 /// them in the manifest. An entry is the line that the member has in the manifest.
 ///

@@ -26,6 +26,7 @@ ExportOptions ExportOf(const Family& family, const Member& member) {
     options.output = family.Folder() / member.output;
     options.format = member.spec.container;
     options.codec = CodecWithThreads(member);
+    options.frames = member.spec.part;
     options.hashFrames = true;
     return options;
 }

@@ -1,5 +1,7 @@
 #include "Plan.h"
 
+#include <algorithm>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
 
@@ -16,6 +18,7 @@ namespace fs = std::filesystem;
 using JSON = nlohmann::ordered_json;
 
 constexpr std::int64_t kVersion = 1;
+constexpr const char* kKeys[] = {"version", "base", "axes", "zip", "output", "split"};
 
 // The folder that relative paths of a plan begin at.
 fs::path FolderOf(const fs::path& file) {
@@ -61,9 +64,9 @@ void CheckKeys(const JSON& tree) {
             fmt::format("it is of version {}, and this program reads {}; use the newer program",
                         version.dump(), kVersion));
     for (const auto& [key, value] : tree.items())
-        if (key != "version" && key != "base" && key != "axes" && key != "zip" && key != "output")
+        if (std::ranges::find(kKeys, key) == std::end(kKeys))
             throw std::invalid_argument(
-                fmt::format("there is no key '{}'; choose some of version, base, axes, zip, output", key));
+                fmt::format("there is no key '{}'; choose some of {}", key, fmt::join(kKeys, ", ")));
 }
 
 Plan PlanOf(const JSON& tree, const fs::path& folder) {
@@ -74,6 +77,10 @@ Plan PlanOf(const JSON& tree, const fs::path& folder) {
     const JSON& zip = MemberOf(tree, "zip");
     if (!zip.is_null() && !zip.is_boolean()) throw std::invalid_argument("zip is neither true nor false");
     plan.zip = zip.is_boolean() && zip.get<bool>();
+    const JSON& split = MemberOf(tree, "split");
+    if (!split.is_null()) plan.split = split.is_number_unsigned() ? split.get<std::int64_t>() : 0;
+    if (!split.is_null() && plan.split < 1)
+        throw std::invalid_argument("split is no number of parts above 0");
     const JSON& axes = MemberOf(tree, "axes");
     if (!axes.is_null() && !axes.is_array()) throw std::invalid_argument("the axes are no list");
     for (const JSON& axis : axes) plan.axes.push_back(AxisOf(axis));
@@ -99,6 +106,7 @@ std::string SavePlan(const Plan& plan, const fs::path& file) {
         tree["axes"].push_back({{"name", axis.name}, {"values", axis.values}});
     tree["zip"] = plan.zip;
     tree["output"] = Stored(plan.output, FolderOf(file));
+    if (plan.split != 0) tree["split"] = plan.split;
     try {
         return WriteTextFile(file, tree.dump(2) + "\n");
     } catch (const JSON::exception&) {

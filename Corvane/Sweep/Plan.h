@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -20,6 +21,9 @@ struct Plan {
     std::vector<Axis> axes;       ///< the last one changes fastest
     bool zip = false;             ///< the first values make the first member and so on; else all combinations
     std::filesystem::path output; ///< what outputs are called, with placeholders such as {rate}
+    /// How many parts the one clip of the family is made in, which are joined then; 0: every member is made
+    /// in one piece. Read by `SplitClip`.
+    std::int64_t split = 0;
 
     bool operator==(const Plan&) const = default;
 };

@@ -53,7 +53,7 @@ class SlurmSweep {
             Wait(listener, cancel);
             if (mReport.cancelled) return std::move(mReport);
         }
-        Gather();
+        Gather(listener);
         return std::move(mReport);
     }
 
@@ -126,7 +126,8 @@ class SlurmSweep {
     void Wait(const SweepListener& listener, const std::atomic<bool>& cancel) {
         milliseconds pause = kFirstLook;
         while (IsAtWork(mReport.job)) {
-            if (listener.progress) listener.progress({CountMade(), mReport.members});
+            if (listener.progress)
+                listener.progress({CountMade(), mReport.members, SweepStatus::Unit::kMembers});
             for (milliseconds waited{}; waited < pause && !cancel; waited += kFirstLook)
                 std::this_thread::sleep_for(kFirstLook);
             if ((mReport.cancelled = cancel)) return;
@@ -145,7 +146,7 @@ class SlurmSweep {
         return count;
     }
 
-    void Gather() {
+    void Gather(const SweepListener& listener) {
         Manifest manifest(mFamily, true);
         const std::vector<std::int64_t> missing = MissingFrom(manifest);
         ReadNotes();
@@ -153,7 +154,9 @@ class SlurmSweep {
         mReport.kept = std::min(mKept.value_or(made), made);
         mReport.made = made - mReport.kept;
         manifest.Gather();
-        TellFailed(missing);
+        FindFailed(missing);
+        for (const std::string& sentence : mReport.failed)
+            if (listener.failed) listener.failed(sentence);
         // What is not made may be asked for by looking at the logs.
         if (missing.empty()) manifest.RemoveEntries();
     }
@@ -165,7 +168,7 @@ class SlurmSweep {
         for (TaskRange task; notes >> task.first >> task.second;) mTasks.push_back(task);
     }
 
-    void TellFailed(const std::vector<std::int64_t>& missing) {
+    void FindFailed(const std::vector<std::int64_t>& missing) {
         for (std::size_t i = 0; i < mTasks.size(); ++i) {
             const auto [first, last] = mTasks[i];
             const auto from = std::ranges::lower_bound(missing, first);

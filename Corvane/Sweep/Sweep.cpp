@@ -59,9 +59,6 @@ class Run {
 
     void FindWork() {
         const auto [first, last] = mOptions.only.value_or(std::pair(std::int64_t{0}, mFamily.Count() - 1));
-        if (first < 0 || first > last || last >= mFamily.Count())
-            throw UsageFailure(fmt::format("members {}:{} are not in the family; choose from 0:{}", first,
-                                           last, mFamily.Count() - 1));
         mReport.members = last - first + 1;
         mReport.manifest = mFamily.Folder() / kManifestName;
         for (std::int64_t number = first; number <= last && !mCancel; ++number) {
@@ -71,7 +68,7 @@ class Run {
                 continue;
             }
             mTodo.push_back(number);
-            mStatus.framesTotal += member.Frames();
+            mStatus.total += member.Frames();
             mLargest = std::max(mLargest, BytesOfFrame(member));
         }
     }
@@ -152,7 +149,7 @@ class Run {
         queue.Forget(id);
         const Member member = std::move(active.member);
         mActive.erase(found);
-        mStatus.framesDone += member.Frames();
+        mStatus.done += member.Frames();
         if (status.state == ExportState::kFailed) return Fail(status.failure);
         if (status.state != ExportState::kDone) return;
         try {
@@ -178,7 +175,7 @@ class Run {
 
     SweepStatus Status() const {
         SweepStatus status = mStatus;
-        for (const auto& [id, active] : mActive) status.framesDone += active.framesDone;
+        for (const auto& [id, active] : mActive) status.done += active.framesDone;
         return status;
     }
 

@@ -28,23 +28,31 @@ struct SweepOptions {
 
 /// How far along it is.
 struct SweepStatus {
-    std::int64_t framesDone = 0; ///< of those that were to be made
-    std::int64_t framesTotal = 0;
+    /// What is counted.
+    enum class Unit {
+        kFrames,       ///< that are to be made
+        kMembers,      ///< of the family
+        kJoinedFrames, ///< of parts that are put together
+    };
+    std::int64_t done = 0;
+    std::int64_t total = 0;
+    Unit unit = Unit::kFrames;
 };
 
 /// Who is told of it, on the thread of `RunSweep`.
 struct SweepListener {
     std::function<void(const SweepStatus&)> progress;        ///< a few times a second
-    std::function<void(const std::string& sentence)> failed; ///< of each member that can't be made, at once
+    std::function<void(const std::string& sentence)> failed; ///< of each failure, as soon as it is known
 };
 
 /// What came of it.
 struct SweepReport {
     std::int64_t members = 0; ///< that were to be made
+    bool areParts = false;    ///< whether these are parts of one clip
     std::filesystem::path manifest;
     std::int64_t made = 0;
     std::int64_t kept = 0;           ///< were made before
-    std::vector<std::string> failed; ///< a sentence for each member that can't be made
+    std::vector<std::string> failed; ///< a sentence for each member or task that did not succeed
     std::string stopped;             ///< why the rest was not tried, as a sentence; empty if all of it was
     std::string job;                 ///< of the batch system, if it is still at work
     bool cancelled = false;

@@ -1,7 +1,8 @@
 #include "ContentHash.h"
 
+#include <charconv>
 #include <limits>
-#include <optional>
+#include <system_error>
 #include <vector>
 
 #include <fmt/format.h>
@@ -15,6 +16,20 @@ std::string HashText(const ContentHash& hash) {
     std::string text;
     for (const std::byte byte : hash) text += fmt::format("{:02x}", std::to_integer<unsigned>(byte));
     return text;
+}
+
+std::optional<ContentHash> ReadHash(std::string_view text) {
+    constexpr std::size_t kDigits = 2; // of a byte
+    ContentHash hash{};
+    if (text.size() != kDigits * hash.size()) return std::nullopt;
+    for (std::byte& byte : hash) {
+        unsigned value = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + kDigits, value, 16);
+        if (error != std::errc() || end != text.data() + kDigits) return std::nullopt;
+        byte = static_cast<std::byte>(value);
+        text.remove_prefix(kDigits);
+    }
+    return hash;
 }
 
 ContentHash HashContent(const ContentSource& source) {

@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace corvane {
 
@@ -15,6 +17,8 @@ using ContentHash = std::array<std::byte, 16>;
 
 /// The hash in hexadecimal, as md5sum prints it. Any thread; fails only for want of memory.
 std::string HashText(const ContentHash& hash);
+/// The hash of such a text; empty if it is none. Any thread.
+std::optional<ContentHash> ReadHash(std::string_view text);
 
 /// Hands out bytes piece by piece, and nothing at the end. A piece is valid until the next one.
 using ContentSource = std::function<std::span<const std::byte>()>;

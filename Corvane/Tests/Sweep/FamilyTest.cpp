@@ -61,7 +61,8 @@ TEST(Axes, WordsAreWrittenInOneWay) {
         {"duration", "10", "10"},
         {"frames", "010", "10"},
         {"codec", "ffv1", "ffv1"},
-        {"container", "mov", "mov"}};
+        {"container", "mov", "mov"},
+        {"part", "07:9", "7:9"}};
     std::set<std::string> seen;
     for (const auto& [axis, word, written] : kRows) {
         MemberSpec spec{"bars", Base(), {}, {}};
@@ -102,6 +103,7 @@ TEST(Family, RefusesByASentenceThatSaysWhatToWrite) {
         {{{"size", {"0x9"}}}, "a.mkv", false, "WIDTHxHEIGHT"},
         {{{"duration", {"0"}}}, "a.mkv", false, "seconds above 0"},
         {{{"duration", {"99999999"}}}, "a.mkv", false, "seconds above 0"},
+        {{{"part", {"9:8"}}}, "a.mkv", false, "FIRST:LAST"},
         {{{"upper", {"#12345"}}}, "a.mkv", false, "#RRGGBB"},
         {{{"upper", {"nan:1:1"}}}, "a.mkv", false, "#RRGGBB"},
         {{{"rate", {}}}, "a.mkv", false, "rate has no values"},
@@ -147,7 +149,7 @@ TEST(Family, RefusesByASentenceThatSaysWhatToWrite) {
 TEST(Plan, IsTheSameAfterAFile) {
     const TestFolder folder;
     const Plan plan{
-        folder / "a.synthex", {{"rate", {"25", "30"}}, {"codec", {}}}, true, folder / "o/{rate}.mkv"};
+        folder / "a.synthex", {{"rate", {"25", "30"}}, {"codec", {}}}, true, folder / "o/{rate}.mkv", 7};
     EXPECT_EQ(SavePlan(plan, folder / "plan.json"), "");
     EXPECT_EQ(ReadPlan(folder / "plan.json"), plan);
     EXPECT_THAT(corvane::testing::ReadFile(folder / "plan.json"), HasSubstr(R"("output": "o/{rate}.mkv")"));
@@ -161,6 +163,7 @@ TEST(Plan, IsTheSameAfterAFile) {
         {R"({"version":1,"base":"a","output":"b","axes":{}})", "the axes are no list"},
         {R"({"version":1,"base":"a","output":"b","axes":[{"name":"rate","values":[2.5]}]})",
          "a value is no text"},
+        {R"({"version":1,"base":"a","output":"b","split":0})", "split is no number of parts"},
         {R"({"version":1,)", "this is no plan"},
         {"[]", "no object"}};
     for (const auto& [text, said] : kRows) {

@@ -2,6 +2,7 @@
 // depends on how often a run was killed, files that are half written or left behind, one failed member that
 // stops the rest, checks that see nothing.
 #include <csignal>
+#include <cstdlib>
 #include <map>
 #include <sstream>
 
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include "Export/Processors.h"
 #include "Sweep/Manifest.h"
 #include "Tests/Export/TestClips.h"
 #include "Tests/Process.h"
@@ -47,6 +49,16 @@ struct Made {
         for (const auto& entry : fs::directory_iterator(folder / "out"))
             if (entry.is_regular_file()) times[entry.path().filename()] = entry.last_write_time();
         times.erase(corvane::kManifestName);
+        return times;
+    }
+    /// The same of the entries of parts.
+    std::map<std::string, fs::file_time_type> PartTimes() const {
+        std::map<std::string, fs::file_time_type> times;
+        std::error_code error;
+        for (const auto& parts : fs::directory_iterator(folder / "out" / corvane::kEntriesName, error))
+            for (const auto& entry : fs::directory_iterator(parts.path() / corvane::kEntriesName, error))
+                if (entry.path().extension() == ".json")
+                    times[entry.path()] = fs::last_write_time(entry.path(), error);
         return times;
     }
 
@@ -96,6 +108,69 @@ TEST(Sweep, IsTheSameHoweverOftenItIsKilled) {
     EXPECT_EQ(killed.Times().size(), 54u);
     EXPECT_FALSE(fs::exists(killed.folder / "out" / corvane::kEntriesName));
     EXPECT_EQ(RunSynthex({"sweep", "--check", killed.Manifest()}).status, 0);
+}
+
+TEST(Sweep, PartsMakeTheClipOfOnePieceHoweverOftenTheyAreKilled) {
+    for (const char* const name : {"a.mkv", "a.y4m", "a.%d.png"}) {
+        Arguments varied{"--vary", "size=320x240", "--vary", "frames=240"};
+        if (std::string_view(name) == "a.mkv") varied.insert(varied.end(), {"--codec", "ffv1"});
+        const Made one(varied, name);
+        Made parts(varied, name);
+        parts.arguments.insert(parts.arguments.end(), {"--split", "9"});
+        ASSERT_EQ(one.Run().status, 0);
+        for (const std::size_t made : {1u, 3u, 6u}) {
+            const auto before = parts.PartTimes();
+            const Process process(Synthex(parts.arguments));
+            while (parts.PartTimes().size() < made && !fs::exists(parts.Manifest())) ::usleep(500);
+            process.Signal(SIGKILL);
+            auto after = parts.PartTimes();
+            for (const auto& [part, time] : before) EXPECT_EQ(after[part], time) << part;
+        }
+        EXPECT_EQ(parts.Run({"--only", "2:4"}).status, 0);
+        EXPECT_EQ(parts.Run().status, 0);
+        EXPECT_EQ(std::system(fmt::format("diff -r '{}' '{}'", (one.folder / "out").string(),
+                                          (parts.folder / "out").string())
+                                  .c_str()),
+                  0);
+    }
+    const Made made({"--vary", "rate=24,25"}, "{rate}.mkv");
+    ExpectRefused({"sweep", made.clip, made.folder / "a.mp4", "--split", "2"}, 2,
+                  (made.folder / "a.mp4").string(), "can't be joined without encoding again");
+    EXPECT_THAT(made.Run({"--split", "2"}).err, HasSubstr("one clip can be split, and these are 2"));
+}
+
+TEST(Sweep, VideosAreComparedMemberByMember) {
+    const Made made({"--codec", "ffv1", "--vary", "rate=24,25,30"}, "{rate}.mkv");
+    ASSERT_EQ(made.Run().status, 0);
+    const fs::path out = made.folder / "out", videos = made.folder / "videos";
+    fs::create_directory(videos);
+    fs::copy(out / "24.mkv", videos);
+    fs::copy(out / "25.mkv", videos / "25.nut");
+    made.folder.Write("videos/25.txt", "");
+    ProcessResult result = RunSynthex({"compare", out, videos});
+    EXPECT_EQ(result.status, 1);
+    for (const char* const name : {"24.mkv", "25.mkv"})
+        EXPECT_THAT(result.out, HasSubstr(fmt::format("{}: Nothing beyond", name)));
+    EXPECT_THAT(result.err, HasSubstr("30.mkv: this video is missing"));
+    fs::copy(out / "24.mkv", videos / "30.mkv");
+    result = RunSynthex({"compare", made.Manifest(), videos, "--json", "--report", made.folder / "pages"});
+    EXPECT_EQ(result.status, 4) << result.err;
+    const json members = json::parse(result.out)["members"];
+    EXPECT_THAT(members[1]["findings"], IsEmpty());
+    EXPECT_EQ(members[2]["findings"][0]["kind"], "time.rate");
+    EXPECT_THAT(ReadFile(made.folder / "pages/index.html"), HasSubstr("<a href='30.mkv.html'>"));
+    EXPECT_TRUE(fs::exists(made.folder / "pages/30.mkv.html"));
+    ExpectRefused({"compare", videos, videos}, 1, (videos / "manifest.json").string(),
+                  "make the family first");
+}
+
+TEST(Sweep, TasksOfAJobTakeNoMoreThanTheirProcessors) {
+    const unsigned all = corvane::Processors();
+    for (const auto& [word, processors] : {std::pair("1", 1u), {"0", all}, {"many", all}, {"100000", all}}) {
+        ::setenv("SLURM_CPUS_ON_NODE", word, 1);
+        EXPECT_EQ(corvane::Processors(), processors) << word;
+    }
+    ::unsetenv("SLURM_CPUS_ON_NODE");
 }
 
 TEST(Sweep, MakesAgainWhatIsMissingOrWasMadeByOtherSettings) {
