@@ -174,6 +174,8 @@ const Impairment kGeometry[] = {
     {kPAL, "-vf scale=788:576,setsar=1" FFV1, "geometry.size"},
     {kTenBit, "-vf scale=640:720,setsar=2" FFV1, "geometry.size"},
     {kPAL, "-vf setsar=1" FFV1, "tags.aspect"},
+    // PNG has pixels a meter across and down, for which ffmpeg takes the two terms of the aspect.
+    {kPAL, "-vf setsar=11/12 %05d.png", ""},
     {kPAL, "-vf crop=688:560:16:8" FFV1, "geometry.crop"},
     {kNTSC, "-vf crop=704:480:8:0" FFV1, "geometry.crop"},
     {kHD, "-vf crop=960:716:0:2" FFV1, "geometry.crop"},
