@@ -274,6 +274,9 @@ const Impairment kGStreamer[] = {
     {kPAL, "! videorate ! video/x-raw,framerate=15/1" Y4M, "frames.missing"},
     {kPAL, "! deinterlace fields=top" Y4M, "fields.dropped"},
     {kNTSC, "! deinterlace fields=all" Y4M, "fields.dropped"},
+    {kNTSC, "! deinterlace method=scalerbob" Y4M, "fields.dropped"},
+    {kPAL, "! deinterlace method=linearblend" Y4M, "fields.blended"},
+    {kPAL, "! deinterlace method=linearblend fields=top" Y4M, "fields.blended"},
     {kHD, "! videobalance saturation=0" Y4M, "color.channels"},
     {kHD,
      "! capssetter caps=video/x-raw,colorimetry=bt601 ! videoconvert ! "
