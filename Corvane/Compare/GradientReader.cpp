@@ -252,9 +252,8 @@ void GradientReader::Read(const PictureRows& rows, std::uint32_t top, FrameReadi
     // Measured on gradients that x264, x265, MPEG-2 and ProRes coded: the coarser the coding, the more
     // pictures lag behind their colors as one.
     reading.margin = mUsualError * (0.5 + 0.2 * mUsualError) / fit.motion;
-    if (mIsMapped) reading.margin *= 1.5;
-    // Where rows lie was told by their colors alone, too.
-    if (mAxis) reading.margin *= 3;
+    // What was learned from colors themselves, a map of them or where rows lie, is off by something, too.
+    reading.margin *= (mIsMapped ? 1.5 : 1.0) * (mAxis ? 3.0 : 1.0);
     reading.certainty = 1 / (1 + reading.margin);
     reading.frame = {fit.frame, fit.frame};
 }
