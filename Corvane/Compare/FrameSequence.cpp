@@ -27,6 +27,11 @@ void FrameSequence::Pace::Note(std::int64_t frame) {
     last = frame;
 }
 
+std::string FrameSequence::Pace::Text() const {
+    return least == most ? fmt::format("one frame in {}", most)
+                         : fmt::format("one frame in {} or {}", least, most);
+}
+
 // The frame that a picture shows: the later one if its fields show two. Where frames look so much alike that
 // the reading may be off, what would come next is taken for it if it can be.
 std::optional<std::int64_t> FrameSequence::Whole(const FrameReading& reading) const {
@@ -35,7 +40,7 @@ std::optional<std::int64_t> FrameSequence::Whole(const FrameReading& reading) co
     if (!frame) return {};
     const std::int64_t next = !mLast                 ? mExpected.first + mUnread + mForeignRun
                               : mBackward > mForward ? *mLast - 1
-                                                     : *mLast + 1;
+                                                     : *mLast + 1 + mUnread;
     // Readings with a margin near 1 are hardly ever off by most of a frame.
     double tolerance = reading.margin < 1.1 ? std::min(2 * reading.margin, 0.75) : reading.margin;
     constexpr std::int64_t kUnsure = 12; // pictures at the start, when margins are not known well
@@ -170,7 +175,7 @@ std::string FrameSequence::RepeatCause() const {
         return found == mRuns.end() ? 0 : static_cast<double>(found->second) / static_cast<double>(runs);
     };
     if (runs < 3) return {};
-    if (share(2) > 0.9) return "every frame is shown twice";
+    if (share(2) > 0.9) return kEachFrameTwice;
     for (std::int64_t length = 3; length < kMostRun; ++length)
         if (share(length) > 0.9) return fmt::format("every frame is shown {} times", length);
     if (share(2) + share(3) > 0.9 && static_cast<double>(mRunsInTurn) > 0.8 * static_cast<double>(runs))
@@ -181,11 +186,12 @@ std::string FrameSequence::RepeatCause() const {
         const double length =
             static_cast<double>(mMatched) / static_cast<double>(extent->last - extent->first + 1);
         if (length > 1.9 && std::abs(length - std::round(length)) < 0.04 * length)
-            return fmt::format("every frame is shown {} times", std::lround(length));
+            return std::lround(length) == 2
+                       ? kEachFrameTwice
+                       : fmt::format("every frame is shown {} times", std::lround(length));
     }
     if (mRepeatPace.IsRegular())
-        return fmt::format("one frame in {} is shown again, as a conversion to a higher rate does",
-                           mRepeatPace.most);
+        return mRepeatPace.Text() + " is shown again, as a conversion to a higher rate does";
     return {};
 }
 
@@ -248,11 +254,13 @@ void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) co
     if (!within.empty()) AddCuts(complete, within, findings);
     if (within.empty()) return;
     std::string cause;
-    if (mGapPace.IsRegular() && mGapPace.most > 1)
-        cause = mGapPace.most == 2
-                    ? "every second frame was dropped"
-                    : fmt::format("one frame in {} was dropped, as a conversion to a lower rate does",
-                                  mGapPace.most + 1);
+    if (mGapPace.IsRegular()) {
+        const auto isOneFrame = [](const FrameRange& range) { return range.first == range.last; };
+        cause = mGapPace.most == 2                        ? "every second frame was dropped"
+                : std::ranges::all_of(within, isOneFrame) ? mGapPace.Text() + " was dropped"
+                                                          : "frames were dropped at even distances";
+        if (mGapPace.most > 2) cause += ", as a conversion to a lower rate does";
+    }
     std::string names = NameFrames(within);
     names[0] = 'F';
     const bool isOne = within.size() == 1 && within[0].first == within[0].last;

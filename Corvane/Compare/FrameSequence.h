@@ -13,6 +13,9 @@
 
 namespace corvane {
 
+/// The cause that findings of the kind frames.repeated have if there are two pictures of each frame.
+inline constexpr const char* kEachFrameTwice = "every frame is shown twice";
+
 /// Which frames are shown, in which order. One thread at a time; all of it throws `std::bad_alloc`.
 class FrameSequence {
   public:
@@ -43,6 +46,8 @@ class FrameSequence {
         std::int64_t count = 0;
         void Note(std::int64_t frame);
         bool IsRegular() const { return count >= 3 && most - least <= 1; }
+        /// "one frame in 5", or "one frame in 5 or 6".
+        std::string Text() const;
     };
 
     std::optional<std::int64_t> Whole(const FrameReading& reading) const;

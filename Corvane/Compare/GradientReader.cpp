@@ -12,6 +12,7 @@ constexpr std::size_t kGuessFrom = 4;   // pictures
 constexpr std::size_t kMeasureBy = 16;  // pictures
 constexpr std::int64_t kMostGuessed = 400;
 constexpr std::int64_t kThoroughly = 8; // pictures
+constexpr double kNoFit = 1e9;
 // In steps of 8 bits: what samples of a row may differ by, beyond what codecs make them, and what is no
 // gradient at all.
 constexpr double kRough = 12;
@@ -90,6 +91,7 @@ void GradientReader::Place(const RowRange& range) {
 void GradientReader::Take(const GradientGuess& guess) {
     mGuess = guess;
     mKeys = mSearch.Keys().In(mRange, guess);
+    mOtherKeys.clear();
     mIsMapped = false;
 }
 
@@ -110,20 +112,36 @@ bool GradientReader::LooksForAxis(const GradientRows& seen) {
     return mAxis || count >= kGuessFrom;
 }
 
-/// Takes what explains the last few pictures best, if it does so well.
-bool GradientReader::TakesGuess(const GradientRows& seen) {
-    if (mGuessed >= kMostGuessed) return false;
+/// What explains the last few pictures best, if it does so well.
+std::optional<GradientGuess> GradientReader::Guess(const GradientRows& seen, Care care) {
+    if (mGuessed >= kMostGuessed) return std::nullopt;
     mUnexplained.push_back(seen);
     ++mGuessed;
-    if (mUnexplained.size() < kGuessFrom) return false;
-    const auto guess =
-        mSearch.Find(mRange, mUnexplained, mGuessed <= kThoroughly ? Care::kThorough : Care::kQuick);
+    if (mUnexplained.size() < kGuessFrom) return std::nullopt;
+    auto guess = mSearch.Find(mRange, mUnexplained, care);
     mUnexplained.clear();
+    return guess;
+}
+
+/// Takes what explains the last few pictures for what happened to all of them.
+bool GradientReader::TakesGuess(const GradientRows& seen) {
+    const auto guess = Guess(seen, mGuessed < kThoroughly ? Care::kThorough : Care::kQuick);
     if (!guess) return false;
     const bool isWhole = guess->axis == mGuess.axis;
     Take(*guess);
     if (!isWhole) mAxis = guess->axis;
     return true;
+}
+
+/// The frame that rows show if something happened to the colors of some pictures, though not to those before.
+GradientFit GradientReader::FitOther(const GradientRows& seen) {
+    if (mOtherKeys.empty()) {
+        const auto guess = Guess(seen, Care::kQuick);
+        if (!guess || !guess->change || guess->flipped != mGuess.flipped || !(guess->axis == mGuess.axis))
+            return {.error = kNoFit};
+        mOtherKeys = mSearch.Keys().In(mRange, *guess);
+    }
+    return FitFrame(mOtherKeys, seen);
 }
 
 /// Whether rows that aren't those of any frame are of several colors each, or all alike: no fault of colors
@@ -211,17 +229,21 @@ void GradientReader::Read(const PictureRows& rows, std::uint32_t top, FrameReadi
         return;
     }
     if (!LooksForAxis(seen)) return;
-    const GradientFit fit = FitFrame(mKeys, seen);
-    const bool isAlike = fit.error <= std::max(kMostGradientError, 4 * mUsualError);
-    if (!isAlike) reading.foreign = IsForeign(texture, seen);
-    if (!isAlike && !reading.foreign && !mIsSure && !mIsMapped) {
-        if (TakesGuess(seen)) {
-            mIsSure = true;
-            return Read(rows, top, reading);
+    GradientFit fit = FitFrame(mKeys, seen);
+    const auto isAlike = [&] { return fit.error <= std::max(kMostGradientError, 4 * mUsualError); };
+    if (!isAlike()) reading.foreign = IsForeign(texture, seen);
+    if (!isAlike() && !reading.foreign && !mIsMapped) {
+        if (mIsSure) {
+            fit = FitOther(seen);
+        } else {
+            if (TakesGuess(seen)) {
+                mIsSure = true;
+                return Read(rows, top, reading);
+            }
+            Learn(seen);
         }
-        Learn(seen);
     }
-    if (!isAlike || fit.motion <= 0) return;
+    if (!isAlike() || fit.motion <= 0) return;
     // The worst of the last few hundred pictures counts, as one picture's error may be small by chance.
     const auto keep = [](double& usual, double now) { usual = std::max(now, usual + (now - usual) / 200); };
     keep(mUsualError, fit.error);
@@ -230,7 +252,8 @@ void GradientReader::Read(const PictureRows& rows, std::uint32_t top, FrameReadi
     // Measured on gradients that x264, x265, MPEG-2 and ProRes coded: the coarser the coding, the more
     // pictures lag behind their colors as one.
     reading.margin = mUsualError * (0.5 + 0.2 * mUsualError) / fit.motion;
-    if (mIsMapped) reading.margin *= 1.5;
+    // What was learned from colors themselves, a map of them or where rows lie, is off by something, too.
+    reading.margin *= (mIsMapped ? 1.5 : 1.0) * (mAxis ? 3.0 : 1.0);
     reading.certainty = 1 / (1 + reading.margin);
     reading.frame = {fit.frame, fit.frame};
 }

@@ -53,7 +53,9 @@ class GradientReader {
     void Place(const RowRange& range);
     void Take(const GradientGuess& guess);
     bool LooksForAxis(const GradientRows& seen);
+    std::optional<GradientGuess> Guess(const GradientRows& seen, Care care);
     bool TakesGuess(const GradientRows& seen);
+    GradientFit FitOther(const GradientRows& seen);
     bool IsForeign(double texture, const GradientRows& seen) const;
     GradientRows Expected(double frame) const;
     void Learn(const GradientRows& seen);
@@ -66,8 +68,9 @@ class GradientReader {
     RowRange mRange;      // of the last picture
     GradientGuess mGuess; // what happened to frames
     std::optional<RowAxis> mAxis;
-    std::vector<GradientKey> mKeys;         // as they are in the range if that happened
-    std::vector<GradientRows> mShaped;      // pictures of another height, while it isn't clear why
+    std::vector<GradientKey> mKeys;      // as they are in the range if that happened
+    std::vector<GradientKey> mOtherKeys; // likewise, of pictures whose colors are others; empty if none are
+    std::vector<GradientRows> mShaped;   // pictures of another height, while it isn't clear why
     std::vector<GradientRows> mUnexplained; // pictures that nothing explains yet
     std::int64_t mGuessed = 0;              // pictures
     Normal mNormal;

@@ -160,6 +160,12 @@ void NoteNumbers(const NumberReading& numbers, FrameReading& reading) {
         if (used.number) reading.frame[field] = static_cast<double>(*used.number);
         reading.certainty = field == 0 ? used.certainty : std::min(reading.certainty, used.certainty);
     }
+    // A blend of two frames is either of them.
+    const PrintedNumber& whole = numbers.whole;
+    if (!whole.partsKnown || reading.frame[0] || reading.frame[1]) return;
+    if (std::abs(whole.parts[0] - whole.parts[1]) != 1) return;
+    reading.frame.fill(static_cast<double>(whole.parts[0] + whole.parts[1]) / 2);
+    reading.margin = 0.5;
 }
 
 } // namespace corvane

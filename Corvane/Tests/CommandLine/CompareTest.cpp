@@ -129,17 +129,18 @@ TEST_P(CompareOfAPipe, IsEndedByASignalAfterWhatWasFound) {
     const int writer = ::open(pipe.c_str(), O_WRONLY | O_CLOEXEC); // waits for the program to open it
     std::string text = frames > 0 ? "YUV4MPEG2 W64 H48 F10:1 Ip A1:1 C420jpeg\n" : "";
     for (int i = 0; i < frames; ++i) text += "FRAME\n" + std::string(64 * 48 * 3 / 2, '\x60');
+    // Much more than the pipe and who probes it take: when all is written, some pictures were compared.
     ASSERT_EQ(::write(writer, text.data(), text.size()), static_cast<ssize_t>(text.size()));
     process.Signal(SIGINT); // while the writer keeps it waiting
     const ProcessResult result = process.Wait();
     ::close(writer);
     EXPECT_EQ(result.status, 128 + SIGINT) << result.err;
-    if (result.out.empty())
+    if (frames == 0)
         EXPECT_THAT(result.err, HasSubstr("cancelled before there was a picture"));
     else
         EXPECT_LE(json::parse(result.out)["frames_compared"], frames);
     EXPECT_EQ(result.out.find("frames.missing"), std::string::npos) << "it may have come";
 }
-INSTANTIATE_TEST_SUITE_P(Frames, CompareOfAPipe, testing::Values(0, 3));
+INSTANTIATE_TEST_SUITE_P(Frames, CompareOfAPipe, testing::Values(0, 3000));
 
 } // namespace

@@ -174,11 +174,14 @@ const Impairment kGeometry[] = {
     {kPAL, "-vf scale=788:576,setsar=1" FFV1, "geometry.size"},
     {kTenBit, "-vf scale=640:720,setsar=2" FFV1, "geometry.size"},
     {kPAL, "-vf setsar=1" FFV1, "tags.aspect"},
+    // PNG has pixels a meter across and down, for which ffmpeg takes the two terms of the aspect.
+    {kPAL, "-vf setsar=11/12 %05d.png", ""},
     {kPAL, "-vf crop=688:560:16:8" FFV1, "geometry.crop"},
     {kNTSC, "-vf crop=704:480:8:0" FFV1, "geometry.crop"},
     {kHD, "-vf crop=960:716:0:2" FFV1, "geometry.crop"},
     {kFloat, "-vf crop=640:180:0:90" FFV1, "geometry.crop"},
     {kHD, "-vf crop=928:680:16:20" FFV1, "geometry.crop"},
+    {kHD, "-vf crop=960:600:0:100 -c:v libx264 -crf 40 mp4", "geometry.crop"},
     {kHD, "-vf crop=960:540:0:90,scale=960:720" FFV1, "geometry.crop geometry.size"},
     {kHD, "-vf crop=960:700:0:20,pad=960:720:0:0" FFV1, "geometry.shift"},
     {kHD, "-vf crop=960:540:0:90,pad=960:1000:0:100" FFV1, "geometry.crop geometry.pad"},
@@ -232,6 +235,8 @@ const Impairment kColors[] = {
     {kDeep, "-vf format=yuv422p,format=yuv422p10" FFV1, "color.depth"},
     {kHD, "-vf lutyuv=y='val+12'" FFV1, "color.error"},
     {kPAL, "-vf lutyuv=y='val+12'" FFV1, "color.error"},
+    {kHD, "-vf \"format=gbrp,colorchannelmixer=rr=0:rb=1:br=1:bb=0:enable='between(n,10,20)'\"" FFV1,
+     "color.channels"},
     {kHD, "-vf setparams=colorspace=bt470bg" FFV1, "tags.matrix"},
     {kHD, "-vf setparams=range=pc -color_range pc" FFV1, "tags.range"},
 };
@@ -272,6 +277,9 @@ const Impairment kGStreamer[] = {
     {kPAL, "! videorate ! video/x-raw,framerate=15/1" Y4M, "frames.missing"},
     {kPAL, "! deinterlace fields=top" Y4M, "fields.dropped"},
     {kNTSC, "! deinterlace fields=all" Y4M, "fields.dropped"},
+    {kNTSC, "! deinterlace method=scalerbob" Y4M, "fields.dropped"},
+    {kPAL, "! deinterlace method=linearblend" Y4M, "fields.blended"},
+    {kPAL, "! deinterlace method=linearblend fields=top" Y4M, "fields.blended"},
     {kHD, "! videobalance saturation=0" Y4M, "color.channels"},
     {kHD,
      "! capssetter caps=video/x-raw,colorimetry=bt601 ! videoconvert ! "
@@ -288,6 +296,7 @@ const Impairment kGStreamer[] = {
     {kAlpha, "! compositor background=white ! videoconvert ! pngenc ! multifilesink %05d.png", "color.alpha"},
     {kAlpha, "! videoconvert ! pngenc ! multifilesink %05d.png", ""},
     {kHD, "! videoconvert ! theoraenc ! oggmux ! filesink ogv", ""},
+    {kHD, "! videoconvert ! video/x-raw,colorimetry=bt601 ! vp8enc deadline=1 ! webmmux ! filesink webm", ""},
     {kPAL, "! videoconvert ! vp9enc deadline=1 cpu-used=8 ! webmmux ! filesink webm", ""},
 };
 

@@ -124,14 +124,30 @@ TEST(NumberReader, TellsFieldsOfTwoFramesFromABlendOfThem) {
     EXPECT_EQ(turned.field[0].number, 418);
     EXPECT_EQ(turned.field[1].number, 417);
     EXPECT_FALSE(fields.whole.number || fields.whole.blended);
-    FrameReading reading;
-    NoteNumbers(fields, reading);
-    EXPECT_EQ(reading.frame, (std::array<std::optional<double>, 2>{417, 418}));
 
     const NumberReading blend = reader.Read(blended.View());
     EXPECT_FALSE(blend.whole.number || blend.field[0].number);
     EXPECT_TRUE(blend.whole.blended && blend.whole.partsKnown);
     EXPECT_EQ(blend.whole.parts, (std::array<std::int64_t, 2>{417, 418}));
+}
+
+TEST(NumberReader, FieldsThatCantBeReadShowWhatTheWholePictureDoes) {
+    using Number = std::optional<std::int64_t>;
+    const Number none;
+    // What can be read of all rows, of the even and of the odd ones, and what the two fields show by that.
+    const std::array<Number, 5> kRows[] = {
+        {7, 7, 8, 7, 8},       {7, none, none, 7, 7},    {7, none, 7, 7, 7},
+        {8, none, 7, none, 7}, {none, 7, none, 7, none}, {none, 7, 8, 7, 8},
+    };
+    for (const auto& [whole, even, odd, first, second] : kRows) {
+        NumberReading numbers;
+        numbers.whole.number = whole;
+        numbers.field[0].number = even;
+        numbers.field[1].number = odd;
+        FrameReading reading;
+        NoteNumbers(numbers, reading);
+        EXPECT_EQ(reading.frame, (std::array<std::optional<double>, 2>{first, second}));
+    }
 }
 
 TEST(NumberReader, MakesNothingUp) {

@@ -71,10 +71,12 @@ std::string FindingsOf(const Shown& shown) {
 
 TEST(Timeline, OneCauseGivesOneFinding) {
     const std::vector<double> all = Frames(0, 39);
-    std::vector<double> turned(all.rbegin(), all.rend()), everySecond, pulledDown, oneInFive, exchanged = all;
+    std::vector<double> turned(all.rbegin(), all.rend()), everySecond, sixOfSeven, pulledDown, oneInFive,
+        exchanged = all;
     std::swap(exchanged[12], exchanged[13]);
     for (int frame = 0; frame < 40; ++frame) {
         if (frame % 2 == 0) everySecond.push_back(frame);
+        if (frame % 7 != 3) sixOfSeven.push_back(frame);
         pulledDown = pulledDown + Frames(frame, frame, 2 + frame % 2);
         oneInFive = oneInFive + Frames(frame, frame, frame % 5 == 4 ? 2 : 1);
     }
@@ -98,6 +100,10 @@ TEST(Timeline, OneCauseGivesOneFinding) {
          "a higher "
          "rate does"},
         {{everySecond, 12.5}, "frames.missing frames 1, 3, 5, 7 and 15 more: every second frame was dropped"},
+        {{sixOfSeven, 25 * 6 / 7.0},
+         "frames.missing frames 3, 10, 17, 24 and 2 more: one frame in 7 was dropped, as a conversion to a "
+         "lower "
+         "rate does"},
         {{exchanged}, "frames.order frames 12 to 13"},
         {{turned}, "frames.order frames 0 to 39: the video is played backwards"},
         {{all + Frames(0, 4)}, "frames.repeated frames 0 to 4: a part of the clip is played again"},

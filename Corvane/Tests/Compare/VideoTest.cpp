@@ -30,27 +30,48 @@ std::string SamplesOf(const VideoPicture& picture) {
 }
 
 TEST(Video, PlanesAreThoseThatAnIndependentToolMakes) {
-    // The format of the file, and the planar one that has the same samples.
+    // How the file is made, and the planar samples that are the same.
     const std::pair<const char*, const char*> kRows[] = {
-        {"yuv411p", "yuv411p"},     {"yuva444p10le", "yuva444p10le"},
-        {"gbrap12le", "gbrap12le"}, {"rgb24", "gbrp"},
-        {"abgr", "gbrap"},          {"rgb48be", "gbrp16le"},
-        {"rgba64le", "gbrap16le"},  {"nv12", "yuv420p"},
-        {"uyvy422", "yuv422p"},     {"yuv420p10be", "yuv420p10le"},
+        {"yuv411p", "yuv411p"},
+        {"yuva444p10le", "yuva444p10le"},
+        {"gbrap12le", "gbrap12le"},
+        {"rgb24", "gbrp"},
+        {"abgr", "gbrap"},
+        {"rgb48be", "gbrp16le"},
+        {"rgba64le", "gbrap16le"},
+        {"nv12", "yuv420p"},
+        {"uyvy422", "yuv422p"},
+        {"yuv420p10be", "yuv420p10le"},
+        {"pal8 -vf 'split[a][b];[a]palettegen[p];[b][p]paletteuse' -c:v png", "gbrap -vf format=bgra"},
+        {"ya8 -c:v png", "yuva420p -vf scale=out_range=full"},
     };
     const TestFolder folder;
+    const std::string file = folder / "file", planes = folder / "planes";
     for (const auto& [format, planar] : kRows) {
-        const std::string file = folder / format, planes = folder / "planes";
-        OutputOf(
-            fmt::format("ffmpeg -v error -f lavfi -i testsrc2=s=38x22 -frames:v 1 -pix_fmt {} -c:v rawvideo "
-                        "-f nut '{}' 2>&1",
-                        format, file));
+        OutputOf(fmt::format(
+            "ffmpeg -v error -y -f lavfi -i testsrc2=s=38x22:d=0.04:alpha=70 -frames:v 1 -c:v rawvideo "
+            "-pix_fmt {} -f nut '{}' 2>&1",
+            format, file));
         OutputOf(fmt::format("ffmpeg -v error -y -i '{}' -pix_fmt {} -f rawvideo '{}' 2>&1", file, planar,
                              planes));
         VideoPicture picture;
         ASSERT_TRUE(OpenVideo(file)->Next(picture)) << format;
         EXPECT_TRUE(SamplesOf(picture) == corvane::testing::ReadFile(planes)) << format;
     }
+}
+
+TEST(Video, APictureTellsItsRangeWhateverTheFirstOneSaid) {
+    const TestFolder folder;
+    const std::string file = folder / "joined.h264";
+    for (const char* const range : {"tv", "pc"})
+        OutputOf(fmt::format(
+            "ffmpeg -v error -f lavfi -i testsrc2=s=64x48 -frames:v 1 -c:v libx264 -color_range {} "
+            "-f h264 - 2>&1 >>'{}'",
+            range, file));
+    const auto video = OpenVideo(file);
+    std::vector<bool> full;
+    for (VideoPicture picture; video->Next(picture);) full.push_back(picture.tags.fullRange.value_or(false));
+    EXPECT_THAT(full, ::testing::ElementsAre(false, true));
 }
 
 TEST(Video, NumbersOfASequenceAreItsTimes) {
