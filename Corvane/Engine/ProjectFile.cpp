@@ -37,13 +37,6 @@ void VisitSequence(Format& sequence, const Visit& visit) {
     visit("sampleSize", sequence.rate.sampleSize);
 }
 
-/// The path from `folder` if the file lies in it or below it, else the whole path.
-fs::path Stored(const fs::path& file, const fs::path& folder) {
-    if (folder.empty()) return file;
-    const fs::path relative = file.lexically_relative(folder.lexically_normal());
-    return relative.empty() || *relative.begin() == ".." ? file : relative;
-}
-
 /// What is not as a project of this version has it. Ends up in a sentence with the project's name.
 struct Damage {
     std::string what;
@@ -236,7 +229,7 @@ std::string WriteProject(const Project& project, const fs::path& folder) {
         clips +=
             fmt::format("{}    {{\n      \"name\": {},\n      \"{}\": {}\n    }}", clips.empty() ? "" : ",\n",
                         Quoted(clip->name), source.IsFile() ? "file" : "settings",
-                        Quoted(source.IsFile() ? Stored(source.file, folder).string() : source.settings));
+                        Quoted(source.IsFile() ? StoredPath(source.file, folder).string() : source.settings));
     }
     return fmt::format("{{\n  \"format\": \"{}\",\n  \"version\": {},\n  \"sequence\": {{\n{}\n  }},\n"
                        "  \"clips\": [{}{}{}]\n}}\n",

@@ -42,4 +42,10 @@ std::string WriteTextFile(const std::filesystem::path& path, const std::string& 
     }
 }
 
+std::filesystem::path StoredPath(const std::filesystem::path& path, const std::filesystem::path& folder) {
+    if (folder.empty()) return path;
+    const std::filesystem::path relative = path.lexically_relative(folder.lexically_normal());
+    return relative.empty() || *relative.begin() == ".." ? path : relative;
+}
+
 } // namespace corvane

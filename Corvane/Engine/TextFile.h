@@ -19,4 +19,8 @@ std::string ReadTextFile(const std::filesystem::path& path);
 [[nodiscard]] std::string WriteTextFile(const std::filesystem::path& path, const std::string& text,
                                         mode_t mode = 0666);
 
+/// How a path is written in a file that is in `folder`: relative to it if `path` lies in it or below it, else
+/// as it is, as always for an empty folder. Any thread.
+std::filesystem::path StoredPath(const std::filesystem::path& path, const std::filesystem::path& folder);
+
 } // namespace corvane

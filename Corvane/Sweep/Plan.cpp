@@ -20,16 +20,13 @@ using JSON = nlohmann::ordered_json;
 constexpr std::int64_t kVersion = 1;
 constexpr const char* kKeys[] = {"version", "base", "axes", "zip", "output", "split"};
 
+fs::path Whole(const fs::path& path) {
+    return fs::absolute(path).lexically_normal();
+}
+
 // The folder that relative paths of a plan begin at.
 fs::path FolderOf(const fs::path& file) {
     return fs::absolute(file).parent_path();
-}
-
-// What is written of a path: relative to the folder if it lies in it.
-std::string Stored(const fs::path& path, const fs::path& folder) {
-    const fs::path whole = fs::absolute(path).lexically_normal();
-    const fs::path relative = whole.lexically_relative(folder.lexically_normal());
-    return relative.empty() || *relative.begin() == ".." ? whole.string() : relative.string();
 }
 
 std::string TextOf(const JSON& value, const char* what) {
@@ -101,11 +98,13 @@ Plan ReadPlan(const fs::path& file) {
 }
 
 std::string SavePlan(const Plan& plan, const fs::path& file) {
-    JSON tree{{"version", kVersion}, {"base", Stored(plan.base, FolderOf(file))}, {"axes", JSON::array()}};
+    JSON tree{{"version", kVersion},
+              {"base", StoredPath(Whole(plan.base), FolderOf(file)).string()},
+              {"axes", JSON::array()}};
     for (const Plan::Axis& axis : plan.axes)
         tree["axes"].push_back({{"name", axis.name}, {"values", axis.values}});
     tree["zip"] = plan.zip;
-    tree["output"] = Stored(plan.output, FolderOf(file));
+    tree["output"] = StoredPath(Whole(plan.output), FolderOf(file)).string();
     if (plan.split != 0) tree["split"] = plan.split;
     try {
         return WriteTextFile(file, tree.dump(2) + "\n");
