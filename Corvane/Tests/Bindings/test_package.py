@@ -159,4 +159,6 @@ def test_examples_run_as_they_stand(document, tmp_path):
         example.write_text(code)
         runner = ["-m", "pytest", "-q", "-p", "no:cacheprovider"] if "def test_" in code else []
         subprocess.run([sys.executable, *runner, example], check=True, cwd=tmp_path)
+    for code in blocks(document, "bash"):
+        subprocess.run(["bash", "-e", "-c", code], check=True, cwd=tmp_path)
     assert all(run_c(code, tmp_path).startswith("720 x 576, ") for code in programs)
