@@ -1,8 +1,7 @@
 // The GStreamer plug-in in real pipelines: what it says of clips, its pictures, seeks in time and by frame,
 // and what becomes of it when states change a thousand times or files are bad.
-#include <algorithm>
-#include <cstring>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -71,11 +70,28 @@ class GStreamer : public ::testing::Test {
     static void TearDownTestSuite() { ::unlink(::getenv("GST_REGISTRY")); }
 };
 
-TEST_F(GStreamer, CapsSayWhatClipsAreAndFramesAreTheirs) {
+/// The first frames of a sample as they are rendered into a raw file, `native` or converted as exports are.
+std::vector<char> Rendered(const std::string& sample, int count, bool native) {
+    const corvane::handles::Importer importer(corvane_importer_load(nullptr));
+    const corvane::handles::Clip clip(corvane_clip_open_file(importer.get(), sample.c_str()));
+    const std::string output = ::testing::TempDir() + "/gstreamer-" + std::to_string(::getpid()) + ".raw";
+    auto options = corvane::handles::Empty<corvane_render_options>();
+    options.output = output.c_str();
+    options.native = native;
+    options.has_frames = 1;
+    options.last_frame = count - 1;
+    EXPECT_EQ(corvane_clip_render(clip.get(), &options, nullptr), 0) << corvane_last_error();
+    std::ifstream file(output, std::ios::binary);
+    std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
+    ::unlink(output.c_str());
+    return bytes;
+}
+
+TEST_F(GStreamer, CapsSayWhatClipsAreAndFramesAreThoseThatAreRendered) {
     const struct {
         const char* sample;
         std::vector<const char*> caps;
-        bool wrapped;
+        bool native; // their own memory, else converted as exports are
     } kRows[] = {
         {"pal-upper-first",
          {"format=(string)BGRA", "width=(int)720, height=(int)576", "interlace-mode=(string)interleaved",
@@ -83,30 +99,31 @@ TEST_F(GStreamer, CapsSayWhatClipsAreAndFramesAreTheirs) {
           "framerate=(fraction)25/1"},
          true},
         {"gradient-23976", {"interlace-mode=(string)progressive", "framerate=(fraction)24000/1001"}, true},
+        {"uhd-5994",
+         {"format=(string)VUYA", "colorimetry=(string)bt709", "framerate=(fraction)60000/1001"},
+         true},
         {"ten-bit-1080i", {"format=(string)RGBA64_LE", "interlace-mode=(string)interleaved"}, false},
+        {"float-linear", {"format=(string)RGBA64_LE", "framerate=(fraction)50/1"}, false},
     };
-    corvane::handles::Importer importer(corvane_importer_load(nullptr));
+    constexpr int kFrames = 3;
     for (const auto& row : kRows) {
         SCOPED_TRACE(row.sample);
         const std::string path = kSamples + row.sample + ".synthex";
+        const std::vector<char> expected = Rendered(path, kFrames, row.native);
         const Pipeline pipeline("synthexsrc location=" + path);
         pipeline.Set(GST_STATE_PLAYING);
-        ASSERT_TRUE(pipeline.Next());
-        const Sample second = pipeline.Next();
-        ASSERT_TRUE(second) << pipeline.Error();
-        gchar* const text = gst_caps_to_string(gst_sample_get_caps(second.get()));
-        for (const char* const part : row.caps) EXPECT_THAT(text, HasSubstr(part));
-        g_free(text);
-        GstBuffer* const buffer = gst_sample_get_buffer(second.get());
-        EXPECT_EQ(GST_BUFFER_OFFSET(buffer), 1u);
-        if (!row.wrapped) continue;
-        const corvane::handles::Clip clip(corvane_clip_open_file(importer.get(), path.c_str()));
-        const corvane::handles::Frame frame(corvane_clip_get_frame(clip.get(), 1));
-        auto info = corvane::handles::Empty<corvane_frame_info>();
-        ASSERT_EQ(corvane_frame_get_info(frame.get(), &info), 0);
-        const auto size = static_cast<std::size_t>(info.plane[0].row_bytes) * info.plane[0].height;
-        ASSERT_EQ(gst_buffer_get_size(buffer), size);
-        EXPECT_EQ(gst_buffer_memcmp(buffer, 0, info.plane[0].data, size), 0);
+        for (std::size_t i = 0; i < kFrames; ++i) {
+            const Sample sample = pipeline.Next();
+            ASSERT_TRUE(sample) << pipeline.Error();
+            gchar* const text = gst_caps_to_string(gst_sample_get_caps(sample.get()));
+            for (const char* const part : row.caps) EXPECT_THAT(text, HasSubstr(part));
+            g_free(text);
+            GstBuffer* const buffer = gst_sample_get_buffer(sample.get());
+            const std::size_t size = expected.size() / kFrames;
+            EXPECT_EQ(GST_BUFFER_OFFSET(buffer), i);
+            ASSERT_EQ(gst_buffer_get_size(buffer), size);
+            EXPECT_EQ(gst_buffer_memcmp(buffer, 0, expected.data() + i * size, size), 0) << i;
+        }
     }
 }
 
