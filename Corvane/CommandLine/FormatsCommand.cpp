@@ -2,24 +2,24 @@
 #include <optional>
 
 #include <fmt/format.h>
-#include <nlohmann/json.hpp>
 
 #include "Commands.h"
 #include "Console.h"
 #include "Engine/Clip.h"
+#include "JSONLine.h"
 #include "Services/Raster/PixelFormats.h"
 
 namespace corvane::commandline {
 
 namespace {
 
-std::string JSONLine(const PixelFormatRow& row, std::optional<CvPixelFormat> delivered) {
+std::string DataLine(const PixelFormatRow& row, std::optional<CvPixelFormat> delivered) {
     nlohmann::ordered_json line;
     line["code"] = row.code;
     line["characters"] = PixelFormatCharacters(row.code);
     line["name"] = row.name;
     line["deliveredFormat"] = delivered ? nlohmann::ordered_json(PixelFormatNameOrHex(*delivered)) : nullptr;
-    return line.dump() + "\n";
+    return JSONLine(line);
 }
 
 std::string TextLine(const PixelFormatRow& row, std::optional<CvPixelFormat> delivered) {
@@ -34,7 +34,7 @@ int RunFormats(const FormatsRequest& request) {
     if (!request.json) Print(fmt::format("{:<10}  {:<4}  {:<61}  {}\n", "Code", "", "Name", "Delivered as"));
     for (const PixelFormatRow& row : PixelFormatTable()) {
         const std::optional<CvPixelFormat> delivered = DeliveredFormat(bundle, row.code);
-        Print(request.json ? JSONLine(row, delivered) : TextLine(row, delivered));
+        Print(request.json ? DataLine(row, delivered) : TextLine(row, delivered));
     }
     return kExitDone;
 }
