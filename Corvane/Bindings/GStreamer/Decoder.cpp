@@ -82,7 +82,7 @@ GstStateChangeReturn Change(GstElement* element, GstStateChange transition) {
     return result;
 }
 
-void Finalize(GObject* object) {
+void FinalizeDecoder(GObject* object) {
     delete SYNTHEX_DEC(object)->text;
     G_OBJECT_CLASS(synthex_dec_parent_class)->finalize(object);
 }
@@ -114,7 +114,7 @@ gboolean corvane::gstreamer::RegisterSettingsType(GstPlugin* plugin) {
 }
 
 static void synthex_dec_class_init(SynthexDecClass* type) {
-    G_OBJECT_CLASS(type)->finalize = Finalize;
+    G_OBJECT_CLASS(type)->finalize = FinalizeDecoder;
     auto* const element = GST_ELEMENT_CLASS(type);
     element->change_state = Change;
     gst_element_class_set_static_metadata(element, "Synthex settings decoder", "Codec/Demuxer",
