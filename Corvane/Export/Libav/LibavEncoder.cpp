@@ -84,6 +84,15 @@ void SetDefaults(CodecChoice& choice, FieldOrder order) {
     AddParameters(options["x264-params"], order == FieldOrder::kLowerFirst ? "bff=1" : "tff=1");
 }
 
+// The only picture of a clip was seen to come with a time of decoding that was nothing but what was in
+// memory, which no container takes. None is decoded after it is shown, nor longer before than a codec can
+// hold it back.
+void MendTimes(AVPacket& packet) {
+    constexpr std::int64_t kHeldBack = 64; // pictures: more than any codec does
+    if (packet.pts == AV_NOPTS_VALUE || packet.dts == AV_NOPTS_VALUE) return;
+    if (packet.dts > packet.pts || packet.dts < packet.pts - kHeldBack) packet.dts = packet.pts;
+}
+
 } // namespace
 
 LibavEncoder::LibavEncoder(const LibavRequest& request, CodecChoice choice, bool globalHeader,
@@ -209,7 +218,9 @@ void LibavEncoder::Encode(const AVFrame* picture, const Sink& sink) {
     while (error >= 0) {
         error = WithMemory(avcodec_receive_packet(mContext.get(), mPacket.get()));
         if (error == AVERROR(EAGAIN) || error == AVERROR_EOF) return;
-        if (error >= 0) sink(*mPacket);
+        if (error < 0) break;
+        MendTimes(*mPacket);
+        sink(*mPacket);
     }
     throw Failure(fmt::format("{}: {} failed: {}; choose another codec or other options", mName, mCodec.name,
                               mLog.Reason(error)));
