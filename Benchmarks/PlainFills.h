@@ -20,5 +20,8 @@ struct FilledFrame {
 /// stores, stores past the caches, and `rep stos` if it can.
 std::vector<std::function<void(std::byte* base)>> PlainFills(const FilledFrame& frame);
 
+/// What they are called, in the same order.
+inline constexpr const char* kPlainWays[] = {"stores", "streamed", "rep_stos"};
+
 /// The median, in any order. `values` must not be empty.
 double Median(std::vector<double>& values);

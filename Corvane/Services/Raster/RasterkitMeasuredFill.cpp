@@ -24,6 +24,7 @@ class Relaxed {
 // What is known of the memory of one frame. Threads may mix their notes up: an estimate is wrong then.
 struct Known {
     Relaxed<const std::byte*> start{nullptr};
+    Relaxed<std::size_t> firstFill{0}; // bytes; another number is another frame in the same memory
     Relaxed<bool> isStreamed{true}; // which way is the better one
     Relaxed<int> storedInTurn{0};   // how often it was filled through the caches since it last was not
     Relaxed<int> untilTrial{0};     // fills until the other way is tried
@@ -43,32 +44,51 @@ Relaxed<float> gStreamed{0};
 // A fill that begins at most this far behind the last one's beginning belongs to the same frame.
 constexpr std::ptrdiff_t kNear = 256 * 1024;
 
-// Fills of at least so many bytes are timed, and one in so many of the shorter ones.
+// Fills of at least so many bytes are timed each, and so many of the shorter ones together: one alone would end
+// while its streamed bytes are still on their way.
 constexpr std::size_t kLong = 64 * 1024;
-constexpr std::uint32_t kTimedOneIn = 64;
+constexpr std::uint32_t kTimedTogether = 64;
 // The time of fewer bytes is too short to say anything.
 constexpr std::size_t kTellingBytes = 4096;
 
 // After so many fills of the same frame the other way is tried. New ones go through the caches at first.
 constexpr int kFirstFrames = 2; // of a process, to learn how fast streaming is
-constexpr int kStreamedFrames = 128;
+constexpr int kStreamedFrames = 256;
 constexpr int kStoredFrames = 128;
 
 // Past the caches it must be so much faster: a frame that was streamed takes longer to read afterwards.
-constexpr float kMargin = 0.8f;
+constexpr float kMargin = 0.95f;
 
-// A cache takes to memory only if it is used a few times: before that, the speed says nothing.
+// A cache takes to memory only if it is used a few times: before that, the speed says nothing. The first one that
+// does may have been held up: the second one decides.
 constexpr int kStoredToTell = 3;
+constexpr int kStoredToDecide = kStoredToTell + 1;
 
 // The frame that a thread is filling.
 struct Frame {
     Known* known;
     const std::byte* last; // where its newest fill began
     bool isStreamed;
-    bool tells; // whether its speed shows the worth of its way
-    std::uint32_t calls;
+    int storedInTurn; // how often its memory was before
     std::size_t timedBytes;
     Clock::duration time;
+    // Short fills since `shortBegun`.
+    std::uint32_t shortFills;
+    std::size_t shortBytes;
+    Clock::time_point shortBegun;
+
+    void AddShort(std::size_t bytes) {
+        if (shortFills == kTimedTogether) {
+            timedBytes += shortBytes;
+            time += Clock::now() - shortBegun;
+            shortFills = 0;
+        }
+        if (shortFills++ == 0) {
+            shortBytes = 0;
+            shortBegun = Clock::now();
+        }
+        shortBytes += bytes;
+    }
 };
 [[gnu::tls_model("initial-exec")]] constinit thread_local Frame tFrame{};
 
@@ -78,7 +98,7 @@ float Smooth(float before, float now) {
 }
 
 void Learn(const Frame& frame) {
-    if (!frame.tells || frame.timedBytes < kTellingBytes) return;
+    if (frame.timedBytes < kTellingBytes) return;
     const float speed = static_cast<float>(frame.timedBytes) /
                         std::max(std::chrono::duration<float>(frame.time).count(), 1e-9f);
     if (frame.isStreamed) {
@@ -86,7 +106,12 @@ void Learn(const Frame& frame) {
         return;
     }
     Known& known = *frame.known;
-    known.stored = Smooth(known.stored, speed);
+    if (frame.storedInTurn < kStoredToTell) return;
+    if (frame.storedInTurn > kStoredToDecide)
+        known.stored = Smooth(known.stored, speed);
+    else if (frame.storedInTurn == kStoredToTell || speed > known.stored)
+        known.stored = speed;
+    if (frame.storedInTurn < kStoredToDecide) return;
     const bool isFirst = gStreamed == 0;
     known.isStreamed = isFirst || known.stored < kMargin * gStreamed;
     if (known.isStreamed) {
@@ -108,11 +133,12 @@ bool ChooseStreamed(Known& known) {
 }
 
 // Ends the thread's frame and begins another one.
-void BeginFrame(const std::byte* start) {
+void BeginFrame(const std::byte* start, std::size_t bytes) {
     Learn(tFrame);
     Known& known = KnownOf(start);
-    if (known.start != start) {
+    if (known.start != start || known.firstFill != bytes) {
         known.start = start;
+        known.firstFill = bytes;
         known.isStreamed = true;
         known.storedInTurn = 0;
         known.untilTrial = 0;
@@ -121,7 +147,7 @@ void BeginFrame(const std::byte* start) {
     tFrame = {};
     tFrame.known = &known;
     tFrame.isStreamed = ChooseStreamed(known);
-    tFrame.tells = tFrame.isStreamed || known.storedInTurn >= kStoredToTell;
+    tFrame.storedInTurn = known.storedInTurn;
     known.storedInTurn = tFrame.isStreamed ? 0 : known.storedInTurn + 1;
 }
 
@@ -130,11 +156,16 @@ void BeginFrame(const std::byte* start) {
 MeasuredFill::MeasuredFill(const std::byte* start, std::size_t bytes) : mBytes(bytes) {
     Frame& frame = tFrame;
     const std::ptrdiff_t behind = start - frame.last;
-    if (behind <= 0 || behind > kNear) BeginFrame(start);
+    if (behind <= 0 || behind > kNear) BeginFrame(start, bytes);
     frame.last = start;
     mIsStreamed = frame.isStreamed;
-    mIsTimed = bytes >= kLong || frame.calls++ % kTimedOneIn == 0;
-    if (mIsTimed) mBegun = Clock::now();
+    mIsTimed = bytes >= kLong;
+    if (mIsTimed) {
+        frame.shortFills = 0;
+        mBegun = Clock::now();
+    } else {
+        frame.AddShort(bytes);
+    }
 }
 
 MeasuredFill::~MeasuredFill() {
