@@ -47,7 +47,7 @@ void FillFrame(const Picture& picture, const PrintLayout& layout) {
     for (const Rectangle& part : parts) {
         const Rectangle r = picture.Clip(part);
         if (r.IsEmpty()) continue;
-        FillRows(picture.At(r.left, r.top), picture.rowBytes,
+        FillRowsCached(picture.At(r.left, r.top), picture.rowBytes,
                  static_cast<std::size_t>(r.right - r.left) * picture.PixelSize(),
                  static_cast<std::uint32_t>(r.bottom - r.top), shade);
     }

@@ -90,16 +90,6 @@ std::byte* StreamSSE2(std::byte* at, const std::byte* end, const Pattern& patter
 
 #endif
 
-// Through the caches.
-void FillCached(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
-                const Pattern& pattern) {
-    if (rowBytes < sizeof(Vector16)) return FillNarrow(start, step, rowBytes, rows, pattern);
-#if defined(__x86_64__)
-    if (gHasAVX2 && rowBytes >= sizeof(Vector32)) return FillAVX2(start, step, rowBytes, rows, pattern);
-#endif
-    FillRowsBaseline(start, step, rowBytes, rows, pattern);
-}
-
 } // namespace
 
 void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
@@ -107,12 +97,21 @@ void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::
     // Without gaps they are one long row, in either direction: in order it is written fastest.
     if (rows > 1 && (step < 0 ? -step : step) == static_cast<std::ptrdiff_t>(rowBytes))
         return FillRows(step < 0 ? start + step * (rows - 1) : start, step, rowBytes * rows, 1, pattern);
-    if (rowBytes < kLongRow) return FillCached(start, step, rowBytes, rows, pattern);
+    if (rowBytes < kLongRow) return FillRowsCached(start, step, rowBytes, rows, pattern);
     const MeasuredFill fill(start, rowBytes * rows);
     if (fill.IsStreamed())
         FillRowsStreamed(start, step, rowBytes, rows, pattern);
     else
-        FillCached(start, step, rowBytes, rows, pattern);
+        FillRowsCached(start, step, rowBytes, rows, pattern);
+}
+
+void FillRowsCached(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+                    const Pattern& pattern) {
+    if (rowBytes < sizeof(Vector16)) return FillNarrow(start, step, rowBytes, rows, pattern);
+#if defined(__x86_64__)
+    if (gHasAVX2 && rowBytes >= sizeof(Vector32)) return FillAVX2(start, step, rowBytes, rows, pattern);
+#endif
+    FillRowsBaseline(start, step, rowBytes, rows, pattern);
 }
 
 void FillRowsBaseline(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,

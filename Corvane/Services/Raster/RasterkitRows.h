@@ -14,6 +14,10 @@ namespace corvane::raster {
 void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
               const Pattern& pattern);
 
+/// The same through the caches: for a small part of a frame, which says nothing about the speed of whole ones.
+void FillRowsCached(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
+                    const Pattern& pattern);
+
 /// The same with the vectors that every machine of this kind has; `FillRows` uses wider ones if there are
 /// any. Rows have at least 16 bytes. For `FillRows` and its test.
 void FillRowsBaseline(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
