@@ -23,7 +23,8 @@ std::string NameOfKind(const ExportOptions& options) {
         throw UsageFailure(
             fmt::format("{}: the name does not tell the kind of output; name it with --format: {}",
                         options.output == "-" ? "standard output" : options.output.string(), ListKinds()));
-    return boost::algorithm::to_lower_copy(name, std::locale::classic());
+    boost::algorithm::to_lower(name, std::locale::classic());
+    return name == "tif" ? "tiff" : name;
 }
 
 // Our row of this name, or one for a container that libav may know by it.
@@ -60,9 +61,8 @@ FrameRange ExportSetup::FramesOf(const Clip& clip) const {
     if (const std::string reason = clip.WhyNoFrameAt(last); !reason.empty())
         throw UsageFailure(fmt::format("{}: {}", clip.Name(), reason));
     if (single && first != last)
-        throw UsageFailure(
-            fmt::format("{} can hold one frame; put a number into the name, such as {}%05d.png",
-                        mOptions.output.string(), mOptions.output.stem().string()));
+        throw UsageFailure(fmt::format("{} can hold one frame; put a number into the name, such as {}%05d.{}",
+                                       mOptions.output.string(), mOptions.output.stem().string(), mName));
     return {first, last};
 }
 
@@ -76,7 +76,8 @@ std::unique_ptr<Target> ExportSetup::MakeTarget(const StreamFacts& facts,
     case ExportWriter::kPng: return MakePngTarget(output, facts);
     case ExportWriter::kRaw: return MakeRawTarget(output, mOptions.native, facts);
     case ExportWriter::kY4m: return MakeY4mTarget(output, mOptions.codec, facts);
-    case ExportWriter::kLibav: break;
+    case ExportWriter::kLibav:
+    case ExportWriter::kLibavPicture: break;
     }
     return MakeLibavTarget({output, mKind.name, mOptions.codec, facts});
 }

@@ -98,8 +98,7 @@ const AVOutputFormat* ContainerFor(const LibavRequest& request) {
     return container;
 }
 
-CodecChoice CodecFor(const LibavRequest& request, const AVOutputFormat& container) {
-    const std::string text = request.codec.empty() ? DefaultCodec(container) : request.codec;
+CodecChoice ParseCodec(const std::string& text) {
     const std::string name = text.substr(0, text.find(':'));
     CodecChoice choice;
     choice.options =
@@ -108,9 +107,16 @@ CodecChoice CodecFor(const LibavRequest& request, const AVOutputFormat& containe
     if (choice.codec == nullptr || choice.codec->type != AVMEDIA_TYPE_VIDEO)
         throw UsageFailure(fmt::format(
             "there is no video codec called {}; choose {} or another encoder of libav", name, ListCodecs()));
+    return choice;
+}
+
+CodecChoice CodecFor(const LibavRequest& request, const AVOutputFormat& container) {
+    const std::string text = request.codec.empty() ? DefaultCodec(container) : request.codec;
+    CodecChoice choice = ParseCodec(text);
     if (!Carries(container, choice.codec->id, request.facts))
         throw UsageFailure(fmt::format("{}: {} can't carry {}; choose another codec, or mkv",
-                                       request.output.string(), request.kind, name));
+                                       request.output.string(), request.kind,
+                                       text.substr(0, text.find(':'))));
     return choice;
 }
 

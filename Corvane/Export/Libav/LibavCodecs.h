@@ -29,9 +29,13 @@ const AVOutputFormat* ContainerFor(const LibavRequest& request);
 /// Whether it is MOV, or a container that is built like it. Any thread.
 bool IsQuickTimeFamily(const AVOutputFormat& container);
 
+/// The encoder that `text` names, with its options. For names of `ExportCodecs` it is their encoder, if this
+/// libav has it. Throws `UsageFailure` if there is no such codec, and for options that are not written as
+/// such. Any thread.
+CodecChoice ParseCodec(const std::string& text);
+
 /// The encoder that was asked for, or the default of the container: that of its `ExportKind`, else libav's.
-/// For names of `ExportCodecs` it is their encoder, if this libav has it. Throws `UsageFailure` if there is
-/// no such codec, if the container can't carry it, or for options that are not written as such. Any thread.
+/// Throws as `ParseCodec` does, and `UsageFailure` if the container can't carry it. Any thread.
 CodecChoice CodecFor(const LibavRequest& request, const AVOutputFormat& container);
 
 } // namespace corvane

@@ -1,5 +1,6 @@
 #include "LibavEncoder.h"
 
+#include <algorithm>
 #include <new>
 #include <string>
 #include <tuple>
@@ -39,8 +40,9 @@ AVFieldOrder FieldOrderOf(FieldOrder order) {
 PixelLimits LimitsOf(const CodecChoice& choice) {
     const std::string_view encoder = choice.codec->name;
     PixelLimits limits;
-    for (const ExportCodec& row : ExportCodecs())
-        if (encoder == row.encoder) limits.mostBits = row.mostBits;
+    const auto rows = ExportCodecs();
+    const auto row = std::ranges::find(rows, encoder, &ExportCodec::encoder);
+    if (row != rows.end()) limits.leastBits = row->leastBits, limits.mostBits = row->mostBits;
     // The profiles of ProRes stand for 4:2:2 or 4:4:4; the encoder would take either with any.
     const auto profile = choice.options.find("profile");
     if (encoder == "prores_ks" && profile != choice.options.end() && profile->second != "auto")
@@ -74,6 +76,8 @@ void SetDefaults(CodecChoice& choice, FieldOrder order) {
     auto& options = choice.options;
     // It would print what it is and does, past libav's log.
     if (encoder == "libx265") AddParameters(options["x265-params"], "log-level=none");
+    if (encoder == "exr") options.try_emplace("compression", "zip16");
+    if (encoder == "tiff") options.try_emplace("compression_algo", "deflate");
     if (encoder != "libx264") return;
     const H264Settings usual;
     options.try_emplace("preset", usual.preset);
@@ -127,7 +131,9 @@ void LibavEncoder::Describe(const StreamFacts& facts) {
     context.color_range = yCbCr && !planar->fullRange ? AVCOL_RANGE_MPEG : AVCOL_RANGE_JPEG;
     context.colorspace = yCbCr ? static_cast<AVColorSpace>(facts.tags.matrix) : AVCOL_SPC_RGB;
     context.color_primaries = static_cast<AVColorPrimaries>(facts.tags.primaries);
-    context.color_trc = static_cast<AVColorTransferCharacteristic>(facts.tags.transfer);
+    context.color_trc = planar != nullptr && planar->IsFloat()
+                            ? AVCOL_TRC_LINEAR
+                            : static_cast<AVColorTransferCharacteristic>(facts.tags.transfer);
     if (yCbCr && planar->subsampleW != 0) context.chroma_sample_location = AVCHROMA_LOC_LEFT;
     if (mGlobalHeader) context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
 }

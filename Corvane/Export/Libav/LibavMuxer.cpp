@@ -124,6 +124,9 @@ void LibavMuxer::Begin(const AVCodecContext& encoder, const StreamFacts& facts) 
     mStream = avformat_new_stream(mContext, nullptr);
     if (mStream == nullptr || avcodec_parameters_from_context(mStream->codecpar, &encoder) < 0)
         throw std::bad_alloc();
+    // Many players of MOV and MP4 know HEVC by this name alone.
+    if (encoder.codec_id == AV_CODEC_ID_HEVC && IsQuickTimeFamily(*mContext->oformat))
+        mStream->codecpar->codec_tag = MKTAG('h', 'v', 'c', '1');
     mStream->time_base = encoder.time_base;
     mStream->avg_frame_rate = encoder.framerate;
     mStream->duration = facts.frames;

@@ -8,6 +8,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/frame.h>
+#include <libavutil/imgutils.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -66,7 +67,7 @@ bool IsFullRange(AVPixelFormat format) {
 std::optional<PlanarFormat> PlanarLayoutOf(AVPixelFormat format, const StreamFacts& facts) {
     const AVPixFmtDescriptor* const about = av_pix_fmt_desc_get(format);
     constexpr std::uint64_t kOther = AV_PIX_FMT_FLAG_BE | AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BITSTREAM |
-                                     AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_FLOAT | AV_PIX_FMT_FLAG_BAYER;
+                                     AV_PIX_FMT_FLAG_HWACCEL | AV_PIX_FMT_FLAG_BAYER;
     if (about == nullptr || (about->flags & AV_PIX_FMT_FLAG_PLANAR) == 0 || (about->flags & kOther) != 0 ||
         about->nb_components < 3 || av_pix_fmt_count_planes(format) != about->nb_components ||
         about->comp[0].shift != 0 || about->log2_chroma_w > 2 || about->log2_chroma_h > 1)
@@ -74,6 +75,7 @@ std::optional<PlanarFormat> PlanarLayoutOf(AVPixelFormat format, const StreamFac
     PlanarFormat layout;
     layout.yCbCr = (about->flags & AV_PIX_FMT_FLAG_RGB) == 0;
     layout.bits = about->comp[0].depth;
+    if (layout.IsFloat() && layout.yCbCr) return std::nullopt;
     layout.subsampleW = about->log2_chroma_w;
     layout.subsampleH = about->log2_chroma_h;
     layout.fullRange = IsFullRange(format);
@@ -89,7 +91,8 @@ std::vector<AVPixelFormat> FormatsOf(const AVCodec& codec, const PixelLimits& li
     std::vector<AVPixelFormat> formats;
     for (const AVPixelFormat* next = codec.pix_fmts; next != nullptr && *next != AV_PIX_FMT_NONE; ++next) {
         const AVPixFmtDescriptor& about = *av_pix_fmt_desc_get(*next);
-        if (LayoutOf(*next, facts) && about.comp[0].depth <= limits.mostBits &&
+        if (LayoutOf(*next, facts) && about.comp[0].depth >= limits.leastBits &&
+            about.comp[0].depth <= limits.mostBits &&
             limits.wholeChroma.value_or(about.log2_chroma_w == 0) == (about.log2_chroma_w == 0))
             formats.push_back(*next);
     }
@@ -159,6 +162,20 @@ std::vector<AVPixelFormat> ChoosePixels(const AVCodec& codec, const PixelLimits&
         return !AreAlike(*av_pix_fmt_desc_get(format), *av_pix_fmt_desc_get(best));
     });
     return taken;
+}
+
+Planes PlanesOfPicture(const AVFrame& picture) {
+    const auto format = static_cast<AVPixelFormat>(picture.format);
+    Planes planes;
+    for (int i = 0; i < av_pix_fmt_count_planes(format); ++i) {
+        const int shift = i == 1 || i == 2 ? av_pix_fmt_desc_get(format)->log2_chroma_h : 0;
+        planes.push_back(
+            {.first = reinterpret_cast<const std::byte*>(picture.data[i]),
+             .stride = picture.linesize[i],
+             .rowBytes = static_cast<std::size_t>(av_image_get_linesize(format, picture.width, i)),
+             .rows = static_cast<std::uint32_t>(AV_CEIL_RSHIFT(picture.height, shift))});
+    }
+    return planes;
 }
 
 LibavPainter::LibavPainter(const PixelLayout& layout, const StreamFacts& facts)

@@ -11,6 +11,7 @@ extern "C" {
 
 #include "Export/Picture/PackedReader.h"
 #include "Export/Picture/PictureConverter.h"
+#include "Export/Targets/Target.h"
 
 struct AVCodec;
 struct AVFrame;
@@ -29,9 +30,13 @@ std::optional<PixelLayout> LayoutOf(AVPixelFormat format, const StreamFacts& fac
 /// Whether pictures of `format` have alpha.
 bool HasAlpha(AVPixelFormat format);
 
+/// The planes of a picture, in libav's order. Not owned.
+Planes PlanesOfPicture(const AVFrame& picture);
+
 /// What the pictures of a codec have to be, apart from what its encoder takes.
 struct PixelLimits {
-    int mostBits = 16;               ///< of a sample
+    int leastBits = 8;               ///< of a sample
+    int mostBits = 16;               ///< the same
     std::optional<bool> wholeChroma; ///< chroma in every column, or not
 };
 

@@ -14,9 +14,11 @@ extern "C" {
 
 #include "Export/Files/PartFile.h"
 #include "Export/Targets/ContentHash.h"
+#include "Export/Targets/ExportKinds.h"
 #include "LibavEncoder.h"
 #include "LibavMuxer.h"
 #include "LibavPart.h"
+#include "LibavPictures.h"
 
 namespace corvane {
 namespace {
@@ -128,17 +130,7 @@ class LibavTarget final : public Target {
         const AVFrame& picture = *made.picture;
         if (picture.format == AV_PIX_FMT_BGR0 && mEncoder.Context().codec_id == AV_CODEC_ID_FFV1)
             return WithoutFourthBytes(picture, made.decoded);
-        const auto format = static_cast<AVPixelFormat>(picture.format);
-        Planes planes;
-        for (int i = 0; i < av_pix_fmt_count_planes(format); ++i) {
-            const int shift = i == 1 || i == 2 ? av_pix_fmt_desc_get(format)->log2_chroma_h : 0;
-            planes.push_back(
-                {.first = reinterpret_cast<const std::byte*>(picture.data[i]),
-                 .stride = picture.linesize[i],
-                 .rowBytes = static_cast<std::size_t>(av_image_get_linesize(format, picture.width, i)),
-                 .rows = static_cast<std::uint32_t>(AV_CEIL_RSHIFT(picture.height, shift))});
-        }
-        return planes;
+        return PlanesOfPicture(picture);
     }
 
     std::string PixelsName() const override { return av_get_pix_fmt_name(mEncoder.Context().pix_fmt); }
@@ -159,6 +151,8 @@ class LibavTarget final : public Target {
 /// One of the module's functions; see `LibavLoader.h`.
 extern "C" __attribute__((visibility("default"))) corvane::Target*
 CorvaneMakeLibavTarget(const corvane::LibavRequest& request) {
+    const corvane::ExportKind* const kind = corvane::FindExportKind(request.kind);
+    if (kind != nullptr && kind->IsPicture()) return corvane::MakeLibavPictures(request).release();
     return new corvane::LibavTarget(request);
 }
 

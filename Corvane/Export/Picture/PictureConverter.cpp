@@ -53,9 +53,15 @@ RowPlanes RowOf(PlaneBuffer& planes, std::uint32_t row) {
 }
 
 std::int32_t SampleAt(const std::byte* at, std::size_t sampleBytes) {
-    std::uint16_t value = 0;
+    std::int32_t value = 0;
     std::memcpy(&value, at, sampleBytes);
     return value;
+}
+
+// Linear light that stays so is taken as it is.
+RK_PixelFormat ReadAs(RK_PixelFormat raster, const PlanarFormat& format) {
+    const bool staysLinear = format.IsFloat() && (raster & kRK_Linear) != 0;
+    return staysLinear ? raster & ~RK_PixelFormat{kRK_Linear | kRK_Premultiplied} : raster;
 }
 
 } // namespace
@@ -86,7 +92,7 @@ struct PictureConverter::Field {
 };
 
 PictureConverter::PictureConverter(const StreamFacts& facts, const PlanarFormat& format)
-    : mFacts(facts), mFormat(format),
+    : mFacts(facts), mFormat(format), mRead(ReadAs(facts.raster, format)),
       mPerField(facts.Interlaced() && format.subsampleH != 0 && facts.size.height > 1) {}
 
 void PictureConverter::Convert(const FrameView& frame, const PlanarPicture& out, PaintedRows& painted) {
@@ -146,6 +152,17 @@ void PictureConverter::RunField(const Field& field, std::uint32_t width, PlaneBu
         result.Shape(plane, mFormat.PlaneWidth(plane, width) * mFormat.SampleBytes(),
                      mFormat.PlaneHeight(plane, field.paddedRows));
     GraphFor(width, field.paddedRows, field.parity).Run(mSource, result);
+    if (mFormat.IsFloat()) MakeLinear(result, width, field.paddedRows);
+}
+
+void PictureConverter::MakeLinear(PlaneBuffer& planes, std::uint32_t width, std::uint32_t rows) const {
+    const bool isLinear = (mFacts.raster & kRK_Linear) != 0;
+    const bool isPremultiplied = isLinear && (mFacts.raster & kRK_Premultiplied) != 0;
+    for (std::uint32_t row = 0; row < rows; ++row) {
+        const RowPlanes samples = RowOf(planes, row);
+        if (!isLinear) LinearizeRow(width, samples);
+        if (mFormat.alpha && !isPremultiplied) PremultiplyRow(width, samples);
+    }
 }
 
 void PictureConverter::UnpackBox(const FrameView& frame, const Box& region, const Field& field) {
@@ -155,7 +172,7 @@ void PictureConverter::UnpackBox(const FrameView& frame, const Box& region, cons
         mSource.Shape(plane, padded * sample, field.paddedRows);
     for (std::uint32_t row = 0; row < field.rows; ++row) {
         const std::byte* const pixels = frame.At(region.left, field.RowOfFrame(row));
-        UnpackRow(pixels, region.Width(), mFacts.raster, RowOf(mSource, row));
+        UnpackRow(pixels, region.Width(), mRead, RowOf(mSource, row));
     }
     PadRows(field, region.Width(), padded);
 }
@@ -167,7 +184,7 @@ void PictureConverter::UnpackStarts(const Field& field) {
         mColumn.Shape(plane, field.rows * sample, 1);
         mSource.Shape(plane, kStripWidth * sample, field.paddedRows);
     }
-    UnpackRow(mStarts.data(), field.rows, mFacts.raster, RowOf(mColumn, 0));
+    UnpackRow(mStarts.data(), field.rows, mRead, RowOf(mColumn, 0));
     for (int plane = 0; plane < mFormat.Planes(); ++plane)
         for (std::uint32_t row = 0; row < field.rows; ++row)
             FillSamples(mSource.Row(plane, row), mColumn.Row(plane, 0) + row * sample, sample, kStripWidth);
@@ -259,7 +276,9 @@ zimg_image_format PictureConverter::FormatOf(bool result, std::uint32_t width, s
     format.pixel_range = !yCbCr || (result && mFormat.fullRange) ? ZIMG_RANGE_FULL : ZIMG_RANGE_LIMITED;
     format.alpha = mFormat.alpha ? ZIMG_ALPHA_STRAIGHT : ZIMG_ALPHA_NONE;
     if (result) {
-        format.pixel_type = mFormat.bits > 8 ? ZIMG_PIXEL_WORD : ZIMG_PIXEL_BYTE;
+        format.pixel_type = mFormat.IsFloat()  ? ZIMG_PIXEL_FLOAT
+                            : mFormat.bits > 8 ? ZIMG_PIXEL_WORD
+                                               : ZIMG_PIXEL_BYTE;
         format.depth = static_cast<unsigned>(mFormat.bits);
         format.subsample_w = static_cast<unsigned>(mFormat.subsampleW);
         format.subsample_h = static_cast<unsigned>(mFormat.subsampleH);

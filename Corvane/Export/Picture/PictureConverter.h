@@ -14,19 +14,21 @@
 
 namespace corvane {
 
-/// What a picture in planes looks like. R'G'B' is full range; chroma is sited left (as in MPEG-2), for
+/// What a picture in planes looks like. R'G'B' is full range; floats are linear light with premultiplied
+/// alpha, as compositing has it; chroma is sited left (as in MPEG-2), for
 /// interlaced 4:2:0 in each field.
 struct PlanarFormat {
     bool yCbCr = true;
-    int bits = 8;       ///< 8 in bytes, 9 to 16 in words of the machine's byte order
+    int bits = 8;       ///< 8 in bytes, 9 to 16 in words of the machine's byte order, 32 for floats of R'G'B'
     int subsampleW = 0; ///< logarithm to the base of 2
     int subsampleH = 0;
     bool fullRange = false; ///< of Y'CbCr
     bool alpha = false;     ///< a fourth plane, full range
 
     int Planes() const { return alpha ? 4 : 3; }
+    bool IsFloat() const { return bits > 16; }
     /// Bytes of one component.
-    std::size_t SampleBytes() const { return bits > 8 ? 2 : 1; }
+    std::size_t SampleBytes() const { return IsFloat() ? 4 : bits > 8 ? 2 : 1; }
     /// Columns of a plane of a picture with `width` columns.
     std::uint32_t PlaneWidth(int plane, std::uint32_t width) const;
     /// Rows of a plane of a picture with `height` rows.
@@ -82,6 +84,7 @@ class PictureConverter {
     void ConvertStrip(const FrameView& frame, const Field& field, Strip& strip);
     void ConvertBox(const FrameView& frame, const Box& region, const Box& keep, const PlanarPicture& out);
     void RunField(const Field& field, std::uint32_t width, PlaneBuffer& result);
+    void MakeLinear(PlaneBuffer& planes, std::uint32_t width, std::uint32_t rows) const;
     void UnpackBox(const FrameView& frame, const Box& region, const Field& field);
     void UnpackStarts(const Field& field);
     void KeepBox(const Box& region, const Box& keep, const Field& field, const PlanarPicture& out);
@@ -95,8 +98,9 @@ class PictureConverter {
 
     const StreamFacts mFacts;
     const PlanarFormat mFormat;
-    const bool mPerField; // interlaced, and chroma is halved vertically
-    Strip mStrips[2];     // of each field
+    const RK_PixelFormat mRead; // as what the frames' pixels are taken apart
+    const bool mPerField;       // interlaced, and chroma is halved vertically
+    Strip mStrips[2];           // of each field
     std::vector<std::byte> mStarts;
     PlaneBuffer mColumn; // the starts taken apart
     PlaneBuffer mSource;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
 
 namespace corvane {
 namespace {
@@ -10,6 +11,10 @@ namespace {
 // Transfer of BT.709-6, item 1.2. zimg's own is the display's (BT.1886) and not this one.
 float GammaCoded(float linear) {
     return linear < 0.018f ? 4.5f * linear : 1.099f * std::pow(linear, 0.45f) - 0.099f;
+}
+
+float LinearLight(float coded) {
+    return coded < 0.081f ? coded / 4.5f : std::pow((coded + 0.099f) / 1.099f, 1.0f / 0.45f);
 }
 
 // A value that stays in the range of integers in every step. What lies so far outside is clipped by every
@@ -76,10 +81,10 @@ void UnmultiplyFloats(const std::byte* pixels, std::uint32_t count, RK_PixelForm
     }
 }
 
-void GammaCode(std::uint32_t count, const RowPlanes& out) {
+void TransformColor(std::uint32_t count, const RowPlanes& row, float (*transfer)(float)) {
     for (int component = 0; component < 3; ++component) {
-        auto* const plane = static_cast<float*>(out.plane[component]);
-        std::transform(plane, plane + count, plane, GammaCoded);
+        auto* const plane = static_cast<float*>(row.plane[component]);
+        std::transform(plane, plane + count, plane, transfer);
     }
 }
 
@@ -90,10 +95,22 @@ void UnpackRow(const std::byte* pixels, std::uint32_t count, RK_PixelFormat form
     if ((format & kRK_Float) != 0) {
         UnpackFloats(pixels, count, format, out);
         if (premultiplied) UnmultiplyFloats(pixels, count, format, out);
-        if ((format & kRK_Linear) != 0) GammaCode(count, out);
+        if ((format & kRK_Linear) != 0) TransformColor(count, out, GammaCoded);
     } else {
         UnpackBytes(pixels, count, format, out);
         if (premultiplied) UnmultiplyBytes(pixels, count, format, out);
+    }
+}
+
+void LinearizeRow(std::uint32_t count, const RowPlanes& row) {
+    TransformColor(count, row, LinearLight);
+}
+
+void PremultiplyRow(std::uint32_t count, const RowPlanes& row) {
+    const auto* const alpha = static_cast<const float*>(row.plane[3]);
+    for (int component = 0; component < 3; ++component) {
+        auto* const plane = static_cast<float*>(row.plane[component]);
+        std::transform(plane, plane + count, alpha, plane, std::multiplies());
     }
 }
 

@@ -18,6 +18,12 @@ struct RowPlanes {
 /// floats are held to a range of +-1024. `format` must be concrete. Any thread.
 void UnpackRow(const std::byte* pixels, std::uint32_t count, RK_PixelFormat format, const RowPlanes& out);
 
+/// Turns the gamma-coded color of such a row of floats into linear light. Any thread.
+void LinearizeRow(std::uint32_t count, const RowPlanes& row);
+
+/// Multiplies the color of a row of floats by its alpha. Any thread.
+void PremultiplyRow(std::uint32_t count, const RowPlanes& row);
+
 /// Writes `count` pixels of an 8-bit R'G'B' format with straight or ignored alpha in the order `order`: for
 /// each byte of a result pixel which component it is (0 R, 1 G, 2 B, 3 A). Three or four components. Any
 /// thread.

@@ -48,9 +48,38 @@ constexpr ExportKind kKinds[] = {
                   .about = "The very bytes that the plug-in made, without row padding.",
                   .kind = "raw",
                   .native = true}}},
+    {.name = "exr",
+     .writer = kLibavPicture,
+     .choices = {{.id = "exr-half",
+                  .label = "EXR pictures, half floats",
+                  .about = "Linear light for compositing, one picture a frame; 11 bits of precision.",
+                  .kind = "exr",
+                  .codec = "exr:format=half",
+                  .naming = kPictures},
+                 {.id = "exr-float",
+                  .label = "EXR pictures, floats",
+                  .about = "Linear light for compositing, one picture a frame; float frames without loss.",
+                  .kind = "exr",
+                  .naming = kPictures}}},
+    {.name = "dpx",
+     .writer = kLibavPicture,
+     .choices = {{.id = "dpx-10",
+                  .label = "DPX pictures, 10 bits",
+                  .about = "For grading and film: one picture a frame, R'G'B' without alpha.",
+                  .kind = "dpx",
+                  .naming = kPictures}}},
+    {.name = "tiff",
+     .writer = kLibavPicture,
+     .choices = {{.id = "tiff-pictures",
+                  .label = "TIFF pictures",
+                  .about = "One lossless picture a frame, with alpha; 16 bits for float frames.",
+                  .kind = "tiff",
+                  .naming = kPictures}}},
     {.name = "mp4", .writer = kLibav, .container = "mp4", .codec = "h264"},
     {.name = "mov", .writer = kLibav, .container = "mov", .codec = "h264"},
     {.name = "mkv", .writer = kLibav, .container = "matroska", .codec = "h264"},
+    {.name = "mxf", .writer = kLibav, .container = "mxf", .codec = "mpeg2video:b=50M:pix_fmt=yuv422p"},
+    {.name = "nut", .writer = kLibav, .container = "nut", .codec = "ffv1"},
     {.name = "framemd5",
      .writer = kLibav,
      .container = "framemd5",
@@ -106,9 +135,13 @@ constexpr ExportCodec kCodecs[] = {
                   .about = "Keeps 8-bit frames bit for bit, alpha included; float frames in up to 16 bits.",
                   .kind = "mkv",
                   .codec = "ffv1"}}},
-    {.name = "hevc", .encoder = "libx265"},
+    // Deliberate: as of H.264, few devices play 12 bits.
+    {.name = "hevc", .encoder = "libx265", .mostBits = 10},
     {.name = "h265", .encoder = "libx265"},
     {.name = "av1", .encoder = "libsvtav1"},
+    {.name = "exr", .encoder = "exr", .mostBits = 32},
+    {.name = "dpx", .encoder = "dpx", .mostBits = 10, .leastBits = 10},
+    {.name = "tiff", .encoder = "tiff"},
 };
 
 constexpr const char* kPresets[] = {"ultrafast", "superfast", "veryfast", "faster",  "fast",
@@ -161,7 +194,7 @@ const ExportChoice* FindExportChoice(std::string_view id) {
 std::string ListKinds(bool withLibav, std::string_view last) {
     std::vector<std::string_view> names;
     for (const ExportKind& kind : kKinds)
-        if (withLibav || kind.writer != kLibav) names.push_back(kind.name);
+        if (withLibav || !kind.NeedsLibav()) names.push_back(kind.name);
     const std::string_view final = names.back();
     names.pop_back();
     return fmt::format("{}{}{}", fmt::join(names, ", "), last, final);

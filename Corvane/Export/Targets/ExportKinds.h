@@ -12,7 +12,7 @@ namespace corvane {
 // program.
 
 /// Who writes the files of a kind.
-enum class ExportWriter { kPng, kRaw, kY4m, kLibav };
+enum class ExportWriter { kPng, kRaw, kY4m, kLibav, kLibavPicture };
 
 /// What a file name stands for.
 enum class ExportNaming {
@@ -48,11 +48,15 @@ struct ExportKind {
     ExportChoice choices[kMostChoicesPerRow] = {};
 
     /// Whether a file holds a single frame.
-    bool IsPicture() const { return writer == ExportWriter::kPng; }
+    bool IsPicture() const { return writer == ExportWriter::kPng || writer == ExportWriter::kLibavPicture; }
+    /// Whether the module that knows libav is needed.
+    bool NeedsLibav() const {
+        return writer == ExportWriter::kLibav || writer == ExportWriter::kLibavPicture;
+    }
     /// Whether frames can go into it exactly as the plug-in delivered them.
     bool TakesNative() const { return writer == ExportWriter::kRaw; }
     /// Whether there are codecs to choose from.
-    bool TakesCodec() const { return !IsPicture() && !TakesNative(); }
+    bool TakesCodec() const { return writer != ExportWriter::kPng && !TakesNative(); }
 };
 
 /// A codec of libav that goes by a name of ours.
@@ -61,6 +65,7 @@ struct ExportCodec {
     const char* encoder; ///< which of libav's encoders is preferred
     /// Bits of a sample, if nothing else is asked for: fewer than the encoder takes if few players show more.
     int mostBits = 16;
+    int leastBits = 8; ///< the same; more than the frames need if few programs read fewer
     /// How the window offers the codec. Rows without an id are empty.
     ExportChoice choices[kMostChoicesPerRow] = {};
 };

@@ -1,13 +1,10 @@
 #include "PngTarget.h"
 
-#include <optional>
 #include <vector>
 
 #include <fmt/format.h>
 
-#include "Export/Files/NumberedName.h"
-#include "Export/Files/OutputFile.h"
-#include "Export/Files/OutputSeries.h"
+#include "Export/Files/PictureFiles.h"
 #include "PngImage.h"
 
 namespace corvane {
@@ -24,9 +21,7 @@ struct PngPacket final : Packet {
 
 class PngTarget final : public Target {
   public:
-    PngTarget(const std::filesystem::path& path, const StreamFacts& facts) : mPath(path), mFacts(facts) {
-        if (const auto names = NumberedName::Parse(path)) mSeries.emplace(*names);
-    }
+    PngTarget(const std::filesystem::path& path, const StreamFacts& facts) : mFacts(facts), mFiles(path) {}
 
     std::unique_ptr<Packet> NewPacket() override { return std::make_unique<PngPacket>(mFacts); }
 
@@ -38,23 +33,17 @@ class PngTarget final : public Target {
 
     void Consume(Packet& packet) override {
         const auto& png = static_cast<PngPacket&>(packet);
-        if (mSeries)
-            mSeries->Write(png.index, png.image);
-        else
-            mFile.emplace(mPath).Write(png.image);
-        mWritten += png.image.size();
+        mFiles.Write(png.index, png.image);
     }
 
-    std::vector<std::filesystem::path> WorkingPaths() const override {
-        return mSeries ? mSeries->WorkingPaths() : std::vector{mFile->WorkingPath()};
-    }
+    std::vector<std::filesystem::path> WorkingPaths() const override { return mFiles.WorkingPaths(); }
 
-    std::string Finish() override { return mSeries ? mSeries->Commit() : mFile->Commit(); }
+    std::string Finish() override { return mFiles.Commit(); }
 
-    std::uint64_t BytesWritten() const override { return mWritten; }
+    std::uint64_t BytesWritten() const override { return mFiles.BytesWritten(); }
 
     // Parts of a series write their own pictures of it: there is nothing to append.
-    std::int64_t PartFrames() const override { return mSeries ? 1 : 0; }
+    std::int64_t PartFrames() const override { return mFiles.IsSeries() ? 1 : 0; }
 
     Planes PlanesOf(const FrameView& frame, Packet& packet) const override {
         auto& png = static_cast<PngPacket&>(packet);
@@ -69,11 +58,8 @@ class PngTarget final : public Target {
     }
 
   private:
-    const std::filesystem::path mPath;
     const StreamFacts mFacts;
-    std::optional<OutputFile> mFile;
-    std::optional<OutputSeries> mSeries; // if the name has a number
-    std::uint64_t mWritten = 0;
+    PictureFiles mFiles;
 };
 
 } // namespace

@@ -25,10 +25,10 @@ class Relaxed {
 struct Known {
     Relaxed<const std::byte*> start{nullptr};
     Relaxed<std::size_t> firstFill{0}; // bytes; another number is another frame in the same memory
-    Relaxed<bool> isStreamed{true}; // which way is the better one
-    Relaxed<int> storedInTurn{0};   // how often it was filled through the caches since it last was not
-    Relaxed<int> untilTrial{0};     // fills until the other way is tried
-    Relaxed<float> stored{0};       // speed through the caches, bytes a second; 0 if not known
+    Relaxed<bool> isStreamed{true};    // which way is the better one
+    Relaxed<int> storedInTurn{0};      // how often it was filled through the caches since it last was not
+    Relaxed<int> untilTrial{0};        // fills until the other way is tried
+    Relaxed<float> stored{0};          // speed through the caches, bytes a second; 0 if not known
 };
 
 // Enough for the frames of a pool. Frames lie at whole pages, often huge ones: only a product mixes the bits
@@ -44,8 +44,8 @@ Relaxed<float> gStreamed{0};
 // A fill that begins at most this far behind the last one's beginning belongs to the same frame.
 constexpr std::ptrdiff_t kNear = 256 * 1024;
 
-// Fills of at least so many bytes are timed each, and so many of the shorter ones together: one alone would end
-// while its streamed bytes are still on their way.
+// Fills of at least so many bytes are timed each, and so many of the shorter ones together: one alone would
+// end while its streamed bytes are still on their way.
 constexpr std::size_t kLong = 64 * 1024;
 constexpr std::uint32_t kTimedTogether = 64;
 // The time of fewer bytes is too short to say anything.
@@ -59,8 +59,8 @@ constexpr int kStoredFrames = 128;
 // Past the caches it must be so much faster: a frame that was streamed takes longer to read afterwards.
 constexpr float kMargin = 0.95f;
 
-// A cache takes to memory only if it is used a few times: before that, the speed says nothing. The first one that
-// does may have been held up: the second one decides.
+// A cache takes to memory only if it is used a few times: before that, the speed says nothing. The first one
+// that does may have been held up: the second one decides.
 constexpr int kStoredToTell = 3;
 constexpr int kStoredToDecide = kStoredToTell + 1;
 

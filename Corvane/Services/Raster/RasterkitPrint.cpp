@@ -48,8 +48,8 @@ void FillFrame(const Picture& picture, const PrintLayout& layout) {
         const Rectangle r = picture.Clip(part);
         if (r.IsEmpty()) continue;
         FillRowsCached(picture.At(r.left, r.top), picture.rowBytes,
-                 static_cast<std::size_t>(r.right - r.left) * picture.PixelSize(),
-                 static_cast<std::uint32_t>(r.bottom - r.top), shade);
+                       static_cast<std::size_t>(r.right - r.left) * picture.PixelSize(),
+                       static_cast<std::uint32_t>(r.bottom - r.top), shade);
     }
 }
 

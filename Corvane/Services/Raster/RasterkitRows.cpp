@@ -69,8 +69,8 @@ const bool gHasAVX2 = __builtin_cpu_supports("avx2") != 0;
     FillBy(start, step, rowBytes, rows, vector);
 }
 
-// Streams: the lines need not be read first, which is half of what the memory has to do. From an aligned place
-// as many vectors as there is room for. Returns where they end.
+// Streams: the lines need not be read first, which is half of what the memory has to do. From an aligned
+// place as many vectors as there is room for. Returns where they end.
 std::byte* StreamSSE2(std::byte* at, const std::byte* end, const Pattern& pattern) {
     __m128i vector;
     std::memcpy(&vector, &pattern, sizeof vector);

@@ -14,7 +14,8 @@ namespace corvane::raster {
 void FillRows(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
               const Pattern& pattern);
 
-/// The same through the caches: for a small part of a frame, which says nothing about the speed of whole ones.
+/// The same through the caches: for a small part of a frame, which says nothing about the speed of whole
+/// ones.
 void FillRowsCached(std::byte* start, std::ptrdiff_t step, std::size_t rowBytes, std::uint32_t rows,
                     const Pattern& pattern);
 

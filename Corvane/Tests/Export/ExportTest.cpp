@@ -139,7 +139,15 @@ TEST(Export, CodecsKeepTheDepthAndTheAlphaThatTheyCanAndEqualRunsHaveEqualBytes)
                 {"a.mov", "prores:profile=hq", kBytes, "yuv422p10le", 250},
                 {"a.mov", "prores:profile=4", kFloatX, "yuv444p12le", 870},
                 {"a.mkv", "ffv1", kFloats, "yuva444p16le", 1000},
-                {"a.mkv", "hevc", kFloats, "yuv420p12le", 1000},
+                {"a.mkv", "hevc", kFloats, "yuv420p10le", 700},
+                {"a.mkv", "hevc", kBytes, "yuv420p", 200},
+                {"a.mp4", "av1", kBytes, "yuv420p", 200},
+                {"a.mxf", "", kFloats, "yuv422p", 200},
+                {"a.nut", "", kFloats, "yuva444p16le", 1000},
+                {"a.exr", "", kFloats, "gbrapf32le", 1000},
+                {"a.exr", "exr:format=half", kBytes, "gbrapf32le", 250},
+                {"a.dpx", "", kFloats, "gbrp10le", 1000},
+                {"a.tiff", "", kFloats, "rgba64le", 1000},
                 {"a.mkv", "hevc:profile=main", kFloats, "yuv420p", 200},
                 {"a.mp4", "av1", kFloats, "yuv420p10le", 700},
                 {"a.mp4", "h264", kFloats, "yuv420p", 200},
@@ -154,7 +162,11 @@ TEST(Export, CodecsKeepTheDepthAndTheAlphaThatTheyCanAndEqualRunsHaveEqualBytes)
         auto found = Probe(file, "stream=pix_fmt,sample_aspect_ratio");
         EXPECT_EQ(found["pix_fmt"], row.pixels);
         EXPECT_EQ(found["sample_aspect_ratio"], "40:33");
-        EXPECT_GE(CountLevels(file, found["pix_fmt"].ends_with('e') ? 2 : 1), row.levels);
+        const std::string& pixels = found["pix_fmt"];
+        EXPECT_GE(CountLevels(file, pixels.ends_with("f32le") ? 4
+                                    : pixels.ends_with('e')   ? 2
+                                                              : 1),
+                  row.levels);
         const std::string first = ReadFile(file);
         Export(settings, file, row.codec);
         EXPECT_TRUE(ReadFile(file) == first);
@@ -171,10 +183,32 @@ TEST(Export, LosslessTargetsKeepEveryByte) {
         Export(settings, folder / "a.mkv", "ffv1");
         Export(settings, folder / "a.raw");
         Export(settings, folder / "%02d.png");
-        for (const char* const name : {"a.mkv", "%02d.png"})
+        Export(settings, folder / "%02d.tiff");
+        for (const char* const name : {"a.mkv", "%02d.png", "%02d.tiff"})
             EXPECT_TRUE(OutputOf(fmt::format("ffmpeg -v error -i '{}' -pix_fmt {} -f rawvideo -",
                                              (folder / name).string(), pixels)) == ReadFile(folder / "a.raw"))
                 << name << ' ' << pixels;
+    }
+}
+
+// Catches gamma-coded numbers, straight alpha, and linear frames that went through a transfer and back.
+TEST(Export, EXRIsLinearLightWithPremultipliedAlpha) {
+    const double colors[] = {0.1, 0.3, 0.95}; // G, B, R: the order of libav's planes
+    const auto linear = [](double coded) { return std::pow((coded + 0.099) / 1.099, 1 / 0.45); };
+    for (const auto& [format, tolerance] :
+         {std::pair<std::uint32_t, double>(CvPixelFormat_BGRA_4444_8u, 0.005),
+          {CvPixelFormat_BGRA_4444_32f, 1e-6},
+          {CvPixelFormat_BGRA_4444_32f_Linear, 1e-6},
+          {CvPixelFormat_PRGB_4444_32f_Linear, 1e-6}}) {
+        const TestFolder folder;
+        Export({.pixelFormat = format, .fieldType = 0, .frames = 1, .alpha = 0.5}, folder / "a.exr");
+        const std::string bytes =
+            OutputOf(fmt::format("ffmpeg -v error -i '{}' -f rawvideo -", (folder / "a.exr").string()));
+        for (std::size_t plane = 0; plane < 3; ++plane) {
+            float found;
+            std::memcpy(&found, bytes.data() + bytes.size() / 4 * plane, sizeof found);
+            EXPECT_NEAR(found, linear(colors[plane]) / 2, tolerance) << std::hex << format << ' ' << plane;
+        }
     }
 }
 
@@ -215,22 +249,25 @@ TEST(Export, WrongRequestsNameWhatWouldBeRight) {
         bool usage = true;
         std::uint32_t width = 720;
     };
-    const Row rows[] = {{"a.raw", "", {0, 5}, "0:4"},
-                        {"a.raw", "", {-1, 2}, "0:4"},
-                        {"a.png", "", {3, 4}, "a%05d.png"},
-                        {"a", "", {0, 1}, "--format: png, y4m, raw, mp4, mov, mkv or framemd5"},
-                        {"a.nothing", "", {0, 1}, "choose png, y4m"},
-                        {"a.png", "h264", {0, 0}, "no codecs"},
-                        {"a.y4m", "411", {0, 1}, "420"},
-                        {"a.y4m", "420p9", {0, 1}, "420"},
-                        {"a.mp4", "nothing", {0, 1}, "h264, prores"},
-                        {"a.mp4", "v210", {0, 1}, "can't carry v210"},
-                        {"a.mov", "libsvtav1", {0, 1}, "can't carry libsvtav1"},
-                        {"a.mp4", "h264:nothing=1", {0, 1}, "no option nothing"},
-                        {"a.mp4", "h264:preset", {0, 1}, "NAME:option=value"},
-                        {"a.mkv", "ffv1:pix_fmt=gray", {0, 1}, "pix_fmt"},
-                        {"a.mp4", "", {0, 1}, "multiple of 2", false, 47},
-                        {"no/a.mp4", "", {0, 1}, "make it first", false}};
+    const Row rows[] = {
+        {"a.raw", "", {0, 5}, "0:4"},
+        {"a.raw", "", {-1, 2}, "0:4"},
+        {"a.png", "", {3, 4}, "a%05d.png"},
+        {"a", "", {0, 1}, "--format: png, y4m, raw, exr, dpx, tiff, mp4, mov, mkv, mxf, nut or framemd5"},
+        {"a.nothing", "", {0, 1}, "choose png, y4m"},
+        {"a.png", "h264", {0, 0}, "no codecs"},
+        {"a.exr", "h264", {0, 0}, "exr:option=value"},
+        {"a.tif", "", {0, 1}, "a%05d.tiff"},
+        {"a.y4m", "411", {0, 1}, "420"},
+        {"a.y4m", "420p9", {0, 1}, "420"},
+        {"a.mp4", "nothing", {0, 1}, "h264, prores"},
+        {"a.mp4", "v210", {0, 1}, "can't carry v210"},
+        {"a.mov", "libsvtav1", {0, 1}, "can't carry libsvtav1"},
+        {"a.mp4", "h264:nothing=1", {0, 1}, "no option nothing"},
+        {"a.mp4", "h264:preset", {0, 1}, "NAME:option=value"},
+        {"a.mkv", "ffv1:pix_fmt=gray", {0, 1}, "pix_fmt"},
+        {"a.mp4", "", {0, 1}, "multiple of 2", false, 47},
+        {"no/a.mp4", "", {0, 1}, "make it first", false}};
     for (const Row& row : rows) {
         SCOPED_TRACE(fmt::format("{} {}", row.output, row.codec));
         const TestFolder folder;
