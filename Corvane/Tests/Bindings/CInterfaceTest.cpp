@@ -13,6 +13,8 @@
 #include <corvane/engine.h>
 #include <corvane/handles.h>
 
+#include "Growth.h"
+
 namespace {
 
 using ::testing::HasSubstr;
@@ -124,6 +126,19 @@ TEST_F(CInterface, FailuresAreSentences) {
         EXPECT_TRUE(row.failed) << row.part;
         EXPECT_THAT(row.sentence, HasSubstr(row.part));
     }
+}
+
+TEST_F(CInterface, FailuresLeaveNothingBehind) {
+    const Clip clip = Create({{"size", "8x8"}, {"frames", "2"}});
+    corvane::testing::ExpectNoGrowth(2500, [&](int) {
+        ASSERT_FALSE(Clip(corvane_clip_open_file(mImporter.get(), "none.synthex")));
+        ASSERT_FALSE(Clip(corvane_clip_open_text(mImporter.get(), "test", "{]")));
+        ASSERT_FALSE(Create({{"rate", "0"}}));
+        ASSERT_FALSE(Create({{"size", "0x8"}}));
+        ASSERT_FALSE(Frame(corvane_clip_get_frame(clip.get(), 2)));
+        const Clip empty(corvane_clip_open_text(mImporter.get(), "test", "{}"));
+        ASSERT_FALSE(Frame(corvane_clip_get_frame(empty.get(), 0)));
+    });
 }
 
 TEST_F(CInterface, StructuresOfOtherVersionsAreFilledAsFarAsBothKnowThem) {

@@ -1,9 +1,9 @@
-// What becomes of the GStreamer plug-in when files are bad and when states change: errors with the sentence, and nothing
-// left behind.
+// What becomes of the GStreamer plug-in when files are bad and when states change: errors with the sentence,
+// and nothing left behind.
 #include <gmock/gmock.h>
 
 #include "GStreamerFixture.h"
-#include "Tests/Process.h"
+#include "Growth.h"
 
 namespace {
 
@@ -19,7 +19,8 @@ std::string SettingsWith(const std::string& setting) {
 
 TEST_F(GStreamerFailure, BadClipsAreErrorsWithTheSentence) {
     const std::string broken = mFolder.Write("broken.synthex", R"({ "mPixelFormat": )");
-    const std::string large = mFolder.Write("large.synthex", R"({ "mPixelFormat": )" + std::string(1 << 20, ' '));
+    const std::string large =
+        mFolder.Write("large.synthex", R"({ "mPixelFormat": )" + std::string(1 << 20, ' '));
     const std::string empty = mFolder.Write("empty.synthex", "");
     const auto with = [&](const std::string& name, const std::string& setting) {
         return "synthexsrc location=" + mFolder.Write(name, SettingsWith(setting)).string();
@@ -47,20 +48,6 @@ TEST_F(GStreamerFailure, BadClipsAreErrorsWithTheSentence) {
         pipeline.Set(GST_STATE_PLAYING);
         EXPECT_THAT(pipeline.Error(), HasSubstr(row.part)) << row.source;
     }
-}
-
-/// Expects memory not to grow by much while `work` is done many times. A sanitizer keeps what was given back, but tells
-/// what was not.
-template <class Work>
-void ExpectNoGrowth(int times, const Work& work) {
-    constexpr long kMost = 8 << 20;
-    if (IsSanitized()) times /= 50;
-    long before = 0;
-    for (int i = 0; i < times; ++i) {
-        ASSERT_NO_FATAL_FAILURE(work(i));
-        if (i == times / 10) before = Resident();
-    }
-    EXPECT_TRUE(IsSanitized() || Resident() - before < kMost) << Resident() - before;
 }
 
 TEST_F(GStreamerFailure, StateChangesLeaveNothingBehind) {

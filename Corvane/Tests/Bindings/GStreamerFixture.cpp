@@ -1,7 +1,5 @@
 #include "GStreamerFixture.h"
 
-#include <fstream>
-
 #include <unistd.h>
 
 // Of the sanitizer: what libraries keep from being loaded, which can be told by a whole trace only.
@@ -79,16 +77,10 @@ std::string Rendered(const std::string& path, int count, bool native) {
     return ReadFile(output);
 }
 
-long Resident() {
-    std::ifstream file("/proc/self/statm");
-    long pages = 0, inMemory = 0;
-    file >> pages >> inMemory;
-    return inMemory * ::sysconf(_SC_PAGESIZE);
-}
-
 void GStreamerFixture::SetUpTestSuite() {
     ::setenv("GST_PLUGIN_PATH", SYNTHEX_BUILD_DIR "/lib/gstreamer-1.0", 1);
-    ::setenv("GST_REGISTRY", (::testing::TempDir() + "/gst-registry-" + std::to_string(::getpid())).c_str(), 1);
+    const std::string registry = ::testing::TempDir() + "/gst-registry-" + std::to_string(::getpid());
+    ::setenv("GST_REGISTRY", registry.c_str(), 1);
     // A helper that looks at plug-ins would not have the sanitizers.
     ::setenv("GST_REGISTRY_FORK", "no", 1);
     gst_init(nullptr, nullptr);

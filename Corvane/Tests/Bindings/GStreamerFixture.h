@@ -35,8 +35,7 @@ inline constexpr std::uint64_t kNoFrame = ~std::uint64_t{0};
 /// A pipeline. Usually it ends in an application's sink, which does not wait for the clock.
 class Pipeline {
   public:
-    explicit Pipeline(const std::string& elements,
-                      const std::string& sink = "appsink name=sink sync=false");
+    explicit Pipeline(const std::string& elements, const std::string& sink = "appsink name=sink sync=false");
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
     ~Pipeline();
@@ -65,9 +64,6 @@ std::string BytesOf(const GstSampleOwner& sample);
 /// The first frames of a settings file as they are rendered into a raw file, `native` or converted as exports
 /// are.
 std::string Rendered(const std::string& path, int count, bool native);
-
-/// Bytes of memory that the process has.
-long Resident();
 
 /// GStreamer with the plug-in of the build tree, and nothing that other processes know of it.
 class GStreamerFixture : public ::testing::Test {

@@ -1,5 +1,5 @@
-// Where the GStreamer source goes: seeks in time and by frame, while it rests and plays, loops, and frames that come when
-// it is their time.
+// Where the GStreamer source goes: seeks in time and by frame, while it rests and plays, loops, and frames
+// that come when it is their time.
 #include <gst/check/gsttestclock.h>
 
 #include "GStreamerFixture.h"
@@ -54,7 +54,8 @@ TEST_F(GStreamerSeek, SeeksFindTheFrame) {
 }
 
 TEST_F(GStreamerSeek, FlushesWhileItPlaysLoseNothing) {
-    for (const std::string& source : {"synthexsrc location=" + kPALSample, "uridecodebin uri=file://" + kPALSample}) {
+    for (const std::string& source :
+         {"synthexsrc location=" + kPALSample, "uridecodebin uri=file://" + kPALSample}) {
         const Pipeline pipeline(source);
         pipeline.Set(GST_STATE_PLAYING);
         ASSERT_EQ(FrameOf(pipeline.Next()), 0u) << pipeline.Error();
@@ -64,7 +65,8 @@ TEST_F(GStreamerSeek, FlushesWhileItPlaysLoseNothing) {
             ASSERT_TRUE(pipeline.Seek(1, GST_FORMAT_TIME, kAccurate, target * kFrame)) << i;
             ASSERT_EQ(FrameOf(pipeline.Next()), static_cast<std::uint64_t>(target)) << i;
             ASSERT_EQ(FrameOf(pipeline.Next()),
-                      target == kFrames - 1 ? kNoFrame : static_cast<std::uint64_t>(target) + 1) << i;
+                      target == kFrames - 1 ? kNoFrame : static_cast<std::uint64_t>(target) + 1)
+                << i;
         }
     }
 }
@@ -73,7 +75,8 @@ TEST_F(GStreamerSeek, SegmentsRepeatWithoutAGap) {
     const Pipeline pipeline("synthexsrc location=" + kPALSample);
     pipeline.Set(GST_STATE_PAUSED);
     ASSERT_TRUE(pipeline.Preroll());
-    ASSERT_TRUE(pipeline.Seek(1, GST_FORMAT_TIME, kFlush | GST_SEEK_FLAG_SEGMENT, 247 * kFrame, kFrames * kFrame));
+    ASSERT_TRUE(
+        pipeline.Seek(1, GST_FORMAT_TIME, kFlush | GST_SEEK_FLAG_SEGMENT, 247 * kFrame, kFrames * kFrame));
     pipeline.Set(GST_STATE_PLAYING);
     GstClockTime running = 0;
     for (int loop = 0; loop < 4; ++loop) {
