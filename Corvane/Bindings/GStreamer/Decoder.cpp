@@ -152,6 +152,8 @@ static void synthex_dec_class_init(SynthexDecClass* type) {
 
 static void synthex_dec_init(SynthexDec* decoder) {
     decoder->text = new std::string;
+    // Bins around it, which look only when it is added, hand on what ends the stream early.
+    GST_OBJECT_FLAG_SET(decoder, GST_ELEMENT_FLAG_SOURCE);
     GstPadTemplate* const pads = gst_element_class_get_pad_template(GST_ELEMENT_GET_CLASS(decoder), "sink");
     GstPad* const sink = gst_pad_new_from_template(pads, "sink");
     gst_pad_set_chain_function(sink, Take);
