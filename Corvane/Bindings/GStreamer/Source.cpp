@@ -92,6 +92,16 @@ GstCaps* GetCaps(GstBaseSrc* base, GstCaps* filter) {
     return both;
 }
 
+/// There is nothing to choose from, and some bins say that they take nothing before they know what comes.
+gboolean Negotiate(GstBaseSrc* base) {
+    const auto clip = ClipOf(base);
+    if (!clip) return FALSE;
+    GstCaps* const caps = clip->Caps();
+    const gboolean taken = gst_base_src_set_caps(base, caps);
+    gst_caps_unref(caps);
+    return taken;
+}
+
 gboolean DecideAllocation(GstBaseSrc* base, GstQuery* query) {
     StateOf(SYNTHEX_SRC(base)).padded =
         gst_query_find_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
@@ -197,6 +207,7 @@ static void synthex_src_class_init(SynthexSrcClass* type) {
     base->start = Start;
     base->stop = Stop;
     base->get_caps = GetCaps;
+    base->negotiate = Negotiate;
     base->decide_allocation = DecideAllocation;
     base->is_seekable = IsSeekable;
     base->do_seek = DoSeek;

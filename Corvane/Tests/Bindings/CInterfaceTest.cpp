@@ -143,7 +143,8 @@ TEST_F(CInterface, FailuresLeaveNothingBehind) {
 }
 
 TEST_F(CInterface, ThreadsShareClipsAndHaveErrorsOfTheirOwn) {
-    const Clip clip = Create({{"size", "64x48"}, {"frames", "100"}, {"fields", "upper"}, {"upper", "#ff8040"}});
+    const Clip clip =
+        Create({{"size", "64x48"}, {"frames", "100"}, {"fields", "upper"}, {"upper", "#ff8040"}});
     const Frame expected(corvane_clip_get_frame(clip.get(), 7));
     auto seen = Empty<corvane_frame_info>();
     ASSERT_EQ(corvane_frame_get_info(expected.get(), &seen), 0);

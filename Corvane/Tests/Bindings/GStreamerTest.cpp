@@ -166,11 +166,14 @@ TEST_F(GStreamer, FilesOpenLikeAnyVideo) {
     const std::string text = ReadFile(kPALSample);
     const std::string odd =
         mFolder.Write("odd.json", "\n{\"mine\": [\"m\"]," + text.substr(text.find('{') + 1));
-    for (const std::string& path : {kPALSample, odd, kSamples + "wrapped-document.synthex"}) {
-        const Pipeline pipeline("uridecodebin uri=file://" + path);
+    for (const std::string& source :
+         {"uridecodebin uri=file://" + kPALSample, "uridecodebin uri=file://" + odd,
+          "uridecodebin uri=file://" + kSamples + "wrapped-document.synthex",
+          "filesrc location=" + kPALSample + " ! decodebin3"}) {
+        const Pipeline pipeline(source);
         pipeline.Set(GST_STATE_PLAYING);
-        EXPECT_EQ(FrameOf(pipeline.Next()), 0u) << pipeline.Error();
-        EXPECT_EQ(FrameOf(pipeline.Next()), 1u);
+        EXPECT_EQ(FrameOf(pipeline.Next()), 0u) << source;
+        EXPECT_EQ(FrameOf(pipeline.Next()), 1u) << source;
     }
 }
 

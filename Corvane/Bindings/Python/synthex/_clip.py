@@ -27,7 +27,9 @@ class Info(NamedTuple):
     """What a clip is."""
 
     width: int
+    """Pixels."""
     height: int
+    """Rows."""
     pixel_aspect: Optional[Fraction]
     """Width of a pixel over its height; None if there is none."""
     rate: Optional[Fraction]
@@ -43,6 +45,7 @@ class Info(NamedTuple):
     dtype: Optional["np.dtype[Any]"]
     """Of frames: uint8 or float32."""
     frames: int
+    """Whole frames; 0 if there are none."""
     duration: Fraction
     """Seconds, exact."""
 
@@ -61,6 +64,7 @@ class Rendered(NamedTuple):
 
     frames: int
     bytes: int
+    """Of all files together."""
     loses_alpha: bool
     """Whether the clip is not opaque and the output has no place for its alpha."""
 
@@ -256,6 +260,8 @@ class Clip(Sequence[Frame]):
                 raise _engine.Error(f"{frames} are not the first and the last frame of some in the clip.")
             return frames
         indices = range(len(self))[frames] if isinstance(frames, slice) else frames
+        if not isinstance(indices, range):
+            raise TypeError("frames must be a range, a slice or a tuple of two")
         if indices.step != 1 or len(indices) == 0:
             raise _engine.Error("Only frames in a row can be rendered, and one at least.")
         return indices[0], indices[-1]
