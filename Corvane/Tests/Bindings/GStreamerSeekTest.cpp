@@ -11,8 +11,8 @@ using GStreamerSeek = GStreamerFixture;
 
 constexpr int kFlush = GST_SEEK_FLAG_FLUSH, kAccurate = kFlush | GST_SEEK_FLAG_ACCURATE,
               kKeyUnit = kFlush | GST_SEEK_FLAG_KEY_UNIT;
-constexpr gint64 kFrame = 40 * GST_MSECOND; // of the sample, which has 25 frames a second for ten seconds
-constexpr gint64 kFrames = 250;
+constexpr gint64 kFrameTime = 40 * GST_MSECOND; // of the sample, which has 25 frames a second for ten seconds
+constexpr gint64 kLength = 250;
 
 TEST_F(GStreamerSeek, SeeksFindTheFrame) {
     const Pipeline pipeline("synthexsrc location=" + kPALSample);
@@ -21,28 +21,28 @@ TEST_F(GStreamerSeek, SeeksFindTheFrame) {
     gint64 frames = 0, nanoseconds = 0;
     ASSERT_TRUE(gst_element_query_duration(pipeline.Bin(), GST_FORMAT_DEFAULT, &frames));
     ASSERT_TRUE(gst_element_query_duration(pipeline.Bin(), GST_FORMAT_TIME, &nanoseconds));
-    EXPECT_EQ(frames, kFrames);
-    EXPECT_EQ(nanoseconds, kFrames * kFrame);
+    EXPECT_EQ(frames, kLength);
+    EXPECT_EQ(nanoseconds, kLength * kFrameTime);
     const struct {
         double rate;
         GstFormat format;
         int flags;
         gint64 start, stop;
         std::uint64_t first, second;
-    } kRows[] = {
+    } kSeeks[] = {
         {1, GST_FORMAT_DEFAULT, kAccurate, 42, -1, 42, 43},
-        {1, GST_FORMAT_TIME, kAccurate, 3 * kFrame, -1, 3, 4},
-        {1, GST_FORMAT_TIME, kAccurate, 3 * kFrame - 1, -1, 2, 3},
-        {1, GST_FORMAT_TIME, kKeyUnit, 3 * kFrame + 1, -1, 3, 4},
-        {1, GST_FORMAT_DEFAULT, kKeyUnit, kFrames - 1, -1, kFrames - 1, kNoFrame},
-        {1, GST_FORMAT_TIME, kAccurate, kFrames * kFrame - 1, -1, kFrames - 1, kNoFrame},
+        {1, GST_FORMAT_TIME, kAccurate, 3 * kFrameTime, -1, 3, 4},
+        {1, GST_FORMAT_TIME, kAccurate, 3 * kFrameTime - 1, -1, 2, 3},
+        {1, GST_FORMAT_TIME, kKeyUnit, 3 * kFrameTime + 1, -1, 3, 4},
+        {1, GST_FORMAT_DEFAULT, kKeyUnit, kLength - 1, -1, kLength - 1, kNoFrame},
+        {1, GST_FORMAT_TIME, kAccurate, kLength * kFrameTime - 1, -1, kLength - 1, kNoFrame},
         {1, GST_FORMAT_DEFAULT, kAccurate, 7, 8, 7, kNoFrame},
         {-1, GST_FORMAT_DEFAULT, kAccurate, 0, 10, 9, 8},
         {-1, GST_FORMAT_DEFAULT, kAccurate, 4, 5, 4, kNoFrame},
-        {-1, GST_FORMAT_TIME, kAccurate, 0, -1, kFrames - 1, kFrames - 2},
-        {-1, GST_FORMAT_TIME, kAccurate, 0, 3 * kFrame + 1, 3, 2},
+        {-1, GST_FORMAT_TIME, kAccurate, 0, -1, kLength - 1, kLength - 2},
+        {-1, GST_FORMAT_TIME, kAccurate, 0, 3 * kFrameTime + 1, 3, 2},
     };
-    for (const auto& row : kRows) {
+    for (const auto& row : kSeeks) {
         SCOPED_TRACE(::testing::Message() << row.rate << ' ' << row.start << ' ' << row.stop);
         pipeline.Set(GST_STATE_PAUSED);
         ASSERT_TRUE(pipeline.Seek(row.rate, row.format, row.flags, row.start, row.stop));
@@ -61,11 +61,11 @@ TEST_F(GStreamerSeek, FlushesWhileItPlaysLoseNothing) {
         ASSERT_EQ(FrameOf(pipeline.Next()), 0u) << pipeline.Error();
         for (int i = 0; i < 100; ++i) {
             // Up and down, and as often to the end, where the source has come to rest.
-            const gint64 target = i % 5 == 4 ? kFrames - 1 : i * 97 % kFrames;
-            ASSERT_TRUE(pipeline.Seek(1, GST_FORMAT_TIME, kAccurate, target * kFrame)) << i;
+            const gint64 target = i % 5 == 4 ? kLength - 1 : i * 97 % kLength;
+            ASSERT_TRUE(pipeline.Seek(1, GST_FORMAT_TIME, kAccurate, target * kFrameTime)) << i;
             ASSERT_EQ(FrameOf(pipeline.Next()), static_cast<std::uint64_t>(target)) << i;
             ASSERT_EQ(FrameOf(pipeline.Next()),
-                      target == kFrames - 1 ? kNoFrame : static_cast<std::uint64_t>(target) + 1)
+                      target == kLength - 1 ? kNoFrame : static_cast<std::uint64_t>(target) + 1)
                 << i;
         }
     }
@@ -75,8 +75,8 @@ TEST_F(GStreamerSeek, SegmentsRepeatWithoutAGap) {
     const Pipeline pipeline("synthexsrc location=" + kPALSample);
     pipeline.Set(GST_STATE_PAUSED);
     ASSERT_TRUE(pipeline.Preroll());
-    ASSERT_TRUE(
-        pipeline.Seek(1, GST_FORMAT_TIME, kFlush | GST_SEEK_FLAG_SEGMENT, 247 * kFrame, kFrames * kFrame));
+    ASSERT_TRUE(pipeline.Seek(1, GST_FORMAT_TIME, kFlush | GST_SEEK_FLAG_SEGMENT, 247 * kFrameTime,
+                              kLength * kFrameTime));
     pipeline.Set(GST_STATE_PLAYING);
     GstClockTime running = 0;
     for (int loop = 0; loop < 4; ++loop) {
@@ -86,13 +86,13 @@ TEST_F(GStreamerSeek, SegmentsRepeatWithoutAGap) {
             EXPECT_EQ(gst_segment_to_running_time(gst_sample_get_segment(sample.get()), GST_FORMAT_TIME,
                                                   GST_BUFFER_PTS(gst_sample_get_buffer(sample.get()))),
                       running);
-            running += kFrame;
+            running += kFrameTime;
         }
         if (loop == 3) break;
         ASSERT_TRUE(pipeline.Message(GST_MESSAGE_SEGMENT_DONE)) << loop;
         // The last one is no segment, and ends the stream.
         const int flags = loop < 2 ? GST_SEEK_FLAG_SEGMENT : GST_SEEK_FLAG_NONE;
-        ASSERT_TRUE(pipeline.Seek(1, GST_FORMAT_TIME, flags, 247 * kFrame, kFrames * kFrame));
+        ASSERT_TRUE(pipeline.Seek(1, GST_FORMAT_TIME, flags, 247 * kFrameTime, kLength * kFrameTime));
     }
     EXPECT_FALSE(pipeline.Next());
     EXPECT_TRUE(pipeline.Message(GST_MESSAGE_EOS));
@@ -108,7 +108,7 @@ TEST_F(GStreamerSeek, LiveFramesComeWhenItIsTheirTime) {
     for (std::uint64_t frame = 0; frame < 3; ++frame) {
         GstClockID pending = nullptr;
         gst_test_clock_wait_for_next_pending_id(testClock, &pending);
-        EXPECT_EQ(gst_clock_id_get_time(pending), frame * kFrame);
+        EXPECT_EQ(gst_clock_id_get_time(pending), frame * kFrameTime);
         gst_test_clock_set_time(testClock, gst_clock_id_get_time(pending));
         gst_test_clock_process_next_clock_id(testClock);
         gst_clock_id_unref(pending);
@@ -129,7 +129,7 @@ TEST_F(GStreamerSeek, LiveFramesComeWhenItIsTheirTime) {
     gst_query_parse_latency(latency, &live, &least, nullptr);
     gst_query_unref(latency);
     EXPECT_TRUE(live);
-    EXPECT_EQ(least, static_cast<GstClockTime>(kFrame));
+    EXPECT_EQ(least, static_cast<GstClockTime>(kFrameTime));
 }
 
 } // namespace
