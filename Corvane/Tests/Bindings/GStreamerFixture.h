@@ -32,10 +32,12 @@ inline const std::string kPALSample = kSamples + "pal-upper-first.synthex";
 /// What `FrameOf` is at the end.
 inline constexpr std::uint64_t kNoFrame = ~std::uint64_t{0};
 
-/// A pipeline. Usually it ends in an application's sink, which does not wait for the clock.
+/// A pipeline. Usually it ends in an application's sink, which does not wait for the clock, but for this
+/// program.
 class Pipeline {
   public:
-    explicit Pipeline(const std::string& elements, const std::string& sink = "appsink name=sink sync=false");
+    explicit Pipeline(const std::string& elements,
+                      const std::string& sink = "appsink name=sink sync=false max-buffers=2");
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
     ~Pipeline();

@@ -22,7 +22,7 @@ inline long Resident() {
 template <class Work>
 void ExpectNoGrowth(int times, const Work& work) {
     constexpr long kMost = 4 << 20;
-    if (IsSanitized()) times /= 50;
+    if (IsSanitized()) times /= 100;
     long before = 0;
     for (int i = 0; i < times; ++i) {
         ASSERT_NO_FATAL_FAILURE(work(i));
