@@ -21,7 +21,7 @@ inline long Resident() {
 /// sanitizer keeps what was given back, but tells what was not.
 template <class Work>
 void ExpectNoGrowth(int times, const Work& work) {
-    constexpr long kMost = 4 << 20;
+    constexpr long kMost = 8 << 20;
     if (IsSanitized()) times /= 100;
     long before = 0;
     for (int i = 0; i < times; ++i) {
