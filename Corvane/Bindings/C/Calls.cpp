@@ -3,6 +3,7 @@
 #include <exception>
 #include <new>
 
+#include "Services/Foundation/QuotedText.h"
 #include "corvane/engine.h"
 
 namespace corvane::bindings {
@@ -15,7 +16,8 @@ thread_local std::string tLastError;
 
 void SetLastError(const char* sentence) noexcept {
     try {
-        tLastError = sentence;
+        // Names of files may hold any bytes.
+        tLastError = Quoted(sentence);
     } catch (const std::bad_alloc&) {
         tLastError.clear();
     }

@@ -26,8 +26,9 @@ void Require(int result) {
 }
 
 handles::Clip Open(const corvane_importer* importer, const ClipName& name) {
-    if (!name.settings.empty())
-        return handles::Clip(corvane_clip_open_text(importer, "settings", name.settings.c_str()));
+    const char* const title = name.title.empty() ? "settings" : name.title.c_str();
+    if (!name.settings.empty() || !name.title.empty())
+        return handles::Clip(corvane_clip_open_text(importer, title, name.settings.c_str()));
     if (name.location.empty()) throw Failure("There is no clip to show; set the property location.");
     return handles::Clip(corvane_clip_open_file(importer, name.location.c_str()));
 }

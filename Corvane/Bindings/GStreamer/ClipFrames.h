@@ -17,7 +17,8 @@ namespace corvane::gstreamer {
 struct ClipName {
     std::string location; ///< a settings file, unless there is a text
     std::string settings; ///< a settings text
-    std::string bundle;   ///< the plug-in; the installed one if it is empty
+    std::string title;  ///< what sentences call the text, which may be empty then; "settings" if it is empty
+    std::string bundle; ///< the plug-in; the installed one if it is empty
 };
 
 /// A clip as GStreamer takes it: caps, times and buffers. One thread at a time. Everything that can fail

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "Engine/SettingsText.h"
 #include "Source.h"
 
 using namespace corvane::gstreamer;
@@ -30,18 +31,33 @@ GstFlowReturn Take(GstPad*, GstObject* parent, GstBuffer* buffer) {
     return GST_FLOW_ERROR;
 }
 
+/// The file that comes, or where else it comes from, if somebody knows.
+std::string NameOfStream(GstPad* sink) {
+    gchar* uri = nullptr;
+    GstQuery* const query = gst_query_new_uri();
+    if (gst_pad_peer_query(sink, query)) gst_query_parse_uri(query, &uri);
+    gst_query_unref(query);
+    if (uri == nullptr) return "settings";
+    gchar* const path = g_filename_from_uri(uri, nullptr, nullptr);
+    std::string name = path != nullptr ? path : uri;
+    g_free(path);
+    g_free(uri);
+    return name;
+}
+
 /// Shows the clip whose settings came. It begins as if nothing had come before.
-bool Show(SynthexDec* decoder) {
+bool Show(SynthexDec* decoder, GstPad* sink) {
     auto* const source =
         GST_ELEMENT(g_object_new(synthex_src_get_type(), "settings", decoder->text->c_str(), nullptr));
+    StateOf(SYNTHEX_SRC(source)).name.title = NameOfStream(sink);
     decoder->text->clear();
     gst_bin_add(GST_BIN(decoder), source);
+    // Errors of the source are told by itself, as this element's.
+    if (gst_element_set_state(source, GST_STATE_READY) == GST_STATE_CHANGE_FAILURE) return false;
     GstPad* const inner = gst_element_get_static_pad(source, "src");
     GstPadTemplate* const pads = gst_element_class_get_pad_template(GST_ELEMENT_GET_CLASS(decoder), "src");
     GstPad* const outer = gst_ghost_pad_new_from_template("src", inner, pads);
     gst_object_unref(inner);
-    // Errors of the source are told by itself, as this element's.
-    if (gst_element_set_state(source, GST_STATE_READY) == GST_STATE_CHANGE_FAILURE) return false;
     gst_pad_set_active(outer, TRUE);
     gst_element_add_pad(GST_ELEMENT(decoder), outer);
     gst_element_no_more_pads(GST_ELEMENT(decoder));
@@ -51,7 +67,10 @@ bool Show(SynthexDec* decoder) {
 gboolean Hear(GstPad* pad, GstObject* parent, GstEvent* event) {
     auto* const decoder = SYNTHEX_DEC(parent);
     switch (GST_EVENT_TYPE(event)) {
-    case GST_EVENT_EOS: gst_event_unref(event); return Show(decoder);
+    case GST_EVENT_EOS:
+        gst_event_unref(event);
+        // A clip is shown to the end, whatever comes meanwhile.
+        return GST_BIN_NUMCHILDREN(decoder) > 0 || Show(decoder, pad);
     case GST_EVENT_FLUSH_STOP: decoder->text->clear(); [[fallthrough]];
     case GST_EVENT_CAPS:
     case GST_EVENT_SEGMENT:
@@ -89,7 +108,7 @@ void FinalizeDecoder(GObject* object) {
 
 /// Whether a file begins as one of settings does: an object with one of their keys.
 void FindType(GstTypeFind* find, gpointer) {
-    constexpr guint kLook = 512;
+    constexpr guint kLook = 4096;
     guint size = kLook;
     const guint8* bytes = nullptr;
     while (size > 0 && (bytes = gst_type_find_peek(find, 0, size)) == nullptr) size /= 2;
@@ -97,10 +116,12 @@ void FindType(GstTypeFind* find, gpointer) {
     const std::string_view text(reinterpret_cast<const char*>(bytes), size);
     const std::size_t begin = text.find_first_not_of(" \t\r\n");
     if (begin == std::string_view::npos || text[begin] != '{') return;
-    for (const char* const key : {"\"mPixelFormat\"", "\"mFrameWidth\"", "\"mBottomGradiantColor",
-                                  "\"mFramePAR\"", "\"mVideoDuration\"", "\"mFieldType\""})
-        if (text.find(key) != std::string_view::npos)
+    static const std::string sKeys = corvane::WriteSettings({});
+    for (std::size_t at = text.find("\"m"); at != std::string_view::npos; at = text.find("\"m", at + 1)) {
+        const std::string word(text.substr(at, text.find('"', at + 1) - at));
+        if (sKeys.find(word + "\":") != std::string::npos)
             return gst_type_find_suggest_empty_simple(find, GST_TYPE_FIND_MAXIMUM, kSettingsType);
+    }
 }
 
 } // namespace
@@ -131,6 +152,8 @@ static void synthex_dec_class_init(SynthexDecClass* type) {
 
 static void synthex_dec_init(SynthexDec* decoder) {
     decoder->text = new std::string;
+    // Bins around it, which look only when it is added, hand on what ends the stream early.
+    GST_OBJECT_FLAG_SET(decoder, GST_ELEMENT_FLAG_SOURCE);
     GstPadTemplate* const pads = gst_element_class_get_pad_template(GST_ELEMENT_GET_CLASS(decoder), "sink");
     GstPad* const sink = gst_pad_new_from_template(pads, "sink");
     gst_pad_set_chain_function(sink, Take);

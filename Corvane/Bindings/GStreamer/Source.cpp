@@ -6,6 +6,7 @@
 #include "Engine/Failure.h"
 
 using corvane::gstreamer::ClipFrames;
+using corvane::gstreamer::ClipOf;
 using corvane::gstreamer::SourceState;
 using corvane::gstreamer::StateOf;
 
@@ -54,13 +55,19 @@ void GetProperty(GObject* object, guint id, GValue* value, GParamSpec* spec) {
     GST_OBJECT_UNLOCK(object);
 }
 
+void Keep(GstBaseSrc* base, std::shared_ptr<ClipFrames> clip) {
+    GST_OBJECT_LOCK(base);
+    StateOf(SYNTHEX_SRC(base)).clip.swap(clip);
+    GST_OBJECT_UNLOCK(base);
+}
+
 gboolean Start(GstBaseSrc* base) {
     SourceState& state = StateOf(SYNTHEX_SRC(base));
     try {
         GST_OBJECT_LOCK(base);
         const corvane::gstreamer::ClipName name = state.name;
         GST_OBJECT_UNLOCK(base);
-        state.clip = std::make_unique<ClipFrames>(name);
+        Keep(base, std::make_shared<ClipFrames>(name));
     } catch (const std::exception& error) {
         GST_ELEMENT_ERROR(base, RESOURCE, OPEN_READ, ("%s", error.what()), (nullptr));
         return FALSE;
@@ -72,17 +79,27 @@ gboolean Start(GstBaseSrc* base) {
 }
 
 gboolean Stop(GstBaseSrc* base) {
-    StateOf(SYNTHEX_SRC(base)).clip.reset();
+    Keep(base, nullptr);
     return TRUE;
 }
 
 GstCaps* GetCaps(GstBaseSrc* base, GstCaps* filter) {
-    const SourceState& state = StateOf(SYNTHEX_SRC(base));
-    GstCaps* const caps = state.clip ? state.clip->Caps() : corvane::gstreamer::SourceCaps();
+    const auto clip = ClipOf(base);
+    GstCaps* const caps = clip ? clip->Caps() : corvane::gstreamer::SourceCaps();
     if (filter == nullptr) return caps;
     GstCaps* const both = gst_caps_intersect_full(filter, caps, GST_CAPS_INTERSECT_FIRST);
     gst_caps_unref(caps);
     return both;
+}
+
+/// There is nothing to choose from, and some bins say that they take nothing before they know what comes.
+gboolean Negotiate(GstBaseSrc* base) {
+    const auto clip = ClipOf(base);
+    if (!clip) return FALSE;
+    GstCaps* const caps = clip->Caps();
+    const gboolean taken = gst_base_src_set_caps(base, caps);
+    gst_caps_unref(caps);
+    return taken;
 }
 
 gboolean DecideAllocation(GstBaseSrc* base, GstQuery* query) {
@@ -97,26 +114,28 @@ gboolean IsSeekable(GstBaseSrc* base) {
 
 gboolean DoSeek(GstBaseSrc* base, GstSegment* segment) {
     SourceState& state = StateOf(SYNTHEX_SRC(base));
-    if (!state.clip) return FALSE;
+    const auto clip = ClipOf(base);
+    if (!clip) return FALSE;
     state.backwards = segment->rate < 0;
-    const std::int64_t at = state.clip->FrameAt(segment->position);
+    // The base begins at the start then.
+    if (state.backwards && segment->stop == GST_CLOCK_TIME_NONE)
+        segment->stop = segment->position = clip->TimeOf(clip->Count());
+    const std::int64_t at = clip->FrameAt(segment->position);
     // What is shown before the segment's end is the frame before, if a frame begins there.
-    const bool begins =
-        state.backwards && (at == state.clip->Count() || state.clip->TimeOf(at) == segment->position);
+    const bool begins = state.backwards && (at == clip->Count() || clip->TimeOf(at) == segment->position);
     state.next = begins ? at - 1 : at;
     return TRUE;
 }
 
 gboolean Query(GstBaseSrc* base, GstQuery* query) {
-    const SourceState& state = StateOf(SYNTHEX_SRC(base));
-    if (state.clip && corvane::gstreamer::AnswerQuery(base, *state.clip, query)) return TRUE;
+    const auto clip = ClipOf(base);
+    if (clip && corvane::gstreamer::AnswerQuery(base, *clip, query)) return TRUE;
     return GST_BASE_SRC_CLASS(synthex_src_parent_class)->query(base, query);
 }
 
 void GetTimes(GstBaseSrc* base, GstBuffer* buffer, GstClockTime* start, GstClockTime* end) {
     *start = *end = GST_CLOCK_TIME_NONE;
     if (!gst_base_src_is_live(base)) return;
-    // A camera has a picture when it is over.
     *start = GST_BUFFER_PTS(buffer);
     *end = *start + GST_BUFFER_DURATION(buffer);
 }
@@ -155,6 +174,13 @@ SourceState& corvane::gstreamer::StateOf(SynthexSrc* source) {
     return *source->state;
 }
 
+std::shared_ptr<const ClipFrames> corvane::gstreamer::ClipOf(GstBaseSrc* base) {
+    GST_OBJECT_LOCK(base);
+    std::shared_ptr<const ClipFrames> clip = StateOf(SYNTHEX_SRC(base)).clip;
+    GST_OBJECT_UNLOCK(base);
+    return clip;
+}
+
 static void synthex_src_class_init(SynthexSrcClass* type) {
     auto* const object = G_OBJECT_CLASS(type);
     object->set_property = SetProperty;
@@ -181,6 +207,7 @@ static void synthex_src_class_init(SynthexSrcClass* type) {
     base->start = Start;
     base->stop = Stop;
     base->get_caps = GetCaps;
+    base->negotiate = Negotiate;
     base->decide_allocation = DecideAllocation;
     base->is_seekable = IsSeekable;
     base->do_seek = DoSeek;

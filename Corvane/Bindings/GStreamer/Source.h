@@ -18,8 +18,10 @@ namespace corvane::gstreamer {
 
 /// What a source has beside its base.
 struct SourceState {
-    ClipName name;                    ///< properties; under the object's lock
-    std::unique_ptr<ClipFrames> clip; ///< from start to stop
+    ClipName name; ///< properties; under the object's lock
+    /// From start to stop; changed under the object's lock. Other threads than the streaming one take
+    /// `ClipOf`.
+    std::shared_ptr<ClipFrames> clip;
     std::int64_t next = 0;  ///< the frame that is made next: streaming thread, and seeks while it rests
     bool backwards = false; ///< set by seeks, too
     std::atomic<bool> padded{false}; ///< whether downstream takes rows with gaps
@@ -28,8 +30,11 @@ struct SourceState {
 /// The state of a source. Lives as long as it.
 SourceState& StateOf(SynthexSrc* source);
 
-/// Answers queries of duration, position, seeking and conversion in time and in frames; false for others.
-/// Any thread between start and stop.
+/// The clip of a source, which a stop leaves alone meanwhile; null if it has not started. Any thread.
+std::shared_ptr<const ClipFrames> ClipOf(GstBaseSrc* base);
+
+/// Answers queries of duration, position, seeking and conversion in time and in frames, and of latency; false
+/// for others. Any thread.
 bool AnswerQuery(GstBaseSrc* base, const ClipFrames& clip, GstQuery* query);
 
 /// The caps of all that sources can make. The caller owns it.

@@ -59,6 +59,13 @@ bool AnswerPosition(GstBaseSrc* base, const ClipFrames& clip, GstQuery* query) {
     return true;
 }
 
+/// A live frame may take as long as it is shown to be made.
+bool AnswerLatency(GstBaseSrc* base, const ClipFrames& clip, GstQuery* query) {
+    const bool live = gst_base_src_is_live(base);
+    gst_query_set_latency(query, live, live ? clip.TimeOf(1) : 0, GST_CLOCK_TIME_NONE);
+    return true;
+}
+
 } // namespace
 
 bool AnswerQuery(GstBaseSrc* base, const ClipFrames& clip, GstQuery* query) {
@@ -67,6 +74,7 @@ bool AnswerQuery(GstBaseSrc* base, const ClipFrames& clip, GstQuery* query) {
     case GST_QUERY_SEEKING: return AnswerSeeking(base, clip, query);
     case GST_QUERY_CONVERT: return AnswerConversion(clip, query);
     case GST_QUERY_POSITION: return AnswerPosition(base, clip, query);
+    case GST_QUERY_LATENCY: return AnswerLatency(base, clip, query);
     default: return false;
     }
 }

@@ -38,8 +38,15 @@ void Require(bool succeeded) {
     if (!succeeded) throw EngineError(corvane_last_error());
 }
 
+/// As the interface takes a text, which must not end before its end.
+const char* Whole(const std::string& text) {
+    if (text.find('\0') != std::string::npos)
+        throw EngineError("There is a zero byte in a name or a path; leave it out.");
+    return text.c_str();
+}
+
 const char* OrNull(const std::optional<std::string>& text) {
-    return text ? text->c_str() : nullptr;
+    return text ? Whole(*text) : nullptr;
 }
 
 /// The first one stays loaded: opening a clip does not load the usual plug-in anew.
@@ -106,21 +113,21 @@ class Clip {
   public:
     static Clip Open(const std::string& path, const std::optional<std::string>& bundle) {
         const py::gil_scoped_release unlocked;
-        return Clip(corvane_clip_open_file(Load(bundle).get(), path.c_str()));
+        return Clip(corvane_clip_open_file(Load(bundle).get(), Whole(path)));
     }
 
     static Clip OpenText(const std::string& name, const std::string& settings,
                          const std::optional<std::string>& bundle) {
         const py::gil_scoped_release unlocked;
-        return Clip(corvane_clip_open_text(Load(bundle).get(), name.c_str(), settings.c_str()));
+        return Clip(corvane_clip_open_text(Load(bundle).get(), Whole(name), settings.c_str()));
     }
 
     static Clip Create(const std::string& name, const std::vector<std::pair<std::string, std::string>>& words,
                        const std::optional<std::string>& bundle) {
         const py::gil_scoped_release unlocked;
         std::vector<corvane_setting> settings;
-        for (const auto& [setting, value] : words) settings.push_back({setting.c_str(), value.c_str()});
-        return Clip(corvane_clip_create(Load(bundle).get(), name.c_str(), settings.data(), settings.size()));
+        for (const auto& [setting, value] : words) settings.push_back({setting.c_str(), Whole(value)});
+        return Clip(corvane_clip_create(Load(bundle).get(), Whole(name), settings.data(), settings.size()));
     }
 
     py::dict Info() const {
@@ -139,7 +146,7 @@ class Clip {
 
     void Save(const std::string& path) const {
         const py::gil_scoped_release unlocked;
-        Require(corvane_clip_save(mClip.get(), path.c_str()) == 0);
+        Require(corvane_clip_save(mClip.get(), Whole(path)) == 0);
     }
 
     /// The frame's own memory, which goes back to the pool when the last view of it dies.
@@ -166,7 +173,7 @@ class Clip {
                      const std::optional<std::pair<std::int64_t, std::int64_t>>& frames, bool native,
                      std::uint32_t jobs, std::uint64_t memory, const py::object& progress) const {
         auto options = Empty<corvane_render_options>();
-        options.output = output.c_str();
+        options.output = Whole(output);
         options.format = OrNull(format);
         options.codec = OrNull(codec);
         options.has_frames = frames.has_value();

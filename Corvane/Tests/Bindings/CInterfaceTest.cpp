@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -12,6 +13,8 @@
 
 #include <corvane/engine.h>
 #include <corvane/handles.h>
+
+#include "Growth.h"
 
 namespace {
 
@@ -124,6 +127,44 @@ TEST_F(CInterface, FailuresAreSentences) {
         EXPECT_TRUE(row.failed) << row.part;
         EXPECT_THAT(row.sentence, HasSubstr(row.part));
     }
+}
+
+TEST_F(CInterface, FailuresLeaveNothingBehind) {
+    const Clip clip = Create({{"size", "8x8"}, {"frames", "2"}});
+    corvane::testing::ExpectNoGrowth(2500, [&](int) {
+        ASSERT_FALSE(Clip(corvane_clip_open_file(mImporter.get(), "none.synthex")));
+        ASSERT_FALSE(Clip(corvane_clip_open_text(mImporter.get(), "test", "{]")));
+        ASSERT_FALSE(Create({{"rate", "0"}}));
+        ASSERT_FALSE(Create({{"size", "0x8"}}));
+        ASSERT_FALSE(Frame(corvane_clip_get_frame(clip.get(), 2)));
+        const Clip empty(corvane_clip_open_text(mImporter.get(), "test", "{}"));
+        ASSERT_FALSE(Frame(corvane_clip_get_frame(empty.get(), 0)));
+    });
+}
+
+TEST_F(CInterface, ThreadsShareClipsAndHaveErrorsOfTheirOwn) {
+    const Clip clip =
+        Create({{"size", "64x48"}, {"frames", "100"}, {"fields", "upper"}, {"upper", "#ff8040"}});
+    const Frame expected(corvane_clip_get_frame(clip.get(), 7));
+    auto seen = Empty<corvane_frame_info>();
+    ASSERT_EQ(corvane_frame_get_info(expected.get(), &seen), 0);
+    const auto bytes = static_cast<std::size_t>(seen.plane[0].row_bytes) * 48;
+    std::vector<std::string> said(4);
+    std::vector<std::thread> threads;
+    for (std::size_t thread = 0; thread < said.size(); ++thread)
+        threads.emplace_back([&, thread] {
+            for (int i = 0; i < 200; ++i) {
+                const Frame frame(corvane_clip_get_frame(clip.get(), 7));
+                auto info = Empty<corvane_frame_info>();
+                const bool made = corvane_frame_get_info(frame.get(), &info) == 0;
+                if (!made || std::memcmp(info.plane[0].data, seen.plane[0].data, bytes) != 0) return;
+                Frame(corvane_clip_get_frame(clip.get(), 100 + static_cast<std::int64_t>(thread)));
+            }
+            said[thread] = corvane_last_error();
+        });
+    for (std::thread& thread : threads) thread.join();
+    for (std::size_t thread = 0; thread < said.size(); ++thread)
+        EXPECT_THAT(said[thread], HasSubstr("there is no frame " + std::to_string(100 + thread) + ";"));
 }
 
 TEST_F(CInterface, StructuresOfOtherVersionsAreFilledAsFarAsBothKnowThem) {

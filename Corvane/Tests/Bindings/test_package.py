@@ -79,6 +79,13 @@ def test_settings_have_the_words_of_people(tmp_path):
     ("There is no frame 2 in a range of 2", lambda: synthex.Clip(frames=10)[3:5][2]),
     ("The clip is progressive", lambda: synthex.Clip().fields(0)),
     ("no such folder/a.mkv: ", lambda: synthex.Clip().render("no such folder/a.mkv")),
+    (r"\xff.synthex: the name is not valid UTF-8", lambda: synthex.open(b"\xff.synthex")),
+    ("zero byte", lambda: synthex.open("a.synthex\0")),
+    ("zero byte", lambda: synthex.Clip().render("a.mkv", codec="ffv1\0")),
+    ("clip: rate 'nan' is not understood", lambda: synthex.Clip(rate=float("nan"))),
+    ("clip: par '(1, 2, 3)' is not understood", lambda: synthex.Clip(par=(1, 2, 3))),
+    ("jobs is -1; choose from 0 to 4294967295.", lambda: synthex.Clip().render("a.mkv", jobs=-1)),
+    ("(0, 1, 2) are not the first and the last frame", lambda: synthex.Clip().render("a.mkv", frames=(0, 1, 2))),
     ("Only frames in a row", lambda: synthex.Clip().render("a.mkv", frames=slice(0, 9, 2))),
 ])
 def test_failures_are_sentences(part, fails):
@@ -94,12 +101,13 @@ def test_failures_leave_no_memory_behind():
         for _ in range(times):
             with pytest.raises(IndexError):
                 synthex.Clip(width=8, height=8, frames=1)[1]
-            with pytest.raises(synthex.Error):
-                synthex.text("{]")
+            for bad in (lambda: synthex.text("{]"), lambda: synthex.Clip(rate=0), lambda: synthex.open("none.synthex")):
+                with pytest.raises(synthex.Error):
+                    bad()
         return resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
 
-    before = fail(500)
-    assert fail(5000) - before < 4096  # KiB
+    before = fail(250)
+    assert fail(2500) - before < 4096  # KiB
 
 
 def test_rendering_tells_its_progress_and_ends_by_what_it_raises(synthex_clip, tmp_path):

@@ -4,8 +4,8 @@
  *
  * Objects are opaque. What a function returns as a pointer without `const` is the caller's, who gives it back
  * by the function of that name with `_release`, in any order and on any thread; NULL may be given back, too.
- * All functions may be called from any thread, and at the same time with the same object; only its release
- * must be the last.
+ * "Any thread" means that a function may be called from any thread, also while others are called with the
+ * same object.
  *
  * Texts are UTF-8 and end at a zero byte; paths are bytes as the system takes them. A function that returns a
  * pointer returns NULL if it fails, one that returns `int` returns 0 if it succeeds and -1 if not, and
@@ -35,13 +35,13 @@ extern "C" {
 #define CORVANE_ENGINE_API
 #endif
 
-/** The version of the interface that the library has. */
+/** The version of the interface that the library has. Any thread. */
 CORVANE_ENGINE_API unsigned corvane_engine_version(void);
 
 /**
  * Why the last function of this library that failed on this thread did so: one sentence for people, which
- * names the file and the remedy if there is one. "" if none has failed. Stays until the next failure on this
- * thread.
+ * names the file and the remedy if there is one. "" if none has failed. Any thread, each with its own; the
+ * text stays until the next failure on this thread.
  */
 CORVANE_ENGINE_API const char* corvane_last_error(void);
 
@@ -56,17 +56,18 @@ typedef struct corvane_frame corvane_frame;
  * Loads the plug-in in `bundle`, a path. NULL: what the environment's SYNTHEX_BUNDLE names, else
  * `ImporterSynthex.bundle` beside the library's own folder of modules. A bundle that is loaded already is
  * shared. It is unloaded when the last importer and clip of it are released. Fails if it is no bundle, or
- * does not initialize.
+ * does not initialize. Any thread.
  */
 CORVANE_ENGINE_API corvane_importer* corvane_importer_load(const char* bundle);
+/** Gives an importer back; its clips stay. Any thread, as the last call with it. */
 CORVANE_ENGINE_API void corvane_importer_release(corvane_importer* importer);
 
-/** Opens a settings file. Fails if it can't be read or holds no settings. */
+/** Opens a settings file. Fails if it can't be read or holds no settings. Any thread. */
 CORVANE_ENGINE_API corvane_clip* corvane_clip_open_file(const corvane_importer* importer, const char* path);
 
 /**
  * Opens a clip of a settings text, the content of a settings file. `name` is what to call it in sentences.
- * Fails if the text is no settings.
+ * Fails if the text is no settings. Any thread.
  */
 CORVANE_ENGINE_API corvane_clip* corvane_clip_open_text(const corvane_importer* importer, const char* name,
                                                         const char* settings);
@@ -81,11 +82,12 @@ typedef struct corvane_setting {
  * Makes a clip of `count` settings, of which later ones replace earlier ones. What they don't tell: 1920 x
  * 1080 square pixels, 30 frames a second, 10 seconds, progressive, BGRA in bytes, opaque black; a gradient if
  * one of its colors is told. `name` is what to call it in sentences. Fails, naming the setting and what can
- * be written, if one is not understood.
+ * be written, if one is not understood. Any thread.
  */
 CORVANE_ENGINE_API corvane_clip* corvane_clip_create(const corvane_importer* importer, const char* name,
                                                      const corvane_setting* settings, size_t count);
 
+/** Gives a clip back; its frames stay. Any thread, as the last call with it. */
 CORVANE_ENGINE_API void corvane_clip_release(corvane_clip* clip);
 
 /** What `field_order` of a clip can be. The upper field is the even rows. */
@@ -113,23 +115,23 @@ typedef struct corvane_clip_info {
     int64_t duration_ticks;
 } corvane_clip_info;
 
-/** Fills `info`. */
+/** Fills `info`. Any thread. */
 CORVANE_ENGINE_API int corvane_clip_get_info(const corvane_clip* clip, corvane_clip_info* info);
 
-/** The settings text, as the plug-in writes it. Lives as long as the clip. */
+/** The settings text, as the plug-in writes it. Lives as long as the clip. Any thread. */
 CORVANE_ENGINE_API const char* corvane_clip_settings(const corvane_clip* clip);
 
 /**
  * Writes the settings file of the clip, which replaces an older file whole. Fails, and changes nothing, if it
- * can't be written.
+ * can't be written. Any thread.
  */
 CORVANE_ENGINE_API int corvane_clip_save(const corvane_clip* clip, const char* path);
 
-/** How many frame rates the host names. Clips may have others. */
+/** How many frame rates the host names. Clips may have others. Any thread. */
 CORVANE_ENGINE_API size_t corvane_rate_count(void);
 
 /** The rate of an index below `corvane_rate_count`, in lowest terms, the slowest first. Fails if there is
- * none. */
+ * none. Any thread. */
 CORVANE_ENGINE_API int corvane_rate_at(size_t index, uint32_t* numerator, uint32_t* denominator);
 
 /** What a component of a color is. */
@@ -154,29 +156,32 @@ typedef struct corvane_pixel_format {
     uint8_t alpha;               /**< CORVANE_ALPHA_... */
 } corvane_pixel_format;
 
-/** How many pixel formats there are. */
+/** How many pixel formats there are. Any thread. */
 CORVANE_ENGINE_API size_t corvane_pixel_format_count(void);
 
 /**
  * Fills `format` with that of an index below `corvane_pixel_format_count`, in the host's order. Only formats
  * in which frames come have components, bytes, color and alpha; the others have 0. Fails if there is none.
+ * Any thread.
  */
 CORVANE_ENGINE_API int corvane_pixel_format_at(size_t index, corvane_pixel_format* format);
 
-/** The same for a format's code. */
+/** The same for a format's code. Any thread. */
 CORVANE_ENGINE_API int corvane_pixel_format_of(uint32_t code, corvane_pixel_format* format);
 
-/** The code of the format in which frames of clips of the format `code` come; 0 if none can be made. */
+/** The code of the format in which frames of clips of the format `code` come; 0 if none can be made. Any
+ * thread. */
 CORVANE_ENGINE_API uint32_t corvane_importer_delivered_format(const corvane_importer* importer,
                                                               uint32_t code);
 
 /**
- * Makes frame `index`, counted from 0. Many threads may do so with one clip. Fails if there is no such frame
- * or it can't be made.
+ * Makes frame `index`, counted from 0. Fails if there is no such frame or it can't be made. Any thread; many
+ * at the same time make frames of one clip side by side.
  */
 CORVANE_ENGINE_API corvane_frame* corvane_clip_get_frame(const corvane_clip* clip, int64_t index);
 
-/** Gives the memory of a frame back to the pool, from which further frames are made. */
+/** Gives the memory of a frame back to the pool, from which further frames are made. Any thread, as
+ * the last call with it. */
 CORVANE_ENGINE_API void corvane_frame_release(corvane_frame* frame);
 
 /** A part of a frame's pixels that lies in memory as one rectangle. */
@@ -196,7 +201,8 @@ typedef struct corvane_frame_info {
     corvane_plane plane[4];
 } corvane_frame_info;
 
-/** Fills `info`. The pixels live as long as the frame. */
+/** Fills `info`. The pixels live as long as the frame. Any thread; those who write pixels keep
+ * others away from them themselves. */
 CORVANE_ENGINE_API int corvane_frame_get_info(const corvane_frame* frame, corvane_frame_info* info);
 
 /**
@@ -233,6 +239,7 @@ typedef struct corvane_render_report {
 /**
  * Renders into a file, which gets its name when it is complete. `report` may be NULL. Fails for options that
  * can't be and for what goes wrong; no partial file remains. A rendering that `progress` ended succeeds.
+ * Any thread, which waits meanwhile.
  */
 CORVANE_ENGINE_API int corvane_clip_render(const corvane_clip* clip, const corvane_render_options* options,
                                            corvane_render_report* report);

@@ -1,6 +1,6 @@
 """Clips and their frames."""
 
-import os
+import operator
 from collections.abc import Callable, Iterator, Sequence
 from fractions import Fraction
 from typing import Any, NamedTuple, Optional, Union, overload
@@ -10,11 +10,10 @@ import numpy.typing as npt
 
 from . import _engine
 from ._formats import format_of
+from ._words import (Color, Number, Path, aspect_word, color_word, duration_word, optional_path, optional_text, pair, path_bytes,
+                     rate_word, text_bytes)
 
-Path = Union[str, bytes, "os.PathLike[str]"]
 Frame = npt.NDArray[Any]
-Color = Union[str, Sequence[float]]
-Number = Union[int, float, Fraction, str]
 
 _FIELDS = ("progressive", "upper", "lower", "interlaced")
 _TICKS = 254016000000
@@ -28,7 +27,9 @@ class Info(NamedTuple):
     """What a clip is."""
 
     width: int
+    """Pixels."""
     height: int
+    """Rows."""
     pixel_aspect: Optional[Fraction]
     """Width of a pixel over its height; None if there is none."""
     rate: Optional[Fraction]
@@ -44,6 +45,7 @@ class Info(NamedTuple):
     dtype: Optional["np.dtype[Any]"]
     """Of frames: uint8 or float32."""
     frames: int
+    """Whole frames; 0 if there are none."""
     duration: Fraction
     """Seconds, exact."""
 
@@ -62,53 +64,19 @@ class Rendered(NamedTuple):
 
     frames: int
     bytes: int
+    """Of all files together."""
     loses_alpha: bool
     """Whether the clip is not opaque and the output has no place for its alpha."""
-
-
-def _path(path: Path) -> bytes:
-    return os.fsencode(path)
-
-
-def _optional(path: Optional[Path]) -> Optional[bytes]:
-    return None if path is None else _path(path)
 
 
 def _ratio(numerator: int, denominator: int) -> Optional[Fraction]:
     return Fraction(numerator, denominator) if numerator and denominator else None
 
 
-def _rate_word(rate: Number) -> str:
-    """29.97 and 23.976 are what people call 30000/1001 and 24000/1001."""
-    if not isinstance(rate, float):
-        return str(rate)
-    television = Fraction(round(rate * 1.001) * 1000, 1001)
-    return str(television if abs(television - rate) < 0.004 else Fraction(rate).limit_denominator(1000))
-
-
-def _aspect_word(aspect: Union[Number, tuple[int, int]]) -> str:
-    if isinstance(aspect, str):
-        return aspect
-    numerator, denominator = aspect if isinstance(aspect, tuple) else Fraction(aspect).as_integer_ratio()
-    return f"{numerator}:{denominator}"
-
-
-def _color_word(color: Color) -> str:
-    return color if isinstance(color, str) else ":".join(repr(float(part)) for part in color)
-
-
-def _duration_word(duration: Number) -> str:
-    if isinstance(duration, str):
-        return duration
-    numerator, denominator = Fraction(str(duration)).as_integer_ratio()
-    return f"{numerator}/{denominator}"
-
-
-def _pair(colors: Union[Color, tuple[Color, Color]]) -> tuple[Color, Color]:
-    """Start and end of a color that may be the same all the time."""
-    if not isinstance(colors, str) and len(colors) == 2:
-        return colors[0], colors[1]  # type: ignore[return-value]
-    return colors, colors  # type: ignore[return-value]
+def _count(name: str, value: int, bits: int) -> int:
+    if not 0 <= operator.index(value) < 2**bits:
+        raise _engine.Error(f"{name} is {value}; choose from 0 to {2**bits - 1}.")
+    return value
 
 
 class FrameRange(Sequence[Frame]):
@@ -163,34 +131,34 @@ class Clip(Sequence[Frame]):
                  top: Union[Color, tuple[Color, Color], None] = None,
                  bottom: Union[Color, tuple[Color, Color], None] = None, frames: Optional[int] = None,
                  duration: Optional[Number] = None, name: str = "clip", bundle: Optional[Path] = None) -> None:
-        words: list[tuple[str, str]] = []
+        words: list[tuple[bytes, bytes]] = []
 
         def add(setting: str, value: object) -> None:
-            words.append((setting, str(value)))
+            words.append((setting.encode(), text_bytes(str(value))))
 
         if width is not None or height is not None:
             add("size", f"{1920 if width is None else width}x{1080 if height is None else height}")
         if par is not None:
-            add("par", _aspect_word(par))
+            add("par", aspect_word(par))
         if rate is not None:
-            add("rate", _rate_word(rate))
+            add("rate", rate_word(rate))
         if fields is not None:
             add("fields", fields)
         if format is not None:
             add("format", format)
         for field, own in (("upper", upper), ("lower", lower)):
             if own is not None or color is not None:
-                add(field, _color_word(own if own is not None else color or ""))
+                add(field, color_word(own if own is not None else color or ""))
         for edge, colors in (("top", top), ("bottom", bottom)):
             if colors is not None:
-                start, end = _pair(colors)
-                add(edge + "-start", _color_word(start))
-                add(edge + "-end", _color_word(end))
+                start, end = pair(colors)
+                add(edge + "-start", color_word(start))
+                add(edge + "-end", color_word(end))
         if duration is not None:
-            add("duration", _duration_word(duration))
+            add("duration", duration_word(duration))
         if frames is not None:
             add("frames", frames)
-        self._take(_engine.Clip.create(name, words, _optional(bundle)))
+        self._take(_engine.Clip.create(text_bytes(name), words, optional_path(bundle)))
 
     def _take(self, handle: _engine.Clip) -> "Clip":
         self._clip = handle
@@ -242,7 +210,7 @@ class Clip(Sequence[Frame]):
         """
         if isinstance(index, slice):
             return FrameRange(self, range(len(self))[index])
-        position = index.__index__()
+        position = operator.index(index)
         inside = position + len(self) if position < 0 else position
         if not 0 <= inside < len(self):
             last = f"the clip has frames 0 to {len(self) - 1}" if len(self) else "the clip has none"
@@ -264,7 +232,7 @@ class Clip(Sequence[Frame]):
 
     def save(self, path: Path) -> None:
         """Writes the settings file, which replaces an older file whole."""
-        self._clip.save(_path(path))
+        self._clip.save(path_bytes(path))
 
     def render(self, path: Path, *, codec: Optional[str] = None, format: Optional[str] = None,
                frames: Union[range, slice, tuple[int, int], None] = None, native: bool = False, jobs: int = 0,
@@ -273,23 +241,27 @@ class Clip(Sequence[Frame]):
 
         path: the file; "name.%05d.png" is a series of pictures.
         codec, format: as `--codec` and `--format` of `synthex render`; by the suffix if they are not given.
-        frames: a range or slice of step 1, or the first and the last frame, both included.
+        frames: a range or slice of step 1, or a tuple of the first and the last frame, both included.
         native: only for raw files: the bytes as the plug-in made them.
         jobs, memory: how many threads, and bytes that frames may take; 0 is as many as are of use.
         progress: called with the frames that are done and their total. What it raises ends the rendering.
 
         Other threads go on meanwhile. Nothing is left behind if it fails, or if Ctrl-C ends it.
         """
-        done = self._clip.render(_path(path), format, codec, self._first_and_last(frames), native, jobs, memory,
-                                 progress)
+        done = self._clip.render(path_bytes(path), optional_text(format), optional_text(codec), self._first_and_last(frames),
+                                 bool(native), _count("jobs", jobs, 32), _count("memory", memory, 64), progress)
         return Rendered(*done)
 
     def _first_and_last(self, frames: Union[range, slice, tuple[int, int], None]) -> Optional[tuple[int, int]]:
         if frames is None:
             return None
         if isinstance(frames, tuple):
+            if len(frames) != 2 or not all(-2**63 <= index < 2**63 for index in frames):
+                raise _engine.Error(f"{frames} are not the first and the last frame of some in the clip.")
             return frames
         indices = range(len(self))[frames] if isinstance(frames, slice) else frames
+        if not isinstance(indices, range):
+            raise TypeError("frames must be a range, a slice or a tuple of two")
         if indices.step != 1 or len(indices) == 0:
             raise _engine.Error("Only frames in a row can be rendered, and one at least.")
         return indices[0], indices[-1]
@@ -301,9 +273,9 @@ def _clip_of(handle: _engine.Clip) -> Clip:
 
 def open(path: Path, *, bundle: Optional[Path] = None) -> Clip:
     """Opens a settings file. Raises Error if it can't be read or holds no settings."""
-    return _clip_of(_engine.Clip.open(_path(path), _optional(bundle)))
+    return _clip_of(_engine.Clip.open(path_bytes(path), optional_path(bundle)))
 
 
 def text(settings: str, *, name: str = "clip", bundle: Optional[Path] = None) -> Clip:
     """Opens a clip of a settings text. Raises Error if the text is no settings."""
-    return _clip_of(_engine.Clip.text(name, settings, _optional(bundle)))
+    return _clip_of(_engine.Clip.text(text_bytes(name), text_bytes(settings), optional_path(bundle)))

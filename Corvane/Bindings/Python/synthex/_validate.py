@@ -4,8 +4,9 @@ import os
 import shutil
 import subprocess
 from pathlib import Path
-from typing import NamedTuple, Optional, Union
+from typing import NamedTuple, Optional
 
+from . import _words
 from ._engine import Error
 
 
@@ -26,7 +27,7 @@ def _program() -> str:
     return found
 
 
-def validate(bundle: "Optional[Union[str, os.PathLike[str]]]" = None, *, time_limit: float = 20,
+def validate(bundle: "Optional[_words.Path]" = None, *, time_limit: float = 20,
              sequences: int = 500) -> "list[Check]":
     """Checks a plug-in as a host does, and returns all checks, passed or not.
 
@@ -39,7 +40,9 @@ def validate(bundle: "Optional[Union[str, os.PathLike[str]]]" = None, *, time_li
     """
     command = [_program(), "validate", "--time-limit", str(time_limit), "--sequences", str(sequences)]
     if bundle is not None:
-        command.append(os.fspath(bundle))
+        command.append(os.fsdecode(_words.path_bytes(bundle)))
+    if any("\0" in word for word in command):
+        raise Error("There is a zero byte in a name or a path; leave it out.")
     done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, errors="replace", check=False)
     lines = [line for line in done.stdout.splitlines() if line.startswith(("pass  ", "FAIL  "))]
     if not lines:
