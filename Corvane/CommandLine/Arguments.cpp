@@ -33,8 +33,12 @@ namespace corvane::commandline {
 namespace {
 
 void AddInfoOptions(CLI::App& command, InfoRequest& request) {
-    command.add_option("CLIP", request.clips, "Settings files (.synthex)")->required()->type_name("");
+    command.add_option("CLIP", request.clips, "Settings files (.synthex); - is standard input")
+        ->required()
+        ->type_name("");
     command.add_flag("--json", request.json, "One JSON object a line, one a clip");
+    command.add_flag("--strict", request.strict,
+                     "Say which keys are unknown or missing, and which values no clip has");
 }
 
 void AddRenderOptions(CLI::App& command, RenderRequest& request) {
@@ -174,6 +178,12 @@ void AddFormatsOptions(CLI::App& command, FormatsRequest& request) {
     command.add_flag("--json", request.json, "One JSON object a line, one a format");
 }
 
+void AddSchemaOptions(CLI::App& command, SchemaRequest& request) {
+    command.add_option("KIND", request.kind, "Of which files: clip, project or sweep (default: clip)")
+        ->type_name("")
+        ->check(CLI::IsMember({"clip", "project", "sweep"}).description(""));
+}
+
 void AddValidateOptions(CLI::App& command, ValidateRequest& request) {
     command.add_option("BUNDLE", request.bundle, "The plug-in to check")->type_name("");
     AddNumber(command, "--time-limit", "For all checks together (default: 20)", CLI::Range(0.001, 86400.0),
@@ -298,6 +308,8 @@ int RunArguments(int argc, const char* const* argv) {
     arguments.Add("edit", "Edit a clip in the dialog", kEditExamples + dialogHelp, AddEditOptions, RunEdit);
     arguments.Add("desktop", "Work with clips in a window", kDesktopExamples, AddDesktopOptions, RunDesktop);
     arguments.Add("formats", "List the pixel formats", kFormatsExamples, AddFormatsOptions, RunFormats);
+    arguments.Add("schema", "Print the JSON schema of a kind of files", kSchemaExamples, AddSchemaOptions,
+                  RunSchema);
     arguments.Add("validate", "Check a plug-in as a host does", kValidateExamples, AddValidateOptions,
                   RunValidate);
     // What `validate` starts; not for people.

@@ -22,7 +22,7 @@ inline constexpr int kExitDone = 0;
 inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitCancelled = 3; ///< of `new` and `edit`
-inline constexpr int kExitFindings = 4;  ///< of `compare`
+inline constexpr int kExitFindings = 4;  ///< of `compare` and `info --strict`
 
 // What each subcommand was asked for, and the function that does it on the main thread. Functions return the
 // exit status, and throw `UsageFailure` and `Failure`, which `Main.cpp` tells the person. `bundle` is empty
@@ -31,10 +31,12 @@ inline constexpr int kExitFindings = 4;  ///< of `compare`
 /// `synthex info`: say what clips are.
 struct InfoRequest {
     std::filesystem::path bundle;
-    std::vector<std::filesystem::path> clips;
+    std::vector<std::filesystem::path> clips; ///< "-" is standard input
     bool json = false;
+    bool strict = false; ///< say what is out of the ordinary in the settings, too
 };
-/// Tries every clip; a clip that can't be read is told at once and makes the status `kExitFailed`.
+/// Tries every clip; a clip that can't be read is told at once and makes the status `kExitFailed`. If there
+/// is none of these, findings make it `kExitFindings`.
 int RunInfo(const InfoRequest& request);
 
 /// `synthex render`: export a clip.
@@ -117,6 +119,14 @@ struct FormatsRequest {
 };
 /// Prints one line a format.
 int RunFormats(const FormatsRequest& request);
+
+/// `synthex schema`: print a JSON schema.
+struct SchemaRequest {
+    std::filesystem::path bundle;
+    std::string kind = "clip"; ///< of which files: "clip", "project" or "sweep"
+};
+/// Prints one JSON object.
+int RunSchema(const SchemaRequest& request);
 
 /// `synthex validate`: check a plug-in as a host does.
 struct ValidateRequest {

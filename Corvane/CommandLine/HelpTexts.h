@@ -24,13 +24,15 @@ The plug-in is looked for where --bundle says, else where the environment's
 SYNTHEX_BUNDLE says, else beside this program (../lib/ImporterSynthex.bundle).
 
 Exit status: 0 done, 1 the request failed, 2 wrong usage, 3 the dialog was
-cancelled, 4 a comparison found something, 128 plus the signal's number if a
-signal ended it.)";
+cancelled, 4 a comparison or --strict found something, 128 plus the signal's
+number if a signal ended it.)";
 
 inline constexpr char kInfoExamples[] =
     R"(Examples:
   synthex info clip.synthex
   synthex info *.synthex --json | jq -r 'select(.fieldType == 0) | .path'
+  synthex info --strict clip.synthex      what is misspelled or missing in it
+  make-settings | synthex info -          settings from standard input
 
 --json prints one object a line, one a clip, with these keys: path, width,
 height, parNumerator, parDenominator, fieldType (0 progressive, 1 upper field
@@ -40,7 +42,13 @@ times sampleSize, lowest 32 bits), frames, pixelFormat (a name of 'synthex
 formats', or the code as "0x........" if it is unknown), deliveredFormat (the
 format in which frames arrive; null if none can be made).
 
-All clips are tried. Exit status: 0 all were read, 1 some were not.)";
+--strict says on standard error, a line each, what reading a clip passes over:
+unknown keys, missing keys, and values that no clip can have. With --json,
+"findings" has the same, of each "key" and "sentence". 'synthex schema' prints
+a schema by which editors find most of it.
+
+All clips are tried. Exit status: 0 all were read, 1 some were not, 4 --strict
+found something.)";
 
 inline constexpr char kRenderExamples[] =
     R"(Examples:
@@ -152,6 +160,18 @@ Frames of formats that can't be drawn in arrive in the one named last.
 --json prints one object a line: code, characters, name, deliveredFormat.
 
 Exit status: 0 done, 1 the plug-in could not be used.)";
+
+inline constexpr char kSchemaExamples[] =
+    R"(Examples:
+  synthex schema > synthex.schema.json              of settings files (.synthex)
+  synthex schema project > project.schema.json      of projects (.cvproj)
+  synthex schema sweep > sweep-plan.schema.json     of plans of 'synthex sweep'
+
+JSON Schema, draft 2020-12: editors complete and check files by it, and
+validators of every language read it. 'synthex info --strict' makes the same
+checks of settings files, and more.
+
+Exit status: 0 done, 1 failed, 2 wrong usage.)";
 
 inline constexpr char kValidateExamples[] =
     R"(Examples:

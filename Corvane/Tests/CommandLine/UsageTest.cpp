@@ -21,6 +21,7 @@ TEST(Usage, HelpTeachesByExample) {
                                      {"new"},
                                      {"edit"},
                                      {"formats"},
+                                     {"schema"},
                                      {"validate"}}) {
         Arguments arguments = command;
         arguments.push_back("--help");
