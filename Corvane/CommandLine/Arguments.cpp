@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -60,7 +61,7 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
         .add_option("--codec", options.codec,
                     "Codec to use: " + ListCodecs() +
                         " or any encoder of libav (default: the usual one of the format)")
-        ->type_name("NAME");
+        ->type_name("CODEC");
     command.add_option("--jobs", options.jobs, "Threads to work with (default: one a processor)")
         ->type_name("N")
         ->check(CLI::Range(1, 512));
@@ -181,7 +182,8 @@ void AddFormatsOptions(CLI::App& command, FormatsRequest& request) {
 void AddSchemaOptions(CLI::App& command, SchemaRequest& request) {
     command.add_option("KIND", request.kind, "Of which files: clip, project or sweep (default: clip)")
         ->type_name("")
-        ->check(CLI::IsMember({"clip", "project", "sweep"}).description(""));
+        ->check(CLI::IsMember(std::vector<std::string>(std::begin(kSchemaKinds), std::end(kSchemaKinds)))
+                    .description(""));
 }
 
 void AddValidateOptions(CLI::App& command, ValidateRequest& request) {
@@ -252,6 +254,12 @@ class Arguments {
         return kExitUsage;
     }
 
+    /// Declares everything and hands it out.
+    void Describe(const std::function<void(const CLI::App&)>& describe) {
+        for (const Subcommand& subcommand : mSubcommands) subcommand.declare(true);
+        describe(mApp);
+    }
+
   private:
     struct Subcommand {
         std::string_view name;
@@ -291,14 +299,8 @@ class Arguments {
     std::vector<std::pair<const CLI::App*, std::function<int()>>> mRuns;
 };
 
-} // namespace
-
-int RunArguments(int argc, const char* const* argv) {
-    // SVT-AV1 would say on standard error what it is, what it does and why it fails, and can be told by this
-    // alone.
-    ::setenv("SVT_LOG", "-1", 0);
+void AddSubcommands(Arguments& arguments) {
     const std::string dialogHelp = kDialogHelp;
-    Arguments arguments;
     arguments.Add("info", "Say what clips are", kInfoExamples, AddInfoOptions, RunInfo);
     arguments.Add("render", "Make pictures or video of a clip", kRenderExamples, AddRenderOptions, RunRender);
     arguments.Add("compare", "Say what became of a clip in a video", kCompareExamples, AddCompareOptions,
@@ -314,7 +316,23 @@ int RunArguments(int argc, const char* const* argv) {
                   RunValidate);
     // What `validate` starts; not for people.
     arguments.Add("make-checks", "", "", AddMakeChecksOptions, RunChecks);
+}
+
+} // namespace
+
+int RunArguments(int argc, const char* const* argv) {
+    // SVT-AV1 would say on standard error what it is, what it does and why it fails, and can be told by this
+    // alone.
+    ::setenv("SVT_LOG", "-1", 0);
+    Arguments arguments;
+    AddSubcommands(arguments);
     return arguments.Run(argc, argv);
+}
+
+void DescribeArguments(const std::function<void(const CLI::App&)>& describe) {
+    Arguments arguments;
+    AddSubcommands(arguments);
+    arguments.Describe(describe);
 }
 
 } // namespace corvane::commandline

@@ -13,6 +13,13 @@
 // Forms that options of several subcommands have. Main thread.
 namespace corvane::commandline {
 
+/// Frames per second that are usual; a shell offers them.
+inline constexpr const char* kUsualRates[] = {"24000/1001", "24", "25",  "30000/1001",  "30", "50",
+                                              "60000/1001", "60", "100", "120000/1001", "120"};
+
+/// The kinds of files that have a schema, the usual one first.
+inline constexpr const char* kSchemaKinds[] = {"clip", "project", "sweep"};
+
 /// Adds an option that takes two numbers in one argument. `take` gets them, and may refuse them by false; the
 /// sentence that refuses something else tells what is expected.
 template <class Take>
