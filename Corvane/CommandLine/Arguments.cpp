@@ -46,21 +46,24 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
     ExportOptions& options = request.options;
     command.add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
     command
-        .add_option("OUT", options.output,
+        .add_option("OUT", request.others,
                     "The file to make; its suffix says of which kind: " + ListKinds(true, ", ") +
-                        " ...; - is standard output")
-        ->required()
+                        " ...; - is standard output. With --out-dir, more clips")
         ->type_name("");
-    AddRange(command, "--frames", "Frames to render, both included, from 0 (default: all); or one frame",
-             [&options](std::int64_t first, std::int64_t last) {
-                 options.frames = {first, last};
-             });
+    command
+        .add_option("--out-dir", request.folder,
+                    "Make a file of each clip in this folder, of the kind that --format says")
+        ->type_name("DIR");
+    AddFrames(command,
+              "Frames to render, both included, from 0 (default: all); or one; or times: 2.5s, 0:05-0:10",
+              request.frames);
     command.add_option("--format", options.format, "What to make, if the name of OUT does not say")
         ->type_name("SUFFIX");
     command
         .add_option("--codec", options.codec,
                     "Codec to use: " + ListCodecs() +
-                        " or any encoder of libav (default: the usual one of the format)")
+                        " ... (see 'synthex codecs') or any encoder of libav; its options stand behind "
+                        "colons (default: the usual one of the format)")
         ->type_name("CODEC");
     command.add_option("--jobs", options.jobs, "Threads to work with (default: one a processor)")
         ->type_name("N")
@@ -74,6 +77,8 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
         ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 62).description(""));
     command.add_flag("--native", options.native,
                      "The frame bytes exactly as the plug-in delivered them (for .raw)");
+    AddReplacing(command, request.replacing, "-y,--yes",
+                 "Replace files that exist without asking; on no terminal nobody is asked");
     command.add_flag("--quiet", request.quiet, "No progress bar, and no word about what was written");
 }
 
@@ -109,11 +114,8 @@ void AddCompareOptions(CLI::App& command, CompareRequest& request) {
     AddNumber(command, "--tolerance", "What a color may be off, in steps of 8 bits (default: 2)",
               CLI::Range(0.0, 255.0), [&options](double steps) { options.tolerance = steps; })
         ->type_name("STEPS");
-    AddRange(command, "--frames",
-             "Frames of the clip that VIDEO should show, both included, from 0 (default: all)",
-             [&options](std::int64_t first, std::int64_t last) {
-                 options.frames = {first, last};
-             });
+    AddFrames(command, "Frames of the clip that VIDEO should show, as for render (default: all)",
+              request.frames);
     command
         .add_option_function<std::vector<std::string>>(
             "--ignore", [&options](const auto& names) { Ignore(names, options.ignored); },
@@ -138,8 +140,19 @@ void AddSequenceOptions(CLI::App& command, ClipFormat& sequence) {
             into(sequence.size.width, sequence.size.height));
     AddPair(command, "--par", "N:D", "Pixel aspect ratio to begin with (default: 1:1)", {':', 1, kAny, false},
             "N:D, both above 0", into(sequence.aspect.numerator, sequence.aspect.denominator));
-    AddPair(command, "--rate", "N/D", "Frames per second to begin with (default: 30)", {'/', 1, kAny, true},
-            "N/D or one whole number, above 0", into(sequence.rate.scale, sequence.rate.sampleSize));
+    const auto readRate = [&sequence](const std::string& text) {
+        const auto rate = ReadRate(text);
+        if (!rate)
+            throw CLI::ValidationError(
+                "--rate",
+                "'" + text + "' is not understood; write N/D or one number, above 0, such as 29.97");
+        sequence.rate = {static_cast<std::uint32_t>(rate->first), static_cast<std::uint32_t>(*rate->second)};
+    };
+    command
+        .add_option_function<std::string>("--rate", readRate,
+                                          "Frames per second to begin with, such as 25, 30000/1001 or 119.88 "
+                                          "(default: 30)")
+        ->type_name("N/D");
 }
 
 void AddDialogOptions(CLI::App& command, DialogOptions& options) {
@@ -160,7 +173,7 @@ void AddNewOptions(CLI::App& command, NewRequest& request) {
         ->required()
         ->type_name("");
     AddSequenceOptions(command, request.sequence);
-    command.add_flag("--force", request.force, "Replace OUT if it exists");
+    AddReplacing(command, request.replacing, "-y,--force", "Replace OUT if it exists, without asking");
     AddDialogOptions(command, request.dialog);
 }
 
@@ -177,6 +190,10 @@ void AddDesktopOptions(CLI::App& command, DesktopRequest& request) {
 
 void AddFormatsOptions(CLI::App& command, FormatsRequest& request) {
     command.add_flag("--json", request.json, "One JSON object a line, one a format");
+}
+
+void AddCodecsOptions(CLI::App& command, CodecsRequest& request) {
+    command.add_flag("--json", request.json, "One JSON object a line, one a codec");
 }
 
 void AddSchemaOptions(CLI::App& command, SchemaRequest& request) {
@@ -310,6 +327,7 @@ void AddSubcommands(Arguments& arguments) {
     arguments.Add("edit", "Edit a clip in the dialog", kEditExamples + dialogHelp, AddEditOptions, RunEdit);
     arguments.Add("desktop", "Work with clips in a window", kDesktopExamples, AddDesktopOptions, RunDesktop);
     arguments.Add("formats", "List the pixel formats", kFormatsExamples, AddFormatsOptions, RunFormats);
+    arguments.Add("codecs", "List the codecs", kCodecsExamples, AddCodecsOptions, RunCodecs);
     arguments.Add("schema", "Print the JSON schema of a kind of files", kSchemaExamples, AddSchemaOptions,
                   RunSchema);
     arguments.Add("validate", "Check a plug-in as a host does", kValidateExamples, AddValidateOptions,

@@ -3,12 +3,15 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Compare/Comparison.h"
+#include "Engine/FramePlace.h"
 #include "Engine/Preferences.h"
 #include "Export/Export.h"
+#include "Replacing.h"
 #include "Sweep/Plan.h"
 #include "Sweep/Slurm.h"
 #include "Sweep/Sweep.h"
@@ -43,10 +46,17 @@ int RunInfo(const InfoRequest& request);
 struct RenderRequest {
     std::filesystem::path bundle;
     std::filesystem::path clip;
-    ExportOptions options;
+    /// Without a folder the one output, else more clips.
+    std::vector<std::filesystem::path> others;
+    std::filesystem::path
+        folder; ///< where each clip gets an output of its own name; empty: there is one clip
+    std::optional<FrameSpan> frames;
+    ExportOptions options; ///< without output and frames
+    Replacing replacing = Replacing::kAsk;
     bool quiet = false; ///< no progress, and no word about what was written
 };
-/// A signal that ends programs cancels the export; the status is then 128 plus the signal's number.
+/// Tries all clips of several, and returns the first failure's status. A signal that ends programs cancels
+/// the export; the status is then 128 plus the signal's number.
 int RunRender(const RenderRequest& request);
 
 /// `synthex compare`: say what a pipeline did to a clip.
@@ -54,7 +64,8 @@ struct CompareRequest {
     std::filesystem::path bundle;
     std::filesystem::path clip;  ///< or the manifest of a family
     std::filesystem::path video; ///< or the folder of the family's videos
-    CompareOptions options;
+    CompareOptions options;      ///< without frames
+    std::optional<FrameSpan> frames;
     std::filesystem::path report; ///< an HTML file to write, of a family a folder; none if empty
     bool json = false;            ///< one JSON object instead of sentences
     bool quiet = false;           ///< no progress, and nothing but findings
@@ -97,7 +108,7 @@ struct NewRequest {
     std::filesystem::path bundle;
     std::filesystem::path output;
     ClipFormat sequence = kDefaultSequence; ///< what the dialog begins with
-    bool force = false;                     ///< replace `output` if it exists
+    Replacing replacing = Replacing::kAsk;  ///< of `output`, which is kept if nobody can be asked
     DialogOptions dialog;
 };
 /// Returns `kExitCancelled`, and makes no file, if the dialog is cancelled.
@@ -119,6 +130,14 @@ struct FormatsRequest {
 };
 /// Prints one line a format.
 int RunFormats(const FormatsRequest& request);
+
+/// `synthex codecs`: list the codecs.
+struct CodecsRequest {
+    std::filesystem::path bundle;
+    bool json = false;
+};
+/// Prints a few lines a codec.
+int RunCodecs(const CodecsRequest& request);
 
 /// `synthex schema`: print a JSON schema.
 struct SchemaRequest {

@@ -35,7 +35,7 @@ function __synthex_files
     __fish_complete_path (commandline -ct) | string match -r "^[^\t]*(?:/|\.(?:$argv))(?:\t.*)?\$"
 end
 
-# Whether the argument at a place is due; the subcommand stands at place 0.
+# Whether an argument is due whose place is (-eq) or is at least (-ge) a number; 0 is the subcommand.
 function __synthex_at
     set -l place 0
     set -l isvalue no
@@ -48,7 +48,7 @@ function __synthex_at
             set place (math $place + 1)
         end
     end
-    test $isvalue = no -a $place -eq $argv
+    test $isvalue = no -a $place $argv[1] $argv[2]
 end
 
 complete -c synthex -f
@@ -86,7 +86,8 @@ std::string FishCompletion(std::span<const CommandText> commands) {
         }
         int place = 0;
         for (const OptionText& argument : command.arguments) {
-            const std::string at = argument.many ? "" : fmt::format("; and __synthex_at {}", ++place);
+            const std::string at =
+                fmt::format("; and __synthex_at {} {}", argument.many ? "-ge" : "-eq", ++place);
             script += fmt::format("complete -c synthex -n {} {}\n", Quoted(condition + at),
                                   ValueOf(argument.names[0]));
         }

@@ -23,8 +23,8 @@ describes one generated video clip: the size of its frames, their timing, and th
 It is JSON text in UTF\-8, an object with the keys below, in any order. Whole numbers have no fraction and no
 exponent. A file has at most 1 MiB.
 .PP
-All keys should be there. A missing key counts as 0, square pixels or opaque black, and an unknown one is passed
-over in silence; mind the spelling
+All keys should be there. A missing key counts as 0, square pixels or opaque black, and an unknown one is
+passed over in silence; mind the spelling
 .BR Gradiant .
 .B synthex info \-\-strict
 says both, and
@@ -36,8 +36,8 @@ constexpr char kColors[] = R"(.SH COLORS
 A color is an object of four numbers,
 .BR "{}" ,
 of which 0 is none and 1 is full: R'G'B' as on a screen, and not multiplied
-by alpha. Formats of 8 bits clamp what is beyond, float formats carry it. Of a color that is there, a missing part
-counts as 0, alpha too.
+by alpha. Formats of 8 bits clamp what is beyond, float formats carry it. Of a color that is there, a missing
+part counts as 0, alpha too.
 )";
 
 /// What values a member may have that is no color's.

@@ -55,6 +55,12 @@ struct ExportKind {
     bool TakesCodec() const { return !IsPicture() && !TakesNative(); }
 };
 
+/// An option of an encoder that matters.
+struct CodecOption {
+    const char* name;
+    const char* about;
+};
+
 /// A codec of libav that goes by a name of ours.
 struct ExportCodec {
     const char* name;    ///< as in `ExportOptions::codec`
@@ -63,6 +69,11 @@ struct ExportCodec {
     int mostBits = 16;
     /// How the window offers the codec. Rows without an id are empty.
     ExportChoice choices[kMostChoicesPerRow] = {};
+    const char* about = "";   ///< what it is good for, a sentence without a full stop
+    const char* format = "";  ///< a kind of file that it goes into
+    const char* example = ""; ///< as in `ExportOptions::codec`, with options
+    /// Rows without a name are empty.
+    CodecOption options[kMostChoicesPerRow] = {};
 };
 
 /// What a person can set of H.264. The defaults are those of every export.

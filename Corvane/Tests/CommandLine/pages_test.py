@@ -2,14 +2,13 @@
 offers wrong words, or that the shells themselves don't take."""
 
 import os
-import pathlib
-import pty
 import re
 import subprocess
 
 import pytest
 
-BUILD = pathlib.Path(os.environ["SYNTHEX_BUILD_DIR"])
+from programs import BUILD, run, run_on_terminal
+
 SHARE = BUILD / "share"
 # What is typed, what must be offered, and what must not.
 ROWS = [
@@ -33,27 +32,6 @@ def folder(tmp_path):
     for name in "clip.synthex", "clip.cvproj", "clip.txt", "a b.synthex":
         (tmp_path / name).touch()
     return tmp_path
-
-
-def run(*command, **options):
-    return subprocess.run(command, capture_output=True, text=True, timeout=60, check=True, **options).stdout
-
-
-def run_on_terminal(command, typed, **options):
-    """What a program writes whose input and output are a terminal."""
-    parent, child = pty.openpty()
-    process = subprocess.Popen(command, stdin=child, stdout=child, stderr=child, start_new_session=True, **options)
-    os.close(child)
-    os.write(parent, typed)
-    shown = b""
-    try:
-        while part := os.read(parent, 4096):
-            shown += part
-    except OSError:  # the terminal's end once nobody has it open
-        pass
-    os.close(parent)
-    assert process.wait(60) == 0
-    return shown.decode()
 
 
 def test_manual_pages_are_right_and_whole():
@@ -95,7 +73,7 @@ def test_bash(folder):
     rc = folder / "rc"
     rc.write_text(f"PS1=; source {script}\nsynthex() {{ printf '<%s>' \"$@\"; exit; }}\n")
     typed = b"synthex ren\t --fram\t 0:9 --codec=pro\t a\t --vary\t\n"
-    shown = run_on_terminal(["bash", "--rcfile", rc, "-i"], typed, cwd=folder)
+    _, shown = run_on_terminal(["bash", "--rcfile", rc, "-i"], typed, cwd=folder)
     assert "<render><--frames><0:9><--codec=prores><a b.synthex><--vary>" in shown, shown
 
 

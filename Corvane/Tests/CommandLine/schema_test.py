@@ -3,21 +3,14 @@ things than the schema, stored schemas that are not those of the program."""
 
 import copy
 import json
-import os
-import pathlib
 import re
-import subprocess
 
 import jsonschema
 import pytest
 
-SOURCE = pathlib.Path(os.environ["SYNTHEX_SOURCE_DIR"])
+from programs import SOURCE, synthex
+
 STORED = {"clip": "synthex.schema.json", "project": "project.schema.json", "sweep": "sweep-plan.schema.json"}
-
-
-def synthex(*arguments, **options):
-    program = pathlib.Path(os.environ["SYNTHEX_BUILD_DIR"]) / "bin" / "synthex"
-    return subprocess.run([program, *arguments], capture_output=True, text=True, timeout=60, **options)
 
 
 def validator(kind):
