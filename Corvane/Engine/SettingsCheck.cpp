@@ -80,7 +80,7 @@ class Check {
 /// What the parser of JSON says of a text, for sentences.
 std::string WhyNoJSON(const std::string& text) {
     try {
-        std::ignore = nlohmann::json::parse(text, [](int, auto, auto&) { return false; });
+        std::ignore = nlohmann::ordered_json::parse(text, [](int, auto, auto&) { return false; });
     } catch (const nlohmann::json::exception& error) {
         const std::string what = error.what();
         return fmt::format("it is no JSON ({})", what.substr(what.find("] ") + 2));
@@ -156,7 +156,7 @@ void Check::FindMissing(const Object& settings) {
     std::vector<std::string_view> names;
     for (const auto& [key, parts] : keys) names.emplace_back(key);
     FindUnknown(settings, {}, names);
-    const auto meant = nlohmann::json::parse(WriteSettings(missing));
+    const auto meant = nlohmann::ordered_json::parse(WriteSettings(missing));
     for (const auto& [key, parts] : keys) {
         const ValuePtr value = GetVariantInObject(settings, key);
         const auto* const inner = value ? boost::any_cast<Object>(value.get()) : nullptr;
