@@ -9,7 +9,7 @@ namespace corvane::commandline {
 
 namespace {
 
-std::string DataLine(const ExportCodec& codec) {
+std::string CodecLine(const ExportCodec& codec) {
     nlohmann::ordered_json line;
     line["name"] = codec.name;
     line["encoder"] = codec.encoder;
@@ -22,7 +22,7 @@ std::string DataLine(const ExportCodec& codec) {
     return JSONLine(line);
 }
 
-void PrintText(const ExportCodec& codec) {
+void PrintCodec(const ExportCodec& codec) {
     PrintLine(fmt::format("{:<8} {}", codec.name, codec.about));
     for (const CodecOption& option : codec.options)
         if (option.name != nullptr) PrintLine(fmt::format("           {:<10} {}", option.name, option.about));
@@ -36,9 +36,9 @@ void PrintText(const ExportCodec& codec) {
 int RunCodecs(const CodecsRequest& request) {
     for (const ExportCodec& codec : ExportCodecs()) {
         if (request.json)
-            Print(DataLine(codec));
+            Print(CodecLine(codec));
         else
-            PrintText(codec);
+            PrintCodec(codec);
     }
     if (!request.json)
         PrintLine("All of them, and any other encoder of libav, take pix_fmt (what libav calls the pixels), "

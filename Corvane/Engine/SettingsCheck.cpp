@@ -172,7 +172,7 @@ void Check::FindMissing(const Object& settings) {
 std::vector<SettingsFinding> Check::Run(const std::string& text) {
     ValuePtr tree = JSONParse(reinterpret_cast<const unsigned char*>(text.c_str()));
     if (!tree) {
-        Add({}, WhyNoJSON(text.c_str()));
+        Add({}, WhyNoJSON(text.substr(0, text.find('\0'))));
         return std::move(mFindings);
     }
     if (const auto* const outer = boost::any_cast<Object>(tree.get()))
