@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -33,30 +34,37 @@ namespace corvane::commandline {
 namespace {
 
 void AddInfoOptions(CLI::App& command, InfoRequest& request) {
-    command.add_option("CLIP", request.clips, "Settings files (.synthex)")->required()->type_name("");
+    command.add_option("CLIP", request.clips, "Settings files (.synthex); - is standard input")
+        ->required()
+        ->type_name("");
     command.add_flag("--json", request.json, "One JSON object a line, one a clip");
+    command.add_flag("--strict", request.strict,
+                     "Say which keys are unknown or missing, and which values no clip has");
 }
 
 void AddRenderOptions(CLI::App& command, RenderRequest& request) {
     ExportOptions& options = request.options;
     command.add_option("CLIP", request.clip, "A settings file (.synthex)")->required()->type_name("");
     command
-        .add_option("OUT", options.output,
+        .add_option("OUT", request.others,
                     "The file to make; its suffix says of which kind: " + ListKinds(true, ", ") +
-                        " ...; - is standard output")
-        ->required()
+                        " ...; - is standard output. With --out-dir, more clips")
         ->type_name("");
-    AddRange(command, "--frames", "Frames to render, both included, from 0 (default: all); or one frame",
-             [&options](std::int64_t first, std::int64_t last) {
-                 options.frames = {first, last};
-             });
+    command
+        .add_option("--out-dir", request.folder,
+                    "Make a file of each clip in this folder, of the kind that --format says")
+        ->type_name("DIR");
+    AddFrames(command,
+              "Frames to render, both included, from 0 (default: all); or one; or times: 2.5s, 0:05-0:10",
+              request.frames);
     command.add_option("--format", options.format, "What to make, if the name of OUT does not say")
         ->type_name("SUFFIX");
     command
         .add_option("--codec", options.codec,
                     "Codec to use: " + ListCodecs() +
-                        " or any encoder of libav (default: the usual one of the format)")
-        ->type_name("NAME");
+                        " ... (see 'synthex codecs') or any encoder of libav; its options stand behind "
+                        "colons (default: the usual one of the format)")
+        ->type_name("CODEC");
     command.add_option("--jobs", options.jobs, "Threads to work with (default: one a processor)")
         ->type_name("N")
         ->check(CLI::Range(1, 512));
@@ -69,6 +77,8 @@ void AddRenderOptions(CLI::App& command, RenderRequest& request) {
         ->check(CLI::Range(std::uint64_t{1}, std::uint64_t{1} << 62).description(""));
     command.add_flag("--native", options.native,
                      "The frame bytes exactly as the plug-in delivered them (for .raw)");
+    AddReplacing(command, request.replacing, "-y,--yes",
+                 "Replace files that exist without asking; on no terminal nobody is asked");
     command.add_flag("--quiet", request.quiet, "No progress bar, and no word about what was written");
 }
 
@@ -104,11 +114,8 @@ void AddCompareOptions(CLI::App& command, CompareRequest& request) {
     AddNumber(command, "--tolerance", "What a color may be off, in steps of 8 bits (default: 2)",
               CLI::Range(0.0, 255.0), [&options](double steps) { options.tolerance = steps; })
         ->type_name("STEPS");
-    AddRange(command, "--frames",
-             "Frames of the clip that VIDEO should show, both included, from 0 (default: all)",
-             [&options](std::int64_t first, std::int64_t last) {
-                 options.frames = {first, last};
-             });
+    AddFrames(command, "Frames of the clip that VIDEO should show, as for render (default: all)",
+              request.frames);
     command
         .add_option_function<std::vector<std::string>>(
             "--ignore", [&options](const auto& names) { Ignore(names, options.ignored); },
@@ -133,8 +140,19 @@ void AddSequenceOptions(CLI::App& command, ClipFormat& sequence) {
             into(sequence.size.width, sequence.size.height));
     AddPair(command, "--par", "N:D", "Pixel aspect ratio to begin with (default: 1:1)", {':', 1, kAny, false},
             "N:D, both above 0", into(sequence.aspect.numerator, sequence.aspect.denominator));
-    AddPair(command, "--rate", "N/D", "Frames per second to begin with (default: 30)", {'/', 1, kAny, true},
-            "N/D or one whole number, above 0", into(sequence.rate.scale, sequence.rate.sampleSize));
+    const auto readRate = [&sequence](const std::string& text) {
+        const auto rate = ReadRate(text);
+        if (!rate)
+            throw CLI::ValidationError(
+                "--rate",
+                "'" + text + "' is not understood; write N/D or one number, above 0, such as 29.97");
+        sequence.rate = {static_cast<std::uint32_t>(rate->first), static_cast<std::uint32_t>(*rate->second)};
+    };
+    command
+        .add_option_function<std::string>("--rate", readRate,
+                                          "Frames per second to begin with, such as 25, 30000/1001 or 119.88 "
+                                          "(default: 30)")
+        ->type_name("N/D");
 }
 
 void AddDialogOptions(CLI::App& command, DialogOptions& options) {
@@ -155,7 +173,7 @@ void AddNewOptions(CLI::App& command, NewRequest& request) {
         ->required()
         ->type_name("");
     AddSequenceOptions(command, request.sequence);
-    command.add_flag("--force", request.force, "Replace OUT if it exists");
+    AddReplacing(command, request.replacing, "-y,--force", "Replace OUT if it exists, without asking");
     AddDialogOptions(command, request.dialog);
 }
 
@@ -172,6 +190,17 @@ void AddDesktopOptions(CLI::App& command, DesktopRequest& request) {
 
 void AddFormatsOptions(CLI::App& command, FormatsRequest& request) {
     command.add_flag("--json", request.json, "One JSON object a line, one a format");
+}
+
+void AddCodecsOptions(CLI::App& command, CodecsRequest& request) {
+    command.add_flag("--json", request.json, "One JSON object a line, one a codec");
+}
+
+void AddSchemaOptions(CLI::App& command, SchemaRequest& request) {
+    command.add_option("KIND", request.kind, "Of which files: clip, project or sweep (default: clip)")
+        ->type_name("")
+        ->check(CLI::IsMember(std::vector<std::string>(std::begin(kSchemaKinds), std::end(kSchemaKinds)))
+                    .description(""));
 }
 
 void AddValidateOptions(CLI::App& command, ValidateRequest& request) {
@@ -242,6 +271,12 @@ class Arguments {
         return kExitUsage;
     }
 
+    /// Declares everything and hands it out.
+    void Describe(const std::function<void(const CLI::App&)>& describe) {
+        for (const Subcommand& subcommand : mSubcommands) subcommand.declare(true);
+        describe(mApp);
+    }
+
   private:
     struct Subcommand {
         std::string_view name;
@@ -281,14 +316,8 @@ class Arguments {
     std::vector<std::pair<const CLI::App*, std::function<int()>>> mRuns;
 };
 
-} // namespace
-
-int RunArguments(int argc, const char* const* argv) {
-    // SVT-AV1 would say on standard error what it is, what it does and why it fails, and can be told by this
-    // alone.
-    ::setenv("SVT_LOG", "-1", 0);
+void AddSubcommands(Arguments& arguments) {
     const std::string dialogHelp = kDialogHelp;
-    Arguments arguments;
     arguments.Add("info", "Say what clips are", kInfoExamples, AddInfoOptions, RunInfo);
     arguments.Add("render", "Make pictures or video of a clip", kRenderExamples, AddRenderOptions, RunRender);
     arguments.Add("compare", "Say what became of a clip in a video", kCompareExamples, AddCompareOptions,
@@ -298,11 +327,30 @@ int RunArguments(int argc, const char* const* argv) {
     arguments.Add("edit", "Edit a clip in the dialog", kEditExamples + dialogHelp, AddEditOptions, RunEdit);
     arguments.Add("desktop", "Work with clips in a window", kDesktopExamples, AddDesktopOptions, RunDesktop);
     arguments.Add("formats", "List the pixel formats", kFormatsExamples, AddFormatsOptions, RunFormats);
+    arguments.Add("codecs", "List the codecs", kCodecsExamples, AddCodecsOptions, RunCodecs);
+    arguments.Add("schema", "Print the JSON schema of a kind of files", kSchemaExamples, AddSchemaOptions,
+                  RunSchema);
     arguments.Add("validate", "Check a plug-in as a host does", kValidateExamples, AddValidateOptions,
                   RunValidate);
     // What `validate` starts; not for people.
     arguments.Add("make-checks", "", "", AddMakeChecksOptions, RunChecks);
+}
+
+} // namespace
+
+int RunArguments(int argc, const char* const* argv) {
+    // SVT-AV1 would say on standard error what it is, what it does and why it fails, and can be told by this
+    // alone.
+    ::setenv("SVT_LOG", "-1", 0);
+    Arguments arguments;
+    AddSubcommands(arguments);
     return arguments.Run(argc, argv);
+}
+
+void DescribeArguments(const std::function<void(const CLI::App&)>& describe) {
+    Arguments arguments;
+    AddSubcommands(arguments);
+    arguments.Describe(describe);
 }
 
 } // namespace corvane::commandline

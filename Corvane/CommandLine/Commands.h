@@ -3,12 +3,15 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "Compare/Comparison.h"
+#include "Engine/FramePlace.h"
 #include "Engine/Preferences.h"
 #include "Export/Export.h"
+#include "Replacing.h"
 #include "Sweep/Plan.h"
 #include "Sweep/Slurm.h"
 #include "Sweep/Sweep.h"
@@ -22,7 +25,7 @@ inline constexpr int kExitDone = 0;
 inline constexpr int kExitFailed = 1;
 inline constexpr int kExitUsage = 2;
 inline constexpr int kExitCancelled = 3; ///< of `new` and `edit`
-inline constexpr int kExitFindings = 4;  ///< of `compare`
+inline constexpr int kExitFindings = 4;  ///< of `compare` and `info --strict`
 
 // What each subcommand was asked for, and the function that does it on the main thread. Functions return the
 // exit status, and throw `UsageFailure` and `Failure`, which `Main.cpp` tells the person. `bundle` is empty
@@ -31,20 +34,29 @@ inline constexpr int kExitFindings = 4;  ///< of `compare`
 /// `synthex info`: say what clips are.
 struct InfoRequest {
     std::filesystem::path bundle;
-    std::vector<std::filesystem::path> clips;
+    std::vector<std::filesystem::path> clips; ///< "-" is standard input
     bool json = false;
+    bool strict = false; ///< say what is out of the ordinary in the settings, too
 };
-/// Tries every clip; a clip that can't be read is told at once and makes the status `kExitFailed`.
+/// Tries every clip; a clip that can't be read is told at once and makes the status `kExitFailed`. If there
+/// is none of these, findings make it `kExitFindings`.
 int RunInfo(const InfoRequest& request);
 
 /// `synthex render`: export a clip.
 struct RenderRequest {
     std::filesystem::path bundle;
     std::filesystem::path clip;
-    ExportOptions options;
+    /// Without a folder the one output, else more clips.
+    std::vector<std::filesystem::path> others;
+    std::filesystem::path
+        folder; ///< where each clip gets an output of its own name; empty: there is one clip
+    std::optional<FrameSpan> frames;
+    ExportOptions options; ///< without output and frames
+    Replacing replacing = Replacing::kAsk;
     bool quiet = false; ///< no progress, and no word about what was written
 };
-/// A signal that ends programs cancels the export; the status is then 128 plus the signal's number.
+/// Tries all clips of several, and returns the first failure's status. A signal that ends programs cancels
+/// the export; the status is then 128 plus the signal's number.
 int RunRender(const RenderRequest& request);
 
 /// `synthex compare`: say what a pipeline did to a clip.
@@ -52,7 +64,8 @@ struct CompareRequest {
     std::filesystem::path bundle;
     std::filesystem::path clip;  ///< or the manifest of a family
     std::filesystem::path video; ///< or the folder of the family's videos
-    CompareOptions options;
+    CompareOptions options;      ///< without frames
+    std::optional<FrameSpan> frames;
     std::filesystem::path report; ///< an HTML file to write, of a family a folder; none if empty
     bool json = false;            ///< one JSON object instead of sentences
     bool quiet = false;           ///< no progress, and nothing but findings
@@ -95,7 +108,7 @@ struct NewRequest {
     std::filesystem::path bundle;
     std::filesystem::path output;
     ClipFormat sequence = kDefaultSequence; ///< what the dialog begins with
-    bool force = false;                     ///< replace `output` if it exists
+    Replacing replacing = Replacing::kAsk;  ///< of `output`, which is kept if nobody can be asked
     DialogOptions dialog;
 };
 /// Returns `kExitCancelled`, and makes no file, if the dialog is cancelled.
@@ -117,6 +130,22 @@ struct FormatsRequest {
 };
 /// Prints one line a format.
 int RunFormats(const FormatsRequest& request);
+
+/// `synthex codecs`: list the codecs.
+struct CodecsRequest {
+    std::filesystem::path bundle;
+    bool json = false;
+};
+/// Prints a few lines a codec.
+int RunCodecs(const CodecsRequest& request);
+
+/// `synthex schema`: print a JSON schema.
+struct SchemaRequest {
+    std::filesystem::path bundle;
+    std::string kind = "clip"; ///< of which files: "clip", "project" or "sweep"
+};
+/// Prints one JSON object.
+int RunSchema(const SchemaRequest& request);
 
 /// `synthex validate`: check a plug-in as a host does.
 struct ValidateRequest {

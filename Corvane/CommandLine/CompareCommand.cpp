@@ -42,6 +42,11 @@ int RunCompare(const CompareRequest& request) {
     if (MeansFamily(request.clip)) return CompareFamily(request);
     const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
     const auto clip = Clip::OpenFile(bundle, request.clip);
+    CompareOptions options = request.options;
+    if (request.frames) {
+        const auto [first, last] = FramesOf(*request.frames, *clip);
+        options.frames = {first, last};
+    }
     EndingSignal::Take();
     CompareReport report;
     try {
@@ -49,8 +54,7 @@ int RunCompare(const CompareRequest& request) {
         const auto progress = [&](std::int64_t done, std::int64_t total) {
             bar.Update(done, std::max(done, total));
         };
-        report =
-            LoadAndCompareClip(*clip, request.video, request.options, progress, EndingSignal::Cancelled());
+        report = LoadAndCompareClip(*clip, request.video, options, progress, EndingSignal::Cancelled());
     } catch (const Failure& failure) {
         if (!EndingSignal::Cancelled()) throw;
         PrintError(failure.what());

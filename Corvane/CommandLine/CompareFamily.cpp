@@ -89,7 +89,7 @@ class FamilyComparison {
     void Compare(const MemberVideo& member) {
         if (member.video.empty()) return Fail(member, member.whyNone);
         CompareOptions options = mRequest.options;
-        if (!options.frames && member.part) options.frames = {member.part->first, member.part->second};
+        if (!mRequest.frames && member.part) options.frames = {member.part->first, member.part->second};
         const auto progress = [&](std::int64_t done, std::int64_t total) {
             mBar.Update(fmt::format("member {} of {}: {} of {} pictures", mDone + 1, mMembers.size(), done,
                                     std::max(done, total)));
@@ -98,6 +98,10 @@ class FamilyComparison {
         CompareReport report;
         try {
             clip = Clip::OpenPrefs(mBundle, member.settingsFile, WriteSettings(member.settings));
+            if (mRequest.frames) {
+                const auto [first, last] = FramesOf(*mRequest.frames, *clip);
+                options.frames = {first, last};
+            }
             report = LoadAndCompareClip(*clip, member.video, options, progress, EndingSignal::Cancelled());
         } catch (const Failure& failure) {
             return Fail(member, failure.what());

@@ -24,13 +24,15 @@ The plug-in is looked for where --bundle says, else where the environment's
 SYNTHEX_BUNDLE says, else beside this program (../lib/ImporterSynthex.bundle).
 
 Exit status: 0 done, 1 the request failed, 2 wrong usage, 3 the dialog was
-cancelled, 4 a comparison found something, 128 plus the signal's number if a
-signal ended it.)";
+cancelled, 4 a comparison or --strict found something, 128 plus the signal's
+number if a signal ended it.)";
 
 inline constexpr char kInfoExamples[] =
     R"(Examples:
   synthex info clip.synthex
   synthex info *.synthex --json | jq -r 'select(.fieldType == 0) | .path'
+  synthex info --strict clip.synthex      what is misspelled or missing in it
+  make-settings | synthex info -          settings from standard input
 
 --json prints one object a line, one a clip, with these keys: path, width,
 height, parNumerator, parDenominator, fieldType (0 progressive, 1 upper field
@@ -40,7 +42,13 @@ times sampleSize, lowest 32 bits), frames, pixelFormat (a name of 'synthex
 formats', or the code as "0x........" if it is unknown), deliveredFormat (the
 format in which frames arrive; null if none can be made).
 
-All clips are tried. Exit status: 0 all were read, 1 some were not.)";
+--strict says on standard error, a line each, what reading a clip passes over:
+unknown keys, missing keys, and values that no clip can have. With --json,
+"findings" has the same, of each "key" and "sentence". 'synthex schema' prints
+a schema by which editors find most of it.
+
+All clips are tried. Exit status: 0 all were read, 1 some were not, 4 --strict
+found something.)";
 
 inline constexpr char kRenderExamples[] =
     R"(Examples:
@@ -50,7 +58,19 @@ inline constexpr char kRenderExamples[] =
   synthex render clip.synthex frame.png --frames 12           one picture
   synthex render clip.synthex 'frame.%05d.png' --frames 0:99  one file a frame
   synthex render clip.synthex clip.raw --native               the plug-in's own bytes
+  synthex render clip.synthex part.mov --frames 0:05-0:10     five seconds of it
+  synthex render clip.synthex part.mov --frames 00:00:05:12-00:00:09:24
+                                                              by timecodes
+  synthex render *.synthex --out-dir out --format mp4         a file of each clip
   synthex render clip.synthex - --format y4m | ffplay -       through a pipe
+
+--frames 10:20 and 0:05 are frame numbers. A time such as 2.5s or 0:01:05 is the
+frame that is shown then; in a span of times, the end is where it stops: 0:05-0:10
+lasts five seconds. A timecode is that frame; with a semicolon (01:00:00;02) its
+numbers drop as at 29.97 frames a second.
+
+A file that exists is replaced: on a terminal you are asked first, elsewhere it
+is done. -y replaces it without asking, -n keeps it and fails.
 
 A file gets its name when it is complete: a render that fails or is cancelled
 (Ctrl-C) leaves nothing behind, and an older file of that name as it was.
@@ -113,6 +133,7 @@ inline constexpr char kNewExamples[] =
     R"(Examples:
   synthex new clip.synthex                                    in a window
   synthex new clip.synthex --size 720x576 --par 16:15 --rate 25
+  synthex new clip.synthex --size 3840x2160 --rate 119.88
   synthex new clip.synthex --rate 30000/1001 --do fieldTypePopupID=1 \
       --do durationFramesTextID=300                           without one)"
     "\n";
@@ -152,6 +173,30 @@ Frames of formats that can't be drawn in arrive in the one named last.
 --json prints one object a line: code, characters, name, deliveredFormat.
 
 Exit status: 0 done, 1 the plug-in could not be used.)";
+
+inline constexpr char kCodecsExamples[] =
+    R"(Examples:
+  synthex codecs
+  synthex codecs --json | jq -r .example
+
+What --codec of 'render' and 'sweep' takes: the names, the options that matter,
+which stand behind colons, and an example. For y4m it is the sampling instead:
+420, 422 or 444, with p8, p10, p12, p14 or p16 behind it. --json prints one
+object a line: name, encoder (of libav), about, format, options, example.
+
+Exit status: 0 done.)";
+
+inline constexpr char kSchemaExamples[] =
+    R"(Examples:
+  synthex schema > synthex.schema.json              of settings files (.synthex)
+  synthex schema project > project.schema.json      of projects (.cvproj)
+  synthex schema sweep > sweep-plan.schema.json     of plans of 'synthex sweep'
+
+JSON Schema, draft 2020-12: editors complete and check files by it, and
+validators of every language read it. 'synthex info --strict' makes the same
+checks of settings files, and more.
+
+Exit status: 0 done, 1 failed, 2 wrong usage.)";
 
 inline constexpr char kValidateExamples[] =
     R"(Examples:

@@ -1,5 +1,7 @@
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -8,6 +10,8 @@
 #include "Engine/Clip.h"
 #include "Engine/ClipFacts.h"
 #include "Engine/ClipText.h"
+#include "Engine/SettingsCheck.h"
+#include "Engine/TextFile.h"
 #include "JSONLine.h"
 #include "Services/Raster/PixelFormats.h"
 
@@ -47,34 +51,83 @@ void PrintText(const Clip& clip) {
     if (const std::string why = clip.WhyNotRenderable(); !why.empty()) add("Not renderable", why);
 }
 
-std::string FactsLine(const Clip& clip) {
+using Findings = std::vector<SettingsFinding>;
+
+std::string FactsLine(const Clip& clip, const Findings* findings) {
     nlohmann::ordered_json line;
     line["path"] = clip.Name();
     line.update(ClipFacts(clip.Info()));
+    if (findings != nullptr) {
+        line["findings"] = nlohmann::ordered_json::array();
+        for (const SettingsFinding& finding : *findings)
+            line["findings"].push_back({{"key", finding.key}, {"sentence", finding.sentence}});
+    }
     return JSONLine(line);
+}
+
+/// A clip to tell about.
+class Source {
+  public:
+    explicit Source(const std::filesystem::path& path) : mPath(path), mIsInput(path == "-") {}
+
+    /// Throws `Failure` if there is no clip.
+    std::unique_ptr<Clip> Open(const std::shared_ptr<Bundle>& bundle) {
+        if (!mIsInput) return Clip::OpenFile(bundle, mPath);
+        mText = ReadTextInput();
+        return Clip::OpenPrefs(bundle, "standard input", mText);
+    }
+    /// What there is to say of its settings; nothing if they can't be read at all. After `Open`.
+    Findings Check() const {
+        try {
+            return CheckSettings(mIsInput ? mText : ReadTextFile(mPath));
+        } catch (const Failure&) {
+            return {};
+        }
+    }
+    std::string Name() const { return mIsInput ? "standard input" : mPath.string(); }
+
+  private:
+    std::filesystem::path mPath;
+    bool mIsInput;
+    std::string mText;
+};
+
+/// Tells about one clip. Returns the exit status.
+int TellAbout(const std::filesystem::path& path, const std::shared_ptr<Bundle>& bundle,
+              const InfoRequest& request, bool& first) {
+    Source source(path);
+    int status = kExitDone;
+    Findings findings;
+    try {
+        const auto clip = source.Open(bundle);
+        if (request.strict) findings = source.Check();
+        if (!request.json && !first) PrintLine("");
+        if (request.json)
+            Print(FactsLine(*clip, request.strict ? &findings : nullptr));
+        else
+            PrintText(*clip);
+        first = false;
+    } catch (const Failure& failure) {
+        PrintError(failure.what());
+        status = kExitFailed;
+        if (request.strict) findings = source.Check();
+    }
+    for (const SettingsFinding& finding : findings)
+        PrintError(fmt::format("{}: {}", source.Name(), finding.sentence));
+    return status == kExitDone && !findings.empty() ? kExitFindings : status;
 }
 
 } // namespace
 
 int RunInfo(const InfoRequest& request) {
     const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
-    int status = kExitDone;
+    int worst = kExitDone;
     bool first = true;
     for (const std::filesystem::path& path : request.clips) {
-        try {
-            const auto clip = Clip::OpenFile(bundle, path);
-            if (!request.json && !first) PrintLine("");
-            if (request.json)
-                Print(FactsLine(*clip));
-            else
-                PrintText(*clip);
-            first = false;
-        } catch (const Failure& failure) {
-            PrintError(failure.what());
-            status = kExitFailed;
-        }
+        const int status = TellAbout(path, bundle, request, first);
+        if (worst != kExitFailed && status != kExitDone) worst = status;
     }
-    return status;
+    return worst;
 }
 
 } // namespace corvane::commandline

@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Says at once what would otherwise come up only after the person has set everything.
-void CheckOutput(const fs::path& output, bool force) {
+void CheckOutput(const fs::path& output, Replacing replacing) {
     const auto fail = [&](const std::string& why) {
         throw Failure(fmt::format("{}: {}.", output.string(), why));
     };
@@ -29,7 +29,11 @@ void CheckOutput(const fs::path& output, bool force) {
     } catch (const FileError& why) {
         fail(fmt::format("{}; {}", why.what(), why.GetRemedy()));
     }
-    if (fs::exists(output, error) && !force) fail("the file exists; use --force to replace it, or edit it");
+    if (fs::exists(output, error)) {
+        if (replacing == Replacing::kAsk && !CanAsk())
+            fail("the file exists; use --force to replace it, or edit it");
+        RequireReplaceable(output, replacing);
+    }
     const fs::path folder = fs::absolute(output).parent_path();
     if (!fs::is_directory(folder, error)) fail("the folder does not exist; make it first");
     if (::access(folder.c_str(), W_OK) != 0) fail("you are not allowed to write into this folder");
@@ -51,12 +55,16 @@ bool WasSavedTo(const fs::path& output, const FileJournal& journal) {
 } // namespace
 
 int RunNew(const NewRequest& request) {
-    CheckOutput(request.output, request.force);
+    std::error_code error;
+    const bool exists = fs::exists(request.output, error);
+    CheckOutput(request.output, request.replacing);
     const auto bundle = std::make_shared<Bundle>(Bundle::Find(request.bundle));
     FileJournal journal;
     const PreferencesRequest preferences{.file = {}, .settings = {}, .sequence = request.sequence};
     const auto answer = RunPreferencesDialog(*bundle, preferences, request.dialog, request.output, journal);
-    const bool replace = request.force || WasSavedTo(request.output, journal);
+    // What is there is to be replaced by now.
+    const bool replace =
+        exists || request.replacing == Replacing::kYes || WasSavedTo(request.output, journal);
     return FinishDialog(bundle, answer, request.dialog, request.output, journal, replace);
 }
 

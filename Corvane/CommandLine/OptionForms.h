@@ -8,10 +8,19 @@
 
 #include <CLI/CLI.hpp>
 
+#include "Engine/FramePlace.h"
 #include "Engine/NumberPair.h"
+#include "Replacing.h"
 
 // Forms that options of several subcommands have. Main thread.
 namespace corvane::commandline {
+
+/// Frames per second that are usual; a shell offers them.
+inline constexpr const char* kUsualRates[] = {"24000/1001", "24", "25",  "30000/1001",  "30", "50",
+                                              "60000/1001", "60", "100", "120000/1001", "120"};
+
+/// The kinds of files that have a schema, the usual one first.
+inline constexpr const char* kSchemaKinds[] = {"clip", "project", "sweep"};
 
 /// Adds an option that takes two numbers in one argument. `take` gets them, and may refuse them by false; the
 /// sentence that refuses something else tells what is expected.
@@ -35,6 +44,28 @@ void AddRange(CLI::App& command, const char* name, const char* about, Take take)
                 take(first, last.value_or(first));
                 return first <= last.value_or(first);
             });
+}
+
+/// Adds an option that takes frames of a clip, by numbers or times.
+inline void AddFrames(CLI::App& command, const char* about, std::optional<FrameSpan>& frames) {
+    const auto read = [&frames](const std::string& text) {
+        frames = ReadFrameSpan(text);
+        if (!frames)
+            throw CLI::ValidationError("--frames",
+                                       "'" + text + "' is not understood; write " + kFrameSpanForms);
+    };
+    command.add_option_function<std::string>("--frames", read, about)->type_name("FIRST:LAST");
+}
+
+/// Adds `-y` and `-n`, which say what becomes of files that exist.
+inline void AddReplacing(CLI::App& command, Replacing& replacing, const char* names, const char* about) {
+    CLI::Option* const yes = command.add_flag_function(
+        names, [&replacing](std::int64_t) { replacing = Replacing::kYes; }, about);
+    command
+        .add_flag_function(
+            "-n,--keep", [&replacing](std::int64_t) { replacing = Replacing::kNo; },
+            "Keep files that exist, and fail")
+        ->excludes(yes);
 }
 
 /// Adds an option that takes a number. A range holds whatever is neither below nor above it: what is no

@@ -48,8 +48,8 @@ std::vector<CLI::Option*> AddPlanOptions(CLI::App& command, Plan& plan) {
         command
             .add_option_function<std::string>(
                 "--codec", [&plan](const std::string& codecs) { AddAxis(plan, "codec", codecs); },
-                "Codecs, as for render; the same as --vary codec=NAME,...")
-            ->type_name("NAME,..."),
+                "Codecs, as for render; the same as --vary codec=CODEC,...")
+            ->type_name("CODEC,..."),
         command.add_flag("--zip", plan.zip, "First values with first values, instead of all combinations")};
 }
 
@@ -61,6 +61,7 @@ void AddSlurmOptions(CLI::App& command, SweepRequest& request) {
         ->needs(slurm);
     AddNumber(command, "--task-seconds", "What a task takes at least (default: 60)", CLI::Range(0.0, 1e6),
               [&request](double seconds) { request.slurmOptions.taskSeconds = seconds; })
+        ->type_name("SECONDS")
         ->needs(slurm);
     command
         .add_option("--sbatch", request.slurmOptions.sbatch,

@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "Failure.h"
+#include "SettingsCheck.h"
 #include "TextFile.h"
 #include "lumcore.h"
 
@@ -251,6 +252,30 @@ Project LoadProject(const fs::path& path) {
 
 std::string SaveProject(const Project& project, const fs::path& path) {
     return WriteTextFile(path, WriteProject(project, fs::absolute(path).parent_path()));
+}
+
+nlohmann::ordered_json ProjectSchema() {
+    constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max();
+    const Json text{{"type", "string"}};
+    Json sequence = ClosedObject(Json::object()), clip = ClosedObject({{"name", text}});
+    const ClipFormat usual;
+    VisitSequence(usual, [&](const char* key, std::uint32_t) {
+        sequence["properties"][key] = {{"type", "integer"}, {"minimum", 0}, {"maximum", kMost}};
+        sequence["required"].push_back(key);
+    });
+    sequence["description"] = "What new clips begin with: a rate of scale / sampleSize frames a second";
+    clip["properties"]["file"] = {
+        {"type", "string"}, {"minLength", 1}, {"description", "A settings file, from the project's folder"}};
+    clip["properties"]["settings"] = {{"type", "string"},
+                                      {"contentMediaType", "application/json"},
+                                      {"description", "The text of settings that have no file"}};
+    clip["oneOf"] = {{{"required", {"file"}}}, {{"required", {"settings"}}}};
+    Json schema = SchemaHead("A project (.cvproj)");
+    schema.update(ClosedObject({{"format", {{"const", kFormatName}}},
+                                {"version", {{"const", kVersion}}},
+                                {"sequence", sequence},
+                                {"clips", {{"type", "array"}, {"items", clip}}}}));
+    return schema;
 }
 
 } // namespace corvane

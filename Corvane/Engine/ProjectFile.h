@@ -3,6 +3,8 @@
 #include <filesystem>
 #include <string>
 
+#include <nlohmann/json_fwd.hpp>
+
 #include "Project.h"
 
 namespace corvane {
@@ -28,5 +30,8 @@ Project LoadProject(const std::filesystem::path& path);
 /// Saves a project file, whole or not at all. Returns what could not be kept of an older file, as a clause,
 /// or nothing. Throws `Failure`, and an older file is as it was then.
 [[nodiscard]] std::string SaveProject(const Project& project, const std::filesystem::path& path);
+
+/// The JSON schema (draft 2020-12) of project files as they are written. Reading passes unknown members over.
+nlohmann::ordered_json ProjectSchema();
 
 } // namespace corvane

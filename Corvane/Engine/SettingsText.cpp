@@ -1,9 +1,9 @@
 #include "SettingsText.h"
 
-#include <iterator>
 #include <type_traits>
 #include <utility>
 
+#include "SettingsMembers.h"
 #include "lumcore.h"
 
 namespace corvane {
@@ -11,31 +11,6 @@ namespace corvane {
 namespace {
 
 using namespace lumcore::serialization;
-
-/// Calls `visit(key, part, member)` for every member of settings. A member with a part is one of an object's.
-template <class Settings, class Visit>
-void VisitMembers(Settings& settings, const Visit& visit) {
-    const auto visitColor = [&](const char* key, auto& color) {
-        constexpr const char* kParts[] = {"mBluePart", "mGreenPart", "mRedPart", "mAlphaPart"};
-        for (std::size_t i = 0; i < std::size(kParts); ++i) visit(key, kParts[i], color[i]);
-    };
-    visit("mPixelFormat", nullptr, settings.pixelFormat);
-    visit("mFrameWidth", nullptr, settings.size.width);
-    visit("mFrameHeight", nullptr, settings.size.height);
-    visit("mFramePAR", "numerator", settings.aspect.numerator);
-    visit("mFramePAR", "denominator", settings.aspect.denominator);
-    visit("mFieldType", nullptr, settings.fieldType);
-    visit("mRenderFormat", nullptr, settings.renderFormat);
-    visit("mVideoFrameRate", "ticksperframe", settings.ticksPerFrame);
-    visit("mVideoDuration", "ticks", settings.durationTicks);
-    visitColor("mUpperFieldColor", settings.upper);
-    visitColor("mLowerFieldColor", settings.lower);
-    // So they are spelled in all files.
-    visitColor("mTopGradiantColorStart", settings.topStart);
-    visitColor("mTopGradiantColorEnd", settings.topEnd);
-    visitColor("mBottomGradiantColorStart", settings.bottomStart);
-    visitColor("mBottomGradiantColorEnd", settings.bottomEnd);
-}
 
 /// The member of that name; empty if there is none.
 ValuePtr MemberOf(const ValuePtr& value, const char* key) {
@@ -51,13 +26,13 @@ void Take(const Value& value, Number& number) {
         number = static_cast<Number>(*natural);
     else if (const auto* const integer = boost::any_cast<std::int64_t>(&value))
         number = static_cast<Number>(*integer);
-    else if (const auto* const real = boost::any_cast<double>(&value); real && std::is_same_v<Number, float>)
+    else if (const auto* const real = boost::any_cast<double>(&value); real && kIsFraction<Number>)
         number = static_cast<Number>(*real);
 }
 
 template <class Number>
 Value JSONOf(Number number) {
-    if constexpr (std::is_floating_point_v<Number>) return static_cast<double>(number);
+    if constexpr (kIsFraction<Number>) return static_cast<double>(number);
     if constexpr (std::is_unsigned_v<Number>) return static_cast<std::uint64_t>(number);
     return static_cast<std::int64_t>(number);
 }
@@ -66,13 +41,13 @@ Value JSONOf(Number number) {
 
 ClipSettings ReadSettings(const std::string& text) {
     ValuePtr tree = JSONParse(reinterpret_cast<const unsigned char*>(text.c_str()));
-    if (const ValuePtr wrapped = MemberOf(tree, "SerializerWrappedObject")) tree = wrapped;
+    if (const ValuePtr wrapped = MemberOf(tree, kSettingsWrapper)) tree = wrapped;
     ClipSettings settings;
-    VisitMembers(settings, [&](const char* key, const char* part, auto& member) {
-        ValuePtr value = MemberOf(tree, key);
-        if (part != nullptr && value) {
+    VisitMembers(settings, [&](const SettingsMember& place, auto& member) {
+        ValuePtr value = MemberOf(tree, place.key);
+        if (place.part != nullptr && value) {
             member = {}; // of an object that is there, a missing part is 0
-            value = MemberOf(value, part);
+            value = MemberOf(value, place.part);
         }
         if (value) Take(*value, member);
     });
@@ -90,10 +65,10 @@ bool IsOpaque(const ClipSettings& settings) {
 std::string WriteSettings(const ClipSettings& settings) {
     Value tree = Object();
     const auto& members = boost::any_cast<const Object&>(tree);
-    VisitMembers(settings, [&](const char* key, const char* part, auto member) {
-        if (part == nullptr) return AddToObject(tree, key, JSONOf(member));
-        if (!GetVariantInObject(members, key)) AddToObject(tree, key, Value(Object()));
-        AddToObject(*GetVariantInObject(members, key), part, JSONOf(member));
+    VisitMembers(settings, [&](const SettingsMember& place, auto member) {
+        if (place.part == nullptr) return AddToObject(tree, place.key, JSONOf(member));
+        if (!GetVariantInObject(members, place.key)) AddToObject(tree, place.key, Value(Object()));
+        AddToObject(*GetVariantInObject(members, place.key), place.part, JSONOf(member));
     });
     return GetJSONUTF8String(tree, false);
 }

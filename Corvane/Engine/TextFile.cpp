@@ -1,7 +1,11 @@
 #include "TextFile.h"
 
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <span>
+
+#include <unistd.h>
 
 #include <fmt/format.h>
 
@@ -24,6 +28,22 @@ std::string ReadTextFile(const std::filesystem::path& path) {
     } catch (const FileError& error) {
         throw Failure(fmt::format("{}: {}{}{}.", path.string(), error.what(),
                                   error.GetRemedy().empty() ? "" : "; ", error.GetRemedy()));
+    }
+}
+
+std::string ReadTextInput() {
+    std::string text;
+    std::string part(std::size_t{1} << 16, '\0');
+    for (;;) {
+        const ssize_t count = ::read(STDIN_FILENO, part.data(), part.size());
+        if (count == 0) return text;
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0)
+            throw Failure(fmt::format("standard input: it can't be read ({}).", std::strerror(errno)));
+        text.append(part, 0, static_cast<std::size_t>(count));
+        if (text.size() > kMostBytes)
+            throw Failure(
+                fmt::format("standard input: there are more than the {} bytes that are read.", kMostBytes));
     }
 }
 

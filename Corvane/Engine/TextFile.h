@@ -12,6 +12,10 @@ namespace corvane {
 /// thread.
 std::string ReadTextFile(const std::filesystem::path& path);
 
+/// The text that comes from standard input until that ends. Throws `Failure`, also if it has more than 64
+/// MiB. One thread.
+std::string ReadTextInput();
+
 /// Makes `text` all that is in the file at `path`, as `AtomicFile` replaces files: never half of it. A new
 /// file gets the permissions `mode`, as far as the process gives them. Returns what could not be kept of an
 /// older file, as a clause, or nothing. Throws `Failure`, whose sentence names the file and says why, what

@@ -20,6 +20,7 @@ namespace corvane::commandline {
 #define STAND_IN(name) int Run##name(const name##Request&) { return kExitDone; }
 STAND_IN(Info); STAND_IN(Render); STAND_IN(Sweep); STAND_IN(New); STAND_IN(Edit);
 STAND_IN(Compare); STAND_IN(Formats); STAND_IN(Desktop); STAND_IN(Validate); STAND_IN(Checks);
+STAND_IN(Schema); STAND_IN(Codecs);
 // clang-format on
 void PrintError(std::string_view) {}
 

@@ -73,10 +73,10 @@ std::string WriteAspect(const MemberSpec& spec) {
     return fmt::format("{}:{}", aspect.numerator, aspect.denominator);
 }
 
-std::string ReadRate(std::string_view word, MemberSpec& spec) {
-    const auto pair = ReadPair(word, {'/', 1, kMost32, true});
-    if (!pair) return "write N/D or one whole number, such as 30000/1001 or 25";
-    const auto ticks = WholeQuotient(kTicksPerSecond, pair->second.value_or(1), pair->first);
+std::string ReadRateWord(std::string_view word, MemberSpec& spec) {
+    const auto pair = ReadRate(word);
+    if (!pair) return "write N/D or one number, such as 30000/1001, 29.97 or 25";
+    const auto ticks = WholeQuotient(kTicksPerSecond, *pair->second, pair->first);
     if (!ticks)
         return fmt::format(
             "choose a rate whose frames last a whole number of the {} ticks of a second, such as "
@@ -286,7 +286,7 @@ constexpr AxisRow kRows[] = {
     {"name", "the clip's name, which is the base's unless it is varied", false, ReadName, WriteName},
     {"size", "width and height: 720x576", true, ReadSize, WriteSize},
     {"par", "pixel aspect ratio: 16:15", true, ReadAspect, WriteAspect},
-    {"rate", "frames a second: 25, 30000/1001", true, ReadRate, WriteRate},
+    {"rate", "frames a second: 25, 30000/1001", true, ReadRateWord, WriteRate},
     {"fields", "progressive, upper, lower", true, ReadFields, WriteFields},
     {"format", "pixel format: bgra, v210", true, ReadFormat, WriteFormat},
     {"mode", "colors, gradient", true, ReadMode, WriteMode},

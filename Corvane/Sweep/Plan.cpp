@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <iterator>
 #include <stdexcept>
+#include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
+#include "Axes.h"
 #include "Engine/Failure.h"
+#include "Engine/SettingsCheck.h"
 #include "Engine/TextFile.h"
 
 namespace corvane {
@@ -18,7 +22,23 @@ namespace fs = std::filesystem;
 using JSON = nlohmann::ordered_json;
 
 constexpr std::int64_t kVersion = 1;
-constexpr const char* kKeys[] = {"version", "base", "axes", "zip", "output", "split"};
+
+// The keys of a plan, with what its schema says of each.
+constexpr struct {
+    const char* name;
+    const char* schema;
+    bool required = false;
+} kKeys[] = {
+    {"version", "{}", true},
+    {"base", R"({"type": "string", "description": "The settings file that members differ from"})", true},
+    {"axes", R"({"type": "array", "description": "The last one changes fastest"})"},
+    {"zip", R"({"type": "boolean",
+                "description": "First values with first values, instead of all combinations"})"},
+    {"output", R"({"type": "string", "description": "What outputs are called, with axes in braces"})", true},
+    {"split", R"({"type": "integer", "minimum": 1,
+                  "description": "How many parts the one clip of the family is made in"})"},
+};
+using Key = std::remove_cvref_t<decltype(kKeys[0])>;
 
 fs::path Whole(const fs::path& path) {
     return fs::absolute(path).lexically_normal();
@@ -61,9 +81,12 @@ void CheckKeys(const JSON& tree) {
             fmt::format("it is of version {}, and this program reads {}; use the newer program",
                         version.dump(), kVersion));
     for (const auto& [key, value] : tree.items())
-        if (std::ranges::find(kKeys, key) == std::end(kKeys))
+        if (std::ranges::find(kKeys, key, &Key::name) == std::end(kKeys)) {
+            std::vector<std::string_view> names;
+            for (const Key& row : kKeys) names.emplace_back(row.name);
             throw std::invalid_argument(
-                fmt::format("there is no key '{}'; choose some of {}", key, fmt::join(kKeys, ", ")));
+                fmt::format("there is no key '{}'; choose some of {}", key, fmt::join(names, ", ")));
+        }
 }
 
 Plan PlanOf(const JSON& tree, const fs::path& folder) {
@@ -112,6 +135,23 @@ std::string SavePlan(const Plan& plan, const fs::path& file) {
         throw Failure(
             fmt::format("{}: a name in the plan is not valid UTF-8; choose another one", file.string()));
     }
+}
+
+std::string PlanSchema() {
+    JSON schema = SchemaHead("A plan of synthex sweep");
+    schema["type"] = "object";
+    schema["required"] = JSON::array();
+    for (const Key& key : kKeys) {
+        schema["properties"][key.name] = JSON::parse(key.schema);
+        if (key.required) schema["required"].push_back(key.name);
+    }
+    schema["additionalProperties"] = false;
+    schema["properties"]["version"] = {{"const", kVersion}};
+    JSON names = JSON::array();
+    for (const AxisRow& row : AxisTable()) names.push_back({{"const", row.name}, {"description", row.about}});
+    const JSON values{{"type", "array"}, {"minItems", 1}, {"items", {{"type", {"string", "integer"}}}}};
+    schema["properties"]["axes"]["items"] = ClosedObject({{"name", {{"oneOf", names}}}, {"values", values}});
+    return schema.dump(2);
 }
 
 } // namespace corvane

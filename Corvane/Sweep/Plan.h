@@ -36,4 +36,7 @@ Plan ReadPlan(const std::filesystem::path& file);
 /// Returns what could not be kept of an older file, as a clause, or nothing. Throws `Failure`. Any thread.
 [[nodiscard]] std::string SavePlan(const Plan& plan, const std::filesystem::path& file);
 
+/// The JSON schema (draft 2020-12) of plan files, as a text. Any thread.
+std::string PlanSchema();
+
 } // namespace corvane

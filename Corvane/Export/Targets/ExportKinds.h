@@ -59,6 +59,12 @@ struct ExportKind {
     bool TakesCodec() const { return writer != ExportWriter::kPng && !TakesNative(); }
 };
 
+/// An option of an encoder that matters.
+struct CodecOption {
+    const char* name;
+    const char* about;
+};
+
 /// A codec of libav that goes by a name of ours.
 struct ExportCodec {
     const char* name;    ///< as in `ExportOptions::codec`
@@ -68,6 +74,11 @@ struct ExportCodec {
     int leastBits = 8; ///< the same; more than the frames need if few programs read fewer
     /// How the window offers the codec. Rows without an id are empty.
     ExportChoice choices[kMostChoicesPerRow] = {};
+    const char* about = "";   ///< what it is good for, a sentence without a full stop
+    const char* format = "";  ///< a kind of file that it goes into
+    const char* example = ""; ///< as in `ExportOptions::codec`, with options
+    /// Rows without a name are empty.
+    CodecOption options[kMostChoicesPerRow] = {};
 };
 
 /// What a person can set of H.264. The defaults are those of every export.

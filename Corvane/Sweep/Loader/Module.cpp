@@ -11,6 +11,7 @@ class Module final : public SweepModule {
     std::string Save(const Plan& plan, const std::filesystem::path& file) const override {
         return SavePlan(plan, file);
     }
+    std::string Schema() const override { return PlanSchema(); }
     void List(const Plan& plan, const std::shared_ptr<Bundle>& bundle, bool json,
               const std::function<void(const std::string&)>& print) const override {
         if (plan.split > 0)

@@ -25,6 +25,8 @@ class SweepModule {
     virtual Plan Read(const std::filesystem::path& file) const = 0;
     /// `SavePlan`.
     [[nodiscard]] virtual std::string Save(const Plan& plan, const std::filesystem::path& file) const = 0;
+    /// `PlanSchema`.
+    virtual std::string Schema() const = 0;
     /// `ListFamily` of what `OpenFamily` makes of the plan, or of its parts if the plan splits its clip.
     virtual void List(const Plan& plan, const std::shared_ptr<Bundle>& bundle, bool json,
                       const std::function<void(const std::string&)>& print) const = 0;

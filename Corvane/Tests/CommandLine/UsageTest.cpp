@@ -21,6 +21,8 @@ TEST(Usage, HelpTeachesByExample) {
                                      {"new"},
                                      {"edit"},
                                      {"formats"},
+                                     {"codecs"},
+                                     {"schema"},
                                      {"validate"}}) {
         Arguments arguments = command;
         arguments.push_back("--help");
@@ -66,7 +68,7 @@ TEST(Usage, WrongUsageIsExitStatusTwoAndNamesTheRemedy) {
         {{"new", "x", "--par", "1/1"}, "N:D"},
         {{"new", "x", "--par", "4294967296:1"}, "N:D"},
         {{"new", "x", "--rate", "25/0"}, "N/D"},
-        {{"new", "x", "--rate", "29.97"}, "N/D"},
+        {{"new", "x", "--rate", "29.9.7"}, "N/D"},
         {{"new", "x", "--do", "=1"}, "ID=VALUE"},
         {{"new", "x", "--answer", "maybe"}, "save=PATH"},
         {{"validate", "--time-limit", "0"}, "--time-limit"},

@@ -46,6 +46,7 @@ TEST(Axes, WordsAreWrittenInOneWay) {
         {"par", "32:30", "16:15"},
         {"rate", "50/2", "25"},
         {"rate", "24000/1001", "24000/1001"},
+        {"rate", "29.97", "30000/1001"},
         {"fields", "lower", "lower"},
         {"format", "BGra", "BGra"},
         {"format", "V210_422_10u_601", "v210"},
@@ -96,7 +97,7 @@ TEST(Family, RefusesByASentenceThatSaysWhatToWrite) {
     using Axes = std::vector<Plan::Axis>;
     const std::tuple<Axes, const char*, bool, const char*> kRows[] = {
         {{{"speed", {"1"}}}, "a.mkv", false, "no axis 'speed'; choose some of name, size, par, rate, fields"},
-        {{{"rate", {"29.97"}}}, "a.mkv", false, "rate '29.97' is not understood; write N/D"},
+        {{{"rate", {"29,97"}}}, "a.mkv", false, "rate '29,97' is not understood; write N/D"},
         {{{"rate", {"2997/100"}}}, "a.mkv", false, "such as 24000/1001"},
         {{{"fields", {"top"}}}, "a.mkv", false, "choose progressive, upper or lower"},
         {{{"format", {"bgr"}}}, "a.mkv", false, "choose one of bgra, vuya"},

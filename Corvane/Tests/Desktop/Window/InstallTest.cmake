@@ -36,7 +36,9 @@ endforeach()
 
 set(share ${WORK}/moved/share)
 foreach(file applications/synthex.desktop mime/packages/synthex.xml icons/hicolor/scalable/apps/synthex.svg
-             icons/hicolor/256x256/apps/synthex.png doc/synthex/UserGuide.md)
+             icons/hicolor/256x256/apps/synthex.png doc/synthex/UserGuide.md
+             doc/synthex/synthex.schema.json man/man1/synthex.1 man/man1/synthex-render.1 man/man5/synthex.5
+             bash-completion/completions/synthex zsh/site-functions/_synthex fish/vendor_completions.d/synthex.fish)
     if(NOT EXISTS ${share}/${file})
         message(FATAL_ERROR "${file} is not installed")
     endif()
