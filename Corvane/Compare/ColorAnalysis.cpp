@@ -95,6 +95,12 @@ void ColorAnalysis::Add(const PictureRows& rows, const VideoTags& tags, const Pl
     if (mOffFrames.Get().size() < kMostRanges) mOffFrames.Add(frame);
 }
 
+void ColorAnalysis::AddPrint(const PrintLevels& print) {
+    mPrint.black += print.black;
+    mPrint.white += print.white;
+    ++mPrints;
+}
+
 // Rows of one field, if the clip has fields, as many as share a row of chroma; all along the picture, others
 // in every picture.
 std::vector<ColorAnalysis::Unit> ColorAnalysis::ChooseUnits(const PictureRows& rows,

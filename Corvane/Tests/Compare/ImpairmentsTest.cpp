@@ -232,11 +232,19 @@ const Impairment kColors[] = {
     {kAlpha, "-vf format=gbrap,premultiply=inplace=1" FFV1, "color.alpha"},
     {kAlpha, "-vf format=yuv444p" FFV1, "color.alpha"},
     {kHD, "-vf lutyuv=y='clip(val\\,16\\,100)'" FFV1, "color.clipped"},
+    // Two colors alone don't tell cut levels: the number's black and white do.
+    {kPAL, "-vf lutyuv=y='clip(val\\,16\\,80)'" FFV1, "color.clipped"},
+    {kNTSC, "-vf lutyuv=y='clip(val\\,95\\,235)'" FFV1, "color.clipped"},
+    {kTenBit,
+     "-vf format=gbrp,lutrgb='r=clip(val\\,40\\,200):g=clip(val\\,40\\,200):b=clip(val\\,40\\,200)'" FFV1,
+     "color.clipped"},
+    {kTenBit, "-vf lutyuv=y='clip(val\\,64\\,250)'" FFV1, "color.error"}, // the number can't be read
     {kDeep, "-vf format=yuv422p,format=yuv422p10" FFV1, "color.depth"},
     {kHD, "-vf lutyuv=y='val+12'" FFV1, "color.error"},
     {kPAL, "-vf lutyuv=y='val+12'" FFV1, "color.error"},
     {kHD, "-vf \"format=gbrp,colorchannelmixer=rr=0:rb=1:br=1:bb=0:enable='between(n,10,20)'\"" FFV1,
      "color.channels"},
+    {kHD, "-vf \"hue=h=40:enable='between(n,8,14)'\"" FFV1, "color.error"},
     {kHD, "-vf setparams=colorspace=bt470bg" FFV1, "tags.matrix"},
     {kHD, "-vf setparams=range=pc -color_range pc" FFV1, "tags.range"},
 };
@@ -278,6 +286,9 @@ const Impairment kGStreamer[] = {
     {kPAL, "! deinterlace fields=top" Y4M, "fields.dropped"},
     {kNTSC, "! deinterlace fields=all" Y4M, "fields.dropped"},
     {kNTSC, "! deinterlace method=scalerbob" Y4M, "fields.dropped"},
+    // These leave rows of the other field a little of their own color.
+    {kPAL, "! deinterlace method=greedyl fields=top" Y4M, "fields.dropped"},
+    {kNTSC, "! deinterlace method=greedyh" Y4M, "fields.dropped"},
     {kPAL, "! deinterlace method=linearblend" Y4M, "fields.blended"},
     {kPAL, "! deinterlace method=linearblend fields=top" Y4M, "fields.blended"},
     {kHD, "! videobalance saturation=0" Y4M, "color.channels"},
@@ -326,6 +337,7 @@ TEST_P(Transcoded, GivesNoFinding) {
                              fmt::format("{} -c:v libx264 -preset veryfast -crf {} mp4", fields, crf));
     if (clip.fieldType == 0)
         transcodes.push_back(chroma + " -c:v libx265 -preset ultrafast -x265-params log-level=error mp4");
+    if (clip.alpha < 1) transcodes.push_back(" -pix_fmt yuva420p -auto-alt-ref 0 -c:v libvpx webm");
     if (std::string(clip.size) == "720x576") transcodes.push_back(chroma + fields + " -c:v dvvideo dv");
     if (std::string(clip.size) == "720x480" && clip.ticksPerFrame == k2997)
         transcodes.push_back(" -vf scale=interl=1,format=yuv411p" + fields + " -c:v dvvideo dv");
