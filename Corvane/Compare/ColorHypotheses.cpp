@@ -174,7 +174,8 @@ bool CutsSome(const Bounds& bounds, std::size_t planes, const std::vector<ColorS
     return cut * 20 > samples.size() && span > kSpan * step;
 }
 
-ColorHypothesis Clipping(const char* name, double least, double most, std::function<Color(const Color&)> change) {
+ColorHypothesis Clipping(const char* name, double least, double most,
+                         std::function<Color(const Color&)> change) {
     const std::string found = fmt::format("{:.0f} to {:.0f}", least, most);
     ColorHypothesis clipping{"color.clipped", "", found,
                              fmt::format("levels were cut ({} has {})", name, found), std::move(change)};

@@ -33,10 +33,10 @@ struct PrintLevels {
 
 /// What can be said of a clip's samples by its export and by the video's tags.
 struct CodingFacts {
-    SampleCoding told;         ///< how viewers take the samples
-    int exported = kMatrix709; ///< the matrix that an export of the clip has; its range is limited
-    bool saysMatrix = false;   ///< whether the video has such a tag
-    bool alpha = false;        ///< whether the video has an alpha plane
+    SampleCoding told;                  ///< how viewers take the samples
+    int exported = kMatrix709;          ///< the matrix that an export of the clip has; its range is limited
+    bool saysMatrix = false;            ///< whether the video has such a tag
+    bool alpha = false;                 ///< whether the video has an alpha plane
     std::optional<PrintLevels> print{}; ///< of clips whose numbers were read
 };
 
@@ -53,8 +53,8 @@ std::vector<ColorHypothesis> FixedHypotheses(const CodingFacts& facts);
 std::vector<ColorHypothesis> FittedHypotheses(const CodingFacts& facts,
                                               const std::vector<ColorSample>& samples);
 
-/// Levels that are cut, of samples of few colors: those to which black and white were cut tell them, as far as
-/// they are known. Throws `std::bad_alloc`. Any thread.
+/// Levels that are cut, of samples of few colors: those to which black and white were cut tell them, as far
+/// as they are known. Throws `std::bad_alloc`. Any thread.
 std::vector<ColorHypothesis> CutHypotheses(const CodingFacts& facts, const std::vector<ColorSample>& samples);
 
 } // namespace corvane

@@ -79,8 +79,7 @@ FieldAnalysis::Look FieldAnalysis::LookOf(const Measured& measured) {
 // Whether chroma is of both fields in every row, or of one alone: chroma that is neither is of wrong colors.
 bool FieldAnalysis::MixesChroma(const Measured& chroma) {
     const Look look = LookOf(chroma);
-    if (IsOneField(look))
-        return std::min(std::abs(chroma.middle), std::abs(chroma.middle - 1.0)) < 0.15;
+    if (IsOneField(look)) return std::min(std::abs(chroma.middle), std::abs(chroma.middle - 1.0)) < 0.15;
     return look == Look::kBlended || look == Look::kSwapped;
 }
 

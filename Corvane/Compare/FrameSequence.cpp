@@ -48,7 +48,7 @@ std::optional<std::int64_t> FrameSequence::Whole(const FrameReading& reading) co
     const auto isNear = [&](std::int64_t other) {
         return reading.margin > 0.3 && std::abs(*frame - static_cast<double>(other)) < tolerance;
     };
-    if (isNear(next)) return next;
+    if (isNear(next)) return std::clamp<std::int64_t>(next, 0, mClipFrames - 1);
     if (mLast && isNear(*mLast)) return *mLast;
     const std::int64_t nearest = std::llround(*frame);
     return reading.margin > 0 ? std::clamp<std::int64_t>(nearest, 0, mClipFrames - 1) : nearest;

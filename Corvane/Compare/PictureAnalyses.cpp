@@ -73,8 +73,8 @@ PictureAnalyses::PictureAnalyses(const Clip& clip, const VideoFacts& video, cons
     : mExpected(expected), mGradients(MakeGradients(expected, clip, video, first)),
       mPlaces(clip.Info().format, video),
       mTimeline(FactsOfTimeline(clip, video, frames, clip.Info().format.Interlaced() || mGradients)),
-      mFields(expected.Facts(), video), mUntoldFields(expected.Facts(), video), mColors(expected.Facts(), video, tolerance),
-      mUntoldColors(expected.Facts(), video, tolerance) {
+      mFields(expected.Facts(), video), mUntoldFields(expected.Facts(), video),
+      mColors(expected.Facts(), video, tolerance), mUntoldColors(expected.Facts(), video, tolerance) {
     if (clip.Info().format.Interlaced()) mNumbers.emplace(expected.Facts().size);
 }
 
@@ -140,7 +140,8 @@ void PictureAnalyses::AddColors(const VideoPicture& picture, const FrameReading&
     if (!frame) return;
     mUntold += !isTold;
     mExpectedRows.Read(mExpected.Rows(*frame), mExpected.Facts());
-    const FieldShares shares = (isTold ? mFields : mUntoldFields).Add(mRows, reading, picture.order, placement, mExpectedRows);
+    const FieldShares shares =
+        (isTold ? mFields : mUntoldFields).Add(mRows, reading, picture.order, placement, mExpectedRows);
     const auto add = [&](ColorAnalysis& colors) {
         colors.Add(mRows, picture.tags, placement, *frame, mExpectedRows, shares);
     };

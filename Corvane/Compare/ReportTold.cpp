@@ -6,7 +6,6 @@
 
 #include <fmt/format.h>
 
-
 #include "ReportChart.h"
 
 namespace corvane {
@@ -32,8 +31,8 @@ std::string Bars(const Finding& finding) {
         drawn += fmt::format("<rect x='{}' y='{}' width='{:.1f}' height='{}' fill='{}'/>"
                              "<g fill='#888'><text x='{}' y='{}' text-anchor='end'>{}</text>"
                              "<text x='{:.1f}' y='{}'>{}</text></g>",
-                             kLeft, top, std::max(length, 1.0), kHigh, kColors[i], kLeft - 8, top + 14, kNames[i],
-                             kLeft + length + 8, top + 14, *texts[i]);
+                             kLeft, top, std::max(length, 1.0), kHigh, kColors[i], kLeft - 8, top + 14,
+                             kNames[i], kLeft + length + 8, top + 14, *texts[i]);
     }
     return SVG(kLeft + kLongest + kText, 2 * kStep + 4, drawn);
 }
@@ -46,12 +45,13 @@ std::string Shapes(const Finding& finding, Size size) {
     for (std::size_t i = 0; i < 2; ++i) {
         const double width = std::clamp(kHigh * size.width * finding.amounts[i] / size.height, 10.0, 1000.0);
         const double stretched = finding.amounts[i] / finding.amounts[0];
-        drawn += fmt::format("<g fill='none' stroke='{0}' stroke-width='2'><rect x='{1:.1f}' y='2' "
-                             "width='{2:.1f}' height='{3}'/><ellipse cx='{4:.1f}' cy='{5}' rx='{6:.1f}' ry='{7}'/></g>"
-                             "<text x='{4:.1f}' y='{8}' text-anchor='middle' fill='#888'>{9}: {10}</text>",
-                             kColors[i], left, width, kHigh, left + width / 2, 2 + kHigh / 2,
-                             std::min(0.4 * kHigh * stretched, width / 2), 0.4 * kHigh, kHigh + 20, kNames[i],
-                             i == 0 ? finding.expected : finding.found);
+        drawn += fmt::format(
+            "<g fill='none' stroke='{0}' stroke-width='2'><rect x='{1:.1f}' y='2' "
+            "width='{2:.1f}' height='{3}'/><ellipse cx='{4:.1f}' cy='{5}' rx='{6:.1f}' ry='{7}'/></g>"
+            "<text x='{4:.1f}' y='{8}' text-anchor='middle' fill='#888'>{9}: {10}</text>",
+            kColors[i], left, width, kHigh, left + width / 2, 2 + kHigh / 2,
+            std::min(0.4 * kHigh * stretched, width / 2), 0.4 * kHigh, kHigh + 20, kNames[i],
+            i == 0 ? finding.expected : finding.found);
         left += width + kGap;
     }
     return SVG(left, kHigh + 28, drawn);

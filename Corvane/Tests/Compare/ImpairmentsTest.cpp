@@ -40,6 +40,7 @@ const TestClip kHD{"hd", "960x720", "4:3", k25, 0, true, 0x61726762, 1, 24, "yuv
 const TestClip kFloat{"float", "640x360", "1:1", k23976, 0, true, 0x61724742, 1, 24, "yuv444p10"};
 const TestClip kDeep{"deep", "480x1024", "1:1", k25, 0, true, 0x31313276, 1, 24, "yuv422p10"};
 const TestClip kAlpha{"alpha", "320x240", "1:1", k25, 0, true, 0x61726762, 0.25, 24, "bgra"};
+const TestClip kSlow{"slow", "320x240", "1:1", k25, 0, true, 0x61726762, 0.25, 100, "bgra"};
 const TestClip kAlike{"alike", "320x240", "1:1", k25, 0, false, 0x41595556, 1, 24, "yuv444p"};
 
 std::string Settings(const TestClip& clip) {
@@ -160,6 +161,10 @@ const Impairment kFrames[] = {
      "\"overlay=enable='between(n,0,2)':shortest=1:format=yuv444\"" FFV1,
      "frames.foreign"},
     {kHD, "-f lavfi -i testsrc2=s=960x720:r=25 -map 1 -frames:v 24" FFV1, "frames.missing"},
+    // Where frames are hardly told from their neighbors, the one after the last is none.
+    {kSlow,
+     "-vf \"select='not(between(n,40,49))',setpts=N/25/TB,format=yuva420p\" -auto-alt-ref 0 -c:v libvpx webm",
+     "color.alpha frames.missing"},
 };
 const Impairment kTimes[] = {
     {kFloat, "-vf setpts=N/24/TB -r 24 -c:v ffv1 nut", "time.rate"},
@@ -348,7 +353,8 @@ TEST_P(Transcoded, GivesNoFinding) {
     }
 }
 INSTANTIATE_TEST_SUITE_P(Clips, Transcoded,
-                         testing::Values(kPAL, kNTSC, kFilm, kTenBit, kHD, kFloat, kDeep, kAlpha, kAlike),
+                         testing::Values(kPAL, kNTSC, kFilm, kTenBit, kHD, kFloat, kDeep, kAlpha, kSlow,
+                                         kAlike),
                          [](const auto& clip) { return std::string(clip.param.name); });
 
 } // namespace
