@@ -73,8 +73,8 @@ PictureAnalyses::PictureAnalyses(const Clip& clip, const VideoFacts& video, cons
     : mExpected(expected), mGradients(MakeGradients(expected, clip, video, first)),
       mPlaces(clip.Info().format, video),
       mTimeline(FactsOfTimeline(clip, video, frames, clip.Info().format.Interlaced() || mGradients)),
-      mFields(expected.Facts(), video), mUntoldFields(expected.Facts(), video),
-      mColors(expected.Facts(), video, tolerance), mUntoldColors(expected.Facts(), video, tolerance) {
+      mFields(expected.Facts(), video), mColors(expected.Facts(), video, tolerance),
+      mUntoldColors(expected.Facts(), video, tolerance) {
     if (clip.Info().format.Interlaced()) mNumbers.emplace(expected.Facts().size);
 }
 
@@ -134,14 +134,15 @@ void PictureAnalyses::MeasureColumns(const VideoPicture& picture, const Placemen
 void PictureAnalyses::AddColors(const VideoPicture& picture, const FrameReading& reading,
                                 const Placement& placement) {
     const bool isTold = mTimeline.Frame().has_value();
-    // A number that can't be read here and there is no reason to guess.
+    // A picture whose number alone can't be read is left out.
     const bool guesses = mGradients || mTimeline.Matched() == 0;
     const auto frame = isTold || !guesses ? mTimeline.Frame() : mTimeline.LikelyFrame();
     if (!frame) return;
     mUntold += !isTold;
     mExpectedRows.Read(mExpected.Rows(*frame), mExpected.Facts());
-    const FieldShares shares =
-        (isTold ? mFields : mUntoldFields).Add(mRows, reading, picture.order, placement, mExpectedRows);
+    // Fields of pictures that may be of something else say nothing.
+    FieldShares shares;
+    if (isTold || mGradients) shares = mFields.Add(mRows, reading, picture.order, placement, mExpectedRows);
     const auto add = [&](ColorAnalysis& colors) {
         colors.Add(mRows, picture.tags, placement, *frame, mExpectedRows, shares);
     };
@@ -154,7 +155,7 @@ std::vector<Finding> PictureAnalyses::Findings(bool complete) const {
     const auto add = [&all](std::vector<Finding> more) { std::ranges::move(more, std::back_inserter(all)); };
     add(mPlaces.Findings());
     ColorReport colors = MostlyTold().Report();
-    add((IsMostlyTold() ? mFields : mUntoldFields).Findings(colors.fields));
+    add(mFields.Findings(colors.fields));
     add(std::move(colors.findings));
     KeepCauses(all);
     return all;

@@ -64,10 +64,9 @@ class PictureAnalyses {
     PlacementFinder mPlaces;
     Timeline mTimeline;
     FieldAnalysis mFields;
-    FieldAnalysis mUntoldFields; // of pictures whose frame is known by their times alone
     FieldColors mFieldColors;
     ColorAnalysis mColors;
-    ColorAnalysis mUntoldColors; // likewise
+    ColorAnalysis mUntoldColors; // of pictures whose frame is known by their times alone
     std::int64_t mUntold = 0;
     PictureRows mRows;
     PictureRows mActiveRows; // those that show the frame rather than bars
