@@ -58,6 +58,7 @@ class GradientReader {
     GradientFit FitOther(const GradientRows& seen);
     bool IsForeign(double texture, const GradientRows& seen) const;
     GradientRows Expected(double frame) const;
+    double MarginOf(const GradientFit& fit) const;
     void Learn(const GradientRows& seen);
     void MapKeys();
 
