@@ -11,8 +11,8 @@
 namespace corvane {
 namespace {
 
-constexpr std::array kNames = {"its pictures", "what it says"};
-constexpr std::array kColors = {"#2a7de1", "#d22"};
+constexpr std::array kToldNames = {"its pictures", "what it says"};
+constexpr std::array kToldColors = {"#2a7de1", "#d22"};
 
 std::string SVG(double width, double height, const std::string& drawn) {
     return fmt::format("<svg viewBox='0 0 {0:.0f} {1:.0f}' width='{0:.0f}' height='{1:.0f}' "
@@ -22,7 +22,7 @@ std::string SVG(double width, double height, const std::string& drawn) {
 
 /// Both amounts as bars from 0 on, with their texts.
 std::string Bars(const Finding& finding) {
-    constexpr double kLeft = 90, kLongest = 400, kHigh = 20, kStep = 30, kText = 90;
+    constexpr double kBegin = 90, kLongest = 400, kBarHeight = 20, kStep = 30, kText = 90;
     const std::array texts = {&finding.expected, &finding.found};
     const double most = std::max(finding.amounts[0], finding.amounts[1]);
     std::string drawn;
@@ -31,30 +31,31 @@ std::string Bars(const Finding& finding) {
         drawn += fmt::format("<rect x='{}' y='{}' width='{:.1f}' height='{}' fill='{}'/>"
                              "<g fill='#888'><text x='{}' y='{}' text-anchor='end'>{}</text>"
                              "<text x='{:.1f}' y='{}'>{}</text></g>",
-                             kLeft, top, std::max(length, 1.0), kHigh, kColors[i], kLeft - 8, top + 14,
-                             kNames[i], kLeft + length + 8, top + 14, *texts[i]);
+                             kBegin, top, std::max(length, 1.0), kBarHeight, kToldColors[i], kBegin - 8,
+                             top + 14, kToldNames[i], kBegin + length + 8, top + 14, *texts[i]);
     }
-    return SVG(kLeft + kLongest + kText, 2 * kStep + 4, drawn);
+    return SVG(kBegin + kLongest + kText, 2 * kStep + 4, drawn);
 }
 
 /// A frame with a circle in it, as its pixels were drawn and as they are shown with another aspect.
 std::string Shapes(const Finding& finding, Size size) {
-    constexpr double kHigh = 150, kGap = 24;
+    constexpr double kFrameHeight = 150, kGap = 24;
     double left = 2;
     std::string drawn;
     for (std::size_t i = 0; i < 2; ++i) {
-        const double width = std::clamp(kHigh * size.width * finding.amounts[i] / size.height, 10.0, 1000.0);
+        const double width =
+            std::clamp(kFrameHeight * size.width * finding.amounts[i] / size.height, 10.0, 1000.0);
         const double stretched = finding.amounts[i] / finding.amounts[0];
         drawn += fmt::format(
             "<g fill='none' stroke='{0}' stroke-width='2'><rect x='{1:.1f}' y='2' "
             "width='{2:.1f}' height='{3}'/><ellipse cx='{4:.1f}' cy='{5}' rx='{6:.1f}' ry='{7}'/></g>"
             "<text x='{4:.1f}' y='{8}' text-anchor='middle' fill='#888'>{9}: {10}</text>",
-            kColors[i], left, width, kHigh, left + width / 2, 2 + kHigh / 2,
-            std::min(0.4 * kHigh * stretched, width / 2), 0.4 * kHigh, kHigh + 20, kNames[i],
-            i == 0 ? finding.expected : finding.found);
+            kToldColors[i], left, width, kFrameHeight, left + width / 2, 2 + kFrameHeight / 2,
+            std::min(0.4 * kFrameHeight * stretched, width / 2), 0.4 * kFrameHeight, kFrameHeight + 20,
+            kToldNames[i], i == 0 ? finding.expected : finding.found);
         left += width + kGap;
     }
-    return SVG(left, kHigh + 28, drawn);
+    return SVG(left, kFrameHeight + 28, drawn);
 }
 
 /// The fields of some frames in the order in which the video says that they are to be shown.
@@ -67,9 +68,9 @@ std::string Fields() {
         meant.push_back({double(field), double(field)});
         shown.push_back({double(field), double(field ^ 1)});
     }
-    chart.AddLine(meant, kColors[0], true);
-    chart.AddLine(shown, kColors[1], false);
-    chart.AddDots(shown, kColors[1], 6);
+    chart.AddLine(meant, kToldColors[0], true);
+    chart.AddLine(shown, kToldColors[1], false);
+    chart.AddDots(shown, kToldColors[1], 6);
     return chart.SVG();
 }
 
