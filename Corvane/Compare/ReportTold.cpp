@@ -22,19 +22,20 @@ std::string SVG(double width, double height, const std::string& drawn) {
 
 /// Both amounts as bars from 0 on, with their texts.
 std::string Bars(const Finding& finding) {
-    constexpr double kBegin = 90, kLongest = 400, kBarHeight = 20, kStep = 30, kText = 90;
+    constexpr double kBegin = 90, kLongestBar = 400, kBarHeight = 20, kStep = 30, kText = 90;
     const std::array texts = {&finding.expected, &finding.found};
     const double most = std::max(finding.amounts[0], finding.amounts[1]);
     std::string drawn;
     for (std::size_t i = 0; i < 2; ++i) {
-        const double top = 6 + kStep * static_cast<double>(i), length = kLongest * finding.amounts[i] / most;
+        const double top = 6 + kStep * static_cast<double>(i),
+                     length = kLongestBar * finding.amounts[i] / most;
         drawn += fmt::format("<rect x='{}' y='{}' width='{:.1f}' height='{}' fill='{}'/>"
                              "<g fill='#888'><text x='{}' y='{}' text-anchor='end'>{}</text>"
                              "<text x='{:.1f}' y='{}'>{}</text></g>",
                              kBegin, top, std::max(length, 1.0), kBarHeight, kToldColors[i], kBegin - 8,
                              top + 14, kToldNames[i], kBegin + length + 8, top + 14, *texts[i]);
     }
-    return SVG(kBegin + kLongest + kText, 2 * kStep + 4, drawn);
+    return SVG(kBegin + kLongestBar + kText, 2 * kStep + 4, drawn);
 }
 
 /// A frame with a circle in it, as its pixels were drawn and as they are shown with another aspect.
