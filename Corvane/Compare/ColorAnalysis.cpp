@@ -118,6 +118,8 @@ std::vector<ColorAnalysis::Unit> ColorAnalysis::ChooseUnits(const PictureRows& r
     for (std::uint32_t i = 0; i < chosen; ++i) {
         if (mixed) {
             const std::uint32_t first = top + count * i / chosen, end = top + count * (i + 1) / chosen;
+            // Pictures of very few rows have none for some units.
+            if (first == end) continue;
             units.push_back({first * each, (end - first) * each, first, end - first, 1, Parity::kBoth});
             continue;
         }
