@@ -95,6 +95,12 @@ void ColorAnalysis::Add(const PictureRows& rows, const VideoTags& tags, const Pl
     if (mOffFrames.Get().size() < kMostRanges) mOffFrames.Add(frame);
 }
 
+void ColorAnalysis::AddPrint(const PrintLevels& print) {
+    mPrint.black += print.black;
+    mPrint.white += print.white;
+    ++mPrints;
+}
+
 // Rows of one field, if the clip has fields, as many as share a row of chroma; all along the picture, others
 // in every picture.
 std::vector<ColorAnalysis::Unit> ColorAnalysis::ChooseUnits(const PictureRows& rows,
@@ -112,6 +118,8 @@ std::vector<ColorAnalysis::Unit> ColorAnalysis::ChooseUnits(const PictureRows& r
     for (std::uint32_t i = 0; i < chosen; ++i) {
         if (mixed) {
             const std::uint32_t first = top + count * i / chosen, end = top + count * (i + 1) / chosen;
+            // Pictures of very few rows have none for some units.
+            if (first == end) continue;
             units.push_back({first * each, (end - first) * each, first, end - first, 1, Parity::kBoth});
             continue;
         }

@@ -44,6 +44,9 @@ class ColorAnalysis {
     void Add(const PictureRows& rows, const VideoTags& tags, const Placement& placement, std::int64_t frame,
              const ExpectedRows& expected, const FieldShares& shares);
 
+    /// Takes note of black and white as a picture's number shows them.
+    void AddPrint(const PrintLevels& print);
+
     /// What was done to the colors: at most one finding of the kinds color.*, tags.matrix and tags.range, or
     /// two if it takes two faults to explain them; and another one if the alpha plane was dropped. Throws
     /// `std::bad_alloc`.
@@ -82,6 +85,8 @@ class ColorAnalysis {
     ColorSamples mOff; // of the pictures that are off
     FrameRanges mOffFrames;
     ColorLevels mLevels;
+    PrintLevels mPrint; // summed up over pictures
+    std::int64_t mPrints = 0;
     bool mLacksAlpha = false; // the clip isn't opaque, and the video has no alpha plane
 };
 

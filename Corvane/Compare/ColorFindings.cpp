@@ -142,7 +142,9 @@ ColorReport ColorAnalysis::Report() const {
     const auto lost = mLevels.Worst();
     if (IsOff()) {
         std::vector<ColorSample> samples = Telling();
-        const CodingFacts facts = CodingFactsOf(mClip, samples.front().coding, mTags, samples.front().alpha);
+        CodingFacts facts = CodingFactsOf(mClip, samples.front().coding, mTags, samples.front().alpha);
+        const auto prints = static_cast<double>(mPrints);
+        if (mPrints > 0) facts.print = {mPrint.black / prints, mPrint.white / prints};
         ColorVerdict verdict = JudgeColors(samples, facts, mTolerance, mCodecNoise);
         const auto tryFields = [&](double own, FieldsByColor fields) {
             const auto changed = WithFields(samples, own);

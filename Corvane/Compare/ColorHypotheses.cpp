@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "Engine/ClipText.h"
+#include "Services/Raster/NumberPrint.h"
 
 namespace corvane {
 namespace {
@@ -173,6 +174,15 @@ bool CutsSome(const Bounds& bounds, std::size_t planes, const std::vector<ColorS
     return cut * 20 > samples.size() && span > kSpan * step;
 }
 
+ColorHypothesis Clipping(const char* name, double least, double most,
+                         std::function<Color(const Color&)> change) {
+    const std::string found = fmt::format("{:.0f} to {:.0f}", least, most);
+    ColorHypothesis clipping{"color.clipped", "", found,
+                             fmt::format("levels were cut ({} has {})", name, found), std::move(change)};
+    clipping.fitted = true;
+    return clipping;
+}
+
 // Y' alone, or each of R', G' and B'.
 void AddClipping(Hypotheses& all, const SampleCoding& coding, const std::vector<ColorSample>& samples) {
     Bounds luma, colors;
@@ -184,11 +194,7 @@ void AddClipping(Hypotheses& all, const SampleCoding& coding, const std::vector<
                          const std::function<Codes(const Color&)>& valuesOf,
                          std::function<Color(const Color&)> change) {
         if (!CutsSome(bounds, planes, samples, valuesOf, 1.5 / scale)) return;
-        const std::string found =
-            fmt::format("{:.0f} to {:.0f}", scale * bounds.least[0], scale * bounds.most[0]);
-        all.push_back({"color.clipped", "", found, fmt::format("levels were cut ({} has {})", name, found),
-                       std::move(change)});
-        all.back().fitted = true;
+        all.push_back(Clipping(name, scale * bounds.least[0], scale * bounds.most[0], std::move(change)));
     };
     const auto encode = [coding](const Color& color) { return Encode(color, coding); };
     if (coding.yCbCr)
@@ -198,6 +204,41 @@ void AddClipping(Hypotheses& all, const SampleCoding& coding, const std::vector<
     add(
         "R'", colors, 3, 255.0, [](const Color& color) { return color; },
         [colors](const Color& color) { return colors.Hold(color, 3); });
+}
+
+// A level to which a number's black or white was cut, exactly if a sample that was cut to it is found.
+double CutTo(double printed, const std::vector<double>& found) {
+    constexpr double kNear = 8;
+    const auto nearest =
+        std::ranges::min_element(found, {}, [printed](double level) { return std::abs(level - printed); });
+    return nearest != found.end() && std::abs(*nearest - printed) < kNear ? *nearest : printed;
+}
+
+double LevelOf(double gray, const SampleCoding& coding) {
+    return Encode({gray / 255, gray / 255, gray / 255, 1}, coding)[0];
+}
+
+// The first planes of `coding`, if they are cut to the levels that numbers have.
+void AddCut(Hypotheses& all, const char* name, const SampleCoding& coding, std::ptrdiff_t planes,
+            const PrintLevels& print, const std::vector<ColorSample>& samples) {
+    constexpr double kCut = 4; // of what codecs leave of thin strokes
+    const bool cutsBlack = print.black > LevelOf(raster::kBoxGray, coding) + kCut;
+    const bool cutsWhite = print.white < LevelOf(raster::kGlyphGray, coding) - kCut;
+    if (!cutsBlack && !cutsWhite) return;
+    std::vector<double> found;
+    for (const ColorSample& sample : samples) {
+        const Codes codes = Encode(Decode(sample.found, sample.coding), coding);
+        found.insert(found.end(), codes.begin(), codes.begin() + planes);
+    }
+    const double least = cutsBlack ? CutTo(print.black, found) : LevelOf(0, coding);
+    const double most = cutsWhite ? CutTo(print.white, found) : LevelOf(255, coding);
+    if (least < most)
+        all.push_back(Clipping(name, least, most, [=](const Color& color) {
+            Codes codes = Encode(color, coding);
+            std::for_each(codes.begin(), codes.begin() + planes,
+                          [=](double& code) { code = std::clamp(code, least, most); });
+            return Decode(codes, coding);
+        }));
 }
 
 // Fewer bits, either of the samples or of R'G'B', rounded down or to the nearest.
@@ -260,6 +301,19 @@ Hypotheses FixedHypotheses(const CodingFacts& facts) {
     AddChannels(all, facts);
     AddTransfers(all);
     AddAlphas(all, facts.alpha);
+    return all;
+}
+
+Hypotheses CutHypotheses(const CodingFacts& facts, const std::vector<ColorSample>& samples) {
+    Hypotheses all;
+    if (!facts.print) return all;
+    const SampleCoding &told = facts.told, rgb{false, told.matrix, true, 8};
+    if (told.yCbCr) AddCut(all, "Y'", told, 1, *facts.print, samples);
+    const auto gray = [&told](double level) {
+        const double other = told.yCbCr ? 128 : level;
+        return 255.0 * Decode({level, other, other, 255}, told)[1];
+    };
+    AddCut(all, "R'", rgb, 3, {gray(facts.print->black), gray(facts.print->white)}, samples);
     return all;
 }
 

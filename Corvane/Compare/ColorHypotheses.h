@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,12 +25,19 @@ struct ColorHypothesis {
     bool fitted = false;
 };
 
+/// Black and white as the print of numbers shows them: luma, or green of R'G'B', in steps of 8 bits.
+struct PrintLevels {
+    double black = 0;
+    double white = 0;
+};
+
 /// What can be said of a clip's samples by its export and by the video's tags.
 struct CodingFacts {
-    SampleCoding told;         ///< how viewers take the samples
-    int exported = kMatrix709; ///< the matrix that an export of the clip has; its range is limited
-    bool saysMatrix = false;   ///< whether the video has such a tag
-    bool alpha = false;        ///< whether the video has an alpha plane
+    SampleCoding told;                  ///< how viewers take the samples
+    int exported = kMatrix709;          ///< the matrix that an export of the clip has; its range is limited
+    bool saysMatrix = false;            ///< whether the video has such a tag
+    bool alpha = false;                 ///< whether the video has an alpha plane
+    std::optional<PrintLevels> print{}; ///< of clips whose numbers were read
 };
 
 /// Gathers that of samples that viewers take by `told`, which comes from `tags`. Any thread.
@@ -44,5 +52,9 @@ std::vector<ColorHypothesis> FixedHypotheses(const CodingFacts& facts);
 /// transfer taken for another. Throws `std::bad_alloc`. Any thread.
 std::vector<ColorHypothesis> FittedHypotheses(const CodingFacts& facts,
                                               const std::vector<ColorSample>& samples);
+
+/// Levels that are cut, of samples of few colors: those to which black and white were cut tell them, as far
+/// as they are known. Throws `std::bad_alloc`. Any thread.
+std::vector<ColorHypothesis> CutHypotheses(const CodingFacts& facts, const std::vector<ColorSample>& samples);
 
 } // namespace corvane

@@ -201,7 +201,8 @@ ColorVerdict JudgeColors(const std::vector<ColorSample>& samples, const CodingFa
     const double left = kRounding + std::max(noise, codecNoise / 2.0);
     const std::vector<ColorHypothesis> fixed = FixedHypotheses(facts);
     std::vector<ColorHypothesis> all = fixed;
-    if (many) std::ranges::move(FittedHypotheses(facts, some), std::back_inserter(all));
+    std::ranges::move(many ? FittedHypotheses(facts, some) : CutHypotheses(facts, some),
+                      std::back_inserter(all));
     Choose(Ranked(all, some), left, verdict);
     if (!verdict.explanation && verdict.candidates.empty())
         ChoosePair(PairsThatExplain(fixed, some, std::min(left, kExplained * verdict.off)), verdict);

@@ -10,8 +10,10 @@ namespace {
 // enough to confirm something.
 constexpr double kFarEnough = 12;
 constexpr double kConfirming = 5;
-// How much of their difference fields show at least if they are clear, and at most if they look alike.
+// How much of their difference fields show at least if they are clear, if nothing was done to them, and at
+// most if they look alike.
 constexpr double kClear = 0.6;
+constexpr double kWhole = 0.9;
 constexpr double kAlike = 0.25;
 // Frame numbers of gradients are read with less than half a frame of error.
 constexpr double kAnotherFrame = 0.6;
@@ -77,8 +79,7 @@ FieldAnalysis::Look FieldAnalysis::LookOf(const Measured& measured) {
 // Whether chroma is of both fields in every row, or of one alone: chroma that is neither is of wrong colors.
 bool FieldAnalysis::MixesChroma(const Measured& chroma) {
     const Look look = LookOf(chroma);
-    if (look == Look::kUpperOnly || look == Look::kLowerOnly)
-        return std::min(std::abs(chroma.middle), std::abs(chroma.middle - 1.0)) < 0.15;
+    if (IsOneField(look)) return std::min(std::abs(chroma.middle), std::abs(chroma.middle - 1.0)) < 0.15;
     return look == Look::kBlended || look == Look::kSwapped;
 }
 
@@ -120,8 +121,13 @@ FieldShares FieldAnalysis::AddLooks(const std::optional<Measured>& luma,
     // exchanged, too, which can look as if nothing was.
     const bool isExchanged = luma && std::abs(luma->apart + 1) < 0.1;
     if (chroma && !isExchanged && LookOf(*chroma) == Look::kClear) look = Look::kClear;
+    // What makes a field of the other one's rows may leave them as far from these as is hardly seen, which is
+    // much of a small difference of luma.
+    const bool isMade = luma && chroma && luma->apart < kWhole && IsOneField(LookOf(*chroma));
+    if (isMade) look = LookOf(*chroma);
     Note(mSeen[static_cast<std::size_t>(look)], reading);
     AddLook(look);
+    if (isMade) return {MixtureOf(*luma), MixtureOf(*chroma)};
     FieldShares shares{SharesOf(luma ? *luma : *chroma), SharesOf(chroma ? *chroma : *luma)};
     if (look == Look::kClear) shares.luma = {1, 0};
     if (!luma || !chroma) return shares;
@@ -134,9 +140,7 @@ FieldShares FieldAnalysis::AddLooks(const std::optional<Measured>& luma,
 }
 
 void FieldAnalysis::AddLook(Look look) {
-    const bool one = look == Look::kUpperOnly || look == Look::kLowerOnly;
-    const bool before = mLast == Look::kUpperOnly || mLast == Look::kLowerOnly;
-    if (one && before && look != mLast) ++mAlternations;
+    if (IsOneField(look) && IsOneField(mLast) && look != mLast) ++mAlternations;
     mLast = look;
 }
 
@@ -160,8 +164,12 @@ std::array<double, 2> FieldAnalysis::SharesOf(const Measured& measured) {
     case Look::kUpperOnly: return {1, 1};
     case Look::kLowerOnly: return {0, 0};
     case Look::kUnclear: return {1, 0};
-    default: return {measured.middle + measured.apart / 2.0, measured.middle - measured.apart / 2.0};
+    default: return MixtureOf(measured);
     }
+}
+
+std::array<double, 2> FieldAnalysis::MixtureOf(const Measured& measured) {
+    return {measured.middle + measured.apart / 2.0, measured.middle - measured.apart / 2.0};
 }
 
 } // namespace corvane

@@ -59,7 +59,9 @@ class FieldAnalysis {
         double aside = 0;  // how far their mean is from any mixture of both, in steps of 8 bits
     };
 
+    static bool IsOneField(Look look) { return look == Look::kUpperOnly || look == Look::kLowerOnly; }
     static std::array<double, 2> SharesOf(const Measured& measured);
+    static std::array<double, 2> MixtureOf(const Measured& measured);
     static Look LookOf(const Measured& measured);
     static bool MixesChroma(const Measured& chroma);
     static void Note(Seen& seen, const FrameReading& reading);

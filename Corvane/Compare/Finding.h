@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -39,6 +40,8 @@ struct Finding {
     std::string found;              ///< the value that is
     std::string cause;              ///< the likely cause, as a clause; empty if none explains the difference
     double weight = 0;              ///< how bad it is, from 0 to 1: the worst are told first
+    /// `expected` and `found` as numbers, for drawings; 0 if they aren't any.
+    std::array<double, 2> amounts{};
 };
 
 /// Whether `frames` are pictures of the video, because no frames of the clip can stand for them. Any thread.

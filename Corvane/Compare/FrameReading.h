@@ -16,6 +16,9 @@ struct FrameReading {
     double certainty = 0; ///< from 0 to 1
     double margin = 0;    ///< by how many frames it may be off either way; 0 if it was read from a print
     bool foreign = false; ///< the picture is none of the clip's
+    /// The picture is a gradient as the clip's are, though of colors that none of its frames has and that
+    /// nothing known explains.
+    bool miscolored = false;
 };
 
 } // namespace corvane

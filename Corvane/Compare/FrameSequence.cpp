@@ -48,7 +48,7 @@ std::optional<std::int64_t> FrameSequence::Whole(const FrameReading& reading) co
     const auto isNear = [&](std::int64_t other) {
         return reading.margin > 0.3 && std::abs(*frame - static_cast<double>(other)) < tolerance;
     };
-    if (isNear(next)) return next;
+    if (isNear(next)) return std::clamp<std::int64_t>(next, 0, mClipFrames - 1);
     if (mLast && isNear(*mLast)) return *mLast;
     const std::int64_t nearest = std::llround(*frame);
     return reading.margin > 0 ? std::clamp<std::int64_t>(nearest, 0, mClipFrames - 1) : nearest;
@@ -252,6 +252,11 @@ void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) co
         return;
     }
     if (!within.empty()) AddCuts(complete, within, findings);
+    // The first readings may have been taken for surer than those of the whole video are.
+    if (!mGapPace.IsRegular())
+        std::erase_if(within, [this](const FrameRange& range) {
+            return static_cast<double>(range.last - range.first + 1) <= mMargin;
+        });
     if (within.empty()) return;
     std::string cause;
     if (mGapPace.IsRegular()) {
@@ -272,6 +277,9 @@ void FrameSequence::AddMissing(bool complete, std::vector<Finding>& findings) co
 
 void FrameSequence::AddRepeated(std::vector<Finding>& findings) const {
     if (mRepeated.Count() + mAgain.Count() == 0) return;
+    const std::int64_t longest = mRuns.empty() ? mRun : std::max(mRuns.rbegin()->first, mRun);
+    const bool isInDoubt = static_cast<double>(longest - 1) <= mMargin;
+    if (isInDoubt && mAgain.Count() == 0 && RepeatCause().empty()) return;
     FrameSet all;
     for (const FrameSet* some : {&mRepeated, &mAgain})
         for (const FrameRange& range : some->Ranges())

@@ -216,6 +216,17 @@ void GradientReader::MapKeys() {
     mIsMapped = true;
 }
 
+// By how many frames a reading may be off.
+double GradientReader::MarginOf(const GradientFit& fit) const {
+    // Measured on gradients that x264, x265, MPEG-2 and ProRes coded: the coarser the coding, the more
+    // pictures lag behind their colors as one. Beyond some coarseness encoders, VP8's above all, leave colors
+    // that move slowly as they are for several frames.
+    constexpr double kCoarse = 0.5;
+    const double lag = mUsualError * (0.5 + 0.2 * mUsualError) + 1.2 * std::max(mUsualError - kCoarse, 0.0);
+    // What was learned from colors themselves, a map of them or where rows lie, is off by something, too.
+    return lag / fit.motion * (mIsMapped ? 1.5 : 1.0) * (mAxis ? 3.0 : 1.0);
+}
+
 void GradientReader::Read(const PictureRows& rows, std::uint32_t top, FrameReading& reading) {
     reading.frame = {};
     reading.certainty = reading.margin = 0;
@@ -243,17 +254,14 @@ void GradientReader::Read(const PictureRows& rows, std::uint32_t top, FrameReadi
             Learn(seen);
         }
     }
+    reading.miscolored = mIsSure && !isAlike() && !reading.foreign;
     if (!isAlike() || fit.motion <= 0) return;
     // The worst of the last few hundred pictures counts, as one picture's error may be small by chance.
     const auto keep = [](double& usual, double now) { usual = std::max(now, usual + (now - usual) / 200); };
     keep(mUsualError, fit.error);
     keep(mUsualTexture, texture);
     mIsSure = true;
-    // Measured on gradients that x264, x265, MPEG-2 and ProRes coded: the coarser the coding, the more
-    // pictures lag behind their colors as one.
-    reading.margin = mUsualError * (0.5 + 0.2 * mUsualError) / fit.motion;
-    // What was learned from colors themselves, a map of them or where rows lie, is off by something, too.
-    reading.margin *= (mIsMapped ? 1.5 : 1.0) * (mAxis ? 3.0 : 1.0);
+    reading.margin = MarginOf(fit);
     reading.certainty = 1 / (1 + reading.margin);
     reading.frame = {fit.frame, fit.frame};
 }

@@ -31,9 +31,9 @@ class GradientReader {
     std::optional<double> Resolution() const { return mResolution; }
 
     /// Notes the frame that a picture shows in `frame`, `certainty` and `margin` of its reading; none if its
-    /// colors are none of the clip's, and `foreign` if it is no gradient at all. `rows` hold as many planes
-    /// as the keys: what shows the clip rather than bars, from row `top` of the picture on. Throws
-    /// `std::bad_alloc`.
+    /// colors are none of the clip's: then it is `miscolored`, or `foreign` if it is no gradient at all.
+    /// `rows` hold as many planes as the keys: what shows the clip rather than bars, from row `top` of the
+    /// picture on. Throws `std::bad_alloc`.
     void Read(const PictureRows& rows, std::uint32_t top, FrameReading& reading);
 
     /// Whether pictures show frames upside down.
@@ -58,6 +58,7 @@ class GradientReader {
     GradientFit FitOther(const GradientRows& seen);
     bool IsForeign(double texture, const GradientRows& seen) const;
     GradientRows Expected(double frame) const;
+    double MarginOf(const GradientFit& fit) const;
     void Learn(const GradientRows& seen);
     void MapKeys();
 

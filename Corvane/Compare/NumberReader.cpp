@@ -141,6 +141,7 @@ NumberReading NumberReader::Read(const VideoPicture& picture) {
     if (!mState->known || !best) return reading;
     reading.place = mState->known->Place();
     reading.place->contrast = best->contrast;
+    reading.place->dark = best->dark;
     const PlaneView view = TurnBack(LumaOf(picture), reading.place->orientation);
     if (view.CountsBackwards() && view.height % 2 == 0) std::swap(reading.field[0], reading.field[1]);
     return reading;

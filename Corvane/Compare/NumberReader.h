@@ -21,6 +21,7 @@ struct NumberPlace {
     double scaleX = 1;
     double scaleY = 1;
     double contrast = 0; ///< of the last print that was read there, light less dark, of the range of samples
+    double dark = 0;     ///< the box of that print, likewise
 };
 
 /// A number as some rows show it.
@@ -28,6 +29,7 @@ struct PrintedNumber {
     std::optional<std::int64_t> number;  ///< none if it can't be read beyond doubt
     double certainty = 0;                ///< from 0 to 1; 0 without a number
     double contrast = 0;                 ///< light less dark, of the range of samples, if it was read
+    double dark = 0;                     ///< the box, likewise
     bool blended = false;                ///< two numbers are seen at once
     std::array<std::int64_t, 2> parts{}; ///< which, the stronger first, if it is blended and both were read
     bool partsKnown = false;

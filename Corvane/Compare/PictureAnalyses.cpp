@@ -98,6 +98,7 @@ void PictureAnalyses::ReadFrame(const VideoPicture& picture, FrameReading& readi
         const NumberReading numbers = mNumbers->Read(picture);
         NoteNumbers(numbers, reading);
         place = numbers.place;
+        if (place) mColors.AddPrint({255 * place->dark, 255 * (place->dark + place->contrast)});
     }
     mPlaces.Add(active, place);
     const Placement placement = mPlaces.Get();
@@ -133,13 +134,20 @@ void PictureAnalyses::MeasureColumns(const VideoPicture& picture, const Placemen
 void PictureAnalyses::AddColors(const VideoPicture& picture, const FrameReading& reading,
                                 const Placement& placement) {
     const bool isTold = mTimeline.Frame().has_value();
-    const std::optional<std::int64_t> frame =
-        isTold || !mGradients ? mTimeline.Frame() : mTimeline.LikelyFrame();
+    // A picture whose number alone can't be read is left out.
+    const bool guesses = mGradients || mTimeline.Matched() == 0;
+    const auto frame = isTold || !guesses ? mTimeline.Frame() : mTimeline.LikelyFrame();
     if (!frame) return;
     mUntold += !isTold;
     mExpectedRows.Read(mExpected.Rows(*frame), mExpected.Facts());
-    const FieldShares shares = mFields.Add(mRows, reading, picture.order, placement, mExpectedRows);
-    (isTold ? mColors : mUntoldColors).Add(mRows, picture.tags, placement, *frame, mExpectedRows, shares);
+    // Fields of pictures that may be of something else say nothing.
+    FieldShares shares;
+    if (isTold || mGradients) shares = mFields.Add(mRows, reading, picture.order, placement, mExpectedRows);
+    const auto add = [&](ColorAnalysis& colors) {
+        colors.Add(mRows, picture.tags, placement, *frame, mExpectedRows, shares);
+    };
+    if (isTold || reading.miscolored) add(mColors);
+    if (!isTold) add(mUntoldColors);
 }
 
 std::vector<Finding> PictureAnalyses::Findings(bool complete) const {
@@ -156,8 +164,10 @@ std::vector<Finding> PictureAnalyses::Findings(bool complete) const {
 std::vector<std::string> PictureAnalyses::Remarks() const {
     std::vector<std::string> all = mTimeline.Remarks();
     if (!IsMostlyTold())
-        all.emplace_back("By their colors most pictures show no frame of the clip: they were compared with "
-                         "the frames that should be shown at their times.");
+        all.emplace_back(mGradients ? "By their colors most pictures show no frame of the clip: they were "
+                                      "compared with the frames that should be shown at their times."
+                                    : "The colors of pictures were compared although no number tells that "
+                                      "they are the clip's.");
     std::ranges::move(mPlaces.Remarks(), std::back_inserter(all));
     return all;
 }

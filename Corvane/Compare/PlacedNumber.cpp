@@ -165,6 +165,7 @@ PrintedNumber PlacedNumber::ReadRows(const PlaneView& view, int rows) {
     if (!result.number) return result;
     result.certainty = certainty;
     result.contrast = cells[0].contrast;
+    result.dark = cells[0].dark;
     return result;
 }
 

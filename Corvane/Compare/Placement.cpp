@@ -79,7 +79,8 @@ Finding DistortionFinding(const std::string& before, const std::string& after, d
                 expected,
                 found,
                 {},
-                0.5};
+                0.5,
+                {drawn, shown}};
     return {"geometry.aspect",
             fmt::format("Frames of {} are scaled to {} and shown with a pixel aspect of {}; {} would show "
                         "them undistorted.",
@@ -171,7 +172,7 @@ PlacementFinder::Axis PlacementFinder::Settle(bool vertical) const {
     // Levels that were cut make strokes thicker or thinner.
     constexpr double kCut = 0.6;
     const bool isCut = mSums[4] < kCut * static_cast<double>(mNumbers);
-    const double tolerance = std::max(0.5, 0.012 * layout.glyphHeight * found.scale) * (isCut ? 2 : 1);
+    const double tolerance = std::max(0.5, 0.012 * layout.glyphHeight * found.scale) * (isCut ? 3 : 1);
     const auto isNear = [&](double at, const Axis& axis) {
         return std::abs(axis.start + at * axis.scale - found.start - at * found.scale) < tolerance;
     };

@@ -10,6 +10,7 @@
 #include "Engine/ClipText.h"
 #include "ReportDrawings.h"
 #include "ReportFigures.h"
+#include "ReportTold.h"
 #include "Services/Raster/PixelFormats.h"
 
 namespace corvane {
@@ -96,6 +97,12 @@ std::string FigureOf(const Drawing& drawing, std::string_view id) {
                        drawing.caption);
 }
 
+std::string Told(const Clip& clip, const CompareReport& report) {
+    std::string figures;
+    for (const auto& [kind, drawing] : ToldDrawings(clip, report)) figures += FigureOf(drawing, kind);
+    return figures.empty() ? "" : "<h2>What the video says of itself</h2>\n" + figures;
+}
+
 std::string Colors(const Clip& clip, const CompareReport& report) {
     if (report.colors.empty()) return {};
     const ColorFigures figures = FiguresOf(report.colors);
@@ -146,7 +153,7 @@ std::string ReportPage(const Clip& clip, const CompareReport& report) {
     page += FindingsTable(report);
     for (const std::string& remark : report.remarks) page += fmt::format("<p>{}</p>\n", EscapedText(remark));
     page += "<div class='row'>\n" + FactsTable(clip, report) + ErrorsTable(report) + "</div>\n";
-    page += Timeline(clip, report) + Colors(clip, report) + Pictures(clip, report);
+    page += Timeline(clip, report) + Told(clip, report) + Colors(clip, report) + Pictures(clip, report);
     return page + "</html>\n";
 }
 

@@ -200,7 +200,8 @@ void Timeline::State::AddTaggedRate(std::vector<Finding>& findings) const {
              RateText(rate),
              text,
              {},
-             0.4});
+             0.4,
+             {rate, static_cast<double>(told.scale) / told.sampleSize}});
         return;
     }
 }
@@ -232,7 +233,8 @@ void Timeline::State::AddDuration(std::vector<Finding>& findings) const {
                         fmt::format("{:.3f} s", found * unit),
                         fmt::format("{:.3f} s", told * unit),
                         {},
-                        0.4});
+                        0.4,
+                        {found * unit, told * unit}});
 }
 
 } // namespace corvane

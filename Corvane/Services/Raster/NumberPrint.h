@@ -11,6 +11,11 @@ namespace corvane::raster {
 // Positions are signed and 64 bits wide: a print may begin and end anywhere outside the frame.
 using Position = std::int64_t;
 
+/// 8-bit codes of gamma-coded gray: clear of the ends of the range, so that the box shows on black and white
+/// alike.
+inline constexpr float kBoxGray = 24.0f;
+inline constexpr float kGlyphGray = 240.0f;
+
 /// A rectangle of pixels; the right column and the bottom row are outside.
 struct Rectangle {
     Position left, top, right, bottom;

@@ -6,6 +6,7 @@
 #include <shared_mutex>
 #include <unordered_map>
 
+#include "NumberPrint.h"
 #include "PixelFormats.h"
 
 namespace corvane::raster {
@@ -13,11 +14,6 @@ namespace {
 
 constexpr std::size_t kMaxPictureBytes = std::size_t{4} << 20;
 constexpr std::size_t kMaxCacheBytes = std::size_t{64} << 20;
-
-// 8-bit codes of gamma-coded gray: clear of the ends of the range, so that the box shows on black and white
-// alike.
-constexpr float kBoxGray = 24.0f;
-constexpr float kGlyphGray = 240.0f;
 
 Pattern Shade(std::uint32_t coverage, RK_PixelFormat format) {
     const auto level = static_cast<float>(coverage);

@@ -91,6 +91,10 @@ TEST_F(ComparisonTest, FindingsAndKeysLeadToPicturesAndTheirFrames) {
     EXPECT_THAT(Text("compareSummary"), HasSubstr("117 of 117 pictures show a frame of the clip. PSNR: "));
     ExpectPlace(8, 11);
     auto& timeline = Get<ComparisonTimeline>();
+    const QImage marks = timeline.grab().toImage();
+    const auto above = [&](int number) { return marks.pixel(marks.width() * (2 * number + 1) / 234, 4); };
+    EXPECT_NE(above(8), above(5)); // the one after the gap, and no other
+    EXPECT_EQ(above(10), above(5));
     const std::tuple<Qt::Key, int, int> keys[] = {{Qt::Key_End, 116, 119},    {Qt::Key_PageUp, 106, 109},
                                                   {Qt::Key_Home, 0, 0},       {Qt::Key_Left, 0, 0},
                                                   {Qt::Key_PageDown, 10, 13}, {Qt::Key_Right, 11, 14}};
