@@ -23,8 +23,9 @@ CodecChoice PictureCodecFor(const LibavRequest& request) {
     if (request.codec.empty()) return usual;
     CodecChoice choice = ParseCodec(request.codec);
     if (choice.codec->id != usual.codec->id)
-        throw UsageFailure(fmt::format("{}: {} pictures have no other codec; leave out {}, or write {}:option=value",
-                                       request.output.string(), request.kind, choice.codec->name, request.kind));
+        throw UsageFailure(
+            fmt::format("{}: {} pictures have no other codec; leave out {}, or write {}:option=value",
+                        request.output.string(), request.kind, choice.codec->name, request.kind));
     return choice;
 }
 

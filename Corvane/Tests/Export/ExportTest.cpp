@@ -108,7 +108,6 @@ TEST(Export, StreamAndContainerTellWhatTheClipIs) {
             const auto& [ticks, rate] = rates[row % 3];
             ExpectRoundTrip(name, codec, fieldType, ticks, rate, row++ / 2 % 2 == 0);
         }
-    ExpectRoundTrip("a.mxf", "", 1, 10160640000, "25/1", true);
     const TestFolder folder;
     for (const int fieldType : {0, 1, 2}) {
         Export({.fieldType = fieldType}, folder / "a.y4m");
@@ -143,6 +142,7 @@ TEST(Export, CodecsKeepTheDepthAndTheAlphaThatTheyCanAndEqualRunsHaveEqualBytes)
                 {"a.mkv", "hevc", kFloats, "yuv420p10le", 700},
                 {"a.mkv", "hevc", kBytes, "yuv420p", 200},
                 {"a.mp4", "av1", kBytes, "yuv420p", 200},
+                {"a.mxf", "", kBytes, "yuv422p", 200}, // MPEG-2 knows few aspects
                 {"a.nut", "", kFloats, "yuva444p16le", 1000},
                 {"a.exr", "", kFloats, "gbrapf32le", 1000},
                 {"a.exr", "exr:format=half", kBytes, "gbrapf32le", 250},
@@ -161,7 +161,7 @@ TEST(Export, CodecsKeepTheDepthAndTheAlphaThatTheyCanAndEqualRunsHaveEqualBytes)
         Export(settings, file, row.codec);
         auto found = Probe(file, "stream=pix_fmt,sample_aspect_ratio");
         EXPECT_EQ(found["pix_fmt"], row.pixels);
-        EXPECT_EQ(found["sample_aspect_ratio"], "40:33");
+        EXPECT_EQ(found["sample_aspect_ratio"], row.name == std::string_view("a.mxf") ? "1:1" : "40:33");
         const std::string& pixels = found["pix_fmt"];
         EXPECT_GE(CountLevels(file, pixels.ends_with("f32le") ? 4
                                     : pixels.ends_with('e')   ? 2
@@ -297,11 +297,12 @@ void ExpectReadsAgain(const TestFolder& folder, const ExportChoice& choice, bool
 
 TEST(ExportChoices, WhatTheySayOfAClipIsTrue) {
     const std::pair<Settings, int> rows[] = {
-        {{.width = 64, .height = 48}, 0},
+        // AV1 takes no fewer than 64 rows.
+        {{.width = 64, .height = 48}, 1},
         // H.264 of interlaced 4:2:0 needs multiples of 4.
-        {{.pixelFormat = CvPixelFormat_VUYA_4444_32f_709, .width = 64, .height = 46}, 3},
-        {{.pixelFormat = kFloatX, .width = 47, .height = 33, .fieldType = 0}, 4},
-        {{.width = 2, .height = 16388, .fieldType = 0}, 3}};
+        {{.pixelFormat = CvPixelFormat_VUYA_4444_32f_709, .width = 64, .height = 46}, 4},
+        {{.pixelFormat = kFloatX, .width = 47, .height = 33, .fieldType = 0}, 6},
+        {{.width = 2, .height = 16388, .fieldType = 0}, 5}};
     for (auto [settings, unfit] : rows) {
         settings.frames = kFrames;
         settings.alpha = 0.5;
