@@ -25,7 +25,7 @@ std::string CodecLine(const ExportCodec& codec) {
 void PrintCodec(const ExportCodec& codec) {
     PrintLine(fmt::format("{:<8} {}", codec.name, codec.about));
     for (const CodecOption& option : codec.options)
-        if (option.name != nullptr) PrintLine(fmt::format("           {:<10} {}", option.name, option.about));
+        if (option.name != nullptr) PrintLine(fmt::format("           {:<16} {}", option.name, option.about));
     PrintLine(fmt::format("           synthex render clip.synthex clip.{} --codec {}", codec.format,
                           codec.example));
     PrintLine("");
