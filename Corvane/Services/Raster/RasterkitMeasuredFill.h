@@ -10,7 +10,7 @@ namespace corvane::raster {
 ///
 /// Through them is faster if they still hold the memory, which depends on what else was written meanwhile, on
 /// their size, and on the share of it that other programs and other guests of the same machine leave. So each
-/// frame's memory is tried both ways now and then, and filled past the caches if that was clearly faster.
+/// frame's memory is tried both ways now and then, and filled past the caches if that was faster.
 /// Fills that begin near the place where the thread's last one began, as those of rows and fields do, belong
 /// to the same frame.
 ///
