@@ -232,4 +232,17 @@ void LibavEncoder::Encode(const AVFrame* picture, const Sink& sink) {
                               mLog.Reason(error)));
 }
 
+LibavPicture::LibavPicture(const LibavEncoder& encoder, const StreamFacts& facts)
+    : mEncoder(encoder), mPainter(encoder.Layout(), facts), mPicture(av_frame_alloc()) {
+    if (!mPicture) throw std::bad_alloc();
+}
+
+void LibavPicture::Paint(const FrameView& frame) {
+    if (av_frame_is_writable(mPicture.get()) == 0) {
+        mPainted = {};
+        mEncoder.NewPicture(*mPicture);
+    }
+    mPainter.Paint(frame, *mPicture, mPainted);
+}
+
 } // namespace corvane

@@ -51,4 +51,22 @@ class LibavEncoder {
     bool mEnded = false; // no more pictures will come
 };
 
+/// What one frame after the other is painted into for an encoder. One thread at a time.
+class LibavPicture {
+  public:
+    /// `encoder` outlives it; `facts` say what frames will come. Throws `Failure` as `LibavPainter` does.
+    LibavPicture(const LibavEncoder& encoder, const StreamFacts& facts);
+
+    /// Paints a frame, into new memory if the encoder still holds the last picture's. Throws `Failure`.
+    void Paint(const FrameView& frame);
+    /// The picture that was painted last.
+    AVFrame& Get() const { return *mPicture; }
+
+  private:
+    const LibavEncoder& mEncoder;
+    LibavPainter mPainter;
+    const std::unique_ptr<AVFrame, LibavFree> mPicture;
+    PaintedRows mPainted;
+};
+
 } // namespace corvane

@@ -1,7 +1,6 @@
 #include "LibavPictures.h"
 
 #include <mutex>
-#include <new>
 #include <vector>
 
 extern "C" {
@@ -30,17 +29,12 @@ CodecChoice PictureCodecFor(const LibavRequest& request) {
 }
 
 // A picture in the making, and an encoder of its own.
-struct PicturePacket final : Packet {
-    PicturePacket(const LibavRequest& request, const CodecChoice& choice, const LibavLog& log)
-        : encoder(request, choice, false, log), painter(encoder.Layout(), request.facts),
-          picture(av_frame_alloc()) {
-        if (!picture) throw std::bad_alloc();
-    }
+struct FilePacket final : Packet {
+    FilePacket(const LibavRequest& request, const CodecChoice& choice, const LibavLog& log)
+        : encoder(request, choice, false, log), picture(encoder, request.facts) {}
 
     LibavEncoder encoder;
-    LibavPainter painter;
-    std::unique_ptr<AVFrame, LibavFree> picture;
-    PaintedRows painted;
+    LibavPicture picture;
     std::vector<std::byte> file;
     std::int64_t index = 0;
 };
@@ -51,33 +45,29 @@ class LibavPictures final : public Target {
         : mRequest(request), mChoice(PictureCodecFor(request)), mFiles(request.output) {
         // All threads are busy with pictures of their own.
         mChoice.options.try_emplace("threads", "1");
-        mFirst = std::make_unique<PicturePacket>(mRequest, mChoice, mLog);
+        mFirst = std::make_unique<FilePacket>(mRequest, mChoice, mLog);
         mPixels = mFirst->encoder.Context().pix_fmt;
     }
 
     std::unique_ptr<Packet> NewPacket() override {
         const std::lock_guard lock(mMutex);
         if (mFirst) return std::move(mFirst);
-        return std::make_unique<PicturePacket>(mRequest, mChoice, mLog);
+        return std::make_unique<FilePacket>(mRequest, mChoice, mLog);
     }
 
     void Prepare(const FrameView& frame, std::int64_t index, Packet& packet) override {
-        auto& made = static_cast<PicturePacket&>(packet);
-        if (av_frame_is_writable(made.picture.get()) == 0) {
-            made.painted = {};
-            made.encoder.NewPicture(*made.picture);
-        }
-        made.painter.Paint(frame, *made.picture, made.painted);
-        made.index = made.picture->pts = index;
+        auto& made = static_cast<FilePacket&>(packet);
+        made.picture.Paint(frame);
+        made.index = made.picture.Get().pts = index;
         made.file.clear();
-        made.encoder.Encode(made.picture.get(), [&made](const AVPacket& encoded) {
+        made.encoder.Encode(&made.picture.Get(), [&made](const AVPacket& encoded) {
             const auto* const bytes = reinterpret_cast<const std::byte*>(encoded.data);
             made.file.insert(made.file.end(), bytes, bytes + encoded.size);
         });
     }
 
     void Consume(Packet& packet) override {
-        const auto& made = static_cast<PicturePacket&>(packet);
+        const auto& made = static_cast<FilePacket&>(packet);
         mFiles.Write(made.index, made.file);
     }
 
@@ -91,7 +81,7 @@ class LibavPictures final : public Target {
         // Half floats are not what was painted.
         const auto format = mChoice.options.find("format");
         if (format != mChoice.options.end() && format->second != "float") return {};
-        return PlanesOfPicture(*static_cast<PicturePacket&>(packet).picture);
+        return PlanesOfPicture(static_cast<FilePacket&>(packet).picture.Get());
     }
     std::string PixelsName() const override { return av_get_pix_fmt_name(mPixels); }
 
@@ -100,8 +90,8 @@ class LibavPictures final : public Target {
     const LibavRequest mRequest;
     CodecChoice mChoice;
     PictureFiles mFiles;
-    std::mutex mMutex;                     // of the next one
-    std::unique_ptr<PicturePacket> mFirst; // shows at once whether there can be any
+    std::mutex mMutex;                  // of the next one
+    std::unique_ptr<FilePacket> mFirst; // shows at once whether there can be any
     AVPixelFormat mPixels;
 };
 

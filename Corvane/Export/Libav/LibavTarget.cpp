@@ -24,14 +24,9 @@ namespace corvane {
 namespace {
 
 struct PicturePacket final : Packet {
-    PicturePacket(const PixelLayout& layout, const StreamFacts& facts)
-        : painter(layout, facts), picture(av_frame_alloc()) {
-        if (!picture) throw std::bad_alloc();
-    }
+    PicturePacket(const LibavEncoder& encoder, const StreamFacts& facts) : picture(encoder, facts) {}
 
-    LibavPainter painter;
-    std::unique_ptr<AVFrame, LibavFree> picture;
-    PaintedRows painted;
+    LibavPicture picture;
     std::vector<std::byte> decoded; // if it is not the picture
 };
 
@@ -58,22 +53,14 @@ class LibavTarget final : public Target {
         mMuxer.Begin(mEncoder.Context(), mFacts);
     }
 
-    std::unique_ptr<Packet> NewPacket() override {
-        return std::make_unique<PicturePacket>(mEncoder.Layout(), mFacts);
-    }
+    std::unique_ptr<Packet> NewPacket() override { return std::make_unique<PicturePacket>(mEncoder, mFacts); }
 
     void Prepare(const FrameView& frame, std::int64_t, Packet& packet) override {
-        auto& made = static_cast<PicturePacket&>(packet);
-        // An encoder may still hold the last picture's memory.
-        if (av_frame_is_writable(made.picture.get()) == 0) {
-            made.painted = {};
-            mEncoder.NewPicture(*made.picture);
-        }
-        made.painter.Paint(frame, *made.picture, made.painted);
+        static_cast<PicturePacket&>(packet).picture.Paint(frame);
     }
 
     void Consume(Packet& packet) override {
-        AVFrame& picture = *static_cast<PicturePacket&>(packet).picture;
+        AVFrame& picture = static_cast<PicturePacket&>(packet).picture.Get();
         picture.pts = mNext++;
         mEncoder.Encode(&picture, mToMuxer);
     }
@@ -127,7 +114,7 @@ class LibavTarget final : public Target {
 
     Planes PlanesOf(const FrameView&, Packet& packet) const override {
         auto& made = static_cast<PicturePacket&>(packet);
-        const AVFrame& picture = *made.picture;
+        const AVFrame& picture = made.picture.Get();
         if (picture.format == AV_PIX_FMT_BGR0 && mEncoder.Context().codec_id == AV_CODEC_ID_FFV1)
             return WithoutFourthBytes(picture, made.decoded);
         return PlanesOfPicture(picture);
