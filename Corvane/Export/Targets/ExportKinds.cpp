@@ -176,11 +176,8 @@ constexpr ExportCodec kCodecs[] = {
      .example = "h265:crf=20"},
     {.name = "av1",
      .encoder = "libsvtav1",
-     .choices = {{.id = "mp4-av1",
-                  .label = "MP4, AV1",
-                  .about = "The smallest files, for the web. 4:2:0; 10 bits for float frames.",
-                  .kind = "mp4",
-                  .codec = "av1"}},
+     // Deliberate: none of the window's choices, each of which is opened to see whether it fits a clip. This
+     // encoder can't be closed before it got a picture.
      .about = "The smallest files; lossy, 8 or 10 bits, 4:2:0",
      .format = "mp4",
      .example = "av1:preset=10:crf=30",
