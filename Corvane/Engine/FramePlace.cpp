@@ -72,7 +72,9 @@ std::optional<FramePlace> ReadTimecode(const std::vector<std::string_view>& part
                       *frames};
 }
 
-std::optional<FramePlace> ReadPlace(std::string_view word) {
+} // namespace
+
+std::optional<FramePlace> ReadFramePlace(std::string_view word) {
     if (const auto number = ReadDigits(word)) return FramePlace{Kind::kNumber, *number};
     if (word.ends_with('s')) {
         const auto time = ReadSeconds(word.substr(0, word.size() - 1));
@@ -92,13 +94,28 @@ std::optional<FramePlace> ReadPlace(std::string_view word) {
     return !drops && (parts.size() == 2 || parts.size() == 3) ? ReadTime(parts) : std::nullopt;
 }
 
+namespace {
+
+// Frames that timecodes count in a second.
+std::int64_t NominalRate(std::int64_t ticksPerFrame) {
+    return kTicksPerSecond / ticksPerFrame + (kTicksPerSecond % ticksPerFrame != 0);
+}
+
+// Numbers that they drop in each minute but every tenth; 0 if they drop none at this rate.
+std::int64_t DroppedAMinute(std::int64_t ticksPerFrame) {
+    constexpr std::int64_t kBase = 30;
+    const std::int64_t nominal = NominalRate(ticksPerFrame);
+    const bool drops = nominal % kBase == 0 && static_cast<__int128>(ticksPerFrame) * nominal * 1000 ==
+                                                   static_cast<__int128>(kTicksPerSecond) * 1001;
+    return drops ? 2 * nominal / kBase : 0;
+}
+
 [[noreturn]] void Fail(const Clip& clip, const std::string& what) {
     throw UsageFailure(fmt::format("{}: {}.", clip.Name(), what));
 }
 
 std::int64_t FrameOfTimecode(const FramePlace& place, const Clip& clip) {
-    const std::int64_t ticks = clip.Info().ticksPerFrame;
-    const std::int64_t nominal = kTicksPerSecond / ticks + (kTicksPerSecond % ticks != 0);
+    const std::int64_t nominal = NominalRate(clip.Info().ticksPerFrame);
     const std::string said =
         fmt::format("{:02}:{:02}:{:02}{}{:02}", place.number / 60, place.number % 60, place.seconds,
                     place.kind == Kind::kTimecode ? ':' : ';', place.frames);
@@ -107,13 +124,10 @@ std::int64_t FrameOfTimecode(const FramePlace& place, const Clip& clip) {
                                nominal - 1));
     const std::int64_t counted = (place.number * 60 + place.seconds) * nominal + place.frames;
     if (place.kind == Kind::kTimecode) return counted;
-    constexpr std::int64_t kBase = 30;
-    if (nominal % kBase != 0 ||
-        static_cast<__int128>(ticks) * nominal * 1000 != static_cast<__int128>(kTicksPerSecond) * 1001)
+    const std::int64_t dropped = DroppedAMinute(clip.Info().ticksPerFrame);
+    if (dropped == 0)
         Fail(clip, "timecodes drop numbers at 30000/1001 frames a second and its multiples alone; write " +
                        std::string("colons, no semicolon"));
-    // Two numbers of each minute but every tenth.
-    const std::int64_t dropped = 2 * nominal / kBase;
     if (place.number % 10 != 0 && place.seconds == 0 && place.frames < dropped)
         Fail(clip,
              fmt::format("there is no timecode {}, which is a dropped number; write the next one", said));
@@ -128,7 +142,7 @@ std::int64_t FrameAt(std::int64_t nanoseconds, std::int64_t ticksPerFrame, bool 
     return static_cast<std::int64_t>(std::min<__int128>(number, std::numeric_limits<std::int64_t>::max()));
 }
 
-std::int64_t FrameOf(const FramePlace& place, const Clip& clip, bool isEnd) {
+std::int64_t ResolveFrame(const FramePlace& place, const Clip& clip, bool isEnd) {
     if (place.kind == Kind::kNumber) return place.number;
     if (clip.Info().ticksPerFrame <= 0) Fail(clip, clip.WhyNotRenderable());
     if (place.kind == Kind::kTime) return FrameAt(place.number, clip.Info().ticksPerFrame, isEnd);
@@ -137,6 +151,23 @@ std::int64_t FrameOf(const FramePlace& place, const Clip& clip, bool isEnd) {
 
 } // namespace
 
+std::int64_t FrameOf(const FramePlace& place, const Clip& clip) {
+    return ResolveFrame(place, clip, false);
+}
+
+std::string TimecodeText(std::int64_t frame, std::int64_t ticksPerFrame) {
+    if (ticksPerFrame <= 0) return {};
+    const std::int64_t nominal = NominalRate(ticksPerFrame), dropped = DroppedAMinute(ticksPerFrame);
+    // In ten minutes all but the first drop numbers.
+    const std::int64_t minute = nominal * 60 - dropped, tenMinutes = minute * 10 + dropped;
+    const std::int64_t rest = frame % tenMinutes;
+    const std::int64_t minutes = rest < dropped ? 0 : (rest - dropped) / minute;
+    const std::int64_t number = frame + dropped * (frame / tenMinutes * 9 + minutes),
+                       seconds = number / nominal;
+    return fmt::format("{:02}:{:02}:{:02}{}{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60,
+                       dropped == 0 ? ':' : ';', number % nominal);
+}
+
 std::optional<FrameSpan> ReadFrameSpan(std::string_view text) {
     if (const auto pair = ReadPair(text, {':', 0, std::numeric_limits<std::int64_t>::max(), true})) {
         const std::int64_t last = pair->second.value_or(pair->first);
@@ -144,17 +175,17 @@ std::optional<FrameSpan> ReadFrameSpan(std::string_view text) {
         return FrameSpan{{Kind::kNumber, pair->first}, FramePlace{Kind::kNumber, last}};
     }
     const std::size_t hyphen = text.find('-');
-    const auto first = ReadPlace(text.substr(0, hyphen));
+    const auto first = ReadFramePlace(text.substr(0, hyphen));
     if (!first) return std::nullopt;
     if (hyphen == std::string_view::npos) return FrameSpan{*first, std::nullopt};
-    const auto last = ReadPlace(text.substr(hyphen + 1));
+    const auto last = ReadFramePlace(text.substr(hyphen + 1));
     if (!last || (last->kind == first->kind && last->number < first->number)) return std::nullopt;
     return FrameSpan{*first, last};
 }
 
 std::pair<std::int64_t, std::int64_t> FramesOf(const FrameSpan& span, const Clip& clip) {
-    const std::int64_t first = FrameOf(span.first, clip, false);
-    const std::int64_t last = span.last ? FrameOf(*span.last, clip, true) : first;
+    const std::int64_t first = ResolveFrame(span.first, clip, false);
+    const std::int64_t last = span.last ? ResolveFrame(*span.last, clip, true) : first;
     if (last < first)
         Fail(clip, fmt::format("the frames would end with {}, before they begin with {}; name a later end",
                                last, first));

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -29,6 +30,23 @@ struct FrameSpan {
     FramePlace first;
     std::optional<FramePlace> last; ///< none: the first alone
 };
+
+/// Reads one frame: a number, a time (`2.5s`, `1:05.2`, `0:01:05`) or a timecode (`00:00:05:12`, with a
+/// semicolon before the frames if it drops numbers). Empty if `text` is none of that. Any thread.
+std::optional<FramePlace> ReadFramePlace(std::string_view text);
+
+/// What `ReadFramePlace` reads, as the end of a sentence "write ...".
+inline constexpr char kFramePlaceForms[] =
+    "a number from 0, a time such as 2.5s or 0:01:05, or a timecode such as 00:00:05:12";
+
+/// The frame of a clip that is named or that is shown then; it may lie beyond the clip's end. Throws
+/// `UsageFailure`, which names `clip` and the remedy, if the clip has no rate or no such timecode. Any
+/// thread.
+std::int64_t FrameOf(const FramePlace& place, const Clip& clip);
+
+/// The timecode of a frame, "00:00:05:12"; with a semicolon before the frames at 30000/1001 frames a second
+/// and its multiples, where numbers are dropped (SMPTE ST 12-1, 5.2.2). Empty without a rate. Any thread.
+std::string TimecodeText(std::int64_t frame, std::int64_t ticksPerFrame);
 
 /// Reads FIRST:LAST or one number; a time (`2.5s`, `1:05.2`, `0:01:05`) or a timecode (`00:00:05:12`, with a
 /// semicolon before the frames if it drops numbers); or two of these with a hyphen between. `0:05` by itself

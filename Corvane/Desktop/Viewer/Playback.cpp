@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <limits>
 #include <utility>
 
@@ -24,11 +25,13 @@ std::int64_t MonotonicNanoseconds() {
 
 Playback::Playback(PlaybackClock clock) : mClock(std::move(clock)) {}
 
-void Playback::Start(std::int64_t frame, std::int64_t frames, std::int64_t ticksPerFrame, bool loop) {
+void Playback::Start(std::int64_t frame, std::int64_t frames, std::int64_t ticksPerFrame, bool loop,
+                     int speed) {
     mFirst = frame;
     mFrames = frames;
     mTicksPerFrame = ticksPerFrame;
     mLoop = loop;
+    mSpeed = speed;
     mStart = mClock();
     mShown = 0;
     mDropped = 0;
@@ -52,17 +55,23 @@ std::int64_t Playback::StepNow() const {
     return static_cast<std::int64_t>(std::min(step, kMost / 2));
 }
 
+std::int64_t Playback::LastStep() const {
+    const std::int64_t ahead = mSpeed > 0 ? mFrames - 1 - mFirst : mFirst, stride = std::abs(mSpeed);
+    return ahead / stride + (ahead % stride != 0);
+}
+
 std::int64_t Playback::DueStep() const {
-    return mLoop ? StepNow() : std::min(StepNow(), mFrames - 1 - mFirst);
+    return mLoop ? StepNow() : std::min(StepNow(), LastStep());
 }
 
 bool Playback::IsOver() const {
-    return !mLoop && StepNow() > mFrames - 1 - mFirst;
+    return !mLoop && StepNow() > LastStep();
 }
 
 std::int64_t Playback::FrameOf(std::int64_t step) const {
-    if (!mLoop) return std::min(step, mFrames - 1 - mFirst) + mFirst;
-    return static_cast<std::int64_t>((WideTime{mFirst} + step) % mFrames);
+    const WideTime frame = mFirst + WideTime{step} * mSpeed;
+    if (!mLoop) return static_cast<std::int64_t>(std::clamp<WideTime>(frame, 0, mFrames - 1));
+    return static_cast<std::int64_t>((frame % mFrames + mFrames) % mFrames);
 }
 
 std::int64_t Playback::BeginningOf(std::int64_t step) const {

@@ -23,15 +23,16 @@ class Playback {
     void SetClock(PlaybackClock clock) { mClock = std::move(clock); }
 
     /// Starts at `frame` of a clip of `frames` frames, each `ticksPerFrame` long; both of these are above 0.
-    /// The count of dropped frames starts over.
-    void Start(std::int64_t frame, std::int64_t frames, std::int64_t ticksPerFrame, bool loop);
+    /// `speed`, which is not 0, is how many frames on a step goes; backwards if it is below 0. The count of
+    /// dropped frames starts over.
+    void Start(std::int64_t frame, std::int64_t frames, std::int64_t ticksPerFrame, bool loop, int speed = 1);
     void Stop() { mRunning = false; }
     bool IsRunning() const { return mRunning; }
     /// Goes on from the frame that is due now, either in a loop or up to the end. The count of dropped frames
     /// stays.
     void SetLoop(bool loop);
 
-    /// The step that is due now; without a loop, at most that of the last frame.
+    /// The step that is due now; without a loop, at most that of the last frame in this direction.
     std::int64_t DueStep() const;
     /// Whether the last frame has had its time. Never so in a loop.
     bool IsOver() const;
@@ -46,11 +47,13 @@ class Playback {
 
   private:
     std::int64_t StepNow() const;
+    std::int64_t LastStep() const;                     // without a loop
     std::int64_t BeginningOf(std::int64_t step) const; // nanoseconds from the start, rounded up
 
     PlaybackClock mClock;
     bool mRunning = false;
     bool mLoop = false;
+    int mSpeed = 1;
     std::int64_t mStart = 0; // nanoseconds
     std::int64_t mFirst = 0;
     std::int64_t mFrames = 1;

@@ -1,9 +1,7 @@
 #include "TransportBar.h"
 
 #include <algorithm>
-#include <charconv>
 #include <initializer_list>
-#include <limits>
 
 #include <QFontDatabase>
 #include <QHBoxLayout>
@@ -13,9 +11,11 @@
 #include <QRegularExpression>
 #include <QRegularExpressionValidator>
 #include <QToolButton>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 #include "Engine/ClipText.h"
+#include "Engine/FramePlace.h"
 #include "FrameSlider.h"
 
 namespace corvane::desktop {
@@ -42,12 +42,15 @@ QLabel* Digits(const char* name, QWidget* parent) {
 
 TransportBar::TransportBar(const ViewerActions& actions, QWidget* parent)
     : QWidget(parent), mSlider(new FrameSlider(this)), mField(new QLineEdit(this)),
-      mLast(Digits("lastFrame", this)), mTime(Digits("time", this)) {
+      mLast(Digits("lastFrame", this)), mTimecode(Digits("timecode", this)), mTime(Digits("time", this)) {
     NameParts();
     BuildLayout(actions);
     connect(mSlider, &FrameSlider::FrameWanted, this, &TransportBar::FrameWanted);
     connect(mField, &QLineEdit::returnPressed, this, &TransportBar::ReadField);
-    connect(mField, &QLineEdit::editingFinished, this, &TransportBar::ShowFrame);
+    // Return has been read by now: what is still modified then is wrong.
+    connect(mField, &QLineEdit::editingFinished, this, [this] {
+        if (!mField->hasFocus() || !mField->isModified()) ShowFrame();
+    });
     SetClip(0, 0);
 }
 
@@ -57,14 +60,19 @@ void TransportBar::NameParts() {
     mSlider->setToolTip(tr("Drag to go to a frame"));
     mField->setObjectName(QStringLiteral("frameField"));
     mField->setAccessibleName(tr("Frame"));
-    mField->setToolTip(tr("The frame, counted from 0; type a number and press Return to go there"));
+    mField->setToolTip(tr("The frame, counted from 0. To go to another one, type %1, and press Return")
+                           .arg(QLatin1String(kFramePlaceForms)));
     mField->setFont(mTime->font());
     mField->setAlignment(Qt::AlignRight);
     mField->setValidator(
-        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9]*")), mField));
+        new QRegularExpressionValidator(QRegularExpression(QStringLiteral("[0-9:;.s]*")), mField));
     mField->installEventFilter(this);
     mLast->setAccessibleName(tr("Last frame"));
     mLast->setToolTip(tr("The last frame"));
+    mTimecode->setAccessibleName(tr("Timecode"));
+    mTimecode->setToolTip(
+        tr("The timecode of the frame: hours, minutes, seconds and frames; with a semicolon where "
+           "numbers are dropped to keep the time of 30000/1001 frames a second"));
     mTime->setAccessibleName(tr("Time"));
     mTime->setToolTip(tr("The time of the frame, in hours, minutes, seconds and thousandths"));
 }
@@ -90,6 +98,8 @@ void TransportBar::BuildLayout(const ViewerActions& actions) {
     row->addSpacing(8);
     add(mField);
     add(mLast);
+    row->addSpacing(8);
+    add(mTimecode);
     row->addSpacing(8);
     add(mTime);
     row->addStretch();
@@ -123,8 +133,7 @@ void TransportBar::SetFrame(std::int64_t frame) {
     // What a person is typing is kept.
     if (mField->isModified() && mField->hasFocus()) {
         mSlider->SetFrame(frame);
-        mTime->setText(QString::fromStdString(TimeText(frame, mTicksPerFrame)));
-        return;
+        return ShowTimes();
     }
     ShowFrame();
 }
@@ -132,17 +141,27 @@ void TransportBar::SetFrame(std::int64_t frame) {
 void TransportBar::ShowFrame() {
     mSlider->SetFrame(mFrame);
     mField->setText(mFrames > 0 ? QString::number(mFrame) : QString());
-    mTime->setText(mFrames > 0 ? QString::fromStdString(TimeText(mFrame, mTicksPerFrame)) : QString());
+    ShowTimes();
+}
+
+void TransportBar::ShowTimes() {
+    const bool shown = mFrames > 0;
+    mTimecode->setText(shown ? QString::fromStdString(TimecodeText(mFrame, mTicksPerFrame)) : QString());
+    mTime->setText(shown ? QString::fromStdString(TimeText(mFrame, mTicksPerFrame)) : QString());
 }
 
 void TransportBar::ReadField() {
-    const QByteArray digits = mField->text().toLatin1();
-    std::int64_t frame = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), frame);
-    if (error == std::errc::result_out_of_range) frame = std::numeric_limits<std::int64_t>::max();
+    const QString text = mField->text();
     mField->setModified(false);
-    if (!digits.isEmpty() && mFrames > 0) Q_EMIT FrameWanted(std::min(frame, mFrames - 1));
-    Q_EMIT FieldLeft();
+    if (!text.isEmpty() && mFrames > 0) Q_EMIT PlaceWanted(text);
+    // A problem leaves it to be corrected.
+    if (!mField->isModified()) Q_EMIT FieldLeft();
+}
+
+void TransportBar::ShowProblem(const QString& sentence) {
+    mField->setModified(true);
+    mField->selectAll();
+    QToolTip::showText(mField->mapToGlobal(QPoint(0, mField->height())), sentence, mField);
 }
 
 bool TransportBar::eventFilter(QObject* watched, QEvent* event) {

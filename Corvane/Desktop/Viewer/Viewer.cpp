@@ -1,6 +1,8 @@
 #include "Viewer.h"
 
 #include <algorithm>
+#include <limits>
+#include <string>
 #include <utility>
 
 #include <QFontDatabase>
@@ -11,6 +13,8 @@
 
 #include "Desktop/Toolkit/ElidedLabel.h"
 #include "Engine/ClipText.h"
+#include "Engine/Failure.h"
+#include "Engine/FramePlace.h"
 #include "PictureArea.h"
 #include "PixelReadout.h"
 #include "TransportBar.h"
@@ -92,14 +96,20 @@ void Viewer::ConnectParts() {
     connect(actions.bothFields, &QAction::triggered, mArea, [this] { mArea->SetFields(FieldView::kBoth); });
     connect(actions.upperField, &QAction::triggered, mArea, [this] { mArea->SetFields(FieldView::kUpper); });
     connect(actions.lowerField, &QAction::triggered, mArea, [this] { mArea->SetFields(FieldView::kLower); });
-    auto* const loop =
-        new QShortcut(QKeySequence(Qt::Key_L), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
-    connect(loop, &QShortcut::activated, actions.loop, &QAction::trigger);
+    const auto onKey = [this](Qt::Key key, auto act) {
+        auto* const shortcut =
+            new QShortcut(QKeySequence(key), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+        connect(shortcut, &QShortcut::activated, this, act);
+    };
+    onKey(Qt::Key_J, [this] { Shuttle(-1); });
+    onKey(Qt::Key_K, [this] { Pause(); });
+    onKey(Qt::Key_L, [this] { Shuttle(1); });
     for (const Qt::Key key : {Qt::Key_MediaPlay, Qt::Key_MediaTogglePlayPause})
         connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, actions.play,
                 &QAction::trigger);
 
     connect(mTransport, &TransportBar::FrameWanted, this, &Viewer::SetCurrentFrame);
+    connect(mTransport, &TransportBar::PlaceWanted, this, &Viewer::GoTo);
     connect(mTransport, &TransportBar::FieldLeft, this, [this] { mArea->setFocus(); });
     connect(mArea, &PictureArea::LookChanged, this, [this] {
         mZoom->setText(mClip ? QStringLiteral("%1 %").arg(QString::number(mArea->GetZoom(), 'f', 0))
@@ -187,6 +197,22 @@ void Viewer::SetCurrentFrame(std::int64_t frame) {
 void Viewer::StepBy(std::int64_t frames) {
     Pause();
     SetCurrentFrame(mFrame + frames);
+}
+
+void Viewer::GoTo(const QString& place) {
+    if (!mClip) return;
+    const std::string text = place.toStdString();
+    const bool digits = text.find_first_not_of("0123456789") == std::string::npos;
+    try {
+        const auto read = ReadFramePlace(text);
+        if (!read && !digits)
+            return mTransport->ShowProblem(
+                tr("%1 is no frame; write %2").arg(place, QLatin1String(kFramePlaceForms)));
+        // A number too large for a frame is one after the end.
+        SetCurrentFrame(read ? FrameOf(*read, *mClip) : std::numeric_limits<std::int64_t>::max());
+    } catch (const Failure& failure) {
+        mTransport->ShowProblem(QString::fromUtf8(failure.what()));
+    }
 }
 
 void Viewer::MovePlayhead(std::int64_t frame) {

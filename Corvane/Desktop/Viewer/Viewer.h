@@ -28,11 +28,11 @@ struct ViewerActions;
 /// thread only; frames are made on threads of its own.
 ///
 /// Keys. If the viewer or something in it has the focus: Space plays and pauses, Left and Right step, Home
-/// and End go to the ends, L loops, Shift and the arrows move a picture that is larger than its room, and
-/// Ctrl and the arrows move the place of the readout. They do nothing outside of the viewer, so that lists
-/// and text fields there keep them; the viewer's own frame field keeps what edits text, and Space presses a
-/// button that has the focus. In the whole window: Ctrl+L loops, Ctrl+0 fits, Ctrl+1 is 100 %, and a
-/// keyboard's play key plays.
+/// and End go to the ends, L plays, J plays backwards, both twice as fast if they are pressed again, K
+/// pauses, Shift and the arrows move a picture that is larger than its room, and Ctrl and the arrows move the
+/// place of the readout. They do nothing outside of the viewer, so that lists and text fields there keep
+/// them; the viewer's own frame field keeps what edits text, and Space presses a button that has the focus.
+/// In the whole window: Ctrl+L loops, Ctrl+0 fits, Ctrl+1 is 100 %, and a keyboard's play key plays.
 class Viewer final : public QWidget {
     Q_OBJECT
 
@@ -87,6 +87,7 @@ class Viewer final : public QWidget {
     void StopClip();
     void ShowReadout();
     void StepBy(std::int64_t frames);
+    void GoTo(const QString& place);
     void MovePlayhead(std::int64_t frame);
 
     // ViewerPlayback.cpp: which picture is wanted, and when it is shown.
@@ -100,6 +101,7 @@ class Viewer final : public QWidget {
     void TakePicturePlaying(const PicturePointer& picture);
     void Show(const PicturePointer& picture, std::int64_t step);
     void NotePainted(const PicturePointer& picture, std::int64_t step);
+    void Shuttle(int direction);
     void StartPlaying(std::int64_t frame);
     void StopPlaying();
     void SetLoop(bool loop);
@@ -108,6 +110,7 @@ class Viewer final : public QWidget {
 
     std::shared_ptr<const Clip> mClip; // one that can be rendered
     std::int64_t mFrame = 0;
+    int mSpeed = 1;       // frames that playback goes on a step; backwards below 0
     bool mResume = false; // play when a clip comes with its place kept
 
     std::unique_ptr<ViewerActions> mActions;

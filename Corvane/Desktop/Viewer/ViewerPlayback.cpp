@@ -19,6 +19,7 @@ constexpr std::int64_t kAhead = 3;
 constexpr std::uint64_t kSmallFrame = std::uint64_t{64} << 20;
 
 constexpr std::int64_t kNanosecondsPerMillisecond = 1000000;
+constexpr int kFastest = 32;                          // times the clip's speed
 constexpr std::int64_t kLongestWait = 60 * 60 * 1000; // milliseconds
 
 std::int64_t AheadOf(const Clip& clip) {
@@ -119,8 +120,20 @@ void Viewer::NotePainted(const PicturePointer& picture, std::int64_t step) {
 
 void Viewer::Play() {
     if (!mClip || IsPlaying()) return;
+    mSpeed = 1;
     const bool atEnd = mFrame == mClip->Info().frames - 1 && !mActions->loop->isChecked();
     StartPlaying(atEnd ? 0 : mFrame);
+}
+
+/// Plays in a direction, or twice as fast if that is how it plays already.
+void Viewer::Shuttle(int direction) {
+    if (!mClip) return;
+    const bool faster = IsPlaying() && (mSpeed > 0) == (direction > 0);
+    if (!IsPlaying() && direction > 0) return Play();
+    mSpeed = faster ? std::clamp(mSpeed * 2, -kFastest, kFastest) : direction;
+    const std::int64_t last = mClip->Info().frames - 1;
+    const bool atEnd = !IsPlaying() && mFrame == 0 && !mActions->loop->isChecked();
+    StartPlaying(atEnd ? last : mFrame);
 }
 
 void Viewer::Pause() {
@@ -130,7 +143,7 @@ void Viewer::Pause() {
 void Viewer::StartPlaying(std::int64_t frame) {
     const bool started = !IsPlaying();
     const ClipInfo& info = mClip->Info();
-    mPlayback.Start(frame, info.frames, info.ticksPerFrame, mActions->loop->isChecked());
+    mPlayback.Start(frame, info.frames, info.ticksPerFrame, mActions->loop->isChecked(), mSpeed);
     mFirstPlayed = mOrder + 1;
     mStep = mShownStep = 0;
     mReady.clear();
@@ -189,7 +202,8 @@ void Viewer::Tick() {
 }
 
 void Viewer::ShowDropped() {
-    mDropped->setText(tr("%1 dropped").arg(QString::number(mPlayback.GetDropped())));
+    const QString dropped = tr("%1 dropped").arg(QString::number(mPlayback.GetDropped()));
+    mDropped->setText(mSpeed == 1 ? dropped : tr("%1 x, %2").arg(QString::number(mSpeed), dropped));
 }
 
 } // namespace corvane::desktop

@@ -84,7 +84,7 @@ void MainWindow::BuildViewMenu() {
 
 void MainWindow::BuildHelpMenu() {
     QMenu& menu = *menuBar()->addMenu(tr("&Help"));
-    // Beside the installed program; there is none in a build tree.
+    // Beside the program, installed or not.
     const QString guide = QDir(QApplication::applicationDirPath())
                               .filePath(QStringLiteral("../share/doc/synthex/UserGuide.md"));
     QAction* const help = MakeAction(

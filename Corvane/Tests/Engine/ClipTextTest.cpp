@@ -1,8 +1,10 @@
 // Faults sought: words that say something else than the clip is, or claim to be exact and are rounded.
 #include "Engine/ClipText.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include "Engine/FramePlace.h"
 #include "Engine/SettingsText.h"
 #include "Tests/TestSettings.h"
 
@@ -28,6 +30,30 @@ TEST(ClipText, SaysExactlyWhatAClipIs) {
                                        R"(,"mVideoDuration":{"ticks":8467200001})"));
     EXPECT_EQ(FormatText(clip->Info().format), "64 x 48 (12:11), interlaced (order unknown), 30 fps");
     EXPECT_EQ(DurationText(clip->Info()), "00:00:00.033 (1 frame)");
+}
+
+TEST(FramePlace, TimecodesAreReadAsTheyAreWritten) {
+    constexpr std::int64_t kNTSC = 8475667200, kDouble = 4237833600, kFilm = 10594584000, kPAL = 10160640000;
+    for (const auto& [frame, ticks, text] : {std::tuple(1799, kNTSC, "00:00:59;29"),
+                                             {1800, kNTSC, "00:01:00;02"},
+                                             {17982, kNTSC, "00:10:00;00"},
+                                             {107892, kNTSC, "01:00:00;00"},
+                                             {3600, kDouble, "00:01:00;04"},
+                                             {1440, kFilm, "00:01:00:00"},
+                                             {90000, kPAL, "01:00:00:00"}})
+        EXPECT_EQ(TimecodeText(frame, ticks), text);
+    EXPECT_EQ(TimecodeText(5, 0), "");
+    const auto bundle = std::make_shared<Bundle>(corvane::testing::BundlePath());
+    for (const std::int64_t ticks : {kNTSC, kDouble, kFilm, kPAL}) {
+        const auto clip = Clip::OpenPrefs(bundle, "clip",
+                                          corvane::testing::SettingsText(fmt::format(
+                                              R"(,"mVideoFrameRate":{{"ticksperframe":{}}})", ticks)));
+        for (std::int64_t frame = 0; frame < 200000; frame += frame % 1800 < 5 ? 1 : 7) {
+            const auto place = ReadFramePlace(TimecodeText(frame, ticks));
+            ASSERT_TRUE(place) << frame;
+            ASSERT_EQ(FrameOf(*place, *clip), frame);
+        }
+    }
 }
 
 TEST(SettingsText, IsReadAsItWasWritten) {

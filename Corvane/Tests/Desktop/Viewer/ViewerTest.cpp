@@ -103,13 +103,20 @@ TEST_F(ViewerTest, KeysAndFieldsMoveThePlayheadAndNeverOutOfTheClip) {
         EXPECT_EQ(viewer->CurrentFrame(), frame);
     }
     auto* const field = viewer->findChild<QLineEdit*>(QStringLiteral("frameField"));
-    for (const auto& [typed, frame] : {std::pair("41", 41), std::pair("99999999999999999999", 99)}) {
+    for (const auto& [typed, frame] : {std::pair("41", 41),
+                                       {"2.5s", 62},
+                                       {"0:02", 50},
+                                       {"00:00:00:31", 50},
+                                       {"1;2", 50},
+                                       {"00:00:03:10", 85},
+                                       {"99999999999999999999", 99}}) {
         field->setFocus();
         field->selectAll();
         QTest::keyClicks(field, QLatin1String(typed));
         QTest::keyClick(field, Qt::Key_Space); // belongs to the field
         QTest::keyClick(field, Qt::Key_Return);
         WaitFor(frame);
+        EXPECT_EQ(field->text() == QString::number(frame), !field->hasFocus()) << "what is wrong stays";
     }
     auto* const loop = viewer->findChild<QAction*>(QStringLiteral("loopAction"));
     for (QToolButton* const button : viewer->findChildren<QToolButton*>()) {
@@ -120,6 +127,7 @@ TEST_F(ViewerTest, KeysAndFieldsMoveThePlayheadAndNeverOutOfTheClip) {
     EXPECT_TRUE(loop->isChecked());
     EXPECT_FALSE(viewer->IsPlaying());
     EXPECT_EQ(Text("time"), QStringLiteral("00:00:03.960"));
+    EXPECT_EQ(Text("timecode"), QStringLiteral("00:00:03:24"));
 }
 
 TEST_F(ViewerTest, PaintsTheLinesOfTheField) {
@@ -236,6 +244,36 @@ TEST_F(ViewerTest, KeepsTimeAndCountsWhatItLeavesOut) {
     EXPECT_EQ(viewer->CurrentFrame(), 99);
     QTest::keyClick(area, Qt::Key_Space); // from the end it begins again
     WaitFor(0);
+}
+
+TEST_F(ViewerTest, PlaysBackwardsAndFaster) {
+    std::int64_t now = 0;
+    viewer->SetClock([&] { return now; });
+    Open(MakeClip());
+    struct Row {
+        Qt::Key key;
+        std::int64_t steps, frame; // after the key the clock goes on so many steps
+    };
+    for (const Row& row : {Row{Qt::Key_J, 3, 96},
+                           {Qt::Key_J, 4, 88},
+                           {Qt::Key_L, 2, 90},
+                           {Qt::Key_L, 3, 96},
+                           {Qt::Key_K, 9, 96},
+                           {Qt::Key_L, 1, 97},
+                           {Qt::Key_J, 5, 92},
+                           {Qt::Key_J, 99, 0}}) {
+        QTest::keyClick(area, row.key);
+        now += row.steps * kFrameNanoseconds;
+        WaitFor(row.frame);
+    }
+    QSignalSpy playing(viewer.get(), &Viewer::PlayingChanged);
+    now += kFrameNanoseconds;
+    ASSERT_TRUE(!viewer->IsPlaying() || playing.wait(20000));
+    // In a loop the last frame comes before the first.
+    Trigger("loopAction");
+    QTest::keyClick(area, Qt::Key_J);
+    now += 2 * kFrameNanoseconds;
+    WaitFor(98);
 }
 
 TEST_F(ViewerTest, AChangedClipKeepsThePlace) {
