@@ -1,6 +1,7 @@
 #include "Viewer.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <limits>
 #include <string>
 #include <utility>
@@ -142,6 +143,12 @@ void Viewer::SetName(const QString& name) {
     QString text = name;
     if (mClip) text += QStringLiteral("  —  ") + QString::fromStdString(FormatText(mClip->Info().format));
     mTitle->SetLine(text, Qt::ElideMiddle);
+}
+
+void Viewer::ShowPictureAlone(bool alone) {
+    for (QWidget* const other :
+         std::initializer_list<QWidget*>{mTitle, mTransport, mReadout, mZoom, mDropped})
+        other->setVisible(!alone);
 }
 
 void Viewer::StopClip() {

@@ -60,6 +60,9 @@ class Viewer final : public QWidget {
     /// Frames that the present or the last playback left out.
     std::int64_t DroppedFrames() const { return mPlayback.GetDropped(); }
 
+    /// Hides all but the picture, or shows it again. The keys go on working.
+    void ShowPictureAlone(bool alone);
+
     /// For a menu, with separators: play, step, ends, loop. The viewer owns them.
     QList<QAction*> PlaybackActions() const;
     /// For a menu, with separators: fit and 100 %; both, upper, lower field.

@@ -23,6 +23,7 @@
 #include "Desktop/Toolkit/Text.h"
 #include "Engine/Failure.h"
 #include "Engine/ProjectFile.h"
+#include "PictureAlone.h"
 
 namespace corvane::desktop {
 
@@ -50,6 +51,7 @@ MainWindow::MainWindow(QtPlatform& platform, std::shared_ptr<Bundle> bundle, Opt
       mAutosave(mDocument, std::move(options.autosaveFolder)),
       mModel(mDocument, mBundle, kThumbnail, devicePixelRatioF()), mMessages(new MessageBar(this)),
       mSplitter(new QSplitter(this)), mBin(new BinView(mModel, mSplitter)), mViewer(new Viewer(mSplitter)),
+      mAlone(new PictureAlone(*this, *mBin, *mViewer)),
       mProjectActions(new ProjectActions(mDocument, mAutosave, *mMessages, *this)),
       mClipActions(new ClipActions(mDocument, mBundle, mModel, *mBin, *mMessages)) {
     mProjectActions->setParent(this);
@@ -245,6 +247,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         mHasEnded = true;
     }
     mExports->CancelAll();
+    mAlone->Leave();
     QSettings settings;
     settings.setValue(QLatin1StringView(kGeometryKey), saveGeometry());
     settings.setValue(QLatin1StringView(kStateKey), saveState(kStateVersion));

@@ -20,6 +20,7 @@
 namespace corvane::desktop {
 
 class ExportPanel;
+class PictureAlone;
 
 /// The host's main window: a bin of clips, a viewer, and the exports that run. UI thread.
 class MainWindow final : public QMainWindow {
@@ -80,6 +81,7 @@ class MainWindow final : public QMainWindow {
     BinView* mBin;
     Viewer* mViewer;
     ExportPanel* mExports = nullptr;
+    PictureAlone* mAlone;
     ProjectActions* mProjectActions;
     ClipActions* mClipActions;
     std::uint64_t mShown = 0; // the clip in the viewer

@@ -14,6 +14,7 @@
 #include "Desktop/Exports/ExportPanel.h"
 #include "Desktop/Toolkit/Actions.h"
 #include "MainWindow.h"
+#include "PictureAlone.h"
 
 namespace corvane::desktop {
 
@@ -73,13 +74,7 @@ void MainWindow::BuildViewMenu() {
             ApplyAppearance(look);
         });
     }
-    QAction* const full = MakeAction(*this, tr("Full S&creen"), QKeySequence(Qt::Key_F11),
-                                     tr("Let the window fill the screen"));
-    full->setCheckable(true);
-    menu.addAction(full);
-    connect(full, &QAction::triggered, this, [this](bool on) {
-        setWindowState(on ? windowState() | Qt::WindowFullScreen : windowState() & ~Qt::WindowFullScreen);
-    });
+    menu.addAction(mAlone->Action());
 }
 
 void MainWindow::BuildHelpMenu() {

@@ -10,6 +10,7 @@
 #include <QDropEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QProcess>
@@ -305,6 +306,30 @@ TEST_F(WindowTest, NewClipsBeginWithTheSequence) {
     Choose("Undo New Clip");
     Choose("Undo Sequence Settings");
     EXPECT_EQ(Project().sequence, corvane::kDefaultSequence);
+}
+
+// Catches parts that are left on the screen, keys that no longer work there, and a next start without a menu.
+TEST_F(WindowTest, ThePictureIsAloneUntilEscape) {
+    Open(Write("a.synthex"));
+    WaitForClips();
+    auto& viewer = *mWindow->findChild<Viewer*>();
+    const auto seen = [&] {
+        std::string names;
+        for (const char* const name : {"tools", "splitter", "scrubber", "viewerTitle"})
+            names += mWindow->findChild<QWidget*>(QLatin1String(name))->isVisible() ? name[0] : '-';
+        return names + (mWindow->menuBar()->isVisible() ? 'm' : '-') + (Bin().isVisible() ? 'b' : '-');
+    };
+    EXPECT_EQ(seen(), "tssvmb");
+    QTest::keyClick(mWindow.get(), Qt::Key_F11);
+    EXPECT_EQ(seen(), "-s----");
+    EXPECT_TRUE(mWindow->isFullScreen());
+    QTest::keyClick(viewer.focusProxy(), Qt::Key_End);
+    EXPECT_EQ(viewer.CurrentFrame(), 299);
+    QTest::keyClick(mWindow.get(), Qt::Key_Escape);
+    EXPECT_EQ(seen(), "tssvmb");
+    QTest::keyClick(mWindow.get(), Qt::Key_F11);
+    Restart();
+    EXPECT_EQ(seen(), "tssvmb");
 }
 
 TEST_F(WindowTest, FilesAreDroppedIn) {
