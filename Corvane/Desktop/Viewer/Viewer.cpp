@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include <QAction>
 #include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -143,6 +144,15 @@ void Viewer::SetName(const QString& name) {
     QString text = name;
     if (mClip) text += QStringLiteral("  —  ") + QString::fromStdString(FormatText(mClip->Info().format));
     mTitle->SetLine(text, Qt::ElideMiddle);
+}
+
+bool Viewer::TakeKey(Qt::Key key) {
+    for (QAction* const action : mActions->playback) {
+        if (action->shortcut() != QKeySequence(key) || !action->isEnabled()) continue;
+        action->trigger();
+        return true;
+    }
+    return false;
 }
 
 void Viewer::ShowPictureAlone(bool alone) {

@@ -60,6 +60,10 @@ class Viewer final : public QWidget {
     /// Frames that the present or the last playback left out.
     std::int64_t DroppedFrames() const { return mPlayback.GetDropped(); }
 
+    /// Does what a plain key does to the playhead when the viewer has the focus: Space, Left, Right, Home and
+    /// End. Returns false for other keys, and if there is no clip.
+    bool TakeKey(Qt::Key key);
+
     /// Hides all but the picture, or shows it again. The keys go on working.
     void ShowPictureAlone(bool alone);
 

@@ -8,6 +8,7 @@
 #include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
@@ -86,6 +87,7 @@ MainWindow::MainWindow(QtPlatform& platform, std::shared_ptr<Bundle> bundle, Opt
     ShowCurrent();
     mPlatform.SetMainWindow(this);
     mBin->setFocus();
+    mBin->installEventFilter(this);
 }
 
 MainWindow::~MainWindow() {
@@ -254,6 +256,14 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     settings.setValue(QLatin1StringView(kSplitterKey), mSplitter->saveState());
     settings.setValue(QLatin1StringView(kColumnsKey), mBin->SaveColumns());
     event->accept();
+}
+
+// Keys that would scroll the list sideways, or do nothing there, act on the viewer.
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != mBin || event->type() != QEvent::KeyPress) return false;
+    const auto& key = *static_cast<QKeyEvent*>(event);
+    return (key.modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier &&
+           mViewer->TakeKey(static_cast<Qt::Key>(key.key()));
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* event) {

@@ -325,6 +325,10 @@ TEST_F(WindowTest, ThePictureIsAloneUntilEscape) {
     EXPECT_TRUE(mWindow->isFullScreen());
     QTest::keyClick(viewer.focusProxy(), Qt::Key_End);
     EXPECT_EQ(viewer.CurrentFrame(), 299);
+    QTest::keyClick(&Bin(), Qt::Key_Left); // the list's own keys act on the viewer, too
+    EXPECT_EQ(viewer.CurrentFrame(), 298);
+    QTest::keyClick(&Bin(), Qt::Key_Home, Qt::ControlModifier);
+    EXPECT_EQ(viewer.CurrentFrame(), 298);
     QTest::keyClick(mWindow.get(), Qt::Key_Escape);
     EXPECT_EQ(seen(), "tssvmb");
     QTest::keyClick(mWindow.get(), Qt::Key_F11);
