@@ -108,6 +108,10 @@ TEST(Export, StreamAndContainerTellWhatTheClipIs) {
             const auto& [ticks, rate] = rates[row % 3];
             ExpectRoundTrip(name, codec, fieldType, ticks, rate, row++ / 2 % 2 == 0);
         }
+    // Their streams know no fields.
+    for (const auto& [name, codec] : {std::pair("a.mp4", "hevc"), {"a.mkv", "av1"}})
+        for (const bool square : {true, false})
+            ExpectRoundTrip(name, codec, 0, rates[1].first, rates[1].second, square);
     const TestFolder folder;
     for (const int fieldType : {0, 1, 2}) {
         Export({.fieldType = fieldType}, folder / "a.y4m");
