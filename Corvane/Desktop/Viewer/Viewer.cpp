@@ -98,17 +98,7 @@ void Viewer::ConnectParts() {
     connect(actions.bothFields, &QAction::triggered, mArea, [this] { mArea->SetFields(FieldView::kBoth); });
     connect(actions.upperField, &QAction::triggered, mArea, [this] { mArea->SetFields(FieldView::kUpper); });
     connect(actions.lowerField, &QAction::triggered, mArea, [this] { mArea->SetFields(FieldView::kLower); });
-    const auto onKey = [this](Qt::Key key, auto act) {
-        auto* const shortcut =
-            new QShortcut(QKeySequence(key), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
-        connect(shortcut, &QShortcut::activated, this, act);
-    };
-    onKey(Qt::Key_J, [this] { Shuttle(-1); });
-    onKey(Qt::Key_K, [this] { Pause(); });
-    onKey(Qt::Key_L, [this] { Shuttle(1); });
-    for (const Qt::Key key : {Qt::Key_MediaPlay, Qt::Key_MediaTogglePlayPause})
-        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, actions.play,
-                &QAction::trigger);
+    ConnectKeys();
 
     connect(mTransport, &TransportBar::FrameWanted, this, &Viewer::SetCurrentFrame);
     connect(mTransport, &TransportBar::PlaceWanted, this, &Viewer::GoTo);
@@ -130,6 +120,20 @@ void Viewer::ConnectParts() {
     });
     connect(&mLoader, &PictureLoader::Made, this, &Viewer::TakePicture);
     connect(&mTimer, &QTimer::timeout, this, &Viewer::Tick);
+}
+
+void Viewer::ConnectKeys() {
+    const auto onKey = [this](Qt::Key key, auto act) {
+        auto* const shortcut =
+            new QShortcut(QKeySequence(key), this, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+        connect(shortcut, &QShortcut::activated, this, act);
+    };
+    onKey(Qt::Key_J, [this] { Shuttle(-1); });
+    onKey(Qt::Key_K, [this] { Pause(); });
+    onKey(Qt::Key_L, [this] { Shuttle(1); });
+    for (const Qt::Key key : {Qt::Key_MediaPlay, Qt::Key_MediaTogglePlayPause})
+        connect(new QShortcut(QKeySequence(key), this), &QShortcut::activated, mActions->play,
+                &QAction::trigger);
 }
 
 QList<QAction*> Viewer::PlaybackActions() const {

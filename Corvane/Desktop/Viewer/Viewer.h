@@ -91,6 +91,7 @@ class Viewer final : public QWidget {
     // Viewer.cpp: what it is made of, and what it shows.
     void BuildLayout();
     void ConnectParts();
+    void ConnectKeys();
     void StopClip();
     void ShowReadout();
     void StepBy(std::int64_t frames);
