@@ -170,11 +170,11 @@ TEST(Render, FramesOnTheirWayKeepToTheMemoryThatTheyMayTake) {
     const TestFolder folder;
     const auto peak = [&](const char* memory) {
         return RunSynthex({"render", Sample("uhd-5994"), folder / "a.%d.png", "--jobs", "8", "--memory",
-                           memory, "--frames", "0:7"})
+                           memory, "--frames", "0:31"})
             .peakMiB;
     };
-    EXPECT_LT(peak("100M"), 150);
-    EXPECT_GT(peak("4G"), 200);
+    EXPECT_LT(peak("100M"), 100); // one frame of 32 MiB
+    EXPECT_GT(peak("4G"), 150);   // how many at once depends on the other programs of the machine
 }
 
 TEST(Render, AReaderThatDoesNotReadCanBeLeftBySignal) {
