@@ -45,7 +45,7 @@ inline constexpr char kFramePlaceForms[] =
 std::int64_t FrameOf(const FramePlace& place, const Clip& clip);
 
 /// The timecode of a frame, "00:00:05:12"; with a semicolon before the frames at 30000/1001 frames a second
-/// and its multiples, where numbers are dropped (SMPTE ST 12-1, 5.2.2). Empty without a rate. Any thread.
+/// and its multiples, where numbers are dropped (SMPTE ST 12-1). Empty without a rate. Any thread.
 std::string TimecodeText(std::int64_t frame, std::int64_t ticksPerFrame);
 
 /// Reads FIRST:LAST or one number; a time (`2.5s`, `1:05.2`, `0:01:05`) or a timecode (`00:00:05:12`, with a
