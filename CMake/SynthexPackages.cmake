@@ -13,7 +13,7 @@ set(CPACK_COMPONENTS_ALL program engine dev gstreamer python)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION video)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# For packages that are linked with the library: it keeps to its interface, but not across versions of the program.
+# Packages that are linked with the library need it in the same version.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY "=")
 # The packages' own libraries, which are found before there is a package of them.
